@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+namespace quillmor {
+
+/// Where an error's code comes from: this application's own numbers, or errno.
+enum class ErrorDomain { quillmor, posix };
+
+/// The one exception type of the application. Thrown by operations that fail with a message for the
+/// user; caught at three borders only: the background frame, the entry of a command, and main.
+class Error : public std::exception {
+ public:
+  /// `message` is UTF-8 text, shown to the user as it stands.
+  Error(ErrorDomain domain, int code, std::string message);
+
+  /// An error of this application's own domain.
+  static Error quillmor(int code, std::string message);
+
+  /// An error of a system call. `errorNumber` 0 becomes EIO (5), so that a code is never "success".
+  static Error posix(int errorNumber, std::string message);
+
+  /// An error of a system call, described by the system's own text for `errorNumber`.
+  static Error posix(int errorNumber);
+
+  /// Thrown by work that noticed a stop request; never shown to the user.
+  static Error stopped();
+
+  ErrorDomain domain() const { return domain_; }
+  int code() const { return code_; }
+  const std::string& message() const { return message_; }
+  bool isStopped() const;
+
+  const char* what() const noexcept override { return message_.c_str(); }
+
+ private:
+  ErrorDomain domain_;
+  int code_;
+  std::string message_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,121 @@
+#include "base/FileLocation.h"
+
+#include <cctype>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace quillmor {
+
+namespace {
+
+constexpr std::string_view kFileScheme = "file:";
+
+int hexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string decodePercent(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '%' && i + 2 < text.size()) {
+      const int high = hexValue(text[i + 1]);
+      const int low = hexValue(text[i + 2]);
+      if (high >= 0 && low >= 0) {
+        out.push_back(static_cast<char>(high * 16 + low));
+        i += 2;
+        continue;
+      }
+    }
+    out.push_back(text[i]);
+  }
+  return out;
+}
+
+bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  if (text.size() < prefix.size()) return false;
+  for (std::size_t i = 0; i < prefix.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
+  }
+  return true;
+}
+
+/// The path part of a "file:" URL, or empty when its host is not this machine.
+std::string_view pathOfFileUrl(std::string_view url) {
+  std::string_view rest = url.substr(kFileScheme.size());
+  if (!rest.starts_with("//")) return rest.starts_with('/') ? rest : std::string_view{};
+  rest.remove_prefix(2);
+  const std::size_t slash = rest.find('/');
+  if (slash == std::string_view::npos) return {};
+  const std::string_view host = rest.substr(0, slash);
+  if (!host.empty() && host != "localhost") return {};
+  return rest.substr(slash);
+}
+
+}  // namespace
+
+FileLocation::FileLocation(bool isLocalFile, std::string path)
+    : isLocalFile_(isLocalFile), path_(std::move(path)) {}
+
+FileLocation FileLocation::fromPath(std::string_view path) {
+  if (path.starts_with('/')) return {true, std::string(path)};
+  std::error_code error;
+  std::string base = std::filesystem::current_path(error).native();
+  if (base.empty() || base.back() != '/') base.push_back('/');
+  base.append(path);
+  return {true, std::move(base)};
+}
+
+FileLocation FileLocation::fromUrl(std::string_view url) {
+  if (startsWithIgnoringCase(url, kFileScheme)) {
+    const std::string_view path = pathOfFileUrl(url);
+    if (!path.empty()) return {true, decodePercent(path)};
+  }
+  return {false, std::string(url)};
+}
+
+std::string FileLocation::lastPathComponent() const {
+  const std::size_t end = path_.find_last_not_of('/');
+  if (end == std::string::npos) return {};
+  const std::size_t slash = path_.find_last_of('/', end);
+  const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
+  return path_.substr(begin, end - begin + 1);
+}
+
+FileLocation FileLocation::directory() const {
+  const std::size_t end = path_.find_last_not_of('/');
+  if (end == std::string::npos) return *this;
+  const std::size_t slash = path_.find_last_of('/', end);
+  if (slash == std::string::npos) return {isLocalFile_, {}};
+  return {isLocalFile_, slash == 0 ? std::string("/") : path_.substr(0, slash)};
+}
+
+FileLocation FileLocation::sibling(std::string_view name) const {
+  std::string path = directory().path_;
+  if (path.empty() || path.back() != '/') path.push_back('/');
+  path.append(name);
+  return {isLocalFile_, std::move(path)};
+}
+
+std::string FileLocation::standardizedPath() const {
+  if (!isLocalFile_) return path_;
+  std::string normal = std::filesystem::path(path_).lexically_normal().native();
+  while (normal.size() > 1 && normal.back() == '/') normal.pop_back();
+  return normal;
+}
+
+std::string FileLocation::resolvedPath() const {
+  const std::string standard = standardizedPath();
+  if (!isLocalFile_) return standard;
+  std::error_code error;
+  std::string resolved = std::filesystem::weakly_canonical(standard, error).native();
+  if (error || resolved.empty()) return standard;
+  while (resolved.size() > 1 && resolved.back() == '/') resolved.pop_back();
+  return resolved;
+}
+
+}  // namespace quillmor

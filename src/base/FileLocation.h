@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace quillmor {
+
+/// The place of a file: a local path, or a URL that is not a local file.
+///
+/// A path is kept as the bytes the system uses; it need not be UTF-8. Copies are cheap enough to
+/// pass by value between threads. Nothing here touches the file system except `resolvedPath`.
+class FileLocation {
+ public:
+  /// A local file. A relative path is made absolute against the current directory.
+  static FileLocation fromPath(std::string_view path);
+
+  /// A location given as a URL. "file:" URLs become local files (percent escapes decoded to bytes);
+  /// every other scheme stays a non-local location.
+  static FileLocation fromUrl(std::string_view url);
+
+  bool isLocalFile() const { return isLocalFile_; }
+
+  /// The absolute path in the system's bytes; for a non-local location the URL text.
+  const std::string& path() const { return path_; }
+
+  /// The last path component, as messages name files. Empty for the root directory.
+  std::string lastPathComponent() const;
+
+  /// The location of the directory that holds this file.
+  FileLocation directory() const;
+
+  /// The location of `name` beside this file.
+  FileLocation sibling(std::string_view name) const;
+
+  /// The path with "." and ".." and doubled slashes removed, without looking at the file system.
+  std::string standardizedPath() const;
+
+  /// The standardized path with symbolic links resolved as far as the path exists; components that
+  /// do not exist are kept as they are.
+  std::string resolvedPath() const;
+
+  /// Two locations are equal when their text is; `SecureFileAccess::urlsReferToSameFile` looks
+  /// deeper.
+  bool operator==(const FileLocation&) const = default;
+
+ private:
+  FileLocation(bool isLocalFile, std::string path);
+
+  bool isLocalFile_;
+  std::string path_;
+};
+
+}  // namespace quillmor

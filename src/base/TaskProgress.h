@@ -1,0 +1,43 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "base/Error.h"
+
+namespace quillmor {
+
+/// What long work and its watcher share: bytes done, bytes in total, and the wish to stop.
+/// Safe from any thread. The worker calls `checkpoint` at least every few milliseconds of work.
+class TaskProgress {
+ public:
+  /// Sets what 100 % means, in bytes; 0 or less means "not known".
+  void setTotal(std::int64_t bytes) { total_.store(bytes, std::memory_order_relaxed); }
+
+  /// Adds to the bytes done.
+  void advance(std::int64_t bytes) { done_.fetch_add(bytes, std::memory_order_relaxed); }
+
+  /// The part done, 0 to 1; negative while the total is not known.
+  double fraction() const {
+    const auto total = total_.load(std::memory_order_relaxed);
+    if (total <= 0) return -1;
+    const double part =
+        static_cast<double>(done_.load(std::memory_order_relaxed)) / static_cast<double>(total);
+    return part < 1 ? part : 1;
+  }
+
+  void requestStop() { stop_.store(true, std::memory_order_relaxed); }
+  bool stopRequested() const { return stop_.load(std::memory_order_relaxed); }
+
+  /// Throws `Error::stopped()` when a stop was requested.
+  void checkpoint() const {
+    if (stopRequested()) throw Error::stopped();
+  }
+
+ private:
+  std::atomic<std::int64_t> done_{0};
+  std::atomic<std::int64_t> total_{0};
+  std::atomic<bool> stop_{false};
+};
+
+}  // namespace quillmor

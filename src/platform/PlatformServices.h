@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/AlertPresenter.h"
+#include "platform/BackgroundExecutor.h"
+#include "platform/Beeper.h"
+#include "platform/FilePanels.h"
+#include "platform/Pasteboard.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+
+namespace quillmor {
+
+/// Everything the application needs of its platform, handed in through constructors.
+/// The services outlive everyone who holds this.
+struct PlatformServices {
+  AlertPresenter& alerts;
+  FilePanels& filePanels;
+  Pasteboard& pasteboard;
+  UserDefaults& defaults;
+  Beeper& beeper;
+  Workspace& workspace;
+  BackgroundExecutor& executor;
+};
+
+}  // namespace quillmor

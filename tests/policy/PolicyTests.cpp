@@ -1,0 +1,131 @@
+// The rules of the house that no compiler checks: which folder may include which, where the
+// toolkit's dialogs may be named, and how long a file may grow.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kRoot = QUILLMOR_SOURCE_DIR;
+
+/// Every folder of src/ may include itself and the folders listed for it.
+const std::map<std::string, std::set<std::string>> kAllowedIncludes = {
+    {"base", {}},
+    {"platform", {"base"}},
+    {"fileaccess", {"base", "platform"}},
+    {"document", {"base", "platform", "fileaccess"}},
+    {"search", {"base", "platform", "fileaccess", "document"}},
+    {"tools", {"base", "platform", "fileaccess", "document", "search"}},
+    {"editor", {"base", "platform", "fileaccess", "document", "search", "tools"}},
+    {"window", {"base", "platform", "fileaccess", "document", "search", "tools", "editor"}},
+    {"app", {"base", "platform", "fileaccess", "document", "search", "tools", "editor", "window"}},
+    {"platform_qt", {"base", "platform"}},
+    {"cli", {"base", "platform", "fileaccess", "document", "search", "tools"}},
+};
+
+/// The program's entry point wires the layers together, so it alone sees platform_qt as well.
+constexpr const char* kEntryPoint = "src/app/main.cpp";
+
+std::vector<fs::path> sourcesBelow(const fs::path& folder) {
+  std::vector<fs::path> files;
+  if (!fs::exists(folder)) return files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    const auto extension = entry.path().extension();
+    if (extension == ".h" || extension == ".cpp") files.push_back(entry.path());
+  }
+  return files;
+}
+
+std::vector<std::string> linesOf(const fs::path& file) {
+  std::ifstream in(file);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+std::string rootedName(const fs::path& file) {
+  return fs::relative(file, kRoot).generic_string();
+}
+
+std::string folderOf(const fs::path& file) {
+  return fs::relative(file, kRoot / "src").begin()->string();
+}
+
+TEST(Policy, everySourceFolderIsKnown) {
+  std::set<std::string> unknown;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    if (!kAllowedIncludes.contains(folderOf(file))) unknown.insert(rootedName(file));
+  }
+  EXPECT_THAT(unknown, testing::IsEmpty());
+}
+
+TEST(Policy, includesPointOneWay) {
+  const std::regex include(R"re(^\s*#\s*include\s+"([^"/]+)/[^"]*")re");
+  std::vector<std::string> wrong;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    const std::string folder = folderOf(file);
+    std::set<std::string> allowed = kAllowedIncludes.at(folder);
+    allowed.insert(folder);
+    if (rootedName(file) == kEntryPoint) allowed.insert("platform_qt");
+    for (const auto& line : linesOf(file)) {
+      std::smatch match;
+      if (std::regex_search(line, match, include) && !allowed.contains(match[1])) {
+        wrong.push_back(rootedName(file) + ": " + line);
+      }
+    }
+  }
+  EXPECT_THAT(wrong, testing::IsEmpty());
+}
+
+TEST(Policy, dialogsClipboardAndSettingsLiveInPlatformQtOnly) {
+  const std::regex forbidden(
+      R"(\b(QMessageBox|QFileDialog|QInputDialog|QColorDialog|QErrorMessage|QClipboard|QSettings)\b|QApplication::beep)");
+  std::vector<std::string> wrong;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    if (folderOf(file) == "platform_qt") continue;
+    for (const auto& line : linesOf(file)) {
+      if (std::regex_search(line, forbidden)) wrong.push_back(rootedName(file) + ": " + line);
+    }
+  }
+  EXPECT_THAT(wrong, testing::IsEmpty());
+}
+
+TEST(Policy, filesStayShort) {
+  std::vector<std::string> tooLong;
+  std::vector<std::size_t> implementationLengths;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    const std::size_t count = linesOf(file).size();
+    if (count > 600) tooLong.push_back(rootedName(file) + ": " + std::to_string(count));
+    if (file.extension() == ".cpp") implementationLengths.push_back(count);
+  }
+  EXPECT_THAT(tooLong, testing::IsEmpty());
+  ASSERT_FALSE(implementationLengths.empty());
+  const auto middle =
+      implementationLengths.begin() + static_cast<std::ptrdiff_t>(implementationLengths.size() / 2);
+  std::nth_element(implementationLengths.begin(), middle, implementationLengths.end());
+  EXPECT_LE(*middle, 150U);
+}
+
+TEST(Policy, everyHeaderIsIncludedOnce) {
+  std::vector<std::string> wrong;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    if (file.extension() != ".h") continue;
+    const auto lines = linesOf(file);
+    if (std::find(lines.begin(), lines.end(), "#pragma once") == lines.end())
+      wrong.push_back(rootedName(file));
+  }
+  EXPECT_THAT(wrong, testing::IsEmpty());
+}
+
+}  // namespace

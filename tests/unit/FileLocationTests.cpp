@@ -1,0 +1,59 @@
+#include "base/FileLocation.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace quillmor {
+namespace {
+
+TEST(FileLocation, namesAFileByItsLastPathComponent) {
+  EXPECT_EQ(FileLocation::fromPath("/tmp/data.bin").lastPathComponent(), "data.bin");
+  EXPECT_EQ(FileLocation::fromPath("/tmp/folder/").lastPathComponent(), "folder");
+  EXPECT_EQ(FileLocation::fromPath("/").lastPathComponent(), "");
+}
+
+TEST(FileLocation, makesARelativePathAbsolute) {
+  const auto location = FileLocation::fromPath("data.bin");
+  EXPECT_EQ(location.path(), (std::filesystem::current_path() / "data.bin").native());
+}
+
+TEST(FileLocation, keepsBytesThatAreNotUtf8) {
+  const auto location = FileLocation::fromPath("/tmp/\xFF\xFE.bin");
+  EXPECT_EQ(location.lastPathComponent(), "\xFF\xFE.bin");
+  EXPECT_EQ(FileLocation::fromUrl("file:///tmp/%ff%FE.bin"), location);
+}
+
+TEST(FileLocation, tellsLocalFilesFromOtherUrls) {
+  EXPECT_TRUE(FileLocation::fromUrl("file:///tmp/a").isLocalFile());
+  EXPECT_TRUE(FileLocation::fromUrl("FILE://localhost/tmp/a").isLocalFile());
+  EXPECT_FALSE(FileLocation::fromUrl("file://elsewhere/tmp/a").isLocalFile());
+  EXPECT_FALSE(FileLocation::fromUrl("https://example.org/a").isLocalFile());
+}
+
+TEST(FileLocation, standardizesWithoutTheFileSystem) {
+  EXPECT_EQ(FileLocation::fromPath("/a/./b/../c//d/").standardizedPath(), "/a/c/d");
+  EXPECT_EQ(FileLocation::fromPath("/").standardizedPath(), "/");
+}
+
+TEST(FileLocation, resolvesLinksAsFarAsThePathExists) {
+  const auto folder =
+      std::filesystem::temp_directory_path() / ("quillmor-location-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(folder / "real");
+  std::filesystem::create_directory_symlink(folder / "real", folder / "link");
+  const auto real = std::filesystem::canonical(folder / "real").native();
+  EXPECT_EQ(FileLocation::fromPath((folder / "link" / "missing.bin").native()).resolvedPath(),
+            real + "/missing.bin");
+  std::filesystem::remove_all(folder);
+}
+
+TEST(FileLocation, namesSiblingsAndDirectories) {
+  const auto location = FileLocation::fromPath("/tmp/data.bin");
+  EXPECT_EQ(location.sibling("x").path(), "/tmp/x");
+  EXPECT_EQ(location.directory().path(), "/tmp");
+  EXPECT_EQ(FileLocation::fromPath("/data.bin").sibling("x").path(), "/x");
+}
+
+}  // namespace
+}  // namespace quillmor
