@@ -39,7 +39,8 @@ constexpr auto kApplicationCommands = std::to_array<ApplicationCommand>({
 
 template <class Table>
 auto findAction(const Table& table, std::string_view action) {
-  return std::find_if(table.begin(), table.end(), [action](const auto& entry) { return entry.action == action; });
+  return std::find_if(table.begin(), table.end(),
+                      [action](const auto& entry) { return entry.action == action; });
 }
 
 }  // namespace
@@ -77,8 +78,9 @@ void AppDelegate::perform(std::string_view action) {
 }
 
 bool AppDelegate::performTextAction(std::string_view action) {
-  const auto command = std::find_if(kTextCommands.begin(), kTextCommands.end(),
-                                    [action](const TextCommand& entry) { return entry.menuAction == action; });
+  const auto command =
+      std::find_if(kTextCommands.begin(), kTextCommands.end(),
+                   [action](const TextCommand& entry) { return entry.menuAction == action; });
   if (command == kTextCommands.end()) return false;
   const auto focus = surface_.focusedTextView();
   if (!focus) return false;
@@ -122,10 +124,12 @@ std::shared_ptr<HexWindowController> AppDelegate::showNewEditorWindow(bool isPen
   return showEditorWindow(document);
 }
 
-std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(const std::shared_ptr<HexDocument>& document) {
+std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
+    const std::shared_ptr<HexDocument>& document) {
   std::shared_ptr<HexWindowController> controller;
   document->makeWindowControllers([&](HexDocument&) {
-    controller = std::make_shared<HexWindowController>(document, EditorEnvironment{platform_, documents_, saver_});
+    controller = std::make_shared<HexWindowController>(
+        document, EditorEnvironment{platform_, documents_, saver_});
     return controller;
   });
   windowOrder_.insert(windowOrder_.begin(), controller);
@@ -133,7 +137,9 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(const std::sh
   return controller;
 }
 
-void AppDelegate::newDocument() { showNewEditorWindow(/*isPendingInitialLoad=*/false); }
+void AppDelegate::newDocument() {
+  showNewEditorWindow(/*isPendingInitialLoad=*/false);
+}
 
 void AppDelegate::openUntitledDocumentIfNeeded() {
   if (documents_.documents().empty()) return newDocument();
@@ -143,16 +149,19 @@ void AppDelegate::openUntitledDocumentIfNeeded() {
 void AppDelegate::openDocument() {
   const auto controller = currentHexWindowController();
   std::optional<FileLocation> directory;
-  if (controller && controller->document().location()) directory = controller->document().location()->directory();
-  auto locations = platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
+  if (controller && controller->document().location())
+    directory = controller->document().location()->directory();
+  auto locations =
+      platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
   if (!locations.empty()) openFiles(std::move(locations), [](bool) {});
 }
 
 void AppDelegate::showPreferences() {
   platform_.alerts.runModal(
       {.messageText = "Quillmor Preferences",
-       .informativeText = "Dark metallic UI. Bytes per row and Insert/Overwrite mode are now saved per user and "
-                          "restored for new windows."});
+       .informativeText =
+           "Dark metallic UI. Bytes per row and Insert/Overwrite mode are now saved per user and "
+           "restored for new windows."});
 }
 
 }  // namespace quillmor

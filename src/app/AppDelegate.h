@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/ApplicationSurface.h"
-#include "app/MainMenu.h"
+#include "app/MenuEnabling.h"
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
@@ -16,7 +16,8 @@
 namespace quillmor {
 
 /// The application's own decisions: which editor a command goes to, which commands are enabled, how
-/// files are opened into windows, and when the application may quit. Knows no toolkit; main thread only.
+/// files are opened into windows, and when the application may quit. Knows no toolkit; main thread
+/// only.
 class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
@@ -79,14 +80,17 @@ class AppDelegate {
   bool performTextAction(std::string_view action);
   EnablingContext enablingContext() const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
-  std::shared_ptr<HexWindowController> showEditorWindow(const std::shared_ptr<HexDocument>& document);
+  std::shared_ptr<HexWindowController> showEditorWindow(
+      const std::shared_ptr<HexDocument>& document);
   std::vector<std::shared_ptr<HexWindowController>> editorControllers() const;
 
   void runNextOpenRequest();
   void openURLInCurrentWindow(const FileLocation& location, NewWindowCompletion completion);
-  void openAdditionalDocuments(std::vector<FileLocation> locations, bool everyFileOpened, OpenReply reply);
+  void openAdditionalDocuments(std::vector<FileLocation> locations, bool everyFileOpened,
+                               OpenReply reply);
   void openInNewWindow(const FileLocation& location, NewWindowCompletion completion);
-  bool coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& location, NewWindowCompletion& completion);
+  bool coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& location,
+                                                 NewWindowCompletion& completion);
   void finishPendingLoad(const FileLocation& location, bool opened);
 
   void reviewUnsavedDocuments(std::vector<std::shared_ptr<HexWindowController>> remaining);

@@ -27,9 +27,10 @@ void AppDelegate::runNextOpenRequest() {
   if (request.locations.empty()) return finish(true);
   const FileLocation first = request.locations.front();
   request.locations.erase(request.locations.begin());
-  openURLInCurrentWindow(first, [this, rest = std::move(request.locations), finish = std::move(finish)](bool opened) {
-    openAdditionalDocuments(rest, opened, finish);
-  });
+  openURLInCurrentWindow(
+      first, [this, rest = std::move(request.locations), finish = std::move(finish)](bool opened) {
+        openAdditionalDocuments(rest, opened, finish);
+      });
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& location) {
@@ -43,10 +44,12 @@ std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& lo
   return showEditorWindow(document);
 }
 
-void AppDelegate::openURLInCurrentWindow(const FileLocation& location, NewWindowCompletion completion) {
+void AppDelegate::openURLInCurrentWindow(const FileLocation& location,
+                                         NewWindowCompletion completion) {
   auto controller = currentHexWindowController();
   if (!controller) controller = showNewEditorWindow(/*isPendingInitialLoad=*/false);
-  controller->openURLInCurrentWindow(location, [completion = std::move(completion)](OpenCurrentResult result) {
+  controller->openURLInCurrentWindow(location, [completion = std::move(completion)](
+                                                   OpenCurrentResult result) {
     completion(result == OpenCurrentResult::opened || result == OpenCurrentResult::broughtToFront);
   });
 }
@@ -56,9 +59,9 @@ void AppDelegate::openAdditionalDocuments(std::vector<FileLocation> locations, b
   if (locations.empty()) return reply(everyFileOpened);
   const FileLocation next = locations.front();
   locations.erase(locations.begin());
-  openInNewWindow(next, [this, rest = std::move(locations), everyFileOpened, reply = std::move(reply)](bool opened) {
-    openAdditionalDocuments(rest, everyFileOpened && opened, reply);
-  });
+  openInNewWindow(
+      next, [this, rest = std::move(locations), everyFileOpened, reply = std::move(reply)](
+                bool opened) { openAdditionalDocuments(rest, everyFileOpened && opened, reply); });
 }
 
 void AppDelegate::openInNewWindow(const FileLocation& location, NewWindowCompletion completion) {
@@ -95,8 +98,9 @@ bool AppDelegate::coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& 
 }
 
 void AppDelegate::finishPendingLoad(const FileLocation& location, bool opened) {
-  const auto load = std::find_if(pendingLoads_.begin(), pendingLoads_.end(),
-                                 [&](const PendingNewWindowDocumentLoad& entry) { return entry.location == location; });
+  const auto load = std::find_if(
+      pendingLoads_.begin(), pendingLoads_.end(),
+      [&](const PendingNewWindowDocumentLoad& entry) { return entry.location == location; });
   if (load == pendingLoads_.end()) return;
   const auto completions = std::move(load->completions);
   pendingLoads_.erase(load);

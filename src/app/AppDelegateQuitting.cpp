@@ -26,7 +26,8 @@ void AppDelegate::requestQuit() {
   reviewUnsavedDocuments(editorControllers());
 }
 
-void AppDelegate::reviewUnsavedDocuments(std::vector<std::shared_ptr<HexWindowController>> remaining) {
+void AppDelegate::reviewUnsavedDocuments(
+    std::vector<std::shared_ptr<HexWindowController>> remaining) {
   while (!remaining.empty() && !remaining.front()->document().isDocumentEdited()) {
     remaining.erase(remaining.begin());
   }

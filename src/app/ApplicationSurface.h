@@ -3,7 +3,7 @@
 #include <memory>
 #include <optional>
 
-#include "app/MainMenu.h"
+#include "app/MenuEnabling.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {

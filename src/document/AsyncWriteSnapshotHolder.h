@@ -7,7 +7,8 @@
 
 namespace quillmor {
 
-/// Hands the bytes of a save from the main thread, which takes the snapshot, to the thread that writes.
+/// Hands the bytes of a save from the main thread, which takes the snapshot, to the thread that
+/// writes.
 class AsyncWriteSnapshotHolder {
  public:
   /// Stores the snapshot for the next write, in place of one that was never taken.

@@ -6,7 +6,8 @@
 
 namespace quillmor {
 
-std::shared_ptr<HexDocument> DocumentController::makeUntitledDocument(BackgroundExecutor& executor) {
+std::shared_ptr<HexDocument> DocumentController::makeUntitledDocument(
+    BackgroundExecutor& executor) {
   auto document = std::make_shared<HexDocument>(executor);
   document->setUntitledNumber(freeUntitledNumber());
   documents_.push_back(document);
@@ -20,13 +21,14 @@ void DocumentController::close(const HexDocument* document) {
 std::vector<FileLocation> DocumentController::openDocumentURLs(const HexDocument* excluded) const {
   std::vector<FileLocation> locations;
   for (const auto& document : documents_) {
-    if (document.get() != excluded && document->location()) locations.push_back(*document->location());
+    if (document.get() != excluded && document->location())
+      locations.push_back(*document->location());
   }
   return locations;
 }
 
-std::shared_ptr<HexDocument> DocumentController::documentShowing(const FileLocation& location,
-                                                                 const HexDocument* excluded) const {
+std::shared_ptr<HexDocument> DocumentController::documentShowing(
+    const FileLocation& location, const HexDocument* excluded) const {
   const auto shows = [&](const std::shared_ptr<HexDocument>& document) {
     return document.get() != excluded && !document->isPendingInitialLoad && document->location() &&
            SecureFileAccess::urlsReferToSameFile(*document->location(), location);

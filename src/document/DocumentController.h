@@ -24,7 +24,8 @@ class DocumentController {
 
   /// The open document that shows the file at `location`, leaving out `excluded` and those still
   /// waiting for their own first load. Looks at the file system.
-  std::shared_ptr<HexDocument> documentShowing(const FileLocation& location, const HexDocument* excluded) const;
+  std::shared_ptr<HexDocument> documentShowing(const FileLocation& location,
+                                               const HexDocument* excluded) const;
 
  private:
   int freeUntitledNumber() const;

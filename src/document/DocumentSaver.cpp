@@ -38,12 +38,13 @@ struct DocumentSaver::WriteOutcome {
 
 void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
                          DocumentSaveOperation operation, Hooks hooks) {
-  auto job = std::make_shared<Job>(
-      Job{std::move(document), destination, operation, std::move(hooks), nullptr, ChangeCount::Token{}});
+  auto job = std::make_shared<Job>(Job{std::move(document), destination, operation,
+                                       std::move(hooks), nullptr, ChangeCount::Token{}});
   const auto prepare = [destination] {
     Preparation preparation;
     preparation.reservation = SecureFileAccess::reserveOutputURL(destination);
-    preparation.statusOnDisk = SecureFileAccess::fileStatusIfExists(destination, /*followSymlinks=*/false);
+    preparation.statusOnDisk =
+        SecureFileAccess::fileStatusIfExists(destination, /*followSymlinks=*/false);
     return preparation;
   };
   runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
@@ -92,7 +93,8 @@ void DocumentSaver::written(const std::shared_ptr<Job>& job, Result<WriteOutcome
   if (!outcome.isOk()) return job->end(DocumentSaveResult::failed, outcome.error());
   const WriteOutcome& write = outcome.value();
   if (write.error) {
-    // What a failed write of ours left behind is no other program's change: the next try does not ask.
+    // What a failed write of ours left behind is no other program's change: the next try does not
+    // ask.
     if (job->operation == DocumentSaveOperation::save && write.status) {
       job->document->setFileStatus(*write.status);
     }

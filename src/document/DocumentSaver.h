@@ -22,8 +22,8 @@ struct DocumentSaveOutcome {
   std::optional<Error> error;
 };
 
-/// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a save
-/// in their order, the file system's on background threads and the user's on the main thread:
+/// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a
+/// save in their order, the file system's on background threads and the user's on the main thread:
 /// reserve, compare with the other open documents, compare with the file on disk, snapshot, write.
 class DocumentSaver {
  public:
@@ -39,7 +39,8 @@ class DocumentSaver {
   DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)
       : executor_(executor), documents_(documents) {}
 
-  /// Saves `document` to `destination`. Main thread; the hooks are called later. The saver outlives them.
+  /// Saves `document` to `destination`. Main thread; the hooks are called later. The saver outlives
+  /// them.
   void save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
             DocumentSaveOperation operation, Hooks hooks);
 

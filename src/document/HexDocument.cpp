@@ -13,9 +13,12 @@ namespace quillmor {
 HexDocument::HexDocument(BackgroundExecutor& executor) : executor_(executor) {
   undoManager_.setObserver([this](UndoManager::Event event) {
     switch (event) {
-      case UndoManager::Event::didRegister: return updateChangeCount(ChangeCount::Change::done);
-      case UndoManager::Event::didUndo: return updateChangeCount(ChangeCount::Change::undone);
-      case UndoManager::Event::didRedo: return updateChangeCount(ChangeCount::Change::redone);
+      case UndoManager::Event::didRegister:
+        return updateChangeCount(ChangeCount::Change::done);
+      case UndoManager::Event::didUndo:
+        return updateChangeCount(ChangeCount::Change::undone);
+      case UndoManager::Event::didRedo:
+        return updateChangeCount(ChangeCount::Change::redone);
     }
   });
 }
@@ -29,12 +32,14 @@ std::string HexDocument::displayName() const {
 
 void HexDocument::read(const FileLocation& location) {
   // Saving must never have to follow a link, so the real file becomes the document's location.
-  const FileLocation real = location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location;
+  const FileLocation real =
+      location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location;
   const auto reservation = SecureFileAccess::reserveReadURL(location);
   openingReadReservationHolder_.add(reservation);
   try {
     SecureFileAccess::validateReadableFileURL(real);
-    auto snapshot = SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
+    auto snapshot =
+        SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
     location_ = real;
     fileStatus_ = snapshot.status;
     installBytesAfterRead(std::move(snapshot.bytes), snapshot.modificationDate);
@@ -48,8 +53,9 @@ void HexDocument::read(const FileLocation& location) {
 void HexDocument::readData(ByteBuffer data) {
   const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
   if (data.size() > limit) {
-    throw Error::quillmor(1205, "The selected file exceeds Quillmor's safe in-memory document limit of " +
-                                    std::to_string(limit) + " bytes.");
+    throw Error::quillmor(1205,
+                          "The selected file exceeds Quillmor's safe in-memory document limit of " +
+                              std::to_string(limit) + " bytes.");
   }
   installBytesAfterRead(std::move(data), std::nullopt);
 }
@@ -67,7 +73,8 @@ void HexDocument::installBytesAfterRead(ByteBuffer bytes, std::optional<double> 
   installed.get_future().wait();
 }
 
-void HexDocument::replaceStorageAfterRead(ByteBuffer bytes, std::optional<double> modificationDate) {
+void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
+                                          std::optional<double> modificationDate) {
   storage_->bytes = std::move(bytes);
   modificationDate_ = modificationDate;
   notifyWindowControllersOfStorageReplacement();
@@ -95,7 +102,8 @@ StableFileStatus HexDocument::write(const FileLocation& destination) {
   }
   const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
   if (!snapshot) {
-    throw Error::quillmor(1210, "The asynchronous document save did not have a valid content snapshot.");
+    throw Error::quillmor(1210,
+                          "The asynchronous document save did not have a valid content snapshot.");
   }
   return SecureFileAccess::writeDocumentBytes(snapshot->span(), destination);
 }

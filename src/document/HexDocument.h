@@ -22,8 +22,8 @@
 
 namespace quillmor {
 
-/// One open file, or an untitled one: its bytes, where they live on disk, what has changed since, and
-/// the windows that show them. Main thread only, except `write` during a background save.
+/// One open file, or an untitled one: its bytes, where they live on disk, what has changed since,
+/// and the windows that show them. Main thread only, except `write` during a background save.
 class HexDocument {
  public:
   using WindowMaker = std::function<std::shared_ptr<DocumentWindow>(HexDocument&)>;
@@ -62,8 +62,8 @@ class HexDocument {
 
   // Reading.
 
-  /// Reads `location` whole into the document. Throws the reading layer's errors and then leaves the
-  /// document as it was. The read reservation stays held until the windows are made.
+  /// Reads `location` whole into the document. Throws the reading layer's errors and then leaves
+  /// the document as it was. The read reservation stays held until the windows are made.
   void read(const FileLocation& location);
 
   /// Installs bytes that came from elsewhere. Throws 1205 when they exceed the document limit.
@@ -74,7 +74,8 @@ class HexDocument {
   void replaceStorageAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
 
   /// Makes this the document of another file: new storage, location and date, no unsaved changes.
-  void replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage, const FileLocation& location,
+  void replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
+                                          const FileLocation& location,
                                           std::optional<double> modificationDate);
   void setFileStatus(const StableFileStatus& status) { fileStatus_ = status; }
 
@@ -87,12 +88,14 @@ class HexDocument {
   bool canAsynchronouslyWrite();
 
   /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
-  /// file's status after the write. Throws 1210 when there is no snapshot, else the writer's errors.
+  /// file's status after the write. Throws 1210 when there is no snapshot, else the writer's
+  /// errors.
   StableFileStatus write(const FileLocation& destination);
 
-  /// Notes a finished save: the new location and disk state, and no unsaved changes if the bytes are
-  /// still those that `token`, taken when the save began, stands for.
-  void didSave(const FileLocation& destination, const StableFileStatus& status, ChangeCount::Token token);
+  /// Notes a finished save: the new location and disk state, and no unsaved changes if the bytes
+  /// are still those that `token`, taken when the save began, stands for.
+  void didSave(const FileLocation& destination, const StableFileStatus& status,
+               ChangeCount::Token token);
 
   // Changes.
 

@@ -26,10 +26,12 @@ Result<T> resultOf(Work& work) {
   }
 }
 
-/// Runs `work` off the main thread, then `completion` on the main thread with its result. What `work`
-/// holds is released before the completion runs, so a snapshot of the bytes is no longer shared then.
+/// Runs `work` off the main thread, then `completion` on the main thread with its result. What
+/// `work` holds is released before the completion runs, so a snapshot of the bytes is no longer
+/// shared then.
 template <class Work, class T = std::invoke_result_t<Work&>>
-void runInBackground(BackgroundExecutor& executor, Work work, std::function<void(Result<T>)> completion) {
+void runInBackground(BackgroundExecutor& executor, Work work,
+                     std::function<void(Result<T>)> completion) {
   auto job = std::make_shared<std::optional<Work>>(std::move(work));
   executor.runDetached([&executor, job, completion = std::move(completion)]() mutable {
     auto result = std::make_shared<Result<T>>(resultOf(**job));

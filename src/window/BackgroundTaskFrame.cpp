@@ -53,7 +53,9 @@ void BackgroundTaskFrame::requestStop() {
   if (activity_ && activity_->stopping == Stopping::allowed) activity_->progress->requestStop();
 }
 
-Error BackgroundTaskFrame::busyError() { return Error::quillmor(409, kBusyMessage); }
+Error BackgroundTaskFrame::busyError() {
+  return Error::quillmor(409, kBusyMessage);
+}
 
 void BackgroundTaskFrame::refreshProgressLater(const std::weak_ptr<Activity>& activity,
                                                std::chrono::milliseconds delay) {

@@ -31,7 +31,8 @@ class BackgroundTaskFrame {
  public:
   enum class Stopping { allowed, notAllowed };
 
-  BackgroundTaskFrame(BackgroundExecutor& executor, AlertPresenter& alerts, BusyStateObserver& observer);
+  BackgroundTaskFrame(BackgroundExecutor& executor, AlertPresenter& alerts,
+                      BusyStateObserver& observer);
   ~BackgroundTaskFrame();
   BackgroundTaskFrame(const BackgroundTaskFrame&) = delete;
   BackgroundTaskFrame& operator=(const BackgroundTaskFrame&) = delete;
@@ -57,14 +58,17 @@ class BackgroundTaskFrame {
   template <class Work, class T = std::invoke_result_t<Work&, TaskProgress&>>
   void run(const std::string& statusText, Work work, std::function<void(Result<T>)> completion) {
     if (!beginBusyStatus(statusText, Stopping::allowed)) return completion(busyError());
-    auto task = [work = std::move(work), progress = progress()]() mutable { return work(*progress); };
+    auto task = [work = std::move(work), progress = progress()]() mutable {
+      return work(*progress);
+    };
     std::weak_ptr<Activity> activity = activity_;
-    runInBackground(executor_, std::move(task),
-                    std::function([this, activity, completion = std::move(completion)](Result<T> result) {
-                      if (activity.expired()) return;
-                      endBusyStatus();
-                      completion(std::move(result));
-                    }));
+    runInBackground(
+        executor_, std::move(task),
+        std::function([this, activity, completion = std::move(completion)](Result<T> result) {
+          if (activity.expired()) return;
+          endBusyStatus();
+          completion(std::move(result));
+        }));
   }
 
   /// 409 "Another operation is already running."
@@ -77,7 +81,8 @@ class BackgroundTaskFrame {
     bool isShowingProgress = false;
   };
 
-  void refreshProgressLater(const std::weak_ptr<Activity>& activity, std::chrono::milliseconds delay);
+  void refreshProgressLater(const std::weak_ptr<Activity>& activity,
+                            std::chrono::milliseconds delay);
 
   BackgroundExecutor& executor_;
   AlertPresenter& alerts_;

@@ -30,7 +30,8 @@ EditorToolbar::EditorToolbar(const Perform& perform, QWidget* parent) : QWidget(
     button->setAccessibleName(toQString(item.title));
     button->setFocusPolicy(Qt::TabFocus);
     button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
-    connect(button, &QPushButton::clicked, this, [perform, action = item.action] { perform(action); });
+    connect(button, &QPushButton::clicked, this,
+            [perform, action = item.action] { perform(action); });
     stack->addWidget(button);
     toolbarButtons_.push_back({button, HexWindowController::hasCommand(item.action)});
   }
@@ -38,10 +39,13 @@ EditorToolbar::EditorToolbar(const Perform& perform, QWidget* parent) : QWidget(
   setButtonsEnabled(true);
 }
 
-int EditorToolbar::fittingWidth() const { return layout()->minimumSize().width(); }
+int EditorToolbar::fittingWidth() const {
+  return layout()->minimumSize().width();
+}
 
 void EditorToolbar::setButtonsEnabled(bool enabled) {
-  for (const ToolbarButton& entry : toolbarButtons_) entry.button->setEnabled(enabled && entry.hasCommand);
+  for (const ToolbarButton& entry : toolbarButtons_)
+    entry.button->setEnabled(enabled && entry.hasCommand);
 }
 
 void EditorToolbar::paintEvent(QPaintEvent*) {

@@ -23,7 +23,8 @@ constexpr QRect kInitialContent(100, 100, 1120, 760);
 constexpr QSize kMinimumSize(740, 460);
 constexpr int kProgressSteps = 1000;
 
-/// "[*]" in a title stands for the mark of unsaved changes; a file name that holds it has it doubled.
+/// "[*]" in a title stands for the mark of unsaved changes; a file name that holds it has it
+/// doubled.
 QString titleFor(const std::string& displayName) {
   return QString::fromStdString(displayName).replace("[*]", "[*][*]") + "[*]";
 }
@@ -35,12 +36,15 @@ EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller, Hand
   setAttribute(Qt::WA_DeleteOnClose);
   setGeometry(kInitialContent);
   setupUI();
-  setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20), kMinimumSize.height());
+  setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
+                 kMinimumSize.height());
   controller_->attachWindow(*this);
   editorView_->setFocus();
 }
 
-EditorWindow::~EditorWindow() { controller_->windowWillClose(); }
+EditorWindow::~EditorWindow() {
+  controller_->windowWillClose();
+}
 
 void EditorWindow::setupUI() {
   content_ = new HexFileDropView;
@@ -81,7 +85,9 @@ QWidget* EditorWindow::makeStatusRow() {
   stop_->setAccessibleName(tr("Stop"));
   connect(stop_, &QPushButton::clicked, this, [this] { controller_->stopCurrentOperation(); });
   stopShortcut_ = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(stopShortcut_, &QShortcut::activated, this, [this] { controller_->stopCurrentOperation(); });
+  stopShortcut_->setEnabled(false);
+  connect(stopShortcut_, &QShortcut::activated, this,
+          [this] { controller_->stopCurrentOperation(); });
 
   auto* layout = new QHBoxLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -103,14 +109,16 @@ void EditorWindow::acceptDrops() {
   editorView_->setFileDropHandler(open);
 }
 
-void EditorWindow::setIdentity(const std::string& displayName, const std::optional<FileLocation>& represented,
-                               bool isEdited) {
+void EditorWindow::setIdentity(const std::string& displayName,
+                               const std::optional<FileLocation>& represented, bool isEdited) {
   setWindowFilePath(represented ? QString::fromStdString(represented->path()) : QString());
   setWindowTitle(titleFor(displayName));
   setWindowModified(isEdited);
 }
 
-void EditorWindow::setStatusText(const std::string& text) { status_->setFullText(QString::fromStdString(text)); }
+void EditorWindow::setStatusText(const std::string& text) {
+  status_->setFullText(QString::fromStdString(text));
+}
 
 void EditorWindow::setInspectorText(const std::string& text) {
   inspector_->setFullText(QString::fromStdString(text));
@@ -134,7 +142,9 @@ void EditorWindow::hideProgress() {
   stop_->hide();
 }
 
-void EditorWindow::revalidateMenus() { handlers_.menusNeedValidation(*this); }
+void EditorWindow::revalidateMenus() {
+  handlers_.menusNeedValidation(*this);
+}
 
 void EditorWindow::bringToFront() {
   if (isMinimized()) showNormal();
@@ -174,7 +184,8 @@ void EditorWindow::closeEvent(QCloseEvent* event) {
     controller_->requestClose([this, guard = QPointer<EditorWindow>(this)](bool allowed) {
       if (!guard || !allowed) return;
       mayClose_ = true;
-      QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection);
+      QMetaObject::invokeMethod(
+          this, [this] { close(); }, Qt::QueuedConnection);
     });
   }
   if (!mayClose_) return event->ignore();

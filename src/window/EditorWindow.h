@@ -22,8 +22,8 @@ class HexEditorView;
 class HexFileDropView;
 class ReportWindow;
 
-/// The window of one editor: toolbar, hex view, status and inspector lines. Shows what its controller
-/// says and hands on what the user does.
+/// The window of one editor: toolbar, hex view, status and inspector lines. Shows what its
+/// controller says and hands on what the user does.
 class EditorWindow : public QMainWindow, public EditorWindowSurface {
  public:
   /// What the application hears of the window.

@@ -13,8 +13,8 @@ class EditorWindowSurface {
   virtual ~EditorWindowSurface() = default;
 
   /// The window's title, the file it stands for, and whether it holds unsaved changes.
-  virtual void setIdentity(const std::string& displayName, const std::optional<FileLocation>& represented,
-                           bool isEdited) = 0;
+  virtual void setIdentity(const std::string& displayName,
+                           const std::optional<FileLocation>& represented, bool isEdited) = 0;
 
   virtual void setStatusText(const std::string& text) = 0;
   virtual void setInspectorText(const std::string& text) = 0;

@@ -33,7 +33,9 @@ QSize ElidedLabel::sizeHint() const {
   return {metrics.horizontalAdvance(text_), metrics.height() + 2};
 }
 
-QSize ElidedLabel::minimumSizeHint() const { return {0, QFontMetrics(font()).height() + 2}; }
+QSize ElidedLabel::minimumSizeHint() const {
+  return {0, QFontMetrics(font()).height() + 2};
+}
 
 void ElidedLabel::paintEvent(QPaintEvent*) {
   QPainter painter(this);

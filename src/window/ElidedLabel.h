@@ -4,8 +4,8 @@
 
 namespace quillmor {
 
-/// One line of small monospaced secondary text that stretches, is cut with an ellipsis where it does
-/// not fit, and tells its whole text as tooltip and to assistive technology.
+/// One line of small monospaced secondary text that stretches, is cut with an ellipsis where it
+/// does not fit, and tells its whole text as tooltip and to assistive technology.
 class ElidedLabel : public QWidget {
  public:
   ElidedLabel(const QString& purpose, QWidget* parent);

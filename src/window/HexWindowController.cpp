@@ -21,14 +21,17 @@ HexWindowController::HexWindowController(std::shared_ptr<HexDocument> document,
   const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
   UndoManager& undoManager = hexDocument_->undoManager();
   const int cap = undoLevelCap(limit);
-  if (undoManager.levelsOfUndo() == 0 || undoManager.levelsOfUndo() > cap) undoManager.setLevelsOfUndo(cap);
+  if (undoManager.levelsOfUndo() == 0 || undoManager.levelsOfUndo() > cap)
+    undoManager.setLevelsOfUndo(cap);
   editor_.setMaximumByteCount(limit);
   editor_.setStorage(hexDocument_->storage());
   editor_.setDelegate(this);
   applyUserDefaults();
 }
 
-HexWindowController::~HexWindowController() { removeUndoActions(); }
+HexWindowController::~HexWindowController() {
+  removeUndoActions();
+}
 
 void HexWindowController::attachWindow(EditorWindowSurface& window) {
   window_ = &window;
@@ -47,7 +50,8 @@ std::string HexWindowController::statusText() const {
 void HexWindowController::updateStatus() {
   if (!window_ || isBusy()) return;
   window_->setStatusText(statusText());
-  window_->setInspectorText(inspectorText(hexDocument_->storage()->bytes.span(), editor_.caretOffset()));
+  window_->setInspectorText(
+      DataInspector::inspectorText(hexDocument_->storage()->bytes.span(), editor_.caretOffset()));
   window_->revalidateMenus();
 }
 
@@ -104,15 +108,17 @@ void HexWindowController::requestClose(std::function<void(bool)> completion) {
   if (!windowShouldClose()) return completion(false);
   if (!hexDocument_->isDocumentEdited()) return completion(true);
   const auto response = platform_.alerts.runModal(
-      {.messageText = "Do you want to save the changes you made to \"" + hexDocument_->displayName() + "\"?",
+      {.messageText =
+           "Do you want to save the changes you made to \"" + hexDocument_->displayName() + "\"?",
        .informativeText = "Your changes will be lost if you don't save them.",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
   if (response.button == 1) return completion(true);
   if (response.button != 0) return completion(false);
-  saveCurrentDocumentBeforeReplacing([completion = std::move(completion)](DocumentSaveResult result) {
-    completion(result == DocumentSaveResult::success);
-  });
+  saveCurrentDocumentBeforeReplacing(
+      [completion = std::move(completion)](DocumentSaveResult result) {
+        completion(result == DocumentSaveResult::success);
+      });
 }
 
 void HexWindowController::closeUnusedWindow() {
@@ -122,7 +128,8 @@ void HexWindowController::closeUnusedWindow() {
 void HexWindowController::windowWillClose() {
   if (!window_) return;
   EditorWindowSurface& window = *std::exchange(window_, nullptr);
-  // The document lets go of its windows here; this object lives at least until the end of the function.
+  // The document lets go of its windows here; this object lives at least until the end of the
+  // function.
   const auto self = shared_from_this();
   saveSessionOffset();
   removeUndoActions();

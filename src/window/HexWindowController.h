@@ -23,7 +23,8 @@
 
 namespace quillmor {
 
-/// How far the replacement of a window's document may go on after the question about unsaved changes.
+/// How far the replacement of a window's document may go on after the question about unsaved
+/// changes.
 enum class DocumentReplacementPreparation { proceed, cancelled, failed };
 
 /// How opening a file into an existing window ended.
@@ -55,7 +56,8 @@ class HexWindowController : public DocumentWindow,
   HexWindowController(std::shared_ptr<HexDocument> document, const EditorEnvironment& environment);
   ~HexWindowController() override;
 
-  /// Attaches the window, which outlives its use until `windowWillClose`, and shows the first status.
+  /// Attaches the window, which outlives its use until `windowWillClose`, and shows the first
+  /// status.
   void attachWindow(EditorWindowSurface& window);
 
   HexDocument& document() { return *hexDocument_; }
@@ -67,10 +69,12 @@ class HexWindowController : public DocumentWindow,
   /// The size, offset, mode and selection as the status line shows them.
   std::string statusText() const;
 
-  /// Decides whether the window may close now; alerts when it may not because of a running operation.
+  /// Decides whether the window may close now; alerts when it may not because of a running
+  /// operation.
   bool windowShouldClose();
 
-  /// Asks about unsaved changes as far as needed, saves on request, and reports whether closing may go on.
+  /// Asks about unsaved changes as far as needed, saves on request, and reports whether closing may
+  /// go on.
   void requestClose(std::function<void(bool)> completion);
 
   /// Closes the window of a document that came to nothing, without asking.
@@ -87,7 +91,8 @@ class HexWindowController : public DocumentWindow,
 
   // HexWindowControllerEditing.cpp: announced edits, undo, applying results.
 
-  void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount) override;
+  void announceEdit(std::int64_t start, std::int64_t removedCount,
+                    std::int64_t insertedCount) override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override;
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
@@ -96,7 +101,8 @@ class HexWindowController : public DocumentWindow,
 
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
                         const std::string& actionName);
-  bool registerUndoSnapshot(const std::string& actionName, std::optional<std::int64_t> resultingByteCount);
+  bool registerUndoSnapshot(const std::string& actionName,
+                            std::optional<std::int64_t> resultingByteCount);
 
   /// After a command changed the bytes itself: caret, selection, change count, status.
   void markManualEdit(std::int64_t caretOffset, HexSelection selection, bool undoRegistered);
@@ -113,25 +119,28 @@ class HexWindowController : public DocumentWindow,
 
   /// Runs `work(TaskProgress&)` off the main thread in the busy state.
   template <class Work, class T = std::invoke_result_t<Work&, TaskProgress&>>
-  void runBackgroundTask(const std::string& statusText, Work work, std::function<void(Result<T>)> completion) {
+  void runBackgroundTask(const std::string& statusText, Work work,
+                         std::function<void(Result<T>)> completion) {
     frame_.run(statusText, std::move(work), std::move(completion));
   }
 
   /// The same; the work gets an immutable copy of all bytes and the normalised selection.
-  template <class Work, class T = std::invoke_result_t<Work&, const ByteBuffer&, HexSelection, TaskProgress&>>
+  template <class Work,
+            class T = std::invoke_result_t<Work&, const ByteBuffer&, HexSelection, TaskProgress&>>
   void runBackgroundSnapshotTask(const std::string& statusText, HexSelection selection, Work work,
                                  std::function<void(Result<T>)> completion) {
     const HexSelection range = selection.normalized(byteCount());
-    auto task = [work = std::move(work), bytes = hexDocument_->storage()->bytes, range](
-                    TaskProgress& progress) mutable { return work(bytes, range, progress); };
+    auto task = [work = std::move(work), bytes = hexDocument_->storage()->bytes,
+                 range](TaskProgress& progress) mutable { return work(bytes, range, progress); };
     frame_.run(statusText, std::move(task), std::move(completion));
   }
 
   /// The same; the work gets an immutable copy of the selected bytes alone. Copying is sharing: the
   /// bytes stay where they are, and an edit made meanwhile would go to a copy of its own.
-  template <class Work, class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
-  void runBackgroundSelectionSnapshotTask(const std::string& statusText, HexSelection selection, Work work,
-                                          std::function<void(Result<T>)> completion) {
+  template <class Work,
+            class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
+  void runBackgroundSelectionSnapshotTask(const std::string& statusText, HexSelection selection,
+                                          Work work, std::function<void(Result<T>)> completion) {
     auto selected = [work = std::move(work)](const ByteBuffer& bytes, HexSelection range,
                                              TaskProgress& progress) mutable {
       return work(bytes.span(range.start, range.length), progress);
@@ -142,13 +151,14 @@ class HexWindowController : public DocumentWindow,
   using MutationWork = std::function<ByteBuffer(std::span<const std::uint8_t>, TaskProgress&)>;
   using MutationCompletion = std::function<void(Result<ByteBuffer>)>;
 
-  /// Transforms the selected bytes: at once when they are fewer than `backgroundEditThresholdBytes`,
-  /// in the background otherwise.
+  /// Transforms the selected bytes: at once when they are fewer than
+  /// `backgroundEditThresholdBytes`, in the background otherwise.
   void runBackgroundSelectionMutationTask(const std::string& statusText, HexSelection selection,
                                           MutationWork work, MutationCompletion completion);
 
   /// Puts transformed bytes into the document as one undoable step; false when nothing was changed.
-  bool applyCompletedSelectionMutation(const Result<ByteBuffer>& result, HexSelection originalSelection,
+  bool applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
+                                       HexSelection originalSelection,
                                        const std::string& actionName);
 
   std::optional<HexSelection> activeSelectionOrAlert(const std::string& title);
@@ -173,12 +183,13 @@ class HexWindowController : public DocumentWindow,
   /// A file was dropped on the window.
   void openDroppedFile(const FileLocation& location);
 
-  void prepareToReplaceCurrentDocument(const FileLocation& afterValidatingReadURL,
-                                       const std::string& validationErrorTitle,
-                                       std::function<void(DocumentReplacementPreparation)> completion);
+  void prepareToReplaceCurrentDocument(
+      const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+      std::function<void(DocumentReplacementPreparation)> completion);
   void saveCurrentDocumentBeforeReplacing(std::function<void(DocumentSaveResult)> completion);
   void performDocumentSave(const FileLocation& destination, DocumentSaveOperation operation,
-                           const std::string& statusTitle, std::function<void(DocumentSaveResult)> completion);
+                           const std::string& statusTitle,
+                           std::function<void(DocumentSaveResult)> completion);
   void beginLoadFileInCurrentWindow(const FileLocation& location, bool preservingEditorState,
                                     LoadCompletion completion);
 
@@ -232,7 +243,8 @@ class HexWindowController : public DocumentWindow,
   bool refuseWithoutBookmarks();
 
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
-  void finishLoad(bool preservingEditorState, Result<LoadedFile> result, const LoadCompletion& completion);
+  void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
+                  const LoadCompletion& completion);
   void startAtTheBeginning();
   void loadPreservingEditorState(const FileLocation& location, const std::string& failureTitle,
                                  std::function<void()> success);

@@ -17,9 +17,11 @@ void HexWindowController::addBookmark() {
   const std::int64_t offset = editor_.caretOffset();
   const std::string shown = "0x" + uppercaseHex(offset, 8) + ".";
   switch (bookmarks_.add(offset)) {
-    case Bookmarks::AddResult::alreadyPresent: return alert(kTitle, "Bookmark already exists at " + shown);
+    case Bookmarks::AddResult::alreadyPresent:
+      return alert(kTitle, "Bookmark already exists at " + shown);
     case Bookmarks::AddResult::limitReached:
-      return alert(kTitle, "The bookmark limit of " + std::to_string(Bookmarks::maxBookmarkEntries) +
+      return alert(kTitle, "The bookmark limit of " +
+                               std::to_string(Bookmarks::maxBookmarkEntries) +
                                " entries has been reached.");
     case Bookmarks::AddResult::added:
       alert(kTitle, "Added bookmark at " + shown);
@@ -43,11 +45,15 @@ void HexWindowController::previousBookmark() {
   jumpToBookmark(*bookmarks_.previous(editor_.caretOffset()));
 }
 
-void HexWindowController::jumpToBookmark(std::int64_t offset) { moveCaret(offset, {}); }
+void HexWindowController::jumpToBookmark(std::int64_t offset) {
+  moveCaret(offset, {});
+}
 
 void HexWindowController::showBookmarks() {
   if (refuseWithoutBookmarks()) return;
-  const auto work = [offsets = bookmarks_.offsets()](TaskProgress&) { return bookmarkReport(offsets); };
+  const auto work = [offsets = bookmarks_.offsets()](TaskProgress&) {
+    return bookmarkReport(offsets);
+  };
   runBackgroundTask("Listing bookmarks…", work, std::function([this](Result<std::string> report) {
                       if (report.isOk()) showUtilityReport(kTitle, report.value());
                     }));

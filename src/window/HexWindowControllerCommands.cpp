@@ -51,14 +51,17 @@ constexpr auto kCommands = std::to_array<Command>({
 });
 
 const Command* findCommand(std::string_view action) {
-  const auto found = std::find_if(kCommands.begin(), kCommands.end(),
-                                  [action](const Command& command) { return command.action == action; });
+  const auto found =
+      std::find_if(kCommands.begin(), kCommands.end(),
+                   [action](const Command& command) { return command.action == action; });
   return found == kCommands.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
-bool HexWindowController::hasCommand(std::string_view action) { return findCommand(action) != nullptr; }
+bool HexWindowController::hasCommand(std::string_view action) {
+  return findCommand(action) != nullptr;
+}
 
 void HexWindowController::perform(std::string_view action) {
   if (const Command* command = findCommand(action)) command->perform(*this);

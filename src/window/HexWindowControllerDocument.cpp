@@ -33,19 +33,23 @@ void HexWindowController::saveDocumentAs() {
 void HexWindowController::saveCurrentDocumentBeforeReplacing(
     std::function<void(DocumentSaveResult)> completion) {
   if (!hexDocument_->location()) return chooseDestinationAndSave(std::move(completion));
-  performDocumentSave(*hexDocument_->location(), DocumentSaveOperation::save, "Save", std::move(completion));
+  performDocumentSave(*hexDocument_->location(), DocumentSaveOperation::save, "Save",
+                      std::move(completion));
 }
 
-void HexWindowController::chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion) {
+void HexWindowController::chooseDestinationAndSave(
+    std::function<void(DocumentSaveResult)> completion) {
   const auto& location = hexDocument_->location();
   const auto directory = location ? std::optional(location->directory()) : std::nullopt;
   const auto destination =
       platform_.filePanels.runSavePanel("Save As", hexDocument_->displayName(), directory);
   if (!destination) return completion(DocumentSaveResult::cancelled);
-  performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As", std::move(completion));
+  performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
+                      std::move(completion));
 }
 
-void HexWindowController::performDocumentSave(const FileLocation& destination, DocumentSaveOperation operation,
+void HexWindowController::performDocumentSave(const FileLocation& destination,
+                                              DocumentSaveOperation operation,
                                               const std::string& statusTitle,
                                               std::function<void(DocumentSaveResult)> completion) {
   if (!beginBusyStatus(statusTitle + "…")) return completion(DocumentSaveResult::failed);
@@ -66,7 +70,8 @@ void HexWindowController::performDocumentSave(const FileLocation& destination, D
                       completion = std::move(completion)](const DocumentSaveOutcome& outcome) {
     if (const auto self = weak.lock()) {
       self->endBusyStatus();
-      if (outcome.result == DocumentSaveResult::failed) self->alert("Save Failed", outcome.error->message());
+      if (outcome.result == DocumentSaveResult::failed)
+        self->alert("Save Failed", outcome.error->message());
     }
     completion(outcome.result);
   };
@@ -111,13 +116,15 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
 void HexWindowController::openDroppedFile(const FileLocation& location) {
   if (isBusy()) {
     alert("Open Dropped File",
-          "Another operation is already running. Wait for it to finish before opening a dropped file.");
+          "Another operation is already running. Wait for it to finish before opening a dropped "
+          "file.");
     return;
   }
   openURLInCurrentWindow(location, [](auto) {});
 }
 
-void HexWindowController::openURLInCurrentWindow(const FileLocation& location, OpenCompletion completion) {
+void HexWindowController::openURLInCurrentWindow(const FileLocation& location,
+                                                 OpenCompletion completion) {
   if (isBusy()) {
     alert("Open Failed", BackgroundTaskFrame::busyError().message());
     return completion(OpenCurrentResult::failed);
@@ -126,18 +133,23 @@ void HexWindowController::openURLInCurrentWindow(const FileLocation& location, O
     shown->activateOpenWindows();
     return completion(OpenCurrentResult::broughtToFront);
   }
-  prepareToReplaceCurrentDocument(
-      location, "Open Failed",
-      [this, self = shared_from_this(), location, completion = std::move(completion)](auto preparation) {
-        if (preparation == DocumentReplacementPreparation::cancelled) return completion(OpenCurrentResult::cancelled);
-        if (preparation == DocumentReplacementPreparation::failed) return completion(OpenCurrentResult::failed);
-        beginLoadFileInCurrentWindow(location, /*preservingEditorState=*/false, [this, self, completion](auto result) {
-          if (result.isOk()) return completion(result.value());
-          if (result.error().isStopped()) return completion(OpenCurrentResult::cancelled);
-          alert("Open Failed", result.error().message());
-          completion(OpenCurrentResult::failed);
-        });
-      });
+  prepareToReplaceCurrentDocument(location, "Open Failed",
+                                  [this, self = shared_from_this(), location,
+                                   completion = std::move(completion)](auto preparation) {
+                                    if (preparation == DocumentReplacementPreparation::cancelled)
+                                      return completion(OpenCurrentResult::cancelled);
+                                    if (preparation == DocumentReplacementPreparation::failed)
+                                      return completion(OpenCurrentResult::failed);
+                                    beginLoadFileInCurrentWindow(
+                                        location, /*preservingEditorState=*/false,
+                                        [this, self, completion](auto result) {
+                                          if (result.isOk()) return completion(result.value());
+                                          if (result.error().isStopped())
+                                            return completion(OpenCurrentResult::cancelled);
+                                          alert("Open Failed", result.error().message());
+                                          completion(OpenCurrentResult::failed);
+                                        });
+                                  });
 }
 
 void HexWindowController::prepareToReplaceCurrentDocument(
@@ -152,27 +164,35 @@ void HexWindowController::prepareToReplaceCurrentDocument(
   if (!hexDocument_->isDocumentEdited()) return completion(DocumentReplacementPreparation::proceed);
   const auto response = platform_.alerts.runModal(
       {.messageText = "Replace Current Document?",
-       .informativeText = "The current document has unsaved changes. Save before opening another file in this window?",
+       .informativeText = "The current document has unsaved changes. Save before opening another "
+                          "file in this window?",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
   if (response.button == 1) return completion(DocumentReplacementPreparation::proceed);
   if (response.button != 0) return completion(DocumentReplacementPreparation::cancelled);
-  saveCurrentDocumentBeforeReplacing([completion = std::move(completion)](DocumentSaveResult result) {
-    switch (result) {
-      case DocumentSaveResult::success: return completion(DocumentReplacementPreparation::proceed);
-      case DocumentSaveResult::cancelled: return completion(DocumentReplacementPreparation::cancelled);
-      case DocumentSaveResult::failed: return completion(DocumentReplacementPreparation::failed);
-    }
-  });
+  saveCurrentDocumentBeforeReplacing(
+      [completion = std::move(completion)](DocumentSaveResult result) {
+        switch (result) {
+          case DocumentSaveResult::success:
+            return completion(DocumentReplacementPreparation::proceed);
+          case DocumentSaveResult::cancelled:
+            return completion(DocumentReplacementPreparation::cancelled);
+          case DocumentSaveResult::failed:
+            return completion(DocumentReplacementPreparation::failed);
+        }
+      });
 }
 
-void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& location, bool preservingEditorState,
+void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& location,
+                                                       bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.lastPathComponent(), BackgroundTaskFrame::Stopping::allowed);
+  frame_.beginBusyStatus("Opening " + location.lastPathComponent(),
+                         BackgroundTaskFrame::Stopping::allowed);
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
-    LoadedFile file{location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}};
+    LoadedFile file{
+        location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}};
     file.snapshot = SecureFileAccess::readSnapshot(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
     return file;
@@ -234,7 +254,8 @@ void HexWindowController::documentStorageDidReload() {
 
 void HexWindowController::documentIdentityDidChange() {
   if (!window_) return;
-  window_->setIdentity(hexDocument_->displayName(), hexDocument_->location(), hexDocument_->isDocumentEdited());
+  window_->setIdentity(hexDocument_->displayName(), hexDocument_->location(),
+                       hexDocument_->isDocumentEdited());
   window_->revalidateMenus();
 }
 

@@ -13,7 +13,8 @@ void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedC
 
 void HexWindowController::hexEditorDidEdit(HexEditorState&) {
   if (!editorMutationWasAnnounced_) {
-    // Undo does not know of this change, so neither undo nor redo may bring back the "unchanged" mark.
+    // Undo does not know of this change, so neither undo nor redo may bring back the "unchanged"
+    // mark.
     hexDocument_->makeSavedStateUnreachable();
   } else if (!editorMutationHasUndo_) {
     hexDocument_->updateChangeCount(ChangeCount::Change::done);
@@ -30,7 +31,8 @@ void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelect
 }
 
 bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
-                                           std::int64_t insertedCount, const std::string& actionName) {
+                                           std::int64_t insertedCount,
+                                           const std::string& actionName) {
   return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
 }
 
@@ -66,7 +68,9 @@ void HexWindowController::deleteSelection() {
   editor_.deleteSelectionOrByte(/*backward=*/false);
 }
 
-void HexWindowController::selectAll() { moveCaret(0, {0, byteCount()}); }
+void HexWindowController::selectAll() {
+  moveCaret(0, {0, byteCount()});
+}
 
 void HexWindowController::moveCaret(std::int64_t offset, HexSelection selection) {
   editor_.setCaretOffset(offset);

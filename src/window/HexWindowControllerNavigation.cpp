@@ -12,24 +12,32 @@ constexpr const char* kBytesPerRowKey = "com.tenvale.Quillmor.bytesPerRow";
 constexpr const char* kInsertModeKey = "com.tenvale.Quillmor.insertMode";
 constexpr const char* kSessionOffsetKeyPrefix = "Quillmor.session.offset.";
 
-bool isOfferedBytesPerRow(std::int64_t value) { return value == 8 || value == 16 || value == 32; }
+bool isOfferedBytesPerRow(std::int64_t value) {
+  return value == 8 || value == 16 || value == 32;
+}
 
 }  // namespace
 
 void HexWindowController::goToOffset() {
   if (refuseWhileBusy("Go to Offset")) return;
-  const auto offset = askForOffset(platform_.alerts, "Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.");
+  const auto offset =
+      askForOffset(platform_.alerts, "Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.");
   if (offset) moveCaret(std::min(*offset, byteCount()), {});
 }
 
-void HexWindowController::goToStart() { moveCaret(0, {}); }
+void HexWindowController::goToStart() {
+  moveCaret(0, {});
+}
 
-void HexWindowController::goToEnd() { moveCaret(byteCount(), {}); }
+void HexWindowController::goToEnd() {
+  moveCaret(byteCount(), {});
+}
 
 void HexWindowController::selectRange() {
   if (refuseWhileBusy("Select Range")) return;
-  const auto range = askForRange(platform_.alerts, "Select Range",
-                                 "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.");
+  const auto range =
+      askForRange(platform_.alerts, "Select Range",
+                  "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.");
   if (!range) return;
   const HexSelection selection = range->normalized(byteCount());
   moveCaret(selection.start, selection);
@@ -64,7 +72,8 @@ std::optional<std::string> HexWindowController::sessionOffsetKey() const {
 }
 
 void HexWindowController::saveSessionOffset() {
-  if (const auto key = sessionOffsetKey()) platform_.defaults.setInteger(*key, editor_.caretOffset());
+  if (const auto key = sessionOffsetKey())
+    platform_.defaults.setInteger(*key, editor_.caretOffset());
 }
 
 void HexWindowController::restoreLastSessionOffset() {

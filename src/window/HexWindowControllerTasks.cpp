@@ -9,7 +9,8 @@
 namespace quillmor {
 
 void HexWindowController::runBackgroundSelectionMutationTask(const std::string& statusText,
-                                                             HexSelection selection, MutationWork work,
+                                                             HexSelection selection,
+                                                             MutationWork work,
                                                              MutationCompletion completion) {
   const HexSelection range = selection.normalized(byteCount());
   if (range.length >= backgroundEditThresholdBytes) {
@@ -17,7 +18,9 @@ void HexWindowController::runBackgroundSelectionMutationTask(const std::string& 
     return;
   }
   TaskProgress progress;
-  auto workAtOnce = [&] { return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress); };
+  auto workAtOnce = [&] {
+    return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress);
+  };
   completion(resultOf(workAtOnce));
 }
 
@@ -31,7 +34,9 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffe
   const ByteBuffer& bytes = result.value();
   const HexSelection range = originalSelection.normalized(byteCount());
   if (range.length != bytes.size()) {
-    alert(actionName, Error::quillmor(411, "The selected range changed before the operation completed.").message());
+    alert(actionName,
+          Error::quillmor(411, "The selected range changed before the operation completed.")
+              .message());
     return false;
   }
   HexStorage& storage = *hexDocument_->storage();
@@ -69,12 +74,14 @@ bool HexWindowController::validateGeneratedByteCount(std::int64_t count, const s
   return false;
 }
 
-bool HexWindowController::validateResultingDocumentByteCount(std::int64_t removing, std::int64_t inserting,
+bool HexWindowController::validateResultingDocumentByteCount(std::int64_t removing,
+                                                             std::int64_t inserting,
                                                              const std::string& title) {
   const std::int64_t limit = editor_.maximumByteCount();
   const std::int64_t kept = byteCount() - clampedToCount(removing, byteCount());
   std::int64_t resulting = 0;
-  const bool overflows = __builtin_add_overflow(kept, std::max<std::int64_t>(inserting, 0), &resulting);
+  const bool overflows =
+      __builtin_add_overflow(kept, std::max<std::int64_t>(inserting, 0), &resulting);
   if (!overflows && resulting <= limit) return true;
   alert(title, "The resulting document would exceed Quillmor's safe in-memory document limit of " +
                    std::to_string(limit) + " bytes.");

@@ -14,8 +14,9 @@ namespace quillmor {
 std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::string& title,
                                          const std::string& message);
 
-/// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document. Absent
-/// when cancelled or, after an alert saying "Enter a valid start offset and length.", when an answer is none.
+/// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document.
+/// Absent when cancelled or, after an alert saying "Enter a valid start offset and length.", when
+/// an answer is none.
 std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::string& title,
                                         const std::string& message);
 

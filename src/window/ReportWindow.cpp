@@ -6,7 +6,8 @@
 
 namespace quillmor {
 
-ReportWindow::ReportWindow(const QString& title, const QString& report) : text_(new QPlainTextEdit(this)) {
+ReportWindow::ReportWindow(const QString& title, const QString& report)
+    : text_(new QPlainTextEdit(this)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(title);
   resize(720, 520);

@@ -12,7 +12,9 @@ constexpr std::string_view kTruncationNote =
     "\n\n[Report truncated in viewer to avoid excessive UI memory use. "
     "Export a report file for complete output when available.]\n";
 
-bool startsScalar(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+bool startsScalar(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+}
 
 /// The byte length of the first `count` scalars of `text`.
 std::size_t lengthOfScalars(std::string_view text, std::int64_t count) {
