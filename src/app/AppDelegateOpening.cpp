@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "app/AppDelegate.h"
-#include "fileaccess/FileIdentity.h"
+#include "fileaccess/UrlReservations.h"
 
 namespace quillmor {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "fileaccess/FileIdentity.h"
+#include "fileaccess/UrlReservations.h"
 
 namespace quillmor {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "fileaccess/AtomicTextFileWriter.h"
-#include "fileaccess/Reservations.h"
+#include "fileaccess/OutputDestination.h"
+#include "fileaccess/UrlReservations.h"
 #include "fileaccess/StableReading.h"
 #include "platform/RunInBackground.h"
 
@@ -44,7 +44,7 @@ void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocati
     Preparation preparation;
     preparation.reservation = SecureFileAccess::reserveOutputURL(destination);
     preparation.statusOnDisk =
-        SecureFileAccess::fileStatusIfExists(destination, /*followSymlinks=*/false);
+        SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
     return preparation;
   };
   runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
@@ -74,13 +74,13 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
   job->hooks.willWrite();
   job->token = job->document->changeCountToken();
   job->document->canAsynchronouslyWrite();
-  const auto work = [document = job->document, destination = job->destination] {
+  const auto work = [document = job->document, destination = job->destination, progress = job->hooks.progress] {
     WriteOutcome outcome;
     try {
-      outcome.status = document->write(destination);
+      outcome.status = document->write(destination, progress.get());
     } catch (const Error& error) {
       outcome.error = error;
-      outcome.status = SecureFileAccess::fileStatusIfExists(destination, /*followSymlinks=*/false);
+      outcome.status = SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
     }
     return outcome;
   };

@@ -34,6 +34,8 @@ class DocumentSaver {
     /// Called right before the bytes are written.
     std::function<void()> willWrite;
     std::function<void(const DocumentSaveOutcome&)> completion;
+    /// Told how far the write has come; may be null.
+    std::shared_ptr<TaskProgress> progress;
   };
 
   DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)

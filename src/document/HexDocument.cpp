@@ -96,16 +96,16 @@ bool HexDocument::canAsynchronouslyWrite() {
   return true;
 }
 
-StableFileStatus HexDocument::write(const FileLocation& destination) {
+StableFileStatus HexDocument::write(const FileLocation& destination, TaskProgress* progress) {
   if (std::this_thread::get_id() == mainThread_) {
-    return SecureFileAccess::writeDocumentBytes(storage_->bytes.span(), destination);
+    return SecureFileAccess::writeDocumentBytes(storage_->bytes.span(), destination, progress);
   }
   const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
   if (!snapshot) {
     throw Error::quillmor(1210,
                           "The asynchronous document save did not have a valid content snapshot.");
   }
-  return SecureFileAccess::writeDocumentBytes(snapshot->span(), destination);
+  return SecureFileAccess::writeDocumentBytes(snapshot->span(), destination, progress);
 }
 
 void HexDocument::didSave(const FileLocation& destination, const StableFileStatus& status,

@@ -11,6 +11,7 @@
 
 #include "base/ByteBuffer.h"
 #include "base/FileLocation.h"
+#include "base/TaskProgress.h"
 #include "document/AsyncWriteSnapshotHolder.h"
 #include "document/ChangeCount.h"
 #include "document/DocumentWindow.h"
@@ -90,7 +91,7 @@ class HexDocument {
   /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
   /// file's status after the write. Throws 1210 when there is no snapshot, else the writer's
   /// errors.
-  StableFileStatus write(const FileLocation& destination);
+  StableFileStatus write(const FileLocation& destination, TaskProgress* progress = nullptr);
 
   /// Notes a finished save: the new location and disk state, and no unsaved changes if the bytes
   /// are still those that `token`, taken when the save began, stands for.

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/FileIdentity.h"
+#include "fileaccess/UrlReservations.h"
 #include "fileaccess/Reservations.h"
 #include "platform/RunInBackground.h"
 #include "window/HexWindowController.h"
@@ -54,6 +54,7 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
                                               std::function<void(DocumentSaveResult)> completion) {
   if (!beginBusyStatus(statusTitle + "…")) return completion(DocumentSaveResult::failed);
   DocumentSaver::Hooks hooks;
+  hooks.progress = frame_.progress();
   hooks.confirmOverwritingChangedFile = [this] {
     const auto response = platform_.alerts.runModal(
         {.messageText = "The file has been changed by another program.",
