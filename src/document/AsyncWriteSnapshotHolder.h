@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/ThreadSafety.h"

@@ -232,6 +232,7 @@ class HexWindowController : public DocumentWindow,
 
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   void moveCaret(std::int64_t offset, HexSelection selection);
+  void unannouncedEditDidHappen();
   void applyUserDefaults();
   void saveSessionOffset();
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
@@ -260,6 +261,8 @@ class HexWindowController : public DocumentWindow,
   BackgroundTaskFrame frame_;
   bool editorMutationWasAnnounced_ = false;
   bool editorMutationHasUndo_ = false;
+  /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.
+  std::optional<HexSelection> newestRecordedEdit_;
 };
 
 }  // namespace quillmor

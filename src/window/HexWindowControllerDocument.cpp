@@ -234,10 +234,10 @@ void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFi
 void HexWindowController::startAtTheBeginning() {
   editor_.setStorage(hexDocument_->storage());
   bookmarks_.clear();
+  newestRecordedEdit_.reset();
   removeUndoActions();
   editor_.recalcMetrics();
   moveCaret(0, {});
-  editor_.redrawVisiblePart();
 }
 
 void HexWindowController::documentStorageDidReload() {
@@ -246,11 +246,11 @@ void HexWindowController::documentStorageDidReload() {
   bookmarks_.keepWithin(byteCount());
   editorMutationWasAnnounced_ = false;
   editorMutationHasUndo_ = false;
+  newestRecordedEdit_.reset();
   removeUndoActions();
   editor_.setStorage(hexDocument_->storage());
   editor_.recalcMetrics();
   moveCaret(clampedToCount(caret, byteCount()), selection.normalized(byteCount()));
-  editor_.redrawVisiblePart();
 }
 
 void HexWindowController::documentIdentityDidChange() {

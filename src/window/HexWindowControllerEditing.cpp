@@ -8,14 +8,13 @@ void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedC
                                        std::int64_t insertedCount) {
   editorMutationWasAnnounced_ = true;
   editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, "Edit");
+  if (editorMutationHasUndo_) newestRecordedEdit_ = HexSelection{start, insertedCount};
   bookmarks_.adjustForEdit(start, removedCount, insertedCount);
 }
 
 void HexWindowController::hexEditorDidEdit(HexEditorState&) {
   if (!editorMutationWasAnnounced_) {
-    // Undo does not know of this change, so neither undo nor redo may bring back the "unchanged"
-    // mark.
-    hexDocument_->makeSavedStateUnreachable();
+    unannouncedEditDidHappen();
   } else if (!editorMutationHasUndo_) {
     hexDocument_->updateChangeCount(ChangeCount::Change::done);
   }
@@ -24,20 +23,32 @@ void HexWindowController::hexEditorDidEdit(HexEditorState&) {
   updateStatus();
 }
 
+/// A second digit was typed without an announcement of its own. When it completes the byte of the
+/// newest undo step, undoing that step takes it back too. Otherwise no undo leads back to what was
+/// saved, and the document must not look saved again.
+void HexWindowController::unannouncedEditDidHappen() {
+  const std::int64_t changed = editor_.caretOffset() - 1;
+  const bool undoTakesItBack = newestRecordedEdit_ && changed >= newestRecordedEdit_->start &&
+                               changed - newestRecordedEdit_->start < newestRecordedEdit_->length;
+  if (!hexDocument_->isDocumentEdited() || !undoTakesItBack) hexDocument_->makeSavedStateUnreachable();
+}
+
 void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) {
+  newestRecordedEdit_.reset();
   editor_.recalcMetrics();
   moveCaret(caret, selection);
-  editor_.redrawVisiblePart();
 }
 
 bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
                                            std::int64_t insertedCount,
                                            const std::string& actionName) {
+  newestRecordedEdit_.reset();
   return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
 }
 
 bool HexWindowController::registerUndoSnapshot(const std::string& actionName,
                                                std::optional<std::int64_t> resultingByteCount) {
+  newestRecordedEdit_.reset();
   return undoRecords_.registerUndoSnapshot(actionName, resultingByteCount);
 }
 
@@ -48,7 +59,6 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
   editor_.recalcMetrics();
   moveCaret(caretOffset, selection);
   hexEditorDidEdit(editor_);
-  editor_.redrawVisiblePart();
 }
 
 void HexWindowController::undo() {
