@@ -1,0 +1,57 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace quillmor {
+
+/// One reference-counted piece of memory that byte buffers share. The content of the owner lies
+/// anywhere between `memory` and `memory + capacity`; the rest on both sides is slack.
+///
+/// Small blocks come from malloc. Blocks whose content reaches `kMappedThreshold` are mappings of
+/// their own: only pages that were written to are resident, so their slack is address space and no
+/// memory, the pages under the content are huge ones, and all of it goes back when the block dies.
+struct ByteBlock {
+  /// Content of this many bytes or more is mapped instead of malloc'ed.
+  static constexpr std::int64_t kMappedThreshold = 256 * 1024;
+  /// Touched slack beyond this on one side of a mapped block is given back to the system.
+  static constexpr std::int64_t kReleaseThreshold = 4 * 1024 * 1024;
+
+  /// A block with one reference for `size` bytes of content, which `contentOut` is set to, with
+  /// `slack` bytes free on either side (more in a mapped block). The memory is not initialised.
+  /// Throws std::bad_alloc.
+  static ByteBlock* create(std::int64_t size, std::int64_t slack, std::uint8_t** contentOut);
+
+  /// One more owner. Any thread.
+  void retain() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
+
+  /// One owner less; the last one frees the block. Any thread.
+  void release() noexcept;
+
+  /// Whether the caller is the only owner and may write. The acquire pairs with the release of the
+  /// owners that have gone, so everything they read has been read before the caller writes.
+  bool isUnique() const noexcept { return references.load(std::memory_order_acquire) == 1; }
+
+  /// To be called by the only owner after its content moved to `content`: remembers which bytes
+  /// have been touched and gives large touched slack back to the system.
+  void contentMoved(std::uint8_t* content, std::int64_t size) noexcept;
+
+  /// Bytes that may be resident because content lay there at some time.
+  std::int64_t touchedSize() const noexcept { return touchedEnd - touchedBegin; }
+
+  std::atomic<std::int64_t> references{1};
+  std::uint8_t* memory = nullptr;
+  std::int64_t capacity = 0;
+  std::uint8_t* touchedBegin = nullptr;
+  std::uint8_t* touchedEnd = nullptr;
+  /// Bytes of the whole mapping, 0 for a malloc'ed block.
+  std::int64_t mappedSize = 0;
+
+ private:
+  static ByteBlock* createMalloced(std::int64_t size, std::int64_t slack,
+                                   std::uint8_t** contentOut);
+  static ByteBlock* createMapped(std::int64_t size, std::int64_t slack, std::uint8_t** contentOut);
+  static ByteBlock* place(void* at, std::int64_t bytes, std::uint8_t* content, std::int64_t size);
+};
+
+}  // namespace quillmor
