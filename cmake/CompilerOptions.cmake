@@ -1,6 +1,8 @@
 # Every target of the project links quillmor_options, so that flags stand in one place.
 add_library(quillmor_options INTERFACE)
 target_compile_options(quillmor_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+# Only clang knows the lock annotations of base/ThreadSafety.h.
+target_compile_options(quillmor_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 if(QUILLMOR_WARNINGS_AS_ERRORS)
   target_compile_options(quillmor_options INTERFACE -Werror)
 endif()

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "base/Error.h"
+#include "base/FileLocation.h"
+#include "fileaccess/FileDescriptor.h"
+#include "fileaccess/OutputDestination.h"
+#include "fileaccess/Reservations.h"
+
+namespace quillmor {
+
+/// An output whose destination was found good and whose temporary file stands open.
+struct PreparedOutput {
+  FileLocation temporaryUrl;
+  OutputDestinationIdentity temporaryFileIdentity;
+  FileDescriptor handle;
+  std::shared_ptr<OutputReservation> reservation;
+  /// Absent when no file existed at the destination.
+  std::optional<OutputDestinationSnapshot> initialDestinationSnapshot;
+};
+
+namespace SecureFileAccess {
+
+/// Reserves and checks the destination and creates the temporary file beside it. Codes 1207, 1200,
+/// 1206, 1212, 1210, 1211, 1215 or a POSIX error; nothing is left behind on failure.
+PreparedOutput prepareOutput(const FileLocation& destination,
+                             std::span<const FileLocation> protectedUrls);
+
+}  // namespace SecureFileAccess
+
+/// Writes a file that appears at its destination complete, in one step, or not at all. It never
+/// overwrites a protected file, nor one that appeared or changed while it was being written.
+///
+/// Used by one thread at a time. A writer that is destroyed without a successful `finish` removes
+/// its temporary file and leaves the destination as it was.
+class AtomicTextFileWriter {
+ public:
+  /// Prepares the output. `protectedUrls` are the open documents and the input files of the running
+  /// operation. Fails as `SecureFileAccess::prepareOutput` does.
+  AtomicTextFileWriter(FileLocation destinationUrl, std::vector<FileLocation> protectedUrls);
+  ~AtomicTextFileWriter();
+  AtomicTextFileWriter(const AtomicTextFileWriter&) = delete;
+  AtomicTextFileWriter& operator=(const AtomicTextFileWriter&) = delete;
+
+  /// Appends bytes. Code 1001 once the writer is finished or closed, else a POSIX error.
+  void write(std::span<const std::uint8_t> data);
+
+  /// Appends UTF-8 text as it stands.
+  void write(std::string_view text);
+
+  /// Makes the file durable and moves it to the destination; a second call does nothing. Codes
+  /// 1206, 1212, 1210, 1211, 1213, 1214, 1215 or a POSIX error. After bytes were lost (a failed
+  /// write, flush or close) every call reports that loss and nothing is ever installed.
+  ///
+  /// Should only the last step fail, the flush of the directory, the complete file is in place but
+  /// may not survive a power cut; this is reported as the POSIX error.
+  void finish();
+
+ private:
+  AtomicTextFileWriter(FileLocation destinationUrl, std::vector<FileLocation> protectedUrls,
+                       PreparedOutput prepared);
+
+  void completeTemporaryFile();
+  void closeIfNeeded();
+  void validateTemporaryPathOwnership() const;
+  void atomicallyInstallTemporaryFile();
+  void installTemporaryFileWithoutReplacing();
+  void installTemporaryFileByHardLink();
+  void replaceDestinationWithTemporaryFile(const OutputDestinationSnapshot& expected);
+  void removeTemporaryPathIfStillOwned() noexcept;
+
+  const FileLocation destinationUrl_;
+  const FileLocation temporaryUrl_;
+  const OutputDestinationIdentity temporaryFileIdentity_;
+  FileDescriptor handle_;
+  const std::vector<FileLocation> protectedUrls_;
+  const std::shared_ptr<OutputReservation> outputReservation_;
+  const std::optional<OutputDestinationSnapshot> initialDestinationSnapshot_;
+  bool finished_ = false;
+  bool closed_ = false;
+  bool temporaryPathNeedsCleanup_ = true;
+  /// The first failure after which the temporary file cannot be trusted to hold what was written.
+  std::optional<Error> finalFailure_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,21 @@
+#include "fileaccess/FileErrors.h"
+
+namespace quillmor::SecureFileAccess {
+
+Error inputIsNotALocalFileError() {
+  return Error::quillmor(1200, "The selected item is not a local file URL.");
+}
+
+Error outputIsNotALocalFileError() {
+  return Error::quillmor(1200, "The output destination is not a local file URL.");
+}
+
+Error inputIsNotARegularFileError() {
+  return Error::quillmor(1203, "Only regular files can be opened as binary documents.");
+}
+
+Error changedWhileReadingError() {
+  return Error::quillmor(1204, "The file changed while it was being read. Try again.");
+}
+
+}  // namespace quillmor::SecureFileAccess

@@ -1,0 +1,48 @@
+#include "fileaccess/Reservations.h"
+
+#include <utility>
+
+namespace quillmor {
+
+FileReservation::FileReservation(std::function<void()> releaseHandler)
+    : releaseHandler_(std::move(releaseHandler)) {}
+
+FileReservation::~FileReservation() {
+  release();
+}
+
+void FileReservation::release() {
+  std::function<void()> handler;
+  {
+    const MutexLock guard(lock_);
+    handler = std::exchange(releaseHandler_, nullptr);
+  }
+  // Outside the lock, so that this lock and the registry's are never held together.
+  if (handler) handler();
+}
+
+void ReadReservationHolder::add(std::shared_ptr<ReadReservation> reservation) {
+  const ReadReservation* const key = reservation.get();
+  const MutexLock guard(lock_);
+  reservations_[key] = std::move(reservation);
+}
+
+std::shared_ptr<ReadReservation> ReadReservationHolder::remove(const ReadReservation& reservation) {
+  const MutexLock guard(lock_);
+  const auto found = reservations_.find(&reservation);
+  if (found == reservations_.end()) return nullptr;
+  std::shared_ptr<ReadReservation> taken = std::move(found->second);
+  reservations_.erase(found);
+  return taken;
+}
+
+void ReadReservationHolder::releaseAll() {
+  decltype(reservations_) taken;
+  {
+    const MutexLock guard(lock_);
+    taken.swap(reservations_);
+  }
+  for (const auto& [key, reservation] : taken) reservation->release();
+}
+
+}  // namespace quillmor

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+#include "base/ThreadSafety.h"
+
+namespace quillmor {
+
+/// A token whose lifetime is a reservation. Safe from any thread.
+class FileReservation {
+ public:
+  /// `releaseHandler` undoes the reservation; it must not throw.
+  explicit FileReservation(std::function<void()> releaseHandler);
+  /// Releases the reservation if nobody has.
+  ~FileReservation();
+  FileReservation(const FileReservation&) = delete;
+  FileReservation& operator=(const FileReservation&) = delete;
+
+  /// Ends the reservation. Only the first call does anything.
+  void release() QUILLMOR_EXCLUDES(lock_);
+
+ private:
+  Mutex lock_;
+  std::function<void()> releaseHandler_ QUILLMOR_GUARDED_BY(lock_);
+};
+
+/// One of any number of reads of a file that run side by side.
+class ReadReservation final : public FileReservation {
+ public:
+  using FileReservation::FileReservation;
+};
+
+/// The only use of a file, for writing it.
+class OutputReservation final : public FileReservation {
+ public:
+  using FileReservation::FileReservation;
+};
+
+/// The read reservations a document has taken while it is being opened. Safe from any thread.
+class ReadReservationHolder {
+ public:
+  /// Keeps `reservation`, which is not null.
+  void add(std::shared_ptr<ReadReservation> reservation) QUILLMOR_EXCLUDES(lock_);
+
+  /// Lets go of one reservation again without releasing it; null when it is not held.
+  std::shared_ptr<ReadReservation> remove(const ReadReservation& reservation)
+      QUILLMOR_EXCLUDES(lock_);
+
+  /// Releases every held reservation, also those that somebody else still has a share in.
+  void releaseAll() QUILLMOR_EXCLUDES(lock_);
+
+ private:
+  Mutex lock_;
+  std::unordered_map<const ReadReservation*, std::shared_ptr<ReadReservation>> reservations_
+      QUILLMOR_GUARDED_BY(lock_);
+};
+
+}  // namespace quillmor

@@ -1,0 +1,119 @@
+#include "fileaccess/SystemCalls.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <string>
+
+namespace quillmor {
+
+namespace {
+
+SystemCalls& realSystemCalls() {
+  static SystemCalls calls;
+  return calls;
+}
+
+constinit std::atomic<SystemCalls*> replacementCalls{nullptr};
+
+}  // namespace
+
+int SystemCalls::open(const char* path, int flags, mode_t mode) {
+  return ::open(path, flags, mode);
+}
+
+ssize_t SystemCalls::read(int descriptor, void* buffer, std::size_t count) {
+  return ::read(descriptor, buffer, count);
+}
+
+ssize_t SystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
+  return ::write(descriptor, buffer, count);
+}
+
+int SystemCalls::close(int descriptor) {
+  return ::close(descriptor);
+}
+
+int SystemCalls::fstat(int descriptor, struct stat* status) {
+  return ::fstat(descriptor, status);
+}
+
+int SystemCalls::fstatat(int directory, const char* path, struct stat* status, int flags) {
+  return ::fstatat(directory, path, status, flags);
+}
+
+int SystemCalls::access(const char* path, int mode) {
+  return ::access(path, mode);
+}
+
+int SystemCalls::ftruncate(int descriptor, off_t length) {
+  return ::ftruncate(descriptor, length);
+}
+
+int SystemCalls::fchmod(int descriptor, mode_t mode) {
+  return ::fchmod(descriptor, mode);
+}
+
+int SystemCalls::fsync(int descriptor) {
+  return ::fsync(descriptor);
+}
+
+int SystemCalls::rename(const char* from, const char* to) {
+  return ::rename(from, to);
+}
+
+int SystemCalls::renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
+                           unsigned flags) {
+  return ::renameat2(fromDirectory, from, toDirectory, to, flags);
+}
+
+int SystemCalls::link(const char* from, const char* to) {
+  return ::link(from, to);
+}
+
+int SystemCalls::unlink(const char* path) {
+  return ::unlink(path);
+}
+
+ssize_t SystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) {
+  return ::getrandom(buffer, count, flags);
+}
+
+SystemCalls& SystemCalls::current() {
+  SystemCalls* const replacement = replacementCalls.load(std::memory_order_acquire);
+  return replacement != nullptr ? *replacement : realSystemCalls();
+}
+
+ScopedSystemCalls::ScopedSystemCalls(SystemCalls& replacement)
+    : previous_(replacementCalls.exchange(&replacement, std::memory_order_acq_rel)) {}
+
+ScopedSystemCalls::~ScopedSystemCalls() {
+  replacementCalls.store(previous_, std::memory_order_release);
+}
+
+Error lastSystemError(std::string_view message) {
+  const int errorNumber = errno;
+  return Error::posix(errorNumber, std::string(message));
+}
+
+Error lastSystemError() {
+  return Error::posix(errno);
+}
+
+bool hasFileSystemRepresentation(const FileLocation& location) {
+  return location.path().find('\0') == std::string::npos;
+}
+
+int openFile(const FileLocation& location, int flags, mode_t mode) {
+  if (!hasFileSystemRepresentation(location)) {
+    errno = EINVAL;
+    return -1;
+  }
+  return retryingInterrupted(
+      [&] { return SystemCalls::current().open(location.path().c_str(), flags, mode); });
+}
+
+}  // namespace quillmor

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+
+#include "base/Error.h"
+#include "base/FileLocation.h"
+
+namespace quillmor {
+
+/// Every system call of guarded file access, and nothing else: the one place where a test can make
+/// any single call fail, come back short, or find the file changed.
+///
+/// The members behave as the calls of the same name: -1 and `errno` on failure. This class makes
+/// the real calls; a test derives from it and installs the derived object with `ScopedSystemCalls`.
+/// The members are safe from any thread.
+class SystemCalls {
+ public:
+  SystemCalls() = default;
+  virtual ~SystemCalls() = default;
+  SystemCalls(const SystemCalls&) = delete;
+  SystemCalls& operator=(const SystemCalls&) = delete;
+
+  virtual int open(const char* path, int flags, mode_t mode);
+  virtual ssize_t read(int descriptor, void* buffer, std::size_t count);
+  virtual ssize_t write(int descriptor, const void* buffer, std::size_t count);
+  virtual int close(int descriptor);
+
+  virtual int fstat(int descriptor, struct stat* status);
+  virtual int fstatat(int directory, const char* path, struct stat* status, int flags);
+  virtual int access(const char* path, int mode);
+
+  virtual int ftruncate(int descriptor, off_t length);
+  virtual int fchmod(int descriptor, mode_t mode);
+  virtual int fsync(int descriptor);
+
+  virtual int rename(const char* from, const char* to);
+  virtual int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
+                        unsigned flags);
+  virtual int link(const char* from, const char* to);
+  virtual int unlink(const char* path);
+
+  virtual ssize_t getrandom(void* buffer, std::size_t count, unsigned flags);
+
+  /// The calls in use by this process: the real ones unless a `ScopedSystemCalls` is alive.
+  static SystemCalls& current();
+};
+
+/// Puts other system calls in place of the current ones for the length of a scope. Scopes nest;
+/// they are opened and closed on one thread while no file operation runs on another.
+class ScopedSystemCalls {
+ public:
+  /// `replacement` outlives this object.
+  explicit ScopedSystemCalls(SystemCalls& replacement);
+  ~ScopedSystemCalls();
+  ScopedSystemCalls(const ScopedSystemCalls&) = delete;
+  ScopedSystemCalls& operator=(const ScopedSystemCalls&) = delete;
+
+ private:
+  SystemCalls* previous_;
+};
+
+/// Makes a call again as long as it fails with EINTR. Never used for `close`: on Linux the
+/// descriptor is gone even when `close` was interrupted, and a second one could close another
+/// thread's file.
+template <typename Call>
+auto retryingInterrupted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result != -1 || errno != EINTR) return result;
+  }
+}
+
+/// The error of the call that has just failed, from `errno`, with `message` as its text.
+Error lastSystemError(std::string_view message);
+
+/// The error of the call that has just failed, from `errno`, in the system's own words.
+Error lastSystemError();
+
+/// Opens `location`, repeated on EINTR; -1 and `errno` on failure. EINVAL when the location has no
+/// form the file system could take (a NUL byte in its path).
+int openFile(const FileLocation& location, int flags, mode_t mode = 0);
+
+/// True when the file system can take the location's path: it holds no NUL byte.
+bool hasFileSystemRepresentation(const FileLocation& location);
+
+}  // namespace quillmor

@@ -1,0 +1,47 @@
+#include "fileaccess/UrlReservations.h"
+
+#include <optional>
+
+#include "base/Error.h"
+#include "fileaccess/FileErrors.h"
+#include "fileaccess/FileReservationRegistry.h"
+#include "fileaccess/StableFileStatus.h"
+
+namespace quillmor::SecureFileAccess {
+
+namespace {
+
+ReservationKeys keysOf(const FileLocation& url) {
+  return {.canonicalPath = url.resolvedPath(), .identity = identityIfKnown(url)};
+}
+
+ReservationKeys keysForReading(const FileLocation& url) {
+  if (!url.isLocalFile()) throw inputIsNotALocalFileError();
+  return keysOf(url);
+}
+
+}  // namespace
+
+std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url) {
+  return fileReservationRegistry().reserveRead(keysForReading(url), url.lastPathComponent());
+}
+
+std::shared_ptr<OutputReservation> reserveOutputURL(const FileLocation& url) {
+  if (!url.isLocalFile()) throw outputIsNotALocalFileError();
+  return fileReservationRegistry().reserveOutput(keysOf(url), url.lastPathComponent());
+}
+
+void validateURLIsNotReservedForReading(const FileLocation& url) {
+  fileReservationRegistry().validateIsNotReservedForOutput(keysForReading(url),
+                                                           url.lastPathComponent());
+}
+
+bool urlsReferToSameFile(const FileLocation& a, const FileLocation& b) {
+  if (!a.isLocalFile() || !b.isLocalFile()) return false;
+  if (a.standardizedPath() == b.standardizedPath()) return true;
+  if (a.resolvedPath() == b.resolvedPath()) return true;
+  const std::optional<FileIdentity> identityOfA = identityIfKnown(a);
+  return identityOfA && identityOfA == identityIfKnown(b);
+}
+
+}  // namespace quillmor::SecureFileAccess

@@ -1,0 +1,44 @@
+#include "fileaccess/Uuid.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "base/HexText.h"
+#include "fileaccess/SystemCalls.h"
+
+namespace quillmor {
+
+namespace {
+
+using UuidBytes = std::array<std::uint8_t, 16>;
+
+UuidBytes randomBytes() {
+  UuidBytes bytes{};
+  std::size_t filled = 0;
+  while (filled < bytes.size()) {
+    const auto room = std::span(bytes).subspan(filled);
+    const ssize_t count = retryingInterrupted(
+        [&] { return SystemCalls::current().getrandom(room.data(), room.size(), 0); });
+    if (count < 0) throw lastSystemError();
+    filled += static_cast<std::size_t>(count);
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::string makeUuid() {
+  UuidBytes bytes = randomBytes();
+  // The version (4) and variant (10xx) bits of RFC 4122, section 4.4.
+  bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
+  bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i == 4 || i == 6 || i == 8 || i == 10) text.push_back('-');
+    text.append(uppercaseHexByteStrings[bytes[i]]);
+  }
+  return text;
+}
+
+}  // namespace quillmor

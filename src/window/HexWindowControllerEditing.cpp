@@ -1,0 +1,80 @@
+// Announced edits, undo, and results of commands that change the bytes themselves.
+
+#include "window/HexWindowController.h"
+
+namespace quillmor {
+
+void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
+                                       std::int64_t insertedCount) {
+  editorMutationWasAnnounced_ = true;
+  editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, "Edit");
+  bookmarks_.adjustForEdit(start, removedCount, insertedCount);
+}
+
+void HexWindowController::hexEditorDidEdit(HexEditorState&) {
+  if (!editorMutationWasAnnounced_) {
+    // Undo does not know of this change, so neither undo nor redo may bring back the "unchanged"
+    // mark.
+    hexDocument_->makeSavedStateUnreachable();
+  } else if (!editorMutationHasUndo_) {
+    hexDocument_->updateChangeCount(ChangeCount::Change::done);
+  }
+  editorMutationWasAnnounced_ = false;
+  editorMutationHasUndo_ = false;
+  updateStatus();
+}
+
+void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) {
+  editor_.recalcMetrics();
+  moveCaret(caret, selection);
+  editor_.redrawVisiblePart();
+}
+
+bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
+                                           std::int64_t insertedCount,
+                                           const std::string& actionName) {
+  return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
+}
+
+bool HexWindowController::registerUndoSnapshot(const std::string& actionName,
+                                               std::optional<std::int64_t> resultingByteCount) {
+  return undoRecords_.registerUndoSnapshot(actionName, resultingByteCount);
+}
+
+void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection selection,
+                                         bool undoRegistered) {
+  editorMutationWasAnnounced_ = true;
+  editorMutationHasUndo_ = undoRegistered;
+  editor_.recalcMetrics();
+  moveCaret(caretOffset, selection);
+  hexEditorDidEdit(editor_);
+  editor_.redrawVisiblePart();
+}
+
+void HexWindowController::undo() {
+  if (isBusy() || !hexDocument_->undoManager().canUndo()) return platform_.beeper.beep();
+  hexDocument_->undoManager().undo();
+  updateStatus();
+}
+
+void HexWindowController::redo() {
+  if (isBusy() || !hexDocument_->undoManager().canRedo()) return platform_.beeper.beep();
+  hexDocument_->undoManager().redo();
+  updateStatus();
+}
+
+void HexWindowController::deleteSelection() {
+  if (refuseWhileBusy("Delete")) return;
+  editor_.deleteSelectionOrByte(/*backward=*/false);
+}
+
+void HexWindowController::selectAll() {
+  moveCaret(0, {0, byteCount()});
+}
+
+void HexWindowController::moveCaret(std::int64_t offset, HexSelection selection) {
+  editor_.setCaretOffset(offset);
+  editor_.setSelection(selection);
+}
+
+}  // namespace quillmor
