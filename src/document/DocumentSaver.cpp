@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "fileaccess/OutputDestination.h"
-#include "fileaccess/UrlReservations.h"
 #include "fileaccess/StableReading.h"
+#include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
@@ -74,7 +74,8 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
   job->hooks.willWrite();
   job->token = job->document->changeCountToken();
   job->document->canAsynchronouslyWrite();
-  const auto work = [document = job->document, destination = job->destination, progress = job->hooks.progress] {
+  const auto work = [document = job->document, destination = job->destination,
+                     progress = job->hooks.progress] {
     WriteOutcome outcome;
     try {
       outcome.status = document->write(destination, progress.get());

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/UrlReservations.h"
 #include "fileaccess/Reservations.h"
+#include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 #include "window/HexWindowController.h"
 

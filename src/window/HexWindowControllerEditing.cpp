@@ -30,7 +30,8 @@ void HexWindowController::unannouncedEditDidHappen() {
   const std::int64_t changed = editor_.caretOffset() - 1;
   const bool undoTakesItBack = newestRecordedEdit_ && changed >= newestRecordedEdit_->start &&
                                changed - newestRecordedEdit_->start < newestRecordedEdit_->length;
-  if (!hexDocument_->isDocumentEdited() || !undoTakesItBack) hexDocument_->makeSavedStateUnreachable();
+  if (!hexDocument_->isDocumentEdited() || !undoTakesItBack)
+    hexDocument_->makeSavedStateUnreachable();
 }
 
 void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) {

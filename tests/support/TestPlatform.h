@@ -12,8 +12,8 @@
 
 namespace quillmor::test {
 
-/// Alerts answered by a script. An alert that no script entry expected fails the test, and so does an
-/// expected alert that never came.
+/// Alerts answered by a script. An alert that no script entry expected fails the test, and so does
+/// an expected alert that never came.
 class ScriptedAlerts : public AlertPresenter {
  public:
   ~ScriptedAlerts() override;
@@ -92,7 +92,8 @@ class ManualExecutor : public BackgroundExecutor {
   void postToMain(std::function<void()> function) override;
   void postToMainAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
 
-  /// Runs the oldest background work on a thread of its own and waits for it. False when there is none.
+  /// Runs the oldest background work on a thread of its own and waits for it. False when there is
+  /// none.
   bool runOneWork();
 
   /// Runs what was posted to the main thread; false when there was nothing.
