@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -37,6 +38,8 @@ std::string textOf(std::span<const std::uint8_t> bytes);
 
 /// True when nobody holds any reservation for the file.
 bool isUnreserved(const FileLocation& location);
+
+inline constexpr std::int64_t kNoSizeLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Runs `body` in a child process that has no rights of root and may write files of at most
 /// `maximumFileSize` bytes, and returns the text it returns.
