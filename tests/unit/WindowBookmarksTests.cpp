@@ -1,8 +1,6 @@
 // The bookmark commands of an editor window, and bookmarks under edits, undo and redo.
 
-#include <iomanip>
-#include <sstream>
-
+#include "base/HexText.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -16,10 +14,7 @@ class WindowBookmarks : public WindowFixture {
 
   void add(std::int64_t offset) {
     editor.editor().setCaretOffset(offset);
-    std::ostringstream text;
-    text << "Added bookmark at 0x" << std::uppercase << std::hex << std::setw(8)
-         << std::setfill('0') << offset << ".";
-    expectAlert(text.str());
+    expectAlert("Added bookmark at 0x" + uppercaseHex(offset, 8) + ".");
     editor->addBookmark();
   }
 
