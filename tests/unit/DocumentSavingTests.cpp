@@ -6,12 +6,12 @@
 #include <filesystem>
 
 #include "fileaccess/UrlReservations.h"
-#include "support/EditorFixture.h"
+#include "support/WindowFixture.h"
 
 namespace quillmor::test {
 namespace {
 
-class DocumentSaving : public EditorFixture {
+class DocumentSaving : public WindowFixture {
  protected:
   static struct stat statusOf(const FileLocation& location) {
     struct stat status {};

@@ -65,9 +65,9 @@ struct EditorUnderTest {
 };
 
 /// The base of tests of an editor window: a platform under control and documents in it.
-class EditorFixture : public testing::Test {
+class WindowFixture : public testing::Test {
  protected:
-  ~EditorFixture() override;
+  ~WindowFixture() override;
 
   /// A new untitled editor holding `content`, without unsaved changes.
   EditorUnderTest makeEditor(std::string_view content = "");

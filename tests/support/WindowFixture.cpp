@@ -1,4 +1,4 @@
-#include "support/EditorFixture.h"
+#include "support/WindowFixture.h"
 
 namespace quillmor::test {
 
@@ -38,7 +38,7 @@ std::string EditorUnderTest::text() const {
   return {bytes.begin(), bytes.end()};
 }
 
-EditorFixture::~EditorFixture() {
+WindowFixture::~WindowFixture() {
   // Documents and their windows hold each other until the window closes.
   const auto open = documents.documents();
   for (const auto& document : open) {
@@ -49,7 +49,7 @@ EditorFixture::~EditorFixture() {
   }
 }
 
-EditorUnderTest EditorFixture::makeEditor(std::string_view content) {
+EditorUnderTest WindowFixture::makeEditor(std::string_view content) {
   EditorUnderTest made;
   made.document = documents.makeUntitledDocument(platform.executor);
   made.document->readData(bytesOf(content));
@@ -64,19 +64,19 @@ EditorUnderTest EditorFixture::makeEditor(std::string_view content) {
   return made;
 }
 
-EditorUnderTest EditorFixture::openEditor(const FileLocation& location) {
+EditorUnderTest WindowFixture::openEditor(const FileLocation& location) {
   EditorUnderTest made = makeEditor();
   made.controller->openURLInCurrentWindow(location, [](OpenCurrentResult) {});
   platform.executor.runAll();
   return made;
 }
 
-void EditorFixture::type(const EditorUnderTest& editor, std::string_view text) {
+void WindowFixture::type(const EditorUnderTest& editor, std::string_view text) {
   editor.editor().setEditingArea(EditingArea::ascii);
   for (const char c : text) editor.editor().handleTextInput(std::string_view(&c, 1));
 }
 
-void EditorFixture::typeHex(const EditorUnderTest& editor, std::string_view digits) {
+void WindowFixture::typeHex(const EditorUnderTest& editor, std::string_view digits) {
   editor.editor().setEditingArea(EditingArea::hex);
   for (const char c : digits) editor.editor().handleTextInput(std::string_view(&c, 1));
 }
