@@ -166,12 +166,12 @@ bool ByteBuffer::aliases(std::span<const std::uint8_t> bytes) const noexcept {
   return before(bytes.data(), data_ + size_) && before(data_, bytes.data() + bytes.size());
 }
 
-/// Removes bytes from an end of a shared buffer without copying the rest, unless that would keep
-/// much more memory alive than is used.
+/// Removes bytes from an end of a shared buffer without copying the rest, unless that would let
+/// more than an eighth of the memory go unused for as long as it lives.
 bool ByteBuffer::narrowSharedView(const Edit& edit) noexcept {
   if (block_ == nullptr || !edit.inserted.empty()) return false;
   if (edit.head != 0 && edit.tail != 0) return false;
-  if (edit.newSize() < block_->touchedSize() / 2) return false;
+  if (edit.newSize() < block_->touchedSize() / 8 * 7) return false;
   if (edit.head == 0) data_ += edit.removed;
   size_ = edit.newSize();
   return true;

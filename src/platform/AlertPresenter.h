@@ -10,10 +10,10 @@ enum class AlertStyle { informational, warning, critical };
 
 /// One labelled row of an alert's form: a text field, or a pop-up when `choices` is not empty.
 struct FormField {
-  std::string label;
-  std::string placeholder;
-  std::string text;                  ///< what the field holds at first
-  std::vector<std::string> choices;  ///< titles of a pop-up, in order
+  std::string label = {};
+  std::string placeholder = {};
+  std::string text = {};                  ///< what the field holds at first
+  std::vector<std::string> choices = {};  ///< titles of a pop-up, in order
   std::size_t selectedChoice = 0;
 
   bool operator==(const FormField&) const = default;
@@ -21,14 +21,14 @@ struct FormField {
 
 /// A modal alert. All texts are UTF-8.
 struct Alert {
-  std::string messageText;
-  std::string informativeText;
+  std::string messageText = {};
+  std::string informativeText = {};
   AlertStyle style = AlertStyle::informational;
   std::vector<std::string> buttons{"OK"};
   std::size_t defaultButton = 0;
   std::size_t cancelButton =
       static_cast<std::size_t>(-1);  ///< Escape; by default the button "Cancel", else the only one
-  std::vector<FormField> fields;
+  std::vector<FormField> fields = {};
   int formWidth = 420;  ///< points
 
   bool operator==(const Alert&) const = default;

@@ -36,9 +36,11 @@ void TemporaryFolder::append(std::string_view name, std::string_view content) co
   std::ofstream(path_ / name, std::ios::binary | std::ios::app) << content;
 }
 
-std::string TemporaryFolder::read(std::string_view name) const {
-  std::ifstream in(path_ / name, std::ios::binary);
-  EXPECT_TRUE(in.is_open()) << "no file " << name;
+std::string TemporaryFolder::read(std::string_view name) const { return read(location(name)); }
+
+std::string TemporaryFolder::read(const FileLocation& location) {
+  std::ifstream in(location.path(), std::ios::binary);
+  EXPECT_TRUE(in.is_open()) << "no file " << location.path();
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 

@@ -26,6 +26,7 @@ class TemporaryFolder {
   void append(std::string_view name, std::string_view content) const;
   /// The whole content of a file; a test failure when there is none.
   std::string read(std::string_view name) const;
+  static std::string read(const FileLocation& location);
   bool exists(std::string_view name) const;
   /// The names of everything in the folder, sorted.
   std::vector<std::string> names() const;

@@ -1,0 +1,167 @@
+#include "app/AppDelegate.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace quillmor {
+
+namespace {
+
+struct TextCommand {
+  std::string_view menuAction;
+  TextAction textAction;
+};
+
+constexpr auto kTextCommands = std::to_array<TextCommand>({
+    {"forwardUndo:", TextAction::undo},
+    {"forwardRedo:", TextAction::redo},
+    {"forwardCut:", TextAction::cut},
+    {"forwardCopy:", TextAction::copy},
+    {"forwardPaste:", TextAction::paste},
+    {"forwardDeleteSelection:", TextAction::delete_},
+    {"forwardSelectAll:", TextAction::selectAll},
+});
+
+struct ApplicationCommand {
+  std::string_view action;
+  void (*perform)(AppDelegate&, ApplicationSurface&);
+};
+
+constexpr auto kApplicationCommands = std::to_array<ApplicationCommand>({
+    {"showAbout:", [](AppDelegate&, ApplicationSurface& surface) { surface.showAboutWindow(); }},
+    {"showPreferences:", [](AppDelegate& app, ApplicationSurface&) { app.showPreferences(); }},
+    {"requestQuit:", [](AppDelegate& app, ApplicationSurface&) { app.requestQuit(); }},
+    {"newDocument:", [](AppDelegate& app, ApplicationSurface&) { app.newDocument(); }},
+    {"forwardOpenDocument:", [](AppDelegate& app, ApplicationSurface&) { app.openDocument(); }},
+    {"performClose:", [](AppDelegate&, ApplicationSurface& surface) { surface.performClose(); }},
+});
+
+template <class Table>
+auto findAction(const Table& table, std::string_view action) {
+  return std::find_if(table.begin(), table.end(),
+                      [action](const auto& entry) { return entry.action == action; });
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
+    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {}
+
+std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
+  std::vector<std::shared_ptr<HexWindowController>> controllers;
+  for (const auto& held : windowOrder_) {
+    if (auto controller = held.lock()) controllers.push_back(std::move(controller));
+  }
+  return controllers;
+}
+
+std::shared_ptr<HexWindowController> AppDelegate::currentHexWindowController() const {
+  for (const auto& held : windowOrder_) {
+    if (auto controller = held.lock()) return controller;
+  }
+  return nullptr;
+}
+
+void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller) {
+  std::erase_if(windowOrder_, [](const auto& held) { return held.expired(); });
+  const auto isIt = [&](const auto& held) { return held.lock().get() == &controller; };
+  const auto found = std::find_if(windowOrder_.begin(), windowOrder_.end(), isIt);
+  if (found != windowOrder_.end()) std::rotate(windowOrder_.begin(), found, found + 1);
+}
+
+void AppDelegate::perform(std::string_view action) {
+  if (performTextAction(action)) return;
+  const auto own = findAction(kApplicationCommands, action);
+  if (own != kApplicationCommands.end()) return own->perform(*this, surface_);
+  if (const auto controller = currentHexWindowController()) controller->perform(action);
+}
+
+bool AppDelegate::performTextAction(std::string_view action) {
+  const auto command =
+      std::find_if(kTextCommands.begin(), kTextCommands.end(),
+                   [action](const TextCommand& entry) { return entry.menuAction == action; });
+  if (command == kTextCommands.end()) return false;
+  const auto focus = surface_.focusedTextView();
+  if (!focus) return false;
+  const bool nothingToUndo = (command->textAction == TextAction::undo && !focus->canUndo) ||
+                             (command->textAction == TextAction::redo && !focus->canRedo);
+  if (nothingToUndo) {
+    platform_.beeper.beep();
+    return true;
+  }
+  return surface_.sendTextAction(command->textAction);
+}
+
+EnablingContext AppDelegate::enablingContext() const {
+  EnablingContext context;
+  context.textFocus = surface_.focusedTextView();
+  const auto controller = currentHexWindowController();
+  if (!controller) return context;
+  context.hasController = true;
+  context.isBusy = controller->isBusy();
+  context.hasFile = controller->hasFileURLForMenu();
+  context.canUndo = controller->document().undoManager().canUndo();
+  context.canRedo = controller->document().undoManager().canRedo();
+  context.hasBookmarks = !controller->bookmarks().offsets().empty();
+  const std::int64_t count = controller->document().storage()->count();
+  context.hasSelection = controller->editor().selection().normalized(count).length > 0;
+  context.hasBytes = count > 0;
+  return context;
+}
+
+bool AppDelegate::validateMenuItem(std::string_view action) const {
+  const auto hasCommand = [](std::string_view name) {
+    return findAction(kApplicationCommands, name) != kApplicationCommands.end() ||
+           HexWindowController::hasCommand(name);
+  };
+  return isEnabled(action, enablingContext(), hasCommand);
+}
+
+std::shared_ptr<HexWindowController> AppDelegate::showNewEditorWindow(bool isPendingInitialLoad) {
+  const auto document = documents_.makeUntitledDocument(platform_.executor);
+  document->isPendingInitialLoad = isPendingInitialLoad;
+  return showEditorWindow(document);
+}
+
+std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
+    const std::shared_ptr<HexDocument>& document) {
+  std::shared_ptr<HexWindowController> controller;
+  document->makeWindowControllers([&](HexDocument&) {
+    controller = std::make_shared<HexWindowController>(
+        document, EditorEnvironment{platform_, documents_, saver_});
+    return controller;
+  });
+  windowOrder_.insert(windowOrder_.begin(), controller);
+  surface_.showEditorWindow(controller);
+  return controller;
+}
+
+void AppDelegate::newDocument() {
+  showNewEditorWindow(/*isPendingInitialLoad=*/false);
+}
+
+void AppDelegate::openUntitledDocumentIfNeeded() {
+  if (documents_.documents().empty()) return newDocument();
+  documents_.documents().front()->activateOpenWindows();
+}
+
+void AppDelegate::openDocument() {
+  const auto controller = currentHexWindowController();
+  std::optional<FileLocation> directory;
+  if (controller && controller->document().location())
+    directory = controller->document().location()->directory();
+  auto locations =
+      platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
+  if (!locations.empty()) openFiles(std::move(locations), [](bool) {});
+}
+
+void AppDelegate::showPreferences() {
+  platform_.alerts.runModal(
+      {.messageText = "Quillmor Preferences",
+       .informativeText =
+           "Dark metallic UI. Bytes per row and Insert/Overwrite mode are now saved per user and "
+           "restored for new windows."});
+}
+
+}  // namespace quillmor

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "app/ApplicationSurface.h"
+#include "app/MenuEnabling.h"
+#include "document/DocumentController.h"
+#include "document/DocumentSaver.h"
+#include "platform/PlatformServices.h"
+#include "window/HexWindowController.h"
+
+namespace quillmor {
+
+/// The application's own decisions: which editor a command goes to, which commands are enabled, how
+/// files are opened into windows, and when the application may quit. Knows no toolkit; main thread
+/// only.
+class AppDelegate {
+ public:
+  using OpenReply = std::function<void(bool everyFileOpened)>;
+
+  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface);
+
+  // AppDelegate.cpp: windows and commands.
+
+  DocumentController& documents() { return documents_; }
+
+  /// The editor that commands go to: that of the key window, else the one used last.
+  std::shared_ptr<HexWindowController> currentHexWindowController() const;
+
+  /// The editor's window became the key window.
+  void editorWindowDidBecomeKey(const HexWindowController& controller);
+
+  /// Carries out a menu action by its name ("forwardSave:", "showAbout:").
+  void perform(std::string_view action);
+
+  /// Whether the menu action is enabled now.
+  bool validateMenuItem(std::string_view action) const;
+
+  void newDocument();
+  void openDocument();
+  void showPreferences();
+
+  /// An untitled document when none is open, else the first open document's windows in front.
+  void openUntitledDocumentIfNeeded();
+
+  // AppDelegateOpening.cpp: files handed to the application.
+
+  /// Opens the first file into the current window and the others into new ones, one after another.
+  void openFiles(std::vector<FileLocation> locations, OpenReply reply);
+
+  /// Reads the file at once and shows it in a new window. Throws the reading layer's errors.
+  std::shared_ptr<HexWindowController> openNow(const FileLocation& location);
+
+  // AppDelegateQuitting.cpp
+
+  /// Quits unless an editor is busy or the user keeps a document with unsaved changes.
+  void requestQuit();
+
+  /// False, with an alert, while an editor is busy.
+  bool applicationShouldTerminate();
+
+ private:
+  using NewWindowCompletion = std::function<void(bool)>;
+
+  /// A file being opened into a new window, with everybody who waits for it.
+  struct PendingNewWindowDocumentLoad {
+    FileLocation location;
+    std::vector<NewWindowCompletion> completions;
+  };
+
+  struct OpenRequest {
+    std::vector<FileLocation> locations;
+    OpenReply reply;
+  };
+
+  bool performTextAction(std::string_view action);
+  EnablingContext enablingContext() const;
+  std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
+  std::shared_ptr<HexWindowController> showEditorWindow(
+      const std::shared_ptr<HexDocument>& document);
+  std::vector<std::shared_ptr<HexWindowController>> editorControllers() const;
+
+  void runNextOpenRequest();
+  void openURLInCurrentWindow(const FileLocation& location, NewWindowCompletion completion);
+  void openAdditionalDocuments(std::vector<FileLocation> locations, bool everyFileOpened,
+                               OpenReply reply);
+  void openInNewWindow(const FileLocation& location, NewWindowCompletion completion);
+  bool coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& location,
+                                                 NewWindowCompletion& completion);
+  void finishPendingLoad(const FileLocation& location, bool opened);
+
+  void reviewUnsavedDocuments(std::vector<std::shared_ptr<HexWindowController>> remaining);
+
+  PlatformServices platform_;
+  ApplicationSurface& surface_;
+  DocumentController documents_;
+  DocumentSaver saver_;
+  std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
+  std::deque<OpenRequest> openRequests_;
+  bool isOpening_ = false;
+  bool isReviewing_ = false;
+  std::vector<PendingNewWindowDocumentLoad> pendingLoads_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,155 @@
+#include "app/ApplicationWindows.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <algorithm>
+
+#include "app/AboutWindowController.h"
+#include "app/AppDelegate.h"
+#include "app/WindowMenus.h"
+#include "window/EditorWindow.h"
+#include "window/ReportWindow.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr const char* kMenusName = "windowMenus";
+
+TextFocus focusOf(const QLineEdit& field) {
+  return {.isEditable = !field.isReadOnly(),
+          .hasText = !field.text().isEmpty(),
+          .hasSelection = field.hasSelectedText(),
+          .canUndo = field.isUndoAvailable(),
+          .canRedo = field.isRedoAvailable()};
+}
+
+TextFocus focusOf(const QPlainTextEdit& view) {
+  return {.isEditable = !view.isReadOnly(),
+          .hasText = !view.document()->isEmpty(),
+          .hasSelection = view.textCursor().hasSelection(),
+          .canUndo = view.document()->isUndoAvailable(),
+          .canRedo = view.document()->isRedoAvailable()};
+}
+
+void deleteSelectedText(QLineEdit& field) {
+  field.del();
+}
+void deleteSelectedText(QPlainTextEdit& view) {
+  view.textCursor().deleteChar();
+}
+
+template <class TextView>
+void send(TextAction action, TextView& view) {
+  switch (action) {
+    case TextAction::undo:
+      return view.undo();
+    case TextAction::redo:
+      return view.redo();
+    case TextAction::cut:
+      return view.cut();
+    case TextAction::copy:
+      return view.copy();
+    case TextAction::paste:
+      return view.paste();
+    case TextAction::delete_:
+      return deleteSelectedText(view);
+    case TextAction::selectAll:
+      return view.selectAll();
+  }
+}
+
+}  // namespace
+
+ApplicationWindows::ApplicationWindows() = default;
+ApplicationWindows::~ApplicationWindows() = default;
+
+void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowController>& controller) {
+  EditorWindow::Handlers handlers;
+  handlers.didBecomeKey = [this](EditorWindow& window) {
+    delegate_->editorWindowDidBecomeKey(window.controller());
+    if (auto* menus = menusOf(window)) menus->revalidateLater();
+  };
+  handlers.menusNeedValidation = [](EditorWindow& window) {
+    if (auto* menus = menusOf(window)) menus->revalidateLater();
+  };
+  handlers.perform = [this](std::string_view action) { delegate_->perform(action); };
+  handlers.didOpenReportWindow = [this](ReportWindow& window) {
+    addMenus(window, /*asMenuBar=*/false);
+  };
+  auto* window = new EditorWindow(controller, std::move(handlers));
+  std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
+  editorWindows_.emplace_back(window);
+  addMenus(*window, /*asMenuBar=*/true);
+  window->show();
+  window->bringToFront();
+}
+
+WindowMenus* ApplicationWindows::addMenus(QMainWindow& window, bool asMenuBar) {
+  WindowMenus::Handlers handlers;
+  handlers.perform = [this](std::string_view action) { delegate_->perform(action); };
+  handlers.validate = [this](std::string_view action) {
+    return delegate_->validateMenuItem(action);
+  };
+  using Presentation = WindowMenus::Presentation;
+  auto* menus = new WindowMenus(
+      window, asMenuBar ? Presentation::menuBar : Presentation::shortcutsOnly, std::move(handlers));
+  menus->setObjectName(kMenusName);
+  return menus;
+}
+
+WindowMenus* ApplicationWindows::menusOf(QMainWindow& window) {
+  return dynamic_cast<WindowMenus*>(
+      window.findChild<QObject*>(kMenusName, Qt::FindDirectChildrenOnly));
+}
+
+std::optional<TextFocus> ApplicationWindows::focusedTextView() const {
+  QWidget* focus = QApplication::focusWidget();
+  if (const auto* field = qobject_cast<QLineEdit*>(focus)) return focusOf(*field);
+  if (const auto* view = qobject_cast<QPlainTextEdit*>(focus)) return focusOf(*view);
+  return std::nullopt;
+}
+
+bool ApplicationWindows::sendTextAction(TextAction action) {
+  QWidget* focus = QApplication::focusWidget();
+  if (auto* field = qobject_cast<QLineEdit*>(focus)) return send(action, *field), true;
+  if (auto* view = qobject_cast<QPlainTextEdit*>(focus)) return send(action, *view), true;
+  return false;
+}
+
+void ApplicationWindows::performClose() {
+  if (QWidget* window = QApplication::activeWindow()) window->close();
+}
+
+void ApplicationWindows::showAboutWindow() {
+  if (!aboutWindowController_) {
+    aboutWindowController_ =
+        new AboutWindowController([this](const QRect& frame) { aboutWindowFrame_ = frame; });
+    if (aboutWindowFrame_) aboutWindowController_->setGeometry(*aboutWindowFrame_);
+  }
+  aboutWindowController_->show();
+  aboutWindowController_->raise();
+  aboutWindowController_->activateWindow();
+}
+
+void ApplicationWindows::terminate() {
+  for (EditorWindow* window : editorWindows()) window->closeWindow();
+  QApplication::closeAllWindows();
+  QApplication::quit();
+}
+
+void ApplicationWindows::destroyWindows() {
+  for (EditorWindow* window : editorWindows()) delete window;
+  delete aboutWindowController_;
+}
+
+std::vector<EditorWindow*> ApplicationWindows::editorWindows() const {
+  std::vector<EditorWindow*> windows;
+  for (const auto& held : editorWindows_) {
+    if (held) windows.push_back(held);
+  }
+  return windows;
+}
+
+}  // namespace quillmor

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QPointer>
+#include <QRect>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "app/ApplicationSurface.h"
+
+class QMainWindow;
+
+namespace quillmor {
+
+class AboutWindowController;
+class AppDelegate;
+class EditorWindow;
+class WindowMenus;
+
+/// The windows of the application: makes them, gives them their menus, and tells the delegate which
+/// one has the keyboard.
+class ApplicationWindows : public ApplicationSurface {
+ public:
+  ApplicationWindows();
+  ~ApplicationWindows() override;
+
+  /// The delegate that menus and windows report to; set before the first window is shown.
+  void setDelegate(AppDelegate& delegate) { delegate_ = &delegate; }
+
+  void showEditorWindow(const std::shared_ptr<HexWindowController>& controller) override;
+  std::optional<TextFocus> focusedTextView() const override;
+  bool sendTextAction(TextAction action) override;
+  void performClose() override;
+  void showAboutWindow() override;
+  void terminate() override;
+
+  /// Destroys every window at once; before the delegate goes, outside of any event of a window.
+  void destroyWindows();
+
+  /// The editor windows that are open, in the order they were made.
+  std::vector<EditorWindow*> editorWindows() const;
+
+  /// The menus of a window; null for a window without.
+  static WindowMenus* menusOf(QMainWindow& window);
+
+ private:
+  WindowMenus* addMenus(QMainWindow& window, bool asMenuBar);
+
+  AppDelegate* delegate_ = nullptr;
+  std::vector<QPointer<EditorWindow>> editorWindows_;
+  QPointer<AboutWindowController> aboutWindowController_;
+  std::optional<QRect> aboutWindowFrame_;
+};
+
+}  // namespace quillmor

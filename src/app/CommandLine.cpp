@@ -1,0 +1,74 @@
+#include "app/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include "search/HexParser.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr int kUsageStatus = 2;
+
+/// "START,LENGTH", each typed like any offset.
+std::optional<HexSelection> parseSelection(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos) return std::nullopt;
+  const auto start = HexParser::parseOffset(text.substr(0, comma));
+  const auto length = HexParser::parseOffset(text.substr(comma + 1));
+  if (!start || !length || *start < 0 || *length < 0) return std::nullopt;
+  return HexSelection{*start, *length};
+}
+
+CommandLine usageError(const std::string& message) {
+  CommandLine line;
+  line.exitStatus = kUsageStatus;
+  line.message = "quillmor: " + message + " See quillmor --help.\n";
+  return line;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+  CLI::App app("A hex editor for files you cannot afford to lose.", "quillmor");
+  std::vector<std::string> files;
+  std::string screenshot;
+  std::string selection;
+  app.set_version_flag("--version", "quillmor " QUILLMOR_VERSION);
+  app.add_option("FILE", files,
+                 "Files to open: the first in the first window, others in windows of their own");
+  auto* screenshotOption =
+      app.add_option("--screenshot", screenshot, "Save a picture of FILE's window as PNG and exit")
+          ->type_name("OUT.png");
+  app.add_option("--select", selection,
+                 "Bytes to select in the picture (decimal, 0xHEX, HEX or HEXh)")
+      ->type_name("START,LENGTH")
+      ->needs(screenshotOption);
+
+  CommandLine line;
+  try {
+    // CLI11 takes the arguments from the back.
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::CallForHelp&) {
+    line.exitStatus = 0;
+    line.message = app.help();
+    return line;
+  } catch (const CLI::CallForVersion&) {
+    line.exitStatus = 0;
+    line.message = "quillmor " QUILLMOR_VERSION "\n";
+    return line;
+  } catch (const CLI::ParseError& error) {
+    return usageError(std::string(error.what()) + ".");
+  }
+  for (const std::string& file : files) line.files.push_back(FileLocation::fromPath(file));
+  if (screenshotOption->count() == 0) return line;
+  if (line.files.size() != 1) return usageError("--screenshot needs exactly one FILE.");
+  line.screenshotPath = screenshot;
+  if (!selection.empty()) {
+    line.selection = parseSelection(selection);
+    if (!line.selection) return usageError("--select needs START,LENGTH.");
+  }
+  return line;
+}
+
+}  // namespace quillmor

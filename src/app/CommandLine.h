@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/FileLocation.h"
+#include "document/HexSelection.h"
+
+namespace quillmor {
+
+/// What the program was asked to do by its arguments.
+struct CommandLine {
+  std::vector<FileLocation> files;
+  std::optional<std::string>
+      screenshotPath;  ///< render the window of the one file to this PNG, then exit
+  std::optional<HexSelection> selection;  ///< selected in the screenshot
+
+  /// Set when the program is to print `message` and exit: help, version, or wrong usage (status 2).
+  std::optional<int> exitStatus;
+  std::string message;
+};
+
+/// Reads the arguments behind the program's name, bytes as the system passes them.
+CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace quillmor

@@ -1,0 +1,11 @@
+#pragma once
+
+class QApplication;
+
+namespace quillmor {
+
+/// Gives the application its dark look, whatever the desktop's own theme is. Before any window
+/// exists.
+void applyDarkAppearance(QApplication& application);
+
+}  // namespace quillmor

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+/// The main menu as data: what stands in it, and when each item is enabled. No widget is needed to
+/// read or test it. Everything here is immutable after its first use and safe from any thread.
+namespace quillmor {
+
+/// One row of a menu; a row without a title is a separator.
+struct MenuItem {
+  std::string_view title;
+  std::string_view action;  ///< such as "forwardFillSelection:"
+  std::string_view keyEquivalent =
+      {};              ///< with the Command key; empty for none, "\b" for Backspace
+  bool shift = false;  ///< whether the key equivalent adds the Shift key
+
+  bool isSeparator() const { return title.empty(); }
+  bool operator==(const MenuItem&) const = default;
+};
+
+struct Menu {
+  std::string_view title;
+  std::span<const MenuItem> items;
+};
+
+/// The title of the menu bar itself.
+inline constexpr std::string_view kMenuBarTitle = "MainMenu";
+
+/// The menus in the order of the menu bar, the application menu first.
+const std::vector<Menu>& mainMenu();
+
+/// The menu titled `title`, or null.
+const Menu* findMenu(std::string_view title);
+
+/// Every item with `action`, in menu order; two menus may hold the same one.
+std::vector<MenuItem> itemsWithAction(std::string_view action);
+
+/// Whether `action` is passed on to the current editor, as "forwardFillSelection:" is.
+bool isForwarded(std::string_view action);
+
+}  // namespace quillmor

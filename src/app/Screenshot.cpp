@@ -1,0 +1,24 @@
+#include "app/Screenshot.h"
+
+#include <QCoreApplication>
+#include <QPixmap>
+
+#include "window/EditorWindow.h"
+
+namespace quillmor {
+
+void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationWindows& windows) {
+  const auto controller = delegate.openNow(line.files.front());
+  if (line.selection) {
+    const auto range = line.selection->normalized(controller->document().storage()->count());
+    controller->editor().setCaretOffset(range.start);
+    controller->editor().setSelection(range);
+  }
+  QCoreApplication::processEvents();
+  const QPixmap picture = windows.editorWindows().front()->grab();
+  if (!picture.save(QString::fromLocal8Bit(line.screenshotPath->c_str()), "PNG")) {
+    throw Error::posix(EIO, "Could not write the picture " + *line.screenshotPath + ".");
+  }
+}
+
+}  // namespace quillmor

@@ -1,0 +1,88 @@
+#include "app/WindowMenus.h"
+
+#include <QMenu>
+#include <QMenuBar>
+#include <algorithm>
+
+#include "app/MainMenu.h"
+
+namespace quillmor {
+
+namespace {
+
+QString toQString(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// The key equivalent of an item. Qt's Ctrl is the Command key.
+QKeySequence keySequenceFor(const MenuItem& item) {
+  if (item.keyEquivalent.empty()) return {};
+  const QString key = item.keyEquivalent == "\b" ? QStringLiteral("Backspace")
+                                                 : toQString(item.keyEquivalent).toUpper();
+  return QKeySequence::fromString((item.shift ? "Ctrl+Shift+" : "Ctrl+") + key);
+}
+
+/// In a menu title "&" marks the access key, so a literal one is doubled.
+QString menuTitle(std::string_view title) {
+  return toQString(title).replace("&", "&&");
+}
+
+}  // namespace
+
+WindowMenus::WindowMenus(QMainWindow& window, Presentation presentation, Handlers handlers)
+    : QObject(&window), handlers_(std::move(handlers)) {
+  for (const Menu& menu : mainMenu()) {
+    QMenu* shown = nullptr;
+    if (presentation == Presentation::menuBar) {
+      shown = window.menuBar()->addMenu("&" + menuTitle(menu.title));
+      connect(shown, &QMenu::aboutToShow, this, &WindowMenus::revalidate);
+    }
+    for (const MenuItem& item : menu.items) {
+      if (item.isSeparator()) {
+        if (shown) shown->addSeparator();
+        continue;
+      }
+      const QKeySequence key = keySequenceFor(item);
+      if (!shown && key.isEmpty()) continue;
+      QAction* action = makeItem(item.title, item.action, key);
+      shown ? shown->addAction(action) : window.addAction(action);
+    }
+  }
+  if (presentation == Presentation::menuBar)
+    window.menuBar()->setAccessibleName(toQString(kMenuBarTitle));
+  revalidate();
+}
+
+QAction* WindowMenus::makeItem(std::string_view title, std::string_view action,
+                               const QKeySequence& key) {
+  auto* item = new QAction(menuTitle(title), this);
+  item->setShortcut(key);
+  item->setMenuRole(QAction::NoRole);
+  connect(item, &QAction::triggered, this, [this, action] {
+    // The state may have changed since the item was last validated; a shortcut does not open the
+    // menu.
+    if (handlers_.validate(action)) handlers_.perform(action);
+  });
+  entries_.push_back({action, item});
+  return item;
+}
+
+void WindowMenus::revalidateLater() {
+  if (revalidationIsDue_) return;
+  revalidationIsDue_ = true;
+  QMetaObject::invokeMethod(
+      this, [this] { revalidate(); }, Qt::QueuedConnection);
+}
+
+void WindowMenus::revalidate() {
+  revalidationIsDue_ = false;
+  for (const Entry& entry : entries_) entry.item->setEnabled(handlers_.validate(entry.action));
+}
+
+QAction* WindowMenus::find(std::string_view action) const {
+  const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                  [action](const Entry& entry) { return entry.action == action; });
+  return found == entries_.end() ? nullptr : found->item;
+}
+
+}  // namespace quillmor

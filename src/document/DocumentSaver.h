@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "base/Result.h"
+#include "document/DocumentController.h"
+#include "document/HexDocument.h"
+#include "platform/BackgroundExecutor.h"
+
+namespace quillmor {
+
+enum class DocumentSaveOperation { save, saveAs };
+
+/// How a save ended, with the error to show when it failed.
+enum class DocumentSaveResult { success, cancelled, failed };
+
+struct DocumentSaveOutcome {
+  DocumentSaveResult result = DocumentSaveResult::success;
+  std::optional<Error> error;
+};
+
+/// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a
+/// save in their order, the file system's on background threads and the user's on the main thread:
+/// reserve, compare with the other open documents, compare with the file on disk, snapshot, write.
+class DocumentSaver {
+ public:
+  /// What the owner of the window does during a save; all called on the main thread.
+  struct Hooks {
+    /// Asked when the file is no longer the one that was read or saved; true overwrites it.
+    std::function<bool()> confirmOverwritingChangedFile;
+    /// Called right before the bytes are written.
+    std::function<void()> willWrite;
+    std::function<void(const DocumentSaveOutcome&)> completion;
+    /// Told how far the write has come; may be null.
+    std::shared_ptr<TaskProgress> progress;
+  };
+
+  DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)
+      : executor_(executor), documents_(documents) {}
+
+  /// Saves `document` to `destination`. Main thread; the hooks are called later. The saver outlives
+  /// them.
+  void save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
+            DocumentSaveOperation operation, Hooks hooks);
+
+ private:
+  struct Job;
+  struct Preparation;
+  struct WriteOutcome;
+  void prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation);
+  void write(const std::shared_ptr<Job>& job);
+  void written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome);
+
+  BackgroundExecutor& executor_;
+  const DocumentController& documents_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,157 @@
+#include "document/HexDocument.h"
+
+#include <algorithm>
+#include <future>
+#include <utility>
+
+#include "document/QuillmorResourceLimits.h"
+#include "fileaccess/DocumentOutput.h"
+#include "fileaccess/StableReading.h"
+
+namespace quillmor {
+
+HexDocument::HexDocument(BackgroundExecutor& executor) : executor_(executor) {
+  undoManager_.setObserver([this](UndoManager::Event event) {
+    switch (event) {
+      case UndoManager::Event::didRegister:
+        return updateChangeCount(ChangeCount::Change::done);
+      case UndoManager::Event::didUndo:
+        return updateChangeCount(ChangeCount::Change::undone);
+      case UndoManager::Event::didRedo:
+        return updateChangeCount(ChangeCount::Change::redone);
+    }
+  });
+}
+
+HexDocument::~HexDocument() = default;
+
+std::string HexDocument::displayName() const {
+  if (location_) return location_->lastPathComponent();
+  return untitledNumber_ > 1 ? "Untitled " + std::to_string(untitledNumber_) : "Untitled";
+}
+
+void HexDocument::read(const FileLocation& location) {
+  // Saving must never have to follow a link, so the real file becomes the document's location.
+  const FileLocation real =
+      location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location;
+  const auto reservation = SecureFileAccess::reserveReadURL(location);
+  openingReadReservationHolder_.add(reservation);
+  try {
+    SecureFileAccess::validateReadableFileURL(real);
+    auto snapshot =
+        SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
+    location_ = real;
+    fileStatus_ = snapshot.status;
+    installBytesAfterRead(std::move(snapshot.bytes), snapshot.modificationDate);
+  } catch (...) {
+    openingReadReservationHolder_.remove(*reservation);
+    reservation->release();
+    throw;
+  }
+}
+
+void HexDocument::readData(ByteBuffer data) {
+  const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
+  if (data.size() > limit) {
+    throw Error::quillmor(1205,
+                          "The selected file exceeds Quillmor's safe in-memory document limit of " +
+                              std::to_string(limit) + " bytes.");
+  }
+  installBytesAfterRead(std::move(data), std::nullopt);
+}
+
+void HexDocument::installBytesAfterRead(ByteBuffer bytes, std::optional<double> modificationDate) {
+  if (std::this_thread::get_id() == mainThread_) {
+    replaceStorageAfterRead(std::move(bytes), modificationDate);
+    return;
+  }
+  std::promise<void> installed;
+  executor_.postToMain([&] {
+    replaceStorageAfterRead(std::move(bytes), modificationDate);
+    installed.set_value();
+  });
+  installed.get_future().wait();
+}
+
+void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
+                                          std::optional<double> modificationDate) {
+  storage_->bytes = std::move(bytes);
+  modificationDate_ = modificationDate;
+  notifyWindowControllersOfStorageReplacement();
+}
+
+void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
+                                                     const FileLocation& location,
+                                                     std::optional<double> modificationDate) {
+  storage_ = std::move(storage);
+  location_ = location;
+  modificationDate_ = modificationDate;
+  fileStatus_.reset();
+  updateChangeCount(ChangeCount::Change::cleared);
+  notifyIdentityChange();
+}
+
+bool HexDocument::canAsynchronouslyWrite() {
+  asyncWriteSnapshotHolder_.store(storage_->bytes);
+  return true;
+}
+
+StableFileStatus HexDocument::write(const FileLocation& destination, TaskProgress* progress) {
+  if (std::this_thread::get_id() == mainThread_) {
+    return SecureFileAccess::writeDocumentBytes(storage_->bytes.span(), destination, progress);
+  }
+  const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
+  if (!snapshot) {
+    throw Error::quillmor(1210,
+                          "The asynchronous document save did not have a valid content snapshot.");
+  }
+  return SecureFileAccess::writeDocumentBytes(snapshot->span(), destination, progress);
+}
+
+void HexDocument::didSave(const FileLocation& destination, const StableFileStatus& status,
+                          ChangeCount::Token token) {
+  location_ = FileLocation::fromPath(destination.resolvedPath());
+  fileStatus_ = status;
+  modificationDate_ = status.modificationDate();
+  changeCount_.didSave(token);
+  notifyIdentityChange();
+}
+
+void HexDocument::updateChangeCount(ChangeCount::Change change) {
+  const bool wasEdited = isDocumentEdited();
+  changeCount_.update(change);
+  if (wasEdited != isDocumentEdited()) notifyIdentityChange();
+}
+
+void HexDocument::makeSavedStateUnreachable() {
+  const bool wasEdited = isDocumentEdited();
+  changeCount_.makeSavedStateUnreachable();
+  if (!wasEdited) notifyIdentityChange();
+}
+
+void HexDocument::makeWindowControllers(const WindowMaker& make) {
+  addWindowController(make(*this));
+  openingReadReservationHolder_.releaseAll();
+}
+
+void HexDocument::addWindowController(std::shared_ptr<DocumentWindow> window) {
+  windows_.push_back(std::move(window));
+}
+
+void HexDocument::removeWindowController(const DocumentWindow* window) {
+  std::erase_if(windows_, [window](const auto& held) { return held.get() == window; });
+}
+
+void HexDocument::activateOpenWindows() {
+  for (const auto& window : windows_) window->activate();
+}
+
+void HexDocument::notifyWindowControllersOfStorageReplacement() {
+  for (const auto& window : windows_) window->documentStorageDidReload();
+}
+
+void HexDocument::notifyIdentityChange() {
+  for (const auto& window : windows_) window->documentIdentityDidChange();
+}
+
+}  // namespace quillmor

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/FileLocation.h"
+#include "base/TaskProgress.h"
+#include "document/AsyncWriteSnapshotHolder.h"
+#include "document/ChangeCount.h"
+#include "document/DocumentWindow.h"
+#include "document/HexStorage.h"
+#include "document/UndoManager.h"
+#include "fileaccess/Reservations.h"
+#include "fileaccess/StableFileStatus.h"
+#include "platform/BackgroundExecutor.h"
+
+namespace quillmor {
+
+/// One open file, or an untitled one: its bytes, where they live on disk, what has changed since,
+/// and the windows that show them. Main thread only, except `write` during a background save.
+class HexDocument {
+ public:
+  using WindowMaker = std::function<std::shared_ptr<DocumentWindow>(HexDocument&)>;
+
+  /// The one document type: every file is opened and saved as plain binary data.
+  static constexpr std::string_view documentType = "com.tenvale.binary-data";
+
+  /// Belongs to the thread that creates it, the main thread; `executor` outlives the document.
+  explicit HexDocument(BackgroundExecutor& executor);
+  ~HexDocument();
+  HexDocument(const HexDocument&) = delete;
+  HexDocument& operator=(const HexDocument&) = delete;
+
+  const std::shared_ptr<HexStorage>& storage() const { return storage_; }
+  UndoManager& undoManager() { return undoManager_; }
+
+  /// The file this document is saved to; absent for an untitled document.
+  const std::optional<FileLocation>& location() const { return location_; }
+
+  /// Seconds since 1970 of the file's last modification as it was read or saved.
+  const std::optional<double>& modificationDate() const { return modificationDate_; }
+
+  /// What the file looked like on disk when it was last read or saved.
+  const std::optional<StableFileStatus>& fileStatus() const { return fileStatus_; }
+
+  /// The file's name, or "Untitled" with the number of this untitled document from the second on.
+  std::string displayName() const;
+  int untitledNumber() const { return untitledNumber_; }
+  void setUntitledNumber(int number) { untitledNumber_ = number; }
+
+  /// True while the document was created empty for a window whose file is still being read.
+  bool isPendingInitialLoad = false;
+
+  /// Read reservations held from the first read until the document's window exists.
+  ReadReservationHolder& openingReadReservationHolder() { return openingReadReservationHolder_; }
+
+  // Reading.
+
+  /// Reads `location` whole into the document. Throws the reading layer's errors and then leaves
+  /// the document as it was. The read reservation stays held until the windows are made.
+  void read(const FileLocation& location);
+
+  /// Installs bytes that came from elsewhere. Throws 1205 when they exceed the document limit.
+  void readData(ByteBuffer data);
+
+  /// `replaceStorageAfterRead` on the main thread, from any thread; returns when it is done.
+  void installBytesAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
+  void replaceStorageAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
+
+  /// Makes this the document of another file: new storage, location and date, no unsaved changes.
+  void replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
+                                          const FileLocation& location,
+                                          std::optional<double> modificationDate);
+  void setFileStatus(const StableFileStatus& status) { fileStatus_ = status; }
+
+  // Writing.
+
+  /// The document's bytes, shared with it.
+  ByteBuffer data() const { return storage_->bytes; }
+
+  /// Takes the snapshot that the next `write` off the main thread will write; always true.
+  bool canAsynchronouslyWrite();
+
+  /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
+  /// file's status after the write. Throws 1210 when there is no snapshot, else the writer's
+  /// errors.
+  StableFileStatus write(const FileLocation& destination, TaskProgress* progress = nullptr);
+
+  /// Notes a finished save: the new location and disk state, and no unsaved changes if the bytes
+  /// are still those that `token`, taken when the save began, stands for.
+  void didSave(const FileLocation& destination, const StableFileStatus& status,
+               ChangeCount::Token token);
+
+  // Changes.
+
+  bool isDocumentEdited() const { return changeCount_.isEdited(); }
+  void updateChangeCount(ChangeCount::Change change);
+
+  /// For a change that undo does not know of: no undo or redo leads back to the saved state.
+  void makeSavedStateUnreachable();
+  ChangeCount::Token changeCountToken() const { return changeCount_.token(); }
+
+  // Windows.
+
+  /// Makes the document's window with `make`, adds it and lets go of the opening reservations.
+  void makeWindowControllers(const WindowMaker& make);
+  void addWindowController(std::shared_ptr<DocumentWindow> window);
+  void removeWindowController(const DocumentWindow* window);
+  const std::vector<std::shared_ptr<DocumentWindow>>& windowControllers() const { return windows_; }
+
+  /// Brings every window of the document to the front.
+  void activateOpenWindows();
+  void notifyWindowControllersOfStorageReplacement();
+
+ private:
+  void notifyIdentityChange();
+
+  BackgroundExecutor& executor_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  std::shared_ptr<HexStorage> storage_ = std::make_shared<HexStorage>();
+  UndoManager undoManager_;
+  ChangeCount changeCount_;
+  std::optional<FileLocation> location_;
+  std::optional<double> modificationDate_;
+  std::optional<StableFileStatus> fileStatus_;
+  int untitledNumber_ = 1;
+  ReadReservationHolder openingReadReservationHolder_;
+  AsyncWriteSnapshotHolder asyncWriteSnapshotHolder_;
+  std::vector<std::shared_ptr<DocumentWindow>> windows_;
+};
+
+}  // namespace quillmor

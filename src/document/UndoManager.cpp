@@ -1,0 +1,119 @@
+#include "document/UndoManager.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Check.h"
+
+namespace quillmor {
+
+void UndoManager::registerUndo(const void* target, Handler handler) {
+  if (!isUndoRegistrationEnabled()) return;
+  if (running_ != Running::nothing) {
+    ++inverses_;
+    Steps& inverse = isUndoing() ? redoSteps_ : undoSteps_;
+    inverse.push_back({target, std::move(handler), runningName_});
+    return;
+  }
+  undoSteps_.push_back({target, std::move(handler), {}});
+  trim(undoSteps_);
+  redoSteps_.clear();
+  notify(Event::didRegister);
+}
+
+void UndoManager::setActionName(std::string name) {
+  if (!isUndoRegistrationEnabled()) return;
+  if (running_ != Running::nothing && inverses_ == 0) return;
+  Steps& steps = isUndoing() ? redoSteps_ : undoSteps_;
+  if (!steps.empty()) steps.back().actionName = std::move(name);
+}
+
+std::string UndoManager::undoActionName() const {
+  return canUndo() ? undoSteps_.back().actionName : std::string();
+}
+
+std::string UndoManager::redoActionName() const {
+  return canRedo() ? redoSteps_.back().actionName : std::string();
+}
+
+void UndoManager::undo() {
+  checkPrecondition(running_ == Running::nothing, "no undo or redo while one is running");
+  if (!canUndo()) return;
+  run(Running::undo, undoSteps_, redoSteps_);
+  notify(Event::didUndo);
+}
+
+void UndoManager::redo() {
+  checkPrecondition(running_ == Running::nothing, "no undo or redo while one is running");
+  if (!canRedo()) return;
+  run(Running::redo, redoSteps_, undoSteps_);
+  notify(Event::didRedo);
+}
+
+void UndoManager::run(Running direction, Steps& from, Steps& to) {
+  Step step = std::move(from.back());
+  from.pop_back();
+  running_ = direction;
+  runningName_ = step.actionName;
+  inverses_ = 0;
+  const auto stopped = [&] {
+    running_ = Running::nothing;
+    runningName_.clear();
+  };
+  try {
+    step.handler();
+  } catch (...) {
+    // Memory can run out while bytes are put back: the step stays where it was.
+    stopped();
+    const auto added = std::min(static_cast<std::size_t>(inverses_), to.size());
+    to.resize(to.size() - added);
+    from.push_back(std::move(step));
+    throw;
+  }
+  stopped();
+  if (inverses_ == 0) to.clear();
+  trim(to);
+}
+
+void UndoManager::removeAllActions() {
+  undoSteps_.clear();
+  redoSteps_.clear();
+}
+
+void UndoManager::removeAllActions(const void* target) {
+  const auto belongsToTarget = [target](const Step& step) { return step.target == target; };
+  std::erase_if(undoSteps_, belongsToTarget);
+  std::erase_if(redoSteps_, belongsToTarget);
+}
+
+void UndoManager::setLevelsOfUndo(int levels) {
+  checkPrecondition(levels >= 0, "undo levels not negative");
+  levels_ = levels;
+  trim(undoSteps_);
+  trim(redoSteps_);
+}
+
+void UndoManager::enableUndoRegistration() {
+  checkPrecondition(disabledCount_ > 0, "undo registration was disabled before it is enabled");
+  --disabledCount_;
+}
+
+void UndoManager::trim(Steps& steps) const {
+  if (levels_ == 0) return;
+  while (steps.size() > static_cast<std::size_t>(levels_)) steps.pop_front();
+}
+
+void UndoManager::notify(Event event) const {
+  if (observer_) observer_(event);
+}
+
+int undoLevelCap(std::int64_t maximumDocumentByteCount) {
+  constexpr std::int64_t kBytesPerLevel = 67108864;
+  if (maximumDocumentByteCount >= 1073741824) return 16;
+  if (maximumDocumentByteCount > 268435455) {
+    return static_cast<int>(maximumDocumentByteCount / kBytesPerLevel);
+  }
+  return 4;
+}
+
+}  // namespace quillmor

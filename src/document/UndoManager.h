@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace quillmor {
+
+/// The undo and redo history of one document. A step is a handler that takes the document one step
+/// back and, while doing so, registers the handler that takes it forward again. Every registration
+/// is one step. Main thread only.
+class UndoManager {
+ public:
+  using Handler = std::function<void()>;
+
+  /// What happened; told after a new step was registered, and after an undo or redo has run.
+  enum class Event { didRegister, didUndo, didRedo };
+
+  /// Adds a step. While an undo runs it becomes a redo step and while a redo runs an undo step,
+  /// both under the name of the step that is running; otherwise it becomes an undo step without a
+  /// name and nothing can be redone any more. Does nothing while registration is disabled. `target`
+  /// stands for the object whose steps can be removed together.
+  void registerUndo(const void* target, Handler handler);
+
+  /// Names the step that was registered last. Does nothing while registration is disabled.
+  void setActionName(std::string name);
+  /// Name of the step that `undo` would run; empty when there is none.
+  std::string undoActionName() const;
+  /// Name of the step that `redo` would run; empty when there is none.
+  std::string redoActionName() const;
+
+  bool canUndo() const { return !undoSteps_.empty(); }
+  bool canRedo() const { return !redoSteps_.empty(); }
+
+  /// Runs the newest undo step, if there is one. A step that registers no inverse cannot be redone;
+  /// later steps then cannot be either, because redo must never skip a change. Not to be called by
+  /// a handler. A handler that throws leaves the history as it was.
+  void undo();
+  /// The same for the newest redo step.
+  void redo();
+  bool isUndoing() const { return running_ == Running::undo; }
+  bool isRedoing() const { return running_ == Running::redo; }
+
+  /// Forgets all steps.
+  void removeAllActions();
+  /// Forgets the steps that were registered for `target`.
+  void removeAllActions(const void* target);
+
+  /// How many steps are kept in either direction; 0 means all.
+  int levelsOfUndo() const { return levels_; }
+  /// Forgets the steps that lie farthest from the present when there are more than `levels` (0 or
+  /// more).
+  void setLevelsOfUndo(int levels);
+
+  bool isUndoRegistrationEnabled() const { return disabledCount_ == 0; }
+  void disableUndoRegistration() { ++disabledCount_; }
+  /// Takes back one `disableUndoRegistration`; one too many stops the process.
+  void enableUndoRegistration();
+
+  void setObserver(std::function<void(Event)> observer) { observer_ = std::move(observer); }
+
+ private:
+  struct Step {
+    const void* target;
+    Handler handler;
+    std::string actionName;
+  };
+  /// The newest step is the last.
+  using Steps = std::deque<Step>;
+  enum class Running { nothing, undo, redo };
+
+  void run(Running direction, Steps& from, Steps& to);
+  void trim(Steps& steps) const;
+  void notify(Event event) const;
+
+  Steps undoSteps_;
+  Steps redoSteps_;
+  Running running_ = Running::nothing;
+  /// Name and number of inverses of the step that is running.
+  std::string runningName_;
+  int inverses_ = 0;
+  int levels_ = 0;
+  int disabledCount_ = 0;
+  std::function<void(Event)> observer_;
+};
+
+/// How many undo steps an editor keeps when documents may have up to `maximumDocumentByteCount`
+/// bytes: one for every 64 MiB, between 4 and 16.
+int undoLevelCap(std::int64_t maximumDocumentByteCount);
+
+}  // namespace quillmor

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "editor/GeometryTypes.h"
+
+namespace quillmor {
+
+/// The column that the caret types into.
+enum class EditingArea { hex, ascii };
+
+/// What the layout of a document depends on besides the font.
+struct HexDocumentShape {
+  std::int64_t byteCount = 0;
+  std::int64_t bytesPerRow = 16;
+  bool operator==(const HexDocumentShape&) const = default;
+};
+
+/// Where the caret stands: a byte, a column, and which of the byte's two digits.
+struct CaretPlace {
+  std::int64_t offset = 0;
+  EditingArea area = EditingArea::hex;
+  bool highNibble = true;
+};
+
+/// Rows `first`...`last`, both included.
+struct RowRange {
+  std::int64_t first = 0;
+  std::int64_t last = 0;
+  bool operator==(const RowRange&) const = default;
+};
+
+/// The arithmetic of the hex view: where rows, cells, highlights and the caret lie in the document,
+/// and which byte lies under a point. Knows no widget and holds no bytes. Main thread only.
+///
+/// The document is a header line, then one row after another. All coordinates are document
+/// coordinates: the header's top left corner is (0, 0) whatever part of the document is shown.
+class HexEditorGeometry {
+ public:
+  /// Caps each dimension of the document: the largest double below 2^63.
+  static constexpr double maximumRepresentableDocumentDimension = 9223372036854774784.0;
+
+  /// The smallest distance of the header's and the rows' text from the row's top.
+  static constexpr double kTextInset = 4;
+
+  /// The x coordinate of the header's "Offset" and of the row offsets.
+  static constexpr double kOffsetColumnX = 12;
+
+  /// `value` truncated toward zero. What does not fit gives the nearest signed 64-bit value, and
+  /// what is not finite the largest, or the smallest when its sign bit is set.
+  static std::int64_t toInt(double value);
+
+  /// The number of rows, at least 1. The position just past the last byte always has a row, so a
+  /// full last row is followed by an empty one. 1 when `bytesPerRow` is below 1.
+  static std::int64_t rowCount(HexDocumentShape shape);
+
+  /// Takes the measures of the view's font: the width of the string "W" and the height of the box
+  /// that encloses a line. Only the first call counts; the font never changes.
+  void setFontMetrics(double widthOfW, double fontHeight);
+
+  /// Lays the document out again. Columns and the desired size are computed only when `shape`
+  /// differs from the last layout's. Returns whether `frameSize` changed.
+  bool recalcMetrics(HexDocumentShape shape, Size viewport);
+
+  bool metricsInitialized() const { return metricsInitialized_; }
+  double charWidth() const { return charWidth_; }
+  double rowHeight() const { return rowHeight_; }
+  double offsetWidth() const { return offsetWidth_; }
+  double hexStart() const { return hexStart_; }
+  double asciiStart() const { return asciiStart_; }
+
+  /// The size that shows all rows and columns.
+  Size desiredDocumentSize() const { return desiredDocumentSize_; }
+
+  /// The size of the document as laid out: the desired size, but never smaller than the viewport.
+  Size frameSize() const { return frameSize_; }
+
+  /// The top of data row `row`; row 0 lies under the header.
+  double rowTop(std::int64_t row) const;
+
+  /// The left edge of the cells of byte column `column`.
+  double hexCellX(std::int64_t column) const;
+  double asciiCellX(std::int64_t column) const;
+
+  /// The areas that a selected byte fills behind its two cells.
+  Rect hexHighlight(std::int64_t row, std::int64_t column) const;
+  Rect asciiHighlight(std::int64_t row, std::int64_t column) const;
+
+  /// The caret's bar; the zero rectangle when `bytesPerRow` is below 1.
+  Rect caretDrawingRect(CaretPlace caret, std::int64_t bytesPerRow) const;
+
+  /// The data rows to draw for a dirty rectangle that spans `minY`...`maxY`. None when nothing is
+  /// to be drawn or the numbers are not finite.
+  std::optional<RowRange> rowsMeeting(double minY, double maxY, HexDocumentShape shape) const;
+
+  /// The data rows of which `minY`...`maxY` shows at least a part; the nearest one when it shows
+  /// none. The numbers are finite.
+  RowRange visibleRows(double minY, double maxY, HexDocumentShape shape) const;
+
+  /// The offset under `point`, 0...`shape.byteCount`. Left of the hex cells the column is negative
+  /// on purpose: such a click lands a few bytes before its row. `caretOffset` (clamped) is the
+  /// answer when the numbers are not finite.
+  std::int64_t offsetFor(Point point, HexDocumentShape shape, std::int64_t caretOffset) const;
+
+ private:
+  std::int64_t columnFor(double x, std::int64_t bytesPerRow) const;
+  void layOutColumns(HexDocumentShape shape);
+
+  // Placeholders until the font is measured and the document laid out.
+  double charWidth_ = 8;
+  double rowHeight_ = 20;
+  double offsetWidth_ = 92;
+  double hexStart_ = 112;
+  double asciiStart_ = 0;
+  bool metricsInitialized_ = false;
+  HexDocumentShape lastMetricShape_{.byteCount = -1, .bytesPerRow = -1};
+  Size lastMetricViewportSize_{-1, -1};
+  Size desiredDocumentSize_;
+  Size frameSize_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,108 @@
+#include "editor/HexEditorState.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillmor {
+
+HexEditorState::HexEditorState(Beeper& beeper)
+    : beeper_(beeper), storage_(std::make_shared<HexStorage>()) {}
+
+HexEditorState::~HexEditorState() {
+  setSurface(nullptr);
+}
+
+void HexEditorState::setSurface(HexEditorSurface* surface) {
+  HexEditorSurface* const before = std::exchange(surface_, surface);
+  if (before != nullptr && before != surface) before->detached();
+}
+
+void HexEditorState::setStorage(std::shared_ptr<HexStorage> storage) {
+  storage_ = std::move(storage);
+}
+
+void HexEditorState::setBytesPerRow(std::int64_t value) {
+  const std::int64_t clamped = std::clamp<std::int64_t>(value, 8, 32);
+  if (clamped == bytesPerRow_) return;
+  bytesPerRow_ = clamped;
+  recalcMetrics();
+  redraw();
+}
+
+void HexEditorState::setCaretOffset(std::int64_t value) {
+  caretOffset_ = clampedToCount(value, count());
+  editingHighNibble_ = true;
+  pendingLowNibbleEditAnnouncement_ = false;
+  selectionAnchor_.reset();
+  if (surface_ != nullptr) {
+    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2));
+    surface_->redrawVisiblePart();
+    surface_->caretOrSelectionChanged();
+  }
+  updateStatus();
+}
+
+void HexEditorState::setSelection(HexSelection value) {
+  selection_ = value;
+  updateStatus();
+  redraw();
+  if (surface_ != nullptr) surface_->caretOrSelectionChanged();
+}
+
+void HexEditorState::setEditingEnabled(bool value) {
+  if (value == isEditingEnabled_) return;
+  isEditingEnabled_ = value;
+  // The caret is shown only while editing is enabled.
+  redraw();
+}
+
+void HexEditorState::setEditingArea(EditingArea value) {
+  if (value == editingArea_) return;
+  editingArea_ = value;
+  redraw();
+}
+
+void HexEditorState::setFontMetrics(double widthOfW, double fontHeight) {
+  geometry_.setFontMetrics(widthOfW, fontHeight);
+}
+
+void HexEditorState::recalcMetrics() {
+  if (geometry_.recalcMetrics(shape(), viewportSize_) && surface_ != nullptr) {
+    surface_->documentSizeChanged();
+  }
+}
+
+Rect HexEditorState::caretDrawingRect() const {
+  return geometry_.caretDrawingRect(
+      {.offset = caretOffset_, .area = editingArea_, .highNibble = editingHighNibble_},
+      bytesPerRow_);
+}
+
+bool HexEditorState::overwritesAtCaret(HexSelection normalized) const {
+  return normalized.length < 1 && !insertMode_ && caretOffset_ < count();
+}
+
+bool HexEditorState::refusesEditing() {
+  if (!isEditingEnabled_) beeper_.beep();
+  return !isEditingEnabled_;
+}
+
+void HexEditorState::redraw() {
+  if (surface_ != nullptr) surface_->redrawVisiblePart();
+}
+
+void HexEditorState::updateStatus() {
+  if (delegate_ != nullptr) delegate_->updateStatus();
+}
+
+void HexEditorState::announceEdit(std::int64_t start, std::int64_t removedCount,
+                                  std::int64_t insertedCount) {
+  if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
+}
+
+void HexEditorState::didEdit() {
+  if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
+  redraw();
+}
+
+}  // namespace quillmor

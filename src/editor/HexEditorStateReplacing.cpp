@@ -1,0 +1,97 @@
+#include <algorithm>
+
+#include "editor/HexEditorState.h"
+
+namespace quillmor {
+
+namespace {
+
+std::int64_t countOf(std::span<const std::uint8_t> bytes) {
+  return static_cast<std::int64_t>(bytes.size());
+}
+
+}  // namespace
+
+bool HexEditorState::canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount) {
+  const std::int64_t removed = clampedToCount(removedCount, count());
+  const std::int64_t inserted = std::max<std::int64_t>(insertedCount, 0);
+  std::int64_t newCount = 0;
+  const bool overflows = __builtin_add_overflow(count() - removed, inserted, &newCount);
+  if (!overflows && newCount <= maximumByteCount_) return true;
+  beeper_.beep();
+  return false;
+}
+
+/// Where `insertedCount` bytes go, and what they take the place of.
+HexEditorState::Replacement HexEditorState::replacementFor(HexSelection normalized,
+                                                           std::int64_t insertedCount) const {
+  if (normalized.length > 0) return {normalized.start, normalized.length};
+  const std::int64_t start = std::min(count(), caretOffset_);
+  if (!overwritesAtCaret(normalized)) return {start, 0};
+  return {start, std::min(insertedCount, count() - start)};
+}
+
+/// Replaces, leaves the caret behind the new bytes and sets `newSelection`.
+void HexEditorState::replace(Replacement replacement, std::span<const std::uint8_t> bytes,
+                             HexSelection newSelection) {
+  if (!canApplyEdit(replacement.removedCount, countOf(bytes))) return;
+  announceEdit(replacement.start, replacement.removedCount, countOf(bytes));
+  storage_->bytes.replace(replacement.start, replacement.removedCount, bytes);
+  setSelection(newSelection);
+  recalcMetrics();
+  setCaretOffset(clampedOffset(replacement.start, countOf(bytes)));
+  didEdit();
+}
+
+void HexEditorState::replaceSelection(std::span<const std::uint8_t> bytes) {
+  if (refusesEditing()) return;
+  const HexSelection selected = normalizedSelection();
+  if (selected.length < 1 && bytes.empty()) return;
+  const Replacement replacement = replacementFor(selected, countOf(bytes));
+  replace(replacement, bytes, {.start = replacement.start, .length = countOf(bytes)});
+}
+
+void HexEditorState::deleteSelectionOrByte(bool backward) {
+  if (refusesEditing()) return;
+  const HexSelection selected = normalizedSelection();
+  if (selected.length > 0) {
+    announceEdit(selected.start, selected.length, 0);
+    storage_->delete_(selected);
+    recalcMetrics();
+    setCaretOffset(selected.start);
+    setSelection({});
+  } else {
+    if (backward ? caretOffset_ < 1 : caretOffset_ >= count()) return;
+    const std::int64_t place = backward ? caretOffset_ - 1 : caretOffset_;
+    announceEdit(place, 1, 0);
+    storage_->delete_({.start = place, .length = 1});
+    recalcMetrics();
+    if (backward) setCaretOffset(place);
+  }
+  didEdit();
+}
+
+void HexEditorState::paste(std::span<const std::uint8_t> bytes) {
+  if (refusesEditing() || bytes.empty()) return;
+  const HexSelection selected = normalizedSelection();
+  if (skipsOverEqualBytes(selected, bytes)) return;
+  replace(replacementFor(selected, countOf(bytes)), bytes, {});
+}
+
+/// When `bytes` equal what they would replace, moves the caret behind them and returns true.
+bool HexEditorState::skipsOverEqualBytes(HexSelection normalized,
+                                         std::span<const std::uint8_t> bytes) {
+  if (normalized.length > 0) {
+    if (!storage_->bytesEqual(normalized, bytes)) return false;
+    setCaretOffset(normalized.start + normalized.length);
+    setSelection({});
+    return true;
+  }
+  if (!overwritesAtCaret(normalized)) return false;
+  if (!storage_->bytesEqual({.start = caretOffset_, .length = countOf(bytes)}, bytes)) return false;
+  setCaretOffset(clampedOffset(caretOffset_, countOf(bytes)));
+  updateStatus();
+  return true;
+}
+
+}  // namespace quillmor

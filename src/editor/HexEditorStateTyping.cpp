@@ -1,0 +1,130 @@
+#include <algorithm>
+#include <array>
+
+#include "editor/HexEditorState.h"
+
+namespace quillmor {
+
+namespace {
+
+std::optional<std::uint8_t> hexDigitValue(char c) {
+  if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');
+  if (c >= 'a' && c <= 'f') return static_cast<std::uint8_t>(c - 'a' + 10);
+  if (c >= 'A' && c <= 'F') return static_cast<std::uint8_t>(c - 'A' + 10);
+  return std::nullopt;
+}
+
+std::uint8_t withHighNibble(std::uint8_t byte, std::uint8_t nibble) {
+  return static_cast<std::uint8_t>((byte & 0x0F) | (nibble << 4));
+}
+
+std::uint8_t withLowNibble(std::uint8_t byte, std::uint8_t nibble) {
+  return static_cast<std::uint8_t>((byte & 0xF0) | nibble);
+}
+
+}  // namespace
+
+void HexEditorState::handleTextInput(std::string_view characters) {
+  if (characters.empty()) return;
+  // Everything that can be typed is ASCII, where a character's first UTF-8 byte is all of it; the
+  // first byte of any other character is above 126 and refused in both columns.
+  const char first = characters.front();
+  if (editingArea_ == EditingArea::hex) {
+    if (const auto digit = hexDigitValue(first)) return editHexNibble(*digit);
+  } else if (first >= ' ' && first <= '~') {
+    return editByte(static_cast<std::uint8_t>(first));
+  }
+  beeper_.beep();
+}
+
+void HexEditorState::editHexNibble(std::uint8_t value) {
+  if (refusesEditing()) return;
+  if (!editingHighNibble_ && caretOffset_ >= count()) editingHighNibble_ = true;
+  if (editingHighNibble_) {
+    editFirstNibble(value);
+  } else {
+    editSecondNibble(value);
+  }
+}
+
+void HexEditorState::editSecondNibble(std::uint8_t value) {
+  const std::uint8_t old = storage_->bytes[caretOffset_];
+  const std::uint8_t edited = withLowNibble(old, value);
+  if (edited == old) {
+    pendingLowNibbleEditAnnouncement_ = false;
+    setCaretOffset(clampedOffset(caretOffset_, 1));
+    updateStatus();
+    redraw();
+    return;
+  }
+  if (pendingLowNibbleEditAnnouncement_) announceEdit(caretOffset_, 1, 1);
+  storage_->bytes.set(caretOffset_, edited);
+  pendingLowNibbleEditAnnouncement_ = false;
+  setCaretOffset(clampedOffset(caretOffset_, 1));
+  didEdit();
+}
+
+void HexEditorState::editFirstNibble(std::uint8_t value) {
+  const HexSelection selected = normalizedSelection();
+  const bool mayWrite =
+      overwritesAtCaret(selected) ? overwriteFirstNibble(value) : makeByteForFirstNibble(selected);
+  if (!mayWrite) return;
+  storage_->bytes.set(caretOffset_, withHighNibble(storage_->bytes[caretOffset_], value));
+  pendingLowNibbleEditAnnouncement_ = false;
+  editingHighNibble_ = false;
+  recalcMetrics();
+  didEdit();
+}
+
+/// Announces that the byte at the caret changes, and returns true. A digit that is there already
+/// is no edit: the second digit decides whether there is one.
+bool HexEditorState::overwriteFirstNibble(std::uint8_t value) {
+  const std::uint8_t old = storage_->bytes[caretOffset_];
+  if (withHighNibble(old, value) != old) {
+    announceEdit(caretOffset_, 1, 1);
+    return true;
+  }
+  pendingLowNibbleEditAnnouncement_ = true;
+  editingHighNibble_ = false;
+  redraw();
+  return false;
+}
+
+/// Puts a zero byte in place of the selection, or at the caret, and the caret on it. Returns false
+/// when the document may not grow.
+bool HexEditorState::makeByteForFirstNibble(HexSelection normalized) {
+  static constexpr std::array<std::uint8_t, 1> kZero{0};
+  if (!canApplyEdit(normalized.length, 1)) return false;
+  const bool replaces = normalized.length > 0;
+  const std::int64_t place = replaces ? normalized.start : std::min(count(), caretOffset_);
+  announceEdit(place, normalized.length, 1);
+  storage_->bytes.replace(place, normalized.length, kZero);
+  setCaretOffset(place);
+  if (replaces) setSelection({});
+  return true;
+}
+
+void HexEditorState::editByte(std::uint8_t value) {
+  if (refusesEditing()) return;
+  const HexSelection selected = normalizedSelection();
+  const bool overwrites = overwritesAtCaret(selected);
+  if (overwrites && storage_->bytes[caretOffset_] == value) {
+    setCaretOffset(clampedOffset(caretOffset_, 1));
+    updateStatus();
+    return;
+  }
+  const Replacement replacement = replacementFor(selected, 1);
+  if (!canApplyEdit(replacement.removedCount, 1)) return;
+  announceEdit(replacement.start, replacement.removedCount, 1);
+  const std::array<std::uint8_t, 1> byte{value};
+  storage_->bytes.replace(replacement.start, replacement.removedCount, byte);
+  if (selected.length > 0) {
+    setCaretOffset(selected.start);
+    setSelection({});
+  }
+  recalcMetrics();
+  setCaretOffset(clampedOffset(caretOffset_, 1));
+  didEdit();
+}
+
+}  // namespace quillmor

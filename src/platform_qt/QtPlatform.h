@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/PlatformServices.h"
+#include "platform_qt/QtAlertPresenter.h"
+#include "platform_qt/QtBackgroundExecutor.h"
+#include "platform_qt/QtBeeper.h"
+#include "platform_qt/QtFilePanels.h"
+#include "platform_qt/QtPasteboard.h"
+#include "platform_qt/QtUserDefaults.h"
+#include "platform_qt/QtWorkspace.h"
+
+namespace quillmor {
+
+/// All services of the platform in one object, which `main` makes after the application object and
+/// keeps until the last window has gone. Main thread only.
+class QtPlatform {
+ public:
+  PlatformServices services() {
+    return {alerts_, filePanels_, pasteboard_, defaults_, beeper_, workspace_, executor_};
+  }
+
+ private:
+  QtAlertPresenter alerts_;
+  QtFilePanels filePanels_;
+  QtPasteboard pasteboard_;
+  QtUserDefaults defaults_;
+  QtBeeper beeper_;
+  QtWorkspace workspace_;
+  QtBackgroundExecutor executor_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QSettings>
+#include <QString>
+
+#include "platform/UserDefaults.h"
+
+namespace quillmor {
+
+/// Settings in the user's configuration directory. Main thread only. What is set is written to the
+/// file from the event loop, and at the latest when this object goes.
+///
+/// The file has no types, so a value has the type its text has: "true" and "false" are Booleans,
+/// decimal numbers are integers, and neither is ever read as the other.
+class QtUserDefaults : public UserDefaults {
+ public:
+  /// The user's own settings of this application.
+  QtUserDefaults();
+
+  /// Settings kept in the INI file at `filePath`.
+  explicit QtUserDefaults(const QString& filePath);
+
+  std::optional<std::int64_t> integer(const std::string& key) const override;
+  std::optional<bool> boolean(const std::string& key) const override;
+  void setInteger(const std::string& key, std::int64_t value) override;
+  void setBoolean(const std::string& key, bool value) override;
+
+ private:
+  QSettings settings_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,211 @@
+#include "search/HexParser.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <limits>
+#include <system_error>
+
+#include "base/Unicode.h"
+
+namespace quillmor::HexParser {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Classes of ASCII characters; values below 16 are those of hexadecimal digits.
+enum CharacterClass : std::uint8_t { separator = 16, prefixLetter, invalid, nonAscii };
+
+constexpr bool isDigit(std::uint8_t characterClass) {
+  return characterClass < separator;
+}
+
+constexpr std::array<std::uint8_t, 256> kClasses = [] {
+  std::array<std::uint8_t, 256> table{};
+  table.fill(invalid);
+  for (std::size_t i = 0; i < 10; ++i) table['0' + i] = static_cast<std::uint8_t>(i);
+  for (std::size_t i = 0; i < 6; ++i) {
+    table['A' + i] = table['a' + i] = static_cast<std::uint8_t>(10 + i);
+  }
+  for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = separator;
+  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<std::size_t>(c)] = separator;
+  table['x'] = table['X'] = prefixLetter;
+  for (std::size_t high = 0x80; high < 256; ++high) table[high] = nonAscii;
+  return table;
+}();
+
+std::uint8_t classOf(char character) {
+  return kClasses[static_cast<unsigned char>(character)];
+}
+
+/// The grammar of the byte list, fed one character class at a time.
+class ByteCollector {
+ public:
+  ByteCollector(std::size_t textLength, std::optional<std::int64_t> maxOutputBytes)
+      : limit_(maxOutputBytes ? static_cast<std::uint64_t>(*maxOutputBytes)
+                              : std::numeric_limits<std::uint64_t>::max()) {
+    const std::size_t longest = textLength / 2 + textLength % 2;
+    bytes_.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(longest, limit_)));
+  }
+
+  /// False when the character makes the whole text invalid.
+  bool accept(std::uint8_t characterClass) {
+    if (isDigit(characterClass)) return acceptDigit(characterClass);
+    if (characterClass == separator) return endToken();
+    return characterClass == prefixLetter && acceptPrefix();
+  }
+
+  std::optional<Bytes> finish() {
+    if (!endToken() || bytes_.empty()) return std::nullopt;
+    return std::move(bytes_);
+  }
+
+ private:
+  bool acceptDigit(std::uint8_t value) {
+    const bool completesPair = digitCount_++ % 2 == 1;
+    if (completesPair) return append(static_cast<std::uint8_t>(pendingDigit_ << 4 | value));
+    pendingDigit_ = value;
+    return true;
+  }
+
+  bool acceptPrefix() {
+    if (hasPrefix_ || digitCount_ != 1 || pendingDigit_ != 0) return false;
+    hasPrefix_ = true;
+    digitCount_ = 0;
+    return true;
+  }
+
+  bool endToken() {
+    if (digitCount_ == 0) return !hasPrefix_;
+    if (digitCount_ == 1 && !append(pendingDigit_)) return false;
+    if (digitCount_ > 1 && digitCount_ % 2 == 1) return false;
+    digitCount_ = 0;
+    hasPrefix_ = false;
+    return true;
+  }
+
+  bool append(std::uint8_t byte) {
+    if (bytes_.size() >= limit_) return false;
+    bytes_.push_back(byte);
+    return true;
+  }
+
+  Bytes bytes_;
+  std::uint64_t limit_;
+  std::size_t digitCount_ = 0;
+  std::uint8_t pendingDigit_ = 0;
+  bool hasPrefix_ = false;
+};
+
+/// `parseHexBytes` for text with characters outside ASCII: scalar by scalar, with every Unicode
+/// white space as a separator.
+std::optional<Bytes> parseHexBytesUnicode(std::string_view text,
+                                          std::optional<std::int64_t> maxOutputBytes,
+                                          std::optional<std::int64_t> maxInputCharacters) {
+  ByteCollector collector(text.size(), maxOutputBytes);
+  std::int64_t scalarsRead = 0;
+  while (!text.empty()) {
+    if (maxInputCharacters && scalarsRead == *maxInputCharacters) return std::nullopt;
+    ++scalarsRead;
+    const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
+    std::uint8_t characterClass = Unicode::isWhiteSpace(next.scalar) ? separator : invalid;
+    if (next.scalar < 0x80) characterClass = classOf(text.front());
+    if (!collector.accept(characterClass)) return std::nullopt;
+    text.remove_prefix(next.length);
+  }
+  return collector.finish();
+}
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return classOf(c) != nonAscii; });
+}
+
+/// The text between the white space at its ends, as long as it is one run of at most 128 ASCII
+/// characters. Other characters are part of no accepted form, so they end the search at once.
+class OffsetText {
+ public:
+  /// False when `text` cannot be an offset.
+  bool read(std::string_view text) {
+    bool hasEnded = false;
+    while (!text.empty()) {
+      const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
+      text.remove_prefix(next.length);
+      if (Unicode::isWhiteSpace(next.scalar)) {
+        hasEnded = length_ > 0;
+      } else if (hasEnded || next.scalar >= 0x80 || length_ == characters_.size()) {
+        return false;
+      } else {
+        characters_[length_++] = static_cast<char>(next.scalar);
+      }
+    }
+    return length_ > 0;
+  }
+
+  std::string_view view() const { return {characters_.data(), length_}; }
+
+ private:
+  std::array<char, 128> characters_{};
+  std::size_t length_ = 0;
+};
+
+/// The integer `digits` denotes, with at most one leading sign; absent on overflow.
+std::optional<std::int64_t> parseInteger(std::string_view digits, int radix) {
+  if (digits.starts_with('+')) {
+    digits.remove_prefix(1);
+    // The library's conversion takes a minus sign, so "+-5" must end here.
+    if (digits.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, radix);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+bool isHexDigits(std::string_view text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char c) { return isDigit(classOf(c)); });
+}
+
+bool hasHexLetter(std::string_view hexDigits) {
+  return std::any_of(hexDigits.begin(), hexDigits.end(), [](char c) { return c > '9'; });
+}
+
+}  // namespace
+
+std::optional<Bytes> parseHexBytes(std::string_view text,
+                                   std::optional<std::int64_t> maxOutputBytes,
+                                   std::optional<std::int64_t> maxInputCharacters) {
+  if (maxInputCharacters && *maxInputCharacters < 0) return std::nullopt;
+  if (maxOutputBytes && *maxOutputBytes < 1) return std::nullopt;
+  if (maxInputCharacters && text.size() > static_cast<std::uint64_t>(*maxInputCharacters)) {
+    // More bytes than characters allowed is too long only when every character is one byte.
+    if (isAscii(text)) return std::nullopt;
+    return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
+  }
+  ByteCollector collector(text.size(), maxOutputBytes);
+  for (const char character : text) {
+    const std::uint8_t characterClass = classOf(character);
+    if (characterClass == nonAscii) {
+      return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
+    }
+    if (!collector.accept(characterClass)) return std::nullopt;
+  }
+  return collector.finish();
+}
+
+std::optional<std::int64_t> parseOffset(std::string_view text) {
+  OffsetText kept;
+  if (!kept.read(text)) return std::nullopt;
+  const std::string_view t = kept.view();
+  if (t.starts_with("0x") || t.starts_with("0X")) return parseInteger(t.substr(2), 16);
+  if (t.ends_with('h') && isHexDigits(t.substr(0, t.size() - 1))) {
+    return parseInteger(t.substr(0, t.size() - 1), 16);
+  }
+  if (isHexDigits(t) && hasHexLetter(t)) return parseInteger(t, 16);
+  return parseInteger(t, 10);
+}
+
+}  // namespace quillmor::HexParser

@@ -1,0 +1,60 @@
+#include "search/TypedInput.h"
+
+#include <string>
+
+#include "base/Error.h"
+#include "base/Unicode.h"
+#include "search/HexParser.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr int kClipboardTextTooLong = 412;
+
+/// The text's own bytes, absent when there are more than `maxBytes`.
+std::optional<std::vector<std::uint8_t>> utf8Bytes(std::string_view text, std::int64_t maxBytes) {
+  if (maxBytes < 0 || text.size() > static_cast<std::uint64_t>(maxBytes)) return std::nullopt;
+  return std::vector<std::uint8_t>(text.begin(), text.end());
+}
+
+}  // namespace
+
+bool shouldTreatAutoInputAsHex(std::string_view text) {
+  std::string_view rest = Unicode::trimmedOfWhiteSpace(text);
+  if (rest.find("0x") != std::string_view::npos) return true;
+  if (rest.find("0X") != std::string_view::npos) return true;
+  if (rest.find_first_of(",;:-") != std::string_view::npos) return true;
+  while (!rest.empty()) {
+    const Unicode::DecodedScalar next = Unicode::decodeFirst(rest);
+    if (Unicode::isWhiteSpace(next.scalar)) return true;
+    rest.remove_prefix(next.length);
+  }
+  return false;
+}
+
+std::optional<std::vector<std::uint8_t>> bytesFromInput(std::string_view text, int modeIndex,
+                                                        std::int64_t maxGeneratedInputBytes) {
+  if (Unicode::hasMoreScalarsThan(text, maxTextInputCharacters)) return std::nullopt;
+  const auto parsedAsHex = [&] {
+    return HexParser::parseHexBytes(text, maxGeneratedInputBytes, maxTextInputCharacters);
+  };
+  if (modeIndex == kInputModeHex) return parsedAsHex();
+  if (modeIndex == kInputModeAuto && shouldTreatAutoInputAsHex(text)) {
+    if (auto bytes = parsedAsHex()) return bytes;
+  }
+  return utf8Bytes(text, maxGeneratedInputBytes);
+}
+
+std::vector<std::uint8_t> bytesForPastedText(std::string_view text, std::int64_t maxOutputBytes,
+                                             std::int64_t maxInputCharacters) {
+  if (auto bytes = HexParser::parseHexBytes(text, maxOutputBytes, maxInputCharacters)) {
+    return std::move(*bytes);
+  }
+  if (auto bytes = utf8Bytes(text, maxOutputBytes)) return std::move(*bytes);
+  throw Error::quillmor(kClipboardTextTooLong,
+                        "Clipboard text expands beyond the safe paste limit of " +
+                            std::to_string(maxOutputBytes) + " bytes.");
+}
+
+}  // namespace quillmor

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace quillmor {
+
+/// The most Unicode scalars a text typed as input may have.
+inline constexpr std::int64_t maxTextInputCharacters = 4'194'304;
+
+/// How typed input is read, in the order of the prompts' pop-up.
+enum InputMode : int { kInputModeAuto = 0, kInputModeHex = 1, kInputModeText = 2 };
+
+/// Whether free input looks like a list of hexadecimal bytes: it has "0x" somewhere, or a separator
+/// (white space or one of `,` `;` `:` `-`) between its ends. One unbroken word is text.
+bool shouldTreatAutoInputAsHex(std::string_view text);
+
+/// The bytes that input typed in the mode `modeIndex` denotes (see `InputMode`; other values read
+/// as text); absent when it is not valid in that mode, has more than `maxTextInputCharacters`
+/// scalars, or denotes more than `maxGeneratedInputBytes` bytes. Text may denote no bytes at all.
+std::optional<std::vector<std::uint8_t>> bytesFromInput(std::string_view text, int modeIndex,
+                                                        std::int64_t maxGeneratedInputBytes);
+
+/// The bytes that clipboard text pastes: those it denotes when it is valid hexadecimal within both
+/// limits, else its own UTF-8 bytes. Throws code 412 when they are more than `maxOutputBytes`.
+std::vector<std::uint8_t> bytesForPastedText(std::string_view text, std::int64_t maxOutputBytes,
+                                             std::int64_t maxInputCharacters);
+
+}  // namespace quillmor

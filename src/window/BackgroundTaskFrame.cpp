@@ -1,0 +1,71 @@
+#include "window/BackgroundTaskFrame.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr const char* kBusyMessage = "Another operation is already running.";
+
+/// Short work finishes without a progress bar flashing up.
+constexpr std::chrono::milliseconds kProgressDelay{300};
+constexpr std::chrono::milliseconds kProgressInterval{50};
+
+}  // namespace
+
+BackgroundTaskFrame::BackgroundTaskFrame(BackgroundExecutor& executor, AlertPresenter& alerts,
+                                         BusyStateObserver& observer)
+    : executor_(executor), alerts_(alerts), observer_(observer) {}
+
+BackgroundTaskFrame::~BackgroundTaskFrame() {
+  if (activity_) activity_->progress->requestStop();
+}
+
+bool BackgroundTaskFrame::beginBusyStatus(const std::string& statusText, Stopping stopping) {
+  if (isBusy()) {
+    alerts_.runModal({.messageText = "Operation Busy", .informativeText = kBusyMessage});
+    return false;
+  }
+  activity_ = std::make_shared<Activity>();
+  activity_->stopping = stopping;
+  observer_.busyStateDidBegin();
+  observer_.showBusyStatus(statusText);
+  refreshProgressLater(activity_, kProgressDelay);
+  return true;
+}
+
+void BackgroundTaskFrame::updateBusyStatus(const std::string& statusText) {
+  if (isBusy()) observer_.showBusyStatus(statusText);
+}
+
+void BackgroundTaskFrame::endBusyStatus() {
+  if (!isBusy()) return;
+  const bool wasShowingProgress = activity_->isShowingProgress;
+  activity_.reset();
+  if (wasShowingProgress) observer_.hideProgress();
+  observer_.busyStateDidEnd();
+}
+
+std::shared_ptr<TaskProgress> BackgroundTaskFrame::progress() const {
+  return activity_ ? activity_->progress : nullptr;
+}
+
+void BackgroundTaskFrame::requestStop() {
+  if (activity_ && activity_->stopping == Stopping::allowed) activity_->progress->requestStop();
+}
+
+Error BackgroundTaskFrame::busyError() {
+  return Error::quillmor(409, kBusyMessage);
+}
+
+void BackgroundTaskFrame::refreshProgressLater(const std::weak_ptr<Activity>& activity,
+                                               std::chrono::milliseconds delay) {
+  executor_.postToMainAfter(delay, [this, activity] {
+    const auto current = activity.lock();
+    if (!current) return;
+    current->isShowingProgress = true;
+    observer_.showProgress(current->progress->fraction(), current->stopping == Stopping::allowed);
+    refreshProgressLater(activity, kProgressInterval);
+  });
+}
+
+}  // namespace quillmor

@@ -1,0 +1,217 @@
+#include "window/EditorWindow.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "editor/HexEditorView.h"
+#include "editor/HexFileDropView.h"
+#include "window/EditorToolbar.h"
+#include "window/ElidedLabel.h"
+#include "window/ReportWindow.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr QRect kInitialContent(100, 100, 1120, 760);
+constexpr QSize kMinimumSize(740, 460);
+constexpr int kProgressSteps = 1000;
+
+/// "[*]" in a title stands for the mark of unsaved changes; a file name that holds it has it
+/// doubled.
+QString titleFor(const std::string& displayName) {
+  return QString::fromStdString(displayName).replace("[*]", "[*][*]") + "[*]";
+}
+
+}  // namespace
+
+EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers)
+    : controller_(std::move(controller)), handlers_(std::move(handlers)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setGeometry(kInitialContent);
+  setupUI();
+  setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
+                 kMinimumSize.height());
+  controller_->attachWindow(*this);
+  editorView_->setFocus();
+}
+
+EditorWindow::~EditorWindow() {
+  controller_->windowWillClose();
+}
+
+void EditorWindow::setupUI() {
+  content_ = new HexFileDropView;
+  setCentralWidget(content_);
+  content_->setAutoFillBackground(true);
+  QPalette background = content_->palette();
+  background.setColor(QPalette::Window, QColor::fromRgbF(0.045F, 0.045F, 0.045F));
+  content_->setPalette(background);
+
+  toolbar_ = new EditorToolbar(handlers_.perform, content_);
+  editorView_ = new HexEditorView(controller_->editor(), content_);
+  inspector_ = new ElidedLabel(tr("Data inspector"), content_);
+
+  auto* lines = new QVBoxLayout;
+  lines->setContentsMargins(12, 4, 12, 8);
+  lines->setSpacing(4);
+  lines->addWidget(makeStatusRow());
+  lines->addWidget(inspector_);
+
+  auto* layout = new QVBoxLayout(content_);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(toolbar_);
+  layout->addWidget(editorView_, 1);
+  layout->addLayout(lines);
+  acceptDrops();
+}
+
+QWidget* EditorWindow::makeStatusRow() {
+  auto* row = new QWidget(content_);
+  status_ = new ElidedLabel(tr("Status"), row);
+  status_->setFullText(tr("Ready"));
+  progress_ = new QProgressBar(row);
+  progress_->setAccessibleName(tr("Progress"));
+  progress_->setTextVisible(false);
+  progress_->setFixedSize(180, 6);
+  stop_ = new QPushButton(tr("Stop"), row);
+  stop_->setAccessibleName(tr("Stop"));
+  connect(stop_, &QPushButton::clicked, this, [this] { controller_->stopCurrentOperation(); });
+  stopShortcut_ = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+  stopShortcut_->setEnabled(false);
+  connect(stopShortcut_, &QShortcut::activated, this,
+          [this] { controller_->stopCurrentOperation(); });
+
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(8);
+  layout->addWidget(status_, 1);
+  layout->addWidget(progress_);
+  layout->addWidget(stop_);
+  hideProgress();
+  return row;
+}
+
+void EditorWindow::acceptDrops() {
+  // The program the file comes from waits while the drop is handled, so opening starts afterwards.
+  const auto open = [this](const FileLocation& location) {
+    QMetaObject::invokeMethod(
+        this, [this, location] { controller_->openDroppedFile(location); }, Qt::QueuedConnection);
+  };
+  content_->setFileDropHandler(open);
+  editorView_->setFileDropHandler(open);
+}
+
+void EditorWindow::setIdentity(const std::string& displayName,
+                               const std::optional<FileLocation>& represented, bool isEdited) {
+  setWindowFilePath(represented ? QString::fromStdString(represented->path()) : QString());
+  setWindowTitle(titleFor(displayName));
+  setWindowModified(isEdited);
+}
+
+void EditorWindow::setStatusText(const std::string& text) {
+  status_->setFullText(QString::fromStdString(text));
+}
+
+void EditorWindow::setInspectorText(const std::string& text) {
+  inspector_->setFullText(QString::fromStdString(text));
+}
+
+void EditorWindow::setToolbarEnabled(bool enabled) {
+  toolbar_->setButtonsEnabled(enabled);
+  stopShortcut_->setEnabled(!enabled);
+}
+
+void EditorWindow::showProgress(double fraction, bool canStop) {
+  const bool isKnown = fraction >= 0;
+  progress_->setRange(0, isKnown ? kProgressSteps : 0);
+  if (isKnown) progress_->setValue(static_cast<int>(fraction * kProgressSteps));
+  progress_->show();
+  stop_->setVisible(canStop);
+}
+
+void EditorWindow::hideProgress() {
+  progress_->hide();
+  stop_->hide();
+}
+
+void EditorWindow::revalidateMenus() {
+  handlers_.menusNeedValidation(*this);
+}
+
+void EditorWindow::bringToFront() {
+  if (isMinimized()) showNormal();
+  show();
+  raise();
+  activateWindow();
+}
+
+void EditorWindow::closeWindow() {
+  mayClose_ = true;
+  close();
+}
+
+void EditorWindow::unregisterDrags() {
+  content_->setAcceptDrops(false);
+  editorView_->unregisterDrags();
+}
+
+void EditorWindow::openReportWindow(const std::string& title, const std::string& report) {
+  std::erase_if(retainedUtilityWindows_, [](const auto& window) { return window.isNull(); });
+  auto* window = new ReportWindow(QString::fromStdString(title), QString::fromStdString(report));
+  retainedUtilityWindows_.emplace_back(window);
+  handlers_.didOpenReportWindow(*window);
+  window->show();
+}
+
+void EditorWindow::closeUtilityWindows() {
+  for (const auto& window : retainedUtilityWindows_) {
+    if (window) window->close();
+  }
+  retainedUtilityWindows_.clear();
+}
+
+void EditorWindow::closeEvent(QCloseEvent* event) {
+  if (!mayClose_) {
+    // The answer may come at once or after a save; only in the first case this event still stands.
+    controller_->requestClose([this, guard = QPointer<EditorWindow>(this)](bool allowed) {
+      if (!guard || !allowed) return;
+      mayClose_ = true;
+      QMetaObject::invokeMethod(
+          this, [this] { close(); }, Qt::QueuedConnection);
+    });
+  }
+  if (!mayClose_) return event->ignore();
+  controller_->windowWillClose();
+  event->accept();
+}
+
+void EditorWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && isActiveWindow()) handlers_.didBecomeKey(*this);
+}
+
+void EditorWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (hasPresentedInitialWindow_) return;
+  hasPresentedInitialWindow_ = true;
+  keepOnScreen();
+}
+
+void EditorWindow::keepOnScreen() {
+  const QRect available = screen()->availableGeometry();
+  QRect frame = geometry();
+  frame.setSize(frame.size().boundedTo(available.size()));
+  frame.moveLeft(std::clamp(frame.left(), available.left(), available.right() + 1 - frame.width()));
+  frame.moveTop(std::clamp(frame.top(), available.top(), available.bottom() + 1 - frame.height()));
+  setGeometry(frame);
+}
+
+}  // namespace quillmor

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QPointer>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "window/EditorWindowSurface.h"
+#include "window/HexWindowController.h"
+
+class QProgressBar;
+class QPushButton;
+class QShortcut;
+
+namespace quillmor {
+
+class EditorToolbar;
+class ElidedLabel;
+class HexEditorView;
+class HexFileDropView;
+class ReportWindow;
+
+/// The window of one editor: toolbar, hex view, status and inspector lines. Shows what its
+/// controller says and hands on what the user does.
+class EditorWindow : public QMainWindow, public EditorWindowSurface {
+ public:
+  /// What the application hears of the window.
+  struct Handlers {
+    std::function<void(EditorWindow&)> didBecomeKey;
+    std::function<void(EditorWindow&)> menusNeedValidation;
+    std::function<void(std::string_view action)> perform;
+    std::function<void(ReportWindow&)> didOpenReportWindow;
+  };
+
+  EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers);
+  ~EditorWindow() override;
+
+  HexWindowController& controller() { return *controller_; }
+  HexEditorView& editorView() { return *editorView_; }
+
+  void setIdentity(const std::string& displayName, const std::optional<FileLocation>& represented,
+                   bool isEdited) override;
+  void setStatusText(const std::string& text) override;
+  void setInspectorText(const std::string& text) override;
+  void setToolbarEnabled(bool enabled) override;
+  void showProgress(double fraction, bool canStop) override;
+  void hideProgress() override;
+  void revalidateMenus() override;
+  void bringToFront() override;
+  void closeWindow() override;
+  void unregisterDrags() override;
+  void openReportWindow(const std::string& title, const std::string& report) override;
+  void closeUtilityWindows() override;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void setupUI();
+  QWidget* makeStatusRow();
+  void acceptDrops();
+  void keepOnScreen();
+
+  const std::shared_ptr<HexWindowController> controller_;
+  const Handlers handlers_;
+  HexFileDropView* content_ = nullptr;
+  EditorToolbar* toolbar_ = nullptr;
+  HexEditorView* editorView_ = nullptr;
+  ElidedLabel* status_ = nullptr;
+  ElidedLabel* inspector_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+  QPushButton* stop_ = nullptr;
+  QShortcut* stopShortcut_ = nullptr;
+  std::vector<QPointer<ReportWindow>> retainedUtilityWindows_;
+  bool mayClose_ = false;
+  bool hasPresentedInitialWindow_ = false;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "base/FileLocation.h"
+
+namespace quillmor {
+
+/// The window that an editor's controller drives: what is shown, nothing decided. Main thread only.
+class EditorWindowSurface {
+ public:
+  virtual ~EditorWindowSurface() = default;
+
+  /// The window's title, the file it stands for, and whether it holds unsaved changes.
+  virtual void setIdentity(const std::string& displayName,
+                           const std::optional<FileLocation>& represented, bool isEdited) = 0;
+
+  virtual void setStatusText(const std::string& text) = 0;
+  virtual void setInspectorText(const std::string& text) = 0;
+  virtual void setToolbarEnabled(bool enabled) = 0;
+
+  /// The progress bar beside the status text; `fraction` is negative while it is not known.
+  virtual void showProgress(double fraction, bool canStop) = 0;
+  virtual void hideProgress() = 0;
+
+  /// What menus depend on has changed.
+  virtual void revalidateMenus() = 0;
+
+  virtual void bringToFront() = 0;
+
+  /// Closes the window without asking; its controller is told through `windowWillClose`.
+  virtual void closeWindow() = 0;
+
+  /// Files are no longer accepted by drag and drop.
+  virtual void unregisterDrags() = 0;
+
+  /// Opens a report window that lives until it is closed or `closeUtilityWindows` is called.
+  virtual void openReportWindow(const std::string& title, const std::string& report) = 0;
+  virtual void closeUtilityWindows() = 0;
+};
+
+}  // namespace quillmor

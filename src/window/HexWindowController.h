@@ -1,0 +1,268 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/ByteBuffer.h"
+#include "base/Result.h"
+#include "document/Bookmarks.h"
+#include "document/DocumentController.h"
+#include "document/DocumentSaver.h"
+#include "document/DocumentWindow.h"
+#include "document/HexDocument.h"
+#include "document/UndoRecords.h"
+#include "editor/HexEditorState.h"
+#include "fileaccess/StableReading.h"
+#include "platform/PlatformServices.h"
+#include "window/BackgroundTaskFrame.h"
+#include "window/EditorWindowSurface.h"
+
+namespace quillmor {
+
+/// How far the replacement of a window's document may go on after the question about unsaved
+/// changes.
+enum class DocumentReplacementPreparation { proceed, cancelled, failed };
+
+/// How opening a file into an existing window ended.
+enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
+
+/// What every editor window shares. All of it outlives the windows.
+struct EditorEnvironment {
+  PlatformServices platform;
+  DocumentController& documents;
+  DocumentSaver& saver;
+};
+
+/// The controller of one editor window: owns the editor's state, the bookmarks and the busy state,
+/// carries out the commands of the menus on its document. Knows no toolkit; main thread only.
+///
+/// The implementation stands in a file per family of commands; the sections below name them.
+class HexWindowController : public DocumentWindow,
+                            public HexEditorViewDelegate,
+                            public UndoRecordsEditor,
+                            public std::enable_shared_from_this<HexWindowController>,
+                            private BusyStateObserver {
+ public:
+  using OpenCompletion = std::function<void(OpenCurrentResult)>;
+  /// What loading into the window ended with; `broughtToFront` when another window shows the file.
+  using LoadCompletion = std::function<void(Result<OpenCurrentResult>)>;
+
+  // HexWindowController.cpp: creation, status, closing.
+
+  HexWindowController(std::shared_ptr<HexDocument> document, const EditorEnvironment& environment);
+  ~HexWindowController() override;
+
+  /// Attaches the window, which outlives its use until `windowWillClose`, and shows the first
+  /// status.
+  void attachWindow(EditorWindowSurface& window);
+
+  HexDocument& document() { return *hexDocument_; }
+  HexEditorState& editor() { return editor_; }
+  const Bookmarks& bookmarks() const { return bookmarks_; }
+  bool isBusy() const { return frame_.isBusy(); }
+  void stopCurrentOperation() { frame_.requestStop(); }
+
+  /// The size, offset, mode and selection as the status line shows them.
+  std::string statusText() const;
+
+  /// Decides whether the window may close now; alerts when it may not because of a running
+  /// operation.
+  bool windowShouldClose();
+
+  /// Asks about unsaved changes as far as needed, saves on request, and reports whether closing may
+  /// go on.
+  void requestClose(std::function<void(bool)> completion);
+
+  /// Closes the window of a document that came to nothing, without asking.
+  void closeUnusedWindow();
+
+  /// The window has closed or is about to, whatever the reason.
+  void windowWillClose();
+
+  // HexWindowControllerCommands.cpp: commands by the names that menus use.
+
+  /// True when an editor has the command of this menu action ("forwardGoToOffset:").
+  static bool hasCommand(std::string_view action);
+  void perform(std::string_view action);
+
+  // HexWindowControllerEditing.cpp: announced edits, undo, applying results.
+
+  void announceEdit(std::int64_t start, std::int64_t removedCount,
+                    std::int64_t insertedCount) override;
+  void hexEditorDidEdit(HexEditorState& editor) override;
+  void updateStatus() override;
+  std::int64_t caretOffset() const override { return editor_.caretOffset(); }
+  HexSelection selection() const override { return editor_.selection(); }
+  void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) override;
+
+  bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+                        const std::string& actionName);
+  bool registerUndoSnapshot(const std::string& actionName,
+                            std::optional<std::int64_t> resultingByteCount);
+
+  /// After a command changed the bytes itself: caret, selection, change count, status.
+  void markManualEdit(std::int64_t caretOffset, HexSelection selection, bool undoRegistered);
+
+  void undo();
+  void redo();
+  void deleteSelection();
+  void selectAll();
+
+  // HexWindowControllerTasks.cpp: background runners and the checks before a command.
+
+  bool beginBusyStatus(const std::string& text) { return frame_.beginBusyStatus(text); }
+  void endBusyStatus() { frame_.endBusyStatus(); }
+
+  /// Runs `work(TaskProgress&)` off the main thread in the busy state.
+  template <class Work, class T = std::invoke_result_t<Work&, TaskProgress&>>
+  void runBackgroundTask(const std::string& statusText, Work work,
+                         std::function<void(Result<T>)> completion) {
+    frame_.run(statusText, std::move(work), std::move(completion));
+  }
+
+  /// The same; the work gets an immutable copy of all bytes and the normalised selection.
+  template <class Work,
+            class T = std::invoke_result_t<Work&, const ByteBuffer&, HexSelection, TaskProgress&>>
+  void runBackgroundSnapshotTask(const std::string& statusText, HexSelection selection, Work work,
+                                 std::function<void(Result<T>)> completion) {
+    const HexSelection range = selection.normalized(byteCount());
+    auto task = [work = std::move(work), bytes = hexDocument_->storage()->bytes,
+                 range](TaskProgress& progress) mutable { return work(bytes, range, progress); };
+    frame_.run(statusText, std::move(task), std::move(completion));
+  }
+
+  /// The same; the work gets an immutable copy of the selected bytes alone. Copying is sharing: the
+  /// bytes stay where they are, and an edit made meanwhile would go to a copy of its own.
+  template <class Work,
+            class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
+  void runBackgroundSelectionSnapshotTask(const std::string& statusText, HexSelection selection,
+                                          Work work, std::function<void(Result<T>)> completion) {
+    auto selected = [work = std::move(work)](const ByteBuffer& bytes, HexSelection range,
+                                             TaskProgress& progress) mutable {
+      return work(bytes.span(range.start, range.length), progress);
+    };
+    runBackgroundSnapshotTask(statusText, selection, std::move(selected), std::move(completion));
+  }
+
+  using MutationWork = std::function<ByteBuffer(std::span<const std::uint8_t>, TaskProgress&)>;
+  using MutationCompletion = std::function<void(Result<ByteBuffer>)>;
+
+  /// Transforms the selected bytes: at once when they are fewer than
+  /// `backgroundEditThresholdBytes`, in the background otherwise.
+  void runBackgroundSelectionMutationTask(const std::string& statusText, HexSelection selection,
+                                          MutationWork work, MutationCompletion completion);
+
+  /// Puts transformed bytes into the document as one undoable step; false when nothing was changed.
+  bool applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
+                                       HexSelection originalSelection,
+                                       const std::string& actionName);
+
+  std::optional<HexSelection> activeSelectionOrAlert(const std::string& title);
+  bool validateGeneratedByteCount(std::int64_t count, const std::string& title);
+  bool validateResultingDocumentByteCount(std::int64_t removing, std::int64_t inserting,
+                                          const std::string& title);
+
+  /// Shows a report in a window of its own, cut to what a window can show.
+  void showUtilityReport(const std::string& title, const std::string& report);
+
+  // HexWindowControllerDocument.cpp: saving, reverting, reloading, replacing.
+
+  bool hasFileURLForMenu() const { return hexDocument_->location().has_value(); }
+  void saveDocument();
+  void saveDocumentAs();
+  void revertDocument();
+  void reloadFromDisk();
+
+  /// Opens `location` into this window after the question about unsaved changes.
+  void openURLInCurrentWindow(const FileLocation& location, OpenCompletion completion);
+
+  /// A file was dropped on the window.
+  void openDroppedFile(const FileLocation& location);
+
+  void prepareToReplaceCurrentDocument(
+      const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+      std::function<void(DocumentReplacementPreparation)> completion);
+  void saveCurrentDocumentBeforeReplacing(std::function<void(DocumentSaveResult)> completion);
+  void performDocumentSave(const FileLocation& destination, DocumentSaveOperation operation,
+                           const std::string& statusTitle,
+                           std::function<void(DocumentSaveResult)> completion);
+  void beginLoadFileInCurrentWindow(const FileLocation& location, bool preservingEditorState,
+                                    LoadCompletion completion);
+
+  void documentStorageDidReload() override;
+  void documentIdentityDidChange() override;
+  void activate() override;
+
+  // HexWindowControllerNavigation.cpp: going to places, view settings, the session's offset.
+
+  void goToOffset();
+  void goToStart();
+  void goToEnd();
+  void selectRange();
+  void setBytesPerRow(std::int64_t bytesPerRow);
+  void toggleInsertMode();
+  void copyCurrentOffset();
+  std::optional<std::string> sessionOffsetKey() const;
+  void restoreLastSessionOffset();
+
+  // HexWindowControllerBookmarks.cpp
+
+  void addBookmark();
+  void nextBookmark();
+  void previousBookmark();
+  void showBookmarks();
+  void clearBookmarks();
+  void jumpToBookmark(std::int64_t offset);
+
+ private:
+  struct LoadedFile {
+    FileLocation location;
+    ReadSnapshot snapshot;
+  };
+
+  void busyStateDidBegin() override;
+  void showBusyStatus(const std::string& statusText) override;
+  void busyStateDidEnd() override;
+  void showProgress(double fraction, bool canStop) override;
+  void hideProgress() override;
+
+  std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
+  void moveCaret(std::int64_t offset, HexSelection selection);
+  void unannouncedEditDidHappen();
+  void applyUserDefaults();
+  void saveSessionOffset();
+  void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
+
+  void alert(const std::string& title, const std::string& text);
+  /// Alerts and returns true when a running operation forbids to start an editing command.
+  bool refuseWhileBusy(const std::string& title);
+  bool refuseWithoutFile(const std::string& title);
+  bool refuseWithoutBookmarks();
+
+  void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
+  void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
+                  const LoadCompletion& completion);
+  void startAtTheBeginning();
+  void loadPreservingEditorState(const FileLocation& location, const std::string& failureTitle,
+                                 std::function<void()> success);
+
+  const std::shared_ptr<HexDocument> hexDocument_;
+  PlatformServices platform_;
+  DocumentController& documents_;
+  DocumentSaver& saver_;
+  EditorWindowSurface* window_ = nullptr;
+  HexEditorState editor_;
+  Bookmarks bookmarks_;
+  UndoRecords undoRecords_;
+  BackgroundTaskFrame frame_;
+  bool editorMutationWasAnnounced_ = false;
+  bool editorMutationHasUndo_ = false;
+  /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.
+  std::optional<HexSelection> newestRecordedEdit_;
+};
+
+}  // namespace quillmor

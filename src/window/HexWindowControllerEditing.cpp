@@ -1,0 +1,91 @@
+// Announced edits, undo, and results of commands that change the bytes themselves.
+
+#include "window/HexWindowController.h"
+
+namespace quillmor {
+
+void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
+                                       std::int64_t insertedCount) {
+  editorMutationWasAnnounced_ = true;
+  editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, "Edit");
+  if (editorMutationHasUndo_) newestRecordedEdit_ = HexSelection{start, insertedCount};
+  bookmarks_.adjustForEdit(start, removedCount, insertedCount);
+}
+
+void HexWindowController::hexEditorDidEdit(HexEditorState&) {
+  if (!editorMutationWasAnnounced_) {
+    unannouncedEditDidHappen();
+  } else if (!editorMutationHasUndo_) {
+    hexDocument_->updateChangeCount(ChangeCount::Change::done);
+  }
+  editorMutationWasAnnounced_ = false;
+  editorMutationHasUndo_ = false;
+  updateStatus();
+}
+
+/// A second digit was typed without an announcement of its own. When it completes the byte of the
+/// newest undo step, undoing that step takes it back too. Otherwise no undo leads back to what was
+/// saved, and the document must not look saved again.
+void HexWindowController::unannouncedEditDidHappen() {
+  const std::int64_t changed = editor_.caretOffset() - 1;
+  const bool undoTakesItBack = newestRecordedEdit_ && changed >= newestRecordedEdit_->start &&
+                               changed - newestRecordedEdit_->start < newestRecordedEdit_->length;
+  if (!hexDocument_->isDocumentEdited() || !undoTakesItBack)
+    hexDocument_->makeSavedStateUnreachable();
+}
+
+void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) {
+  newestRecordedEdit_.reset();
+  editor_.recalcMetrics();
+  moveCaret(caret, selection);
+}
+
+bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
+                                           std::int64_t insertedCount,
+                                           const std::string& actionName) {
+  newestRecordedEdit_.reset();
+  return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
+}
+
+bool HexWindowController::registerUndoSnapshot(const std::string& actionName,
+                                               std::optional<std::int64_t> resultingByteCount) {
+  newestRecordedEdit_.reset();
+  return undoRecords_.registerUndoSnapshot(actionName, resultingByteCount);
+}
+
+void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection selection,
+                                         bool undoRegistered) {
+  editorMutationWasAnnounced_ = true;
+  editorMutationHasUndo_ = undoRegistered;
+  editor_.recalcMetrics();
+  moveCaret(caretOffset, selection);
+  hexEditorDidEdit(editor_);
+}
+
+void HexWindowController::undo() {
+  if (isBusy() || !hexDocument_->undoManager().canUndo()) return platform_.beeper.beep();
+  hexDocument_->undoManager().undo();
+  updateStatus();
+}
+
+void HexWindowController::redo() {
+  if (isBusy() || !hexDocument_->undoManager().canRedo()) return platform_.beeper.beep();
+  hexDocument_->undoManager().redo();
+  updateStatus();
+}
+
+void HexWindowController::deleteSelection() {
+  if (refuseWhileBusy("Delete")) return;
+  editor_.deleteSelectionOrByte(/*backward=*/false);
+}
+
+void HexWindowController::selectAll() {
+  moveCaret(0, {0, byteCount()});
+}
+
+void HexWindowController::moveCaret(std::int64_t offset, HexSelection selection) {
+  editor_.setCaretOffset(offset);
+  editor_.setSelection(selection);
+}
+
+}  // namespace quillmor

@@ -1,0 +1,95 @@
+// Background transforms of the selection, and the checks that commands make before they start.
+
+#include <algorithm>
+
+#include "window/HexWindowController.h"
+#include "window/UtilityReport.h"
+#include "window/WindowLimits.h"
+
+namespace quillmor {
+
+void HexWindowController::runBackgroundSelectionMutationTask(const std::string& statusText,
+                                                             HexSelection selection,
+                                                             MutationWork work,
+                                                             MutationCompletion completion) {
+  const HexSelection range = selection.normalized(byteCount());
+  if (range.length >= backgroundEditThresholdBytes) {
+    runBackgroundSelectionSnapshotTask(statusText, range, std::move(work), std::move(completion));
+    return;
+  }
+  TaskProgress progress;
+  auto workAtOnce = [&] {
+    return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress);
+  };
+  completion(resultOf(workAtOnce));
+}
+
+bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
+                                                          HexSelection originalSelection,
+                                                          const std::string& actionName) {
+  if (!result.isOk()) {
+    if (!result.error().isStopped()) alert(actionName + " Failed", result.error().message());
+    return false;
+  }
+  const ByteBuffer& bytes = result.value();
+  const HexSelection range = originalSelection.normalized(byteCount());
+  if (range.length != bytes.size()) {
+    alert(actionName,
+          Error::quillmor(411, "The selected range changed before the operation completed.")
+              .message());
+    return false;
+  }
+  HexStorage& storage = *hexDocument_->storage();
+  if (storage.bytesEqual(range, bytes.span())) {
+    updateStatus();
+    return false;
+  }
+  const bool registered = registerUndoEdit(range.start, range.length, range.length, actionName);
+  storage.bytes.replace(range.start, range.length, bytes.span());
+  markManualEdit(range.start, range, registered);
+  return true;
+}
+
+std::optional<HexSelection> HexWindowController::activeSelectionOrAlert(const std::string& title) {
+  if (refuseWhileBusy(title)) return std::nullopt;
+  const HexSelection range = editor_.selection().normalized(byteCount());
+  if (range.length < 1) {
+    alert(title, "Select one or more bytes first.");
+    return std::nullopt;
+  }
+  if (range.length > maxGeneratedInputBytes) {
+    alert(title, "Selected range is " + std::to_string(range.length) +
+                     " byte(s). The in-memory edit safety limit is " +
+                     std::to_string(maxGeneratedInputBytes) + " bytes to avoid memory pressure.");
+    return std::nullopt;
+  }
+  return range;
+}
+
+bool HexWindowController::validateGeneratedByteCount(std::int64_t count, const std::string& title) {
+  if (count >= 0 && count <= maxGeneratedInputBytes) return true;
+  alert(title, "Requested operation would generate " + std::to_string(count) +
+                   " byte(s). The safety limit is " + std::to_string(maxGeneratedInputBytes) +
+                   " bytes to avoid memory pressure.");
+  return false;
+}
+
+bool HexWindowController::validateResultingDocumentByteCount(std::int64_t removing,
+                                                             std::int64_t inserting,
+                                                             const std::string& title) {
+  const std::int64_t limit = editor_.maximumByteCount();
+  const std::int64_t kept = byteCount() - clampedToCount(removing, byteCount());
+  std::int64_t resulting = 0;
+  const bool overflows =
+      __builtin_add_overflow(kept, std::max<std::int64_t>(inserting, 0), &resulting);
+  if (!overflows && resulting <= limit) return true;
+  alert(title, "The resulting document would exceed Quillmor's safe in-memory document limit of " +
+                   std::to_string(limit) + " bytes.");
+  return false;
+}
+
+void HexWindowController::showUtilityReport(const std::string& title, const std::string& report) {
+  if (window_) window_->openReportWindow(title, truncatedUtilityReport(report));
+}
+
+}  // namespace quillmor

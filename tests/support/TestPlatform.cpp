@@ -1,0 +1,130 @@
+#include "support/TestPlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace quillmor::test {
+
+ScriptedAlerts::~ScriptedAlerts() {
+  for (const Expected& expected : script_) {
+    ADD_FAILURE() << "expected alert was never shown: " << expected.messageText << " / "
+                  << expected.informativeText;
+  }
+}
+
+void ScriptedAlerts::expect(const std::string& messageText, const std::string& informativeText,
+                            const std::string& button, std::vector<std::string> answers) {
+  script_.push_back({messageText, informativeText, button, std::move(answers)});
+}
+
+AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
+  shown_.push_back(alert);
+  if (duringNext_) std::exchange(duringNext_, nullptr)();
+  if (script_.empty()) {
+    ADD_FAILURE() << "unexpected alert: " << alert.messageText << " / " << alert.informativeText;
+    return {.button = alert.buttons.size() - 1,
+            .texts = std::vector<std::string>(alert.fields.size()),
+            .selectedChoices = std::vector<std::size_t>(alert.fields.size())};
+  }
+  const Expected expected = std::move(script_.front());
+  script_.pop_front();
+  EXPECT_EQ(alert.messageText, expected.messageText);
+  EXPECT_EQ(alert.informativeText, expected.informativeText);
+  const auto button = std::find(alert.buttons.begin(), alert.buttons.end(), expected.button);
+  EXPECT_NE(button, alert.buttons.end()) << "no button " << expected.button;
+  AlertResponse response;
+  response.button = static_cast<std::size_t>(button - alert.buttons.begin());
+  response.texts = expected.answers;
+  response.texts.resize(alert.fields.size());
+  response.selectedChoices.resize(alert.fields.size());
+  return response;
+}
+
+std::vector<FileLocation> ScriptedFilePanels::runOpenPanel(const std::string& title, bool,
+                                                           const std::optional<FileLocation>&) {
+  if (openAnswers.empty()) {
+    ADD_FAILURE() << "unexpected open panel: " << title;
+    return {};
+  }
+  auto answer = openAnswers.front();
+  openAnswers.pop_front();
+  return answer;
+}
+
+std::optional<FileLocation> ScriptedFilePanels::runSavePanel(const std::string& title,
+                                                             const std::string& suggestedName,
+                                                             const std::optional<FileLocation>&) {
+  suggestedNames.push_back(suggestedName);
+  if (saveAnswers.empty()) {
+    ADD_FAILURE() << "unexpected save panel: " << title;
+    return std::nullopt;
+  }
+  auto answer = saveAnswers.front();
+  saveAnswers.pop_front();
+  return answer;
+}
+
+std::optional<std::int64_t> FakeUserDefaults::integer(const std::string& key) const {
+  const auto found = integers.find(key);
+  return found == integers.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<bool> FakeUserDefaults::boolean(const std::string& key) const {
+  const auto found = booleans.find(key);
+  return found == booleans.end() ? std::nullopt : std::optional(found->second);
+}
+
+void ManualExecutor::postToMain(std::function<void()> function) {
+  posted_.push_back(std::move(function));
+}
+
+void ManualExecutor::postToMainAfter(std::chrono::milliseconds delay,
+                                     std::function<void()> function) {
+  delayed_.push_back({now_ + delay, std::move(function)});
+}
+
+bool ManualExecutor::runOneWork() {
+  if (work_.empty()) return false;
+  auto work = std::move(work_.front());
+  work_.pop_front();
+  std::thread(std::move(work)).join();
+  return true;
+}
+
+bool ManualExecutor::runPosted() {
+  const bool any = !posted_.empty();
+  while (!posted_.empty()) {
+    auto function = std::move(posted_.front());
+    posted_.pop_front();
+    function();
+  }
+  return any;
+}
+
+void ManualExecutor::runAll() {
+  bool any = true;
+  while (any) {
+    any = runOneWork();
+    any = runPosted() || any;
+  }
+}
+
+void ManualExecutor::advance(std::chrono::milliseconds time) {
+  const auto end = now_ + time;
+  while (true) {
+    const auto next =
+        std::min_element(delayed_.begin(), delayed_.end(),
+                         [](const Delayed& a, const Delayed& b) { return a.due < b.due; });
+    if (next == delayed_.end() || next->due > end) break;
+    Delayed due = std::move(*next);
+    delayed_.erase(next);
+    now_ = due.due;
+    due.function();
+  }
+  now_ = end;
+}
+
+}  // namespace quillmor::test

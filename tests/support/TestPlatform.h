@@ -1,0 +1,137 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/PlatformServices.h"
+
+namespace quillmor::test {
+
+/// Alerts answered by a script. An alert that no script entry expected fails the test, and so does
+/// an expected alert that never came.
+class ScriptedAlerts : public AlertPresenter {
+ public:
+  ~ScriptedAlerts() override;
+
+  /// The next alert has these texts; it is answered with `button`, a title among its buttons.
+  void expect(const std::string& messageText, const std::string& informativeText,
+              const std::string& button = "OK", std::vector<std::string> answers = {});
+
+  /// Runs while the next alert is on screen, as the event loop of a real one would.
+  void duringNext(std::function<void()> action) { duringNext_ = std::move(action); }
+
+  AlertResponse runModal(const Alert& alert) override;
+
+  const std::vector<Alert>& shown() const { return shown_; }
+
+ private:
+  struct Expected {
+    std::string messageText;
+    std::string informativeText;
+    std::string button;
+    std::vector<std::string> answers;
+  };
+  std::deque<Expected> script_;
+  std::vector<Alert> shown_;
+  std::function<void()> duringNext_;
+};
+
+/// File panels with answers prepared; a panel without one fails the test.
+class ScriptedFilePanels : public FilePanels {
+ public:
+  std::deque<std::vector<FileLocation>> openAnswers;
+  std::deque<std::optional<FileLocation>> saveAnswers;
+  std::vector<std::string> suggestedNames;
+
+  std::vector<FileLocation> runOpenPanel(const std::string& title, bool allowsMultipleSelection,
+                                         const std::optional<FileLocation>& directory) override;
+  std::optional<FileLocation> runSavePanel(const std::string& title,
+                                           const std::string& suggestedName,
+                                           const std::optional<FileLocation>& directory) override;
+};
+
+class FakePasteboard : public Pasteboard {
+ public:
+  std::string text;
+  void setText(const std::string& newText) override { text = newText; }
+};
+
+class FakeUserDefaults : public UserDefaults {
+ public:
+  std::map<std::string, std::int64_t> integers;
+  std::map<std::string, bool> booleans;
+
+  std::optional<std::int64_t> integer(const std::string& key) const override;
+  std::optional<bool> boolean(const std::string& key) const override;
+  void setInteger(const std::string& key, std::int64_t value) override { integers[key] = value; }
+  void setBoolean(const std::string& key, bool value) override { booleans[key] = value; }
+};
+
+class CountingBeeper : public Beeper {
+ public:
+  int count = 0;
+  void beep() override { ++count; }
+};
+
+class FakeWorkspace : public Workspace {
+ public:
+  std::vector<FileLocation> revealed;
+  void revealInFileManager(const FileLocation& location) override { revealed.push_back(location); }
+};
+
+/// Runs background work and posted functions only when told, on a second thread and on the calling
+/// thread; so that "busy", "window closed meanwhile" and "bytes changed" happen when a test says.
+class ManualExecutor : public BackgroundExecutor {
+ public:
+  void runDetached(std::function<void()> work) override { work_.push_back(std::move(work)); }
+  void postToMain(std::function<void()> function) override;
+  void postToMainAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
+
+  /// Runs the oldest background work on a thread of its own and waits for it. False when there is
+  /// none.
+  bool runOneWork();
+
+  /// Runs what was posted to the main thread; false when there was nothing.
+  bool runPosted();
+
+  /// Runs work and posted functions until nothing is left. Time does not pass.
+  void runAll();
+
+  /// Lets time pass for `postToMainAfter`.
+  void advance(std::chrono::milliseconds time);
+
+  bool hasWork() const { return !work_.empty(); }
+
+ private:
+  struct Delayed {
+    std::chrono::milliseconds due;
+    std::function<void()> function;
+  };
+  std::deque<std::function<void()>> work_;
+  std::deque<std::function<void()>> posted_;
+  std::vector<Delayed> delayed_;
+  std::chrono::milliseconds now_{0};
+};
+
+/// All services of a platform under the control of a test.
+class TestPlatform {
+ public:
+  ScriptedAlerts alerts;
+  ScriptedFilePanels filePanels;
+  FakePasteboard pasteboard;
+  FakeUserDefaults defaults;
+  CountingBeeper beeper;
+  FakeWorkspace workspace;
+  ManualExecutor executor;
+
+  PlatformServices services() {
+    return {alerts, filePanels, pasteboard, defaults, beeper, workspace, executor};
+  }
+};
+
+}  // namespace quillmor::test

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/DocumentController.h"
+#include "document/DocumentSaver.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPlatform.h"
+#include "window/EditorWindowSurface.h"
+#include "window/HexWindowController.h"
+
+namespace quillmor::test {
+
+/// A window that remembers what it was told.
+class FakeEditorWindow : public EditorWindowSurface {
+ public:
+  std::string title;
+  std::optional<FileLocation> represented;
+  bool isEdited = false;
+  std::string statusText;
+  std::vector<std::string> statusHistory;
+  std::string inspectorText;
+  bool toolbarEnabled = true;
+  bool progressVisible = false;
+  bool canStop = false;
+  double fraction = 0;
+  int broughtToFront = 0;
+  int revalidations = 0;
+  bool closed = false;
+  bool dragsUnregistered = false;
+  bool utilityWindowsClosed = false;
+  std::vector<std::pair<std::string, std::string>> reports;
+  HexWindowController* controller = nullptr;
+
+  void setIdentity(const std::string& displayName, const std::optional<FileLocation>& location,
+                   bool edited) override;
+  void setStatusText(const std::string& text) override;
+  void setInspectorText(const std::string& text) override { inspectorText = text; }
+  void setToolbarEnabled(bool enabled) override { toolbarEnabled = enabled; }
+  void showProgress(double part, bool stoppable) override;
+  void hideProgress() override { progressVisible = false; }
+  void revalidateMenus() override { ++revalidations; }
+  void bringToFront() override { ++broughtToFront; }
+  void closeWindow() override;
+  void unregisterDrags() override { dragsUnregistered = true; }
+  void openReportWindow(const std::string& reportTitle, const std::string& report) override {
+    reports.emplace_back(reportTitle, report);
+  }
+  void closeUtilityWindows() override { utilityWindowsClosed = true; }
+};
+
+/// One editor with its fake window.
+struct EditorUnderTest {
+  std::shared_ptr<HexDocument> document;
+  std::shared_ptr<HexWindowController> controller;
+  std::shared_ptr<FakeEditorWindow> window;
+
+  HexWindowController* operator->() const { return controller.get(); }
+  std::string text() const;
+  HexEditorState& editor() const { return controller->editor(); }
+};
+
+/// The base of tests of an editor window: a platform under control and documents in it.
+class WindowFixture : public testing::Test {
+ protected:
+  ~WindowFixture() override;
+
+  /// A new untitled editor holding `content`, without unsaved changes.
+  EditorUnderTest makeEditor(std::string_view content = "");
+
+  /// An editor that has loaded `location`.
+  EditorUnderTest openEditor(const FileLocation& location);
+
+  /// Types `text` into the ASCII column at the caret.
+  static void type(const EditorUnderTest& editor, std::string_view text);
+
+  /// Types hex digits into the hex column at the caret.
+  static void typeHex(const EditorUnderTest& editor, std::string_view digits);
+
+  TemporaryFolder folder;
+  TestPlatform platform;
+  DocumentController documents;
+  DocumentSaver saver{platform.executor, documents};
+
+ private:
+  std::vector<std::shared_ptr<FakeEditorWindow>> windows_;  ///< outlive the controllers
+};
+
+}  // namespace quillmor::test

@@ -1,0 +1,56 @@
+#include "base/HexText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <limits>
+#include <string>
+
+namespace quillmor {
+namespace {
+
+std::string printed(const char* format, unsigned value) {
+  std::string text(8, '\0');
+  text.resize(static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format, value)));
+  return text;
+}
+
+TEST(HexText, namesEveryByteByTwoUppercaseDigits) {
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    EXPECT_EQ(uppercaseHexByteStrings[byte], printed("%02X", byte));
+  }
+}
+
+TEST(HexText, showsPrintableBytesAsThemselvesAndOthersAsADot) {
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    const bool isPrintable = byte >= 0x20 && byte <= 0x7E;
+    EXPECT_EQ(printableASCIIByteStrings[byte], isPrintable ? printed("%c", byte) : ".");
+  }
+}
+
+TEST(HexText, padsToTheMinimumWidth) {
+  EXPECT_EQ(uppercaseHex(0, 8), "00000000");
+  EXPECT_EQ(uppercaseHex(0xBEEF, 8), "0000BEEF");
+  EXPECT_EQ(uppercaseHex(0xBEEF, 4), "BEEF");
+  EXPECT_EQ(uppercaseHex(1, 20), "00000000000000000001");
+}
+
+TEST(HexText, neverCutsToTheMinimumWidth) {
+  EXPECT_EQ(uppercaseHex(0x123456789, 8), "123456789");
+  EXPECT_EQ(uppercaseHex(0xABC, 0), "ABC");
+  EXPECT_EQ(uppercaseHex(0xABC, -5), "ABC");
+}
+
+TEST(HexText, showsZeroByOneDigitAtLeast) {
+  EXPECT_EQ(uppercaseHex(0, 0), "0");
+  EXPECT_EQ(uppercaseHex(0, -1), "0");
+}
+
+TEST(HexText, coversTheWholeRange) {
+  EXPECT_EQ(uppercaseHex(std::numeric_limits<std::int64_t>::max(), 8), "7FFFFFFFFFFFFFFF");
+  EXPECT_EQ(uppercaseHex(std::numeric_limits<std::int64_t>::min(), 8), "8000000000000000");
+  EXPECT_EQ(uppercaseHex(-1, 8), "FFFFFFFFFFFFFFFF");
+}
+
+}  // namespace
+}  // namespace quillmor
