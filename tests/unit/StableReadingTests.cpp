@@ -143,6 +143,24 @@ TEST_F(StableReading, refusesAFileThatWasReplacedByAnEqualOne) {
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 
+TEST_F(StableReading, refusesALinkThatWasTurnedToAnotherFile) {
+  const auto link = folder.location("link.bin");
+  folder.write("twin.bin", content);
+  fs::create_symlink(data.path(), link.path());
+  calls.before(SystemCall::read, 2, [&] {
+    fs::remove(link.path());
+    fs::create_symlink(folder.path() / "twin.bin", link.path());
+  });
+  EXPECT_THAT([&] { readSnapshot(link, std::nullopt); }, failsWith(1204, kChanged));
+}
+
+TEST_F(StableReading, looksAtTheOpenFileAsWellAsAtThePath) {
+  calls.before(SystemCall::fstat, 2,
+               [&] { calls.alterStatus([](struct stat& status) { ++status.st_ctim.tv_nsec; }); });
+  calls.before(SystemCall::fstatat, 3, [&] { calls.alterStatus(nullptr); });
+  EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
+}
+
 TEST_F(StableReading, refusesAFileWhoseModeOrTimesChanged) {
   calls.before(SystemCall::read, 2, [&] {
     fs::permissions(data.path(), fs::perms::owner_read | fs::perms::owner_write);
