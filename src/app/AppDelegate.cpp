@@ -51,16 +51,15 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;
   for (const auto& held : windowOrder_) {
-    if (auto controller = held.lock()) controllers.push_back(std::move(controller));
+    auto controller = held.lock();
+    if (controller && controller->hasWindow()) controllers.push_back(std::move(controller));
   }
   return controllers;
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::currentHexWindowController() const {
-  for (const auto& held : windowOrder_) {
-    if (auto controller = held.lock()) return controller;
-  }
-  return nullptr;
+  const auto controllers = editorControllers();
+  return controllers.empty() ? nullptr : controllers.front();
 }
 
 void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller) {

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -77,6 +78,8 @@ class AppDelegate {
     OpenReply reply;
   };
 
+  struct SharedReply;
+
   bool performTextAction(std::string_view action);
   EnablingContext enablingContext() const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
@@ -93,7 +96,12 @@ class AppDelegate {
                                                  NewWindowCompletion& completion);
   void finishPendingLoad(const FileLocation& location, bool opened);
 
-  void reviewUnsavedDocuments(std::vector<std::shared_ptr<HexWindowController>> remaining);
+  /// The states of documents whose unsaved changes the user wants to lose.
+  using DiscardedStates = std::map<std::shared_ptr<HexWindowController>, ChangeCount::Token>;
+
+  /// Asks for one document after another. While one is being saved, others can be edited; whatever
+  /// is unsaved in the end has been asked for.
+  void reviewUnsavedDocuments(DiscardedStates discarded);
 
   PlatformServices platform_;
   ApplicationSurface& surface_;

@@ -139,6 +139,11 @@ void ApplicationWindows::terminate() {
   QApplication::quit();
 }
 
+void ApplicationWindows::destroyWindows() {
+  for (EditorWindow* window : editorWindows()) delete window;
+  delete aboutWindowController_;
+}
+
 std::vector<EditorWindow*> ApplicationWindows::editorWindows() const {
   std::vector<EditorWindow*> windows;
   for (const auto& held : editorWindows_) {

@@ -30,6 +30,19 @@ struct DocumentSaver::Preparation {
   std::optional<StableFileStatus> statusOnDisk;
 };
 
+namespace {
+
+/// What a failed write left behind; absent when that cannot be told either.
+std::optional<StableFileStatus> statusAfterFailure(const FileLocation& destination) {
+  try {
+    return SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
 /// How the write ended, and what the destination looks like now.
 struct DocumentSaver::WriteOutcome {
   std::optional<Error> error;
@@ -81,7 +94,7 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
       outcome.status = document->write(destination, progress.get());
     } catch (const Error& error) {
       outcome.error = error;
-      outcome.status = SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
+      outcome.status = statusAfterFailure(destination);
     }
     return outcome;
   };

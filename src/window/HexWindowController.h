@@ -64,6 +64,10 @@ class HexWindowController : public DocumentWindow,
   HexEditorState& editor() { return editor_; }
   const Bookmarks& bookmarks() const { return bookmarks_; }
   bool isBusy() const { return frame_.isBusy(); }
+
+  /// True from `attachWindow` until the window closes. Work under way may keep the controller alive
+  /// for longer.
+  bool hasWindow() const { return window_ != nullptr; }
   void stopCurrentOperation() { frame_.requestStop(); }
 
   /// The size, offset, mode and selection as the status line shows them.

@@ -55,8 +55,10 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
   if (!beginBusyStatus(statusTitle + "…")) return completion(DocumentSaveResult::failed);
   DocumentSaver::Hooks hooks;
   hooks.progress = frame_.progress();
-  hooks.confirmOverwritingChangedFile = [this] {
-    const auto response = platform_.alerts.runModal(
+  hooks.confirmOverwritingChangedFile = [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return false;
+    const auto response = self->platform_.alerts.runModal(
         {.messageText = "The file has been changed by another program.",
          .informativeText = "Saving now replaces those changes by the bytes in this window.",
          .style = AlertStyle::warning,
@@ -202,7 +204,11 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                   std::function([weak = weak_from_this(), preservingEditorState,
                                  completion = std::move(completion)](Result<LoadedFile> result) {
                     const auto self = weak.lock();
-                    if (!self || !self->window_) return completion(windowClosedError());
+                    if (!self) return completion(windowClosedError());
+                    if (!self->window_) {
+                      self->endBusyStatus();
+                      return completion(windowClosedError());
+                    }
                     self->finishLoad(preservingEditorState, std::move(result), completion);
                   }));
 }

@@ -10,7 +10,7 @@
 
 namespace quillmor::test {
 
-/// A folder of its own for one test, removed with everything in it.
+/// A new empty folder that goes with everything in it when the object does. Its path is canonical.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -21,13 +21,21 @@ class TemporaryFolder {
   const std::filesystem::path& path() const { return path_; }
   FileLocation location(std::string_view name) const;
 
-  /// Writes a file whole and returns its location.
+  /// Creates or rewrites a file and returns its location.
   FileLocation write(std::string_view name, std::string_view content) const;
-
+  void append(std::string_view name, std::string_view content) const;
+  /// The whole content of a file; a test failure when there is none.
+  std::string read(std::string_view name) const;
   static std::string read(const FileLocation& location);
+  bool exists(std::string_view name) const;
+  /// The names of everything in the folder, sorted.
+  std::vector<std::string> names() const;
 
  private:
   std::filesystem::path path_;
 };
+
+/// The number of descriptors this process has open.
+std::int64_t openDescriptorCount();
 
 }  // namespace quillmor::test

@@ -1,0 +1,140 @@
+#include "support/FaultySystemCalls.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+namespace quillmor::test {
+
+void FaultySystemCalls::fail(SystemCall kind, int nth, int errorNumber) {
+  failures_[{kind, nth}] = errorNumber;
+}
+
+void FaultySystemCalls::failCall(int nth, int errorNumber) {
+  failuresOfAnyKind_[nth] = errorNumber;
+}
+
+void FaultySystemCalls::limitCount(SystemCall kind, int nth, std::size_t count) {
+  limits_[{kind, nth}] = count;
+}
+
+void FaultySystemCalls::before(SystemCall kind, int nth, std::function<void()> action) {
+  actions_[{kind, nth}] = std::move(action);
+}
+
+int FaultySystemCalls::count(SystemCall kind) const {
+  const auto found = counts_.find(kind);
+  return found == counts_.end() ? 0 : found->second;
+}
+
+template <typename Value>
+const Value* FaultySystemCalls::planned(const std::map<Place, Value>& plan, SystemCall kind) const {
+  auto found = plan.find({kind, count(kind)});
+  if (found == plan.end()) found = plan.find({kind, kEvery});
+  return found == plan.end() ? nullptr : &found->second;
+}
+
+bool FaultySystemCalls::admits(SystemCall kind) {
+  log_.push_back(kind);
+  ++counts_[kind];
+  if (const auto* action = planned(actions_, kind)) (*action)();
+
+  std::optional<int> errorNumber;
+  if (interruptsEveryCall_) {
+    // An interrupted close has closed, so it is the only call that must not come a second time.
+    wasInterrupted_ = kind == SystemCall::close ? false : !wasInterrupted_;
+    if (kind == SystemCall::close || wasInterrupted_) errorNumber = EINTR;
+  }
+  if (const int* failure = planned(failures_, kind)) errorNumber = *failure;
+  const auto found = failuresOfAnyKind_.find(static_cast<int>(log_.size()));
+  if (found != failuresOfAnyKind_.end()) errorNumber = found->second;
+  if (!errorNumber) return true;
+  errno = *errorNumber;
+  return false;
+}
+
+std::size_t FaultySystemCalls::allowedCount(SystemCall kind, std::size_t requested) {
+  requested_[kind].push_back(requested);
+  const std::size_t* limit = planned(limits_, kind);
+  return limit == nullptr ? requested : std::min(requested, *limit);
+}
+
+int FaultySystemCalls::altered(int result, struct stat* status) const {
+  if (result == 0 && alteration_) alteration_(*status);
+  return result;
+}
+
+int FaultySystemCalls::open(const char* path, int flags, mode_t mode) {
+  return admits(SystemCall::open) ? SystemCalls::open(path, flags, mode) : -1;
+}
+
+ssize_t FaultySystemCalls::read(int descriptor, void* buffer, std::size_t count) {
+  if (!admits(SystemCall::read)) return -1;
+  return SystemCalls::read(descriptor, buffer, allowedCount(SystemCall::read, count));
+}
+
+ssize_t FaultySystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
+  if (!admits(SystemCall::write)) return -1;
+  return SystemCalls::write(descriptor, buffer, allowedCount(SystemCall::write, count));
+}
+
+int FaultySystemCalls::close(int descriptor) {
+  const bool isAdmitted = admits(SystemCall::close);
+  const int errorNumber = errno;
+  const int result = SystemCalls::close(descriptor);
+  if (isAdmitted) return result;
+  errno = errorNumber;
+  return -1;
+}
+
+int FaultySystemCalls::fstat(int descriptor, struct stat* status) {
+  if (!admits(SystemCall::fstat)) return -1;
+  return altered(SystemCalls::fstat(descriptor, status), status);
+}
+
+int FaultySystemCalls::fstatat(int directory, const char* path, struct stat* status, int flags) {
+  if (!admits(SystemCall::fstatat)) return -1;
+  return altered(SystemCalls::fstatat(directory, path, status, flags), status);
+}
+
+int FaultySystemCalls::access(const char* path, int mode) {
+  return admits(SystemCall::access) ? SystemCalls::access(path, mode) : -1;
+}
+
+int FaultySystemCalls::ftruncate(int descriptor, off_t length) {
+  return admits(SystemCall::ftruncate) ? SystemCalls::ftruncate(descriptor, length) : -1;
+}
+
+int FaultySystemCalls::fchmod(int descriptor, mode_t mode) {
+  return admits(SystemCall::fchmod) ? SystemCalls::fchmod(descriptor, mode) : -1;
+}
+
+int FaultySystemCalls::fsync(int descriptor) {
+  return admits(SystemCall::fsync) ? SystemCalls::fsync(descriptor) : -1;
+}
+
+int FaultySystemCalls::rename(const char* from, const char* to) {
+  return admits(SystemCall::rename) ? SystemCalls::rename(from, to) : -1;
+}
+
+int FaultySystemCalls::renameat2(int fromDirectory, const char* from, int toDirectory,
+                                 const char* to, unsigned flags) {
+  if (!admits(SystemCall::renameat2)) return -1;
+  return SystemCalls::renameat2(fromDirectory, from, toDirectory, to, flags);
+}
+
+int FaultySystemCalls::link(const char* from, const char* to) {
+  return admits(SystemCall::link) ? SystemCalls::link(from, to) : -1;
+}
+
+int FaultySystemCalls::unlink(const char* path) {
+  return admits(SystemCall::unlink) ? SystemCalls::unlink(path) : -1;
+}
+
+ssize_t FaultySystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) {
+  if (!admits(SystemCall::getrandom)) return -1;
+  return SystemCalls::getrandom(buffer, allowedCount(SystemCall::getrandom, count), flags);
+}
+
+}  // namespace quillmor::test

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "fileaccess/SystemCalls.h"
+
+namespace quillmor::test {
+
+enum class SystemCall {
+  open,
+  read,
+  write,
+  close,
+  fstat,
+  fstatat,
+  access,
+  ftruncate,
+  fchmod,
+  fsync,
+  rename,
+  renameat2,
+  link,
+  unlink,
+  getrandom
+};
+
+/// The real system calls, except where a test wants otherwise: any single call can fail, come back
+/// short, or be preceded by a change to the file. Calls are counted from 1. For one thread.
+class FaultySystemCalls final : public SystemCalls {
+ public:
+  static constexpr int kEvery = 0;
+
+  /// The `nth` call of this kind (or every one) fails. A failing `close` closes nevertheless, as it
+  /// does on Linux; every other failing call does nothing.
+  void fail(SystemCall kind, int nth, int errorNumber);
+
+  /// The `nth` call of any kind fails.
+  void failCall(int nth, int errorNumber);
+
+  /// Every call is interrupted once before it is carried out.
+  void interruptEveryCall() { interruptsEveryCall_ = true; }
+
+  /// The `nth` read, write or getrandom (or every one) moves at most `count` bytes; none when 0.
+  void limitCount(SystemCall kind, int nth, std::size_t count);
+
+  /// Runs `action` right before the `nth` call of this kind is carried out.
+  void before(SystemCall kind, int nth, std::function<void()> action);
+
+  /// Changes what the system says of a file, in `fstat` and `fstatat`.
+  void alterStatus(std::function<void(struct stat&)> alteration) {
+    alteration_ = std::move(alteration);
+  }
+
+  int count(SystemCall kind) const;
+  const std::vector<SystemCall>& log() const { return log_; }
+  /// The bytes asked for by each read or write, in order.
+  const std::vector<std::size_t>& requestedCounts(SystemCall kind) { return requested_[kind]; }
+
+  int open(const char* path, int flags, mode_t mode) override;
+  ssize_t read(int descriptor, void* buffer, std::size_t count) override;
+  ssize_t write(int descriptor, const void* buffer, std::size_t count) override;
+  int close(int descriptor) override;
+  int fstat(int descriptor, struct stat* status) override;
+  int fstatat(int directory, const char* path, struct stat* status, int flags) override;
+  int access(const char* path, int mode) override;
+  int ftruncate(int descriptor, off_t length) override;
+  int fchmod(int descriptor, mode_t mode) override;
+  int fsync(int descriptor) override;
+  int rename(const char* from, const char* to) override;
+  int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
+                unsigned flags) override;
+  int link(const char* from, const char* to) override;
+  int unlink(const char* path) override;
+  ssize_t getrandom(void* buffer, std::size_t count, unsigned flags) override;
+
+ private:
+  using Place = std::pair<SystemCall, int>;
+
+  /// Counts the call and sets `errno`; false when it is to fail.
+  bool admits(SystemCall kind);
+  std::size_t allowedCount(SystemCall kind, std::size_t requested);
+  int altered(int result, struct stat* status) const;
+
+  template <typename Value>
+  const Value* planned(const std::map<Place, Value>& plan, SystemCall kind) const;
+
+  std::map<Place, int> failures_;
+  std::map<int, int> failuresOfAnyKind_;
+  std::map<Place, std::size_t> limits_;
+  std::map<Place, std::function<void()>> actions_;
+  std::function<void(struct stat&)> alteration_;
+  bool interruptsEveryCall_ = false;
+  bool wasInterrupted_ = false;
+  std::map<SystemCall, int> counts_;
+  std::map<SystemCall, std::vector<std::size_t>> requested_;
+  std::vector<SystemCall> log_;
+};
+
+}  // namespace quillmor::test
