@@ -32,20 +32,22 @@ void HexEditorAccessible::install() {
   Q_UNUSED(isInstalled);
 }
 
-void HexEditorAccessible::announceCaret(HexEditorView& view) {
-  if (!QAccessible::isActive()) return;
-  auto* const accessible = QAccessible::queryAccessibleInterface(&view);
-  QAccessibleTextInterface* const text = accessible->textInterface();
+std::unique_ptr<QAccessibleEvent> HexEditorAccessible::caretEvent(HexEditorView& view) {
+  const HexEditorAccessible accessible(view);
+  const int caret = accessible.cursorPosition();
+  if (accessible.selectionCount() == 0) {
+    return std::make_unique<QAccessibleTextCursorEvent>(&view, caret);
+  }
   int start = 0;
   int end = 0;
-  text->selection(0, &start, &end);
-  if (text->selectionCount() > 0) {
-    QAccessibleTextSelectionEvent event(&view, start, end);
-    event.setCursorPosition(text->cursorPosition());
-    return QAccessible::updateAccessibility(&event);
-  }
-  QAccessibleTextCursorEvent event(&view, text->cursorPosition());
-  QAccessible::updateAccessibility(&event);
+  accessible.selection(0, &start, &end);
+  auto event = std::make_unique<QAccessibleTextSelectionEvent>(&view, start, end);
+  event->setCursorPosition(caret);
+  return event;
+}
+
+void HexEditorAccessible::announceCaret(HexEditorView& view) {
+  if (QAccessible::isActive()) QAccessible::updateAccessibility(caretEvent(view).get());
 }
 
 void HexEditorAccessible::announceScrolling(HexEditorView& view) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAccessibleWidget>
+#include <memory>
 
 #include "editor/HexRowsText.h"
 
@@ -16,6 +17,9 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
 
   /// Makes the toolkit present every hex view through this class. May be called repeatedly.
   static void install();
+
+  /// What assistive technology is told about the caret and the selection as they are.
+  static std::unique_ptr<QAccessibleEvent> caretEvent(HexEditorView& view);
 
   /// Tells assistive technology, if there is any, that the caret or the selection was set.
   static void announceCaret(HexEditorView& view);
