@@ -35,7 +35,8 @@ class AppDelegate {
   /// The editor's window became the key window.
   void editorWindowDidBecomeKey(const HexWindowController& controller);
 
-  /// Carries out a menu action by its name ("forwardSave:", "showAbout:").
+  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails with
+  /// is shown as an alert titled with the command.
   void perform(std::string_view action);
 
   /// Whether the menu action is enabled now.
@@ -80,6 +81,7 @@ class AppDelegate {
 
   struct SharedReply;
 
+  void route(std::string_view action);
   bool performTextAction(std::string_view action);
   EnablingContext enablingContext() const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);

@@ -83,7 +83,7 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   editorWindows_.emplace_back(window);
   addMenus(*window, /*asMenuBar=*/true);
   window->show();
-  window->bringToFront();
+  window->activateWindow();
 }
 
 WindowMenus* ApplicationWindows::addMenus(QMainWindow& window, bool asMenuBar) {
@@ -137,6 +137,11 @@ void ApplicationWindows::terminate() {
   for (EditorWindow* window : editorWindows()) window->closeWindow();
   QApplication::closeAllWindows();
   QApplication::quit();
+}
+
+void ApplicationWindows::destroyWindows() {
+  for (EditorWindow* window : editorWindows()) delete window;
+  delete aboutWindowController_;
 }
 
 std::vector<EditorWindow*> ApplicationWindows::editorWindows() const {

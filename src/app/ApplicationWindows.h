@@ -34,6 +34,9 @@ class ApplicationWindows : public ApplicationSurface {
   void showAboutWindow() override;
   void terminate() override;
 
+  /// Destroys every window at once; before the delegate goes, outside of any event of a window.
+  void destroyWindows();
+
   /// The editor windows that are open, in the order they were made.
   std::vector<EditorWindow*> editorWindows() const;
 

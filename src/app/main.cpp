@@ -23,6 +23,7 @@ int run(const CommandLine& line, QApplication& application) {
   windows.setDelegate(delegate);
   if (line.screenshotPath) {
     saveScreenshot(line, delegate, windows);
+    windows.destroyWindows();
     return EXIT_SUCCESS;
   }
   if (line.files.empty()) {
@@ -30,7 +31,9 @@ int run(const CommandLine& line, QApplication& application) {
   } else {
     delegate.openFiles(line.files, [](bool) {});
   }
-  return application.exec();
+  const int status = application.exec();
+  windows.destroyWindows();
+  return status;
 }
 
 }  // namespace

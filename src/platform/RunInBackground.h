@@ -16,7 +16,7 @@ namespace quillmor {
 /// Runs `work` and turns what it throws into the error of a `Result`. Running out of memory is an
 /// ordinary failure of the one operation that asked for it.
 template <class Work, class T = std::invoke_result_t<Work&>>
-Result<T> resultOf(Work& work) {
+Result<T> resultOf(Work&& work) {
   try {
     return work();
   } catch (const Error& error) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/ByteBlock.h"
+#include "support/MemoryProbes.h"
 
 namespace quillmor {
 namespace {
@@ -91,7 +92,101 @@ TEST(ByteBuffer, hasRoomAtBothEndsOfALargeBufferFromTheStart) {
   EXPECT_EQ(buffer[8 * kMiB + 1], 2);
 }
 
-TEST(ByteBuffer, reportsThatMemoryRanOutAndStaysAsItWas) {
+TEST(ByteBuffer, movesTheShorterSide) {
+  ByteBuffer buffer = ByteBuffer::filled(kMiB, 0x11);
+  const auto* const before = buffer.data();
+  buffer.insert(kMiB / 2 - 1, ByteBuffer{1, 2, 3}.span());
+  EXPECT_EQ(buffer.data(), before - 3);
+  buffer.erase(10, 5);
+  EXPECT_EQ(buffer.data(), before + 2);
+  buffer.erase(buffer.size() - 5, 2);
+  buffer.insert(buffer.size() - 1, ByteBuffer{9}.span());
+  EXPECT_EQ(buffer.data(), before + 2);
+}
+
+TEST(ByteBuffer, cuttingAnEndOfASharedBufferCopiesNothingUnlessMuchIsCut) {
+  const ByteBuffer whole = ByteBuffer::filled(1000, 3);
+  ByteBuffer cut = whole;
+  cut.truncate(950);
+  EXPECT_TRUE(cut.sharesStorageWith(whole));
+  cut.erase(0, 50);
+  EXPECT_TRUE(cut.sharesStorageWith(whole));
+  EXPECT_EQ(cut, ByteBuffer::filled(900, 3));
+  cut.truncate(400);
+  EXPECT_FALSE(cut.sharesStorageWith(whole));
+  EXPECT_EQ(cut, ByteBuffer::filled(400, 3));
+  EXPECT_EQ(whole, ByteBuffer::filled(1000, 3));
+}
+
+TEST(ByteBuffer, emptyBuffersShareNothing) {
+  EXPECT_FALSE(ByteBuffer().sharesStorageWith(ByteBuffer()));
+  EXPECT_EQ(ByteBuffer(), ByteBuffer::uninitialized(0));
+  EXPECT_TRUE(ByteBuffer().slice(0, 0).empty());
+  ByteBuffer buffer;
+  buffer.append({});
+  EXPECT_TRUE(buffer.mutableSpan().empty());
+  buffer.append(ByteBuffer{1}.span());
+  EXPECT_EQ(buffer, ByteBuffer({1}));
+}
+
+TEST(ByteBuffer, assignmentHandlesItselfAndLeavesNothingBehind) {
+  ByteBuffer buffer{1, 2};
+  const ByteBuffer& same = buffer;
+  buffer = same;
+  EXPECT_EQ(buffer, ByteBuffer({1, 2}));
+  ByteBuffer other{3};
+  other = std::move(buffer);
+  EXPECT_EQ(other, ByteBuffer({1, 2}));
+  const ByteBuffer third(std::move(other));
+  EXPECT_EQ(third, ByteBuffer({1, 2}));
+}
+
+TEST(ByteBuffer, slackIsAddressSpaceAndNotMemory) {
+  constexpr std::int64_t kSize = 32 * kMiB;
+  const ByteBuffer buffer = ByteBuffer::filled(kSize, 1);
+  const auto* const data = buffer.data();
+  EXPECT_GE(residentBytes(data, data + kSize), kSize);
+  EXPECT_LE(residentBytes(data - 8 * kMiB, data), kMiB);
+  EXPECT_LE(residentBytes(data + kSize, data + kSize + 8 * kMiB), 2 * kMiB);
+}
+
+TEST(ByteBuffer, givesTheMemoryOfLargeErasuresBack) {
+  constexpr std::int64_t kSize = 64 * kMiB;
+  ByteBuffer buffer = ByteBuffer::filled(kSize, 1);
+  const auto* const begin = buffer.data();
+  const auto* const end = begin + kSize;
+  buffer.erase(0, 30 * kMiB);
+  EXPECT_EQ(buffer.data(), begin + 30 * kMiB);
+  EXPECT_LE(residentBytes(begin, end), 34 * kMiB + ByteBlock::kReleaseThreshold);
+  buffer.truncate(kMiB);
+  EXPECT_LE(residentBytes(begin, end), kMiB + 2 * ByteBlock::kReleaseThreshold);
+  EXPECT_EQ(buffer, ByteBuffer::filled(kMiB, 1));
+  // What was given back is there again when it is needed.
+  const ByteBuffer inserted = ByteBuffer::filled(20 * kMiB, 2);
+  buffer.insert(0, inserted.span());
+  EXPECT_EQ(buffer.span(0, 20 * kMiB).data(), begin + 10 * kMiB);
+  EXPECT_EQ(buffer.slice(0, 20 * kMiB), inserted);
+  EXPECT_EQ(buffer.slice(20 * kMiB, kMiB), ByteBuffer::filled(kMiB, 1));
+}
+
+TEST(ByteBuffer, staysAsItWasWhenAnEditRunsOutOfMemory) {
+  ByteBuffer buffer = ByteBuffer::filled(kMiB, 1);
+  const ByteBuffer snapshot = buffer;
+  const ByteBuffer inserted{7};
+  {
+    const NoMoreAddressSpace limit;
+    EXPECT_THROW(buffer.insert(5, inserted.span()), std::bad_alloc);
+    EXPECT_THROW(buffer.mutableSpan(), std::bad_alloc);
+    EXPECT_THROW(buffer.set(0, 9), std::bad_alloc);
+    EXPECT_THROW(ByteBuffer::filled(kMiB, 1), std::bad_alloc);
+  }
+  EXPECT_TRUE(buffer.sharesStorageWith(snapshot));
+  EXPECT_EQ(buffer, ByteBuffer::filled(kMiB, 1));
+  buffer.insert(5, inserted.span());
+  EXPECT_EQ(buffer[5], 7);
+}
+
+TEST(ByteBuffer, reportsThatMemoryRanOut) {
   EXPECT_THROW(ByteBuffer::uninitialized(std::int64_t{1} << 62), std::bad_alloc);
   EXPECT_THROW(ByteBuffer::uninitialized(std::numeric_limits<std::int64_t>::max()), std::bad_alloc);
 }

@@ -33,6 +33,12 @@ std::string exceedsLimit(std::int64_t limit) {
          " bytes.";
 }
 
+/// Two whole chunks and a part of a third.
+const std::string& sharedContent() {
+  static const std::string content = test::patternedText(2 * kMiB + 12345);
+  return content;
+}
+
 class StableReading : public test::FileAccessTest {
  protected:
   void TearDown() override {
@@ -44,7 +50,7 @@ class StableReading : public test::FileAccessTest {
     return test::textOf(readSnapshot(location, std::nullopt).bytes.span());
   }
 
-  const std::string content = test::patternedText(2 * kMiB + 12345);
+  const std::string& content = sharedContent();
   const FileLocation data = folder.write("data.bin", content);
 };
 
@@ -134,6 +140,24 @@ TEST_F(StableReading, refusesAFileThatWasReplacedByAnEqualOne) {
   const auto twin = folder.write("twin.bin", content);
   fs::last_write_time(twin.path(), fs::last_write_time(data.path()));
   calls.before(SystemCall::read, 2, [&] { fs::rename(twin.path(), data.path()); });
+  EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
+}
+
+TEST_F(StableReading, refusesALinkThatWasTurnedToAnotherFile) {
+  const auto link = folder.location("link.bin");
+  folder.write("twin.bin", content);
+  fs::create_symlink(data.path(), link.path());
+  calls.before(SystemCall::read, 2, [&] {
+    fs::remove(link.path());
+    fs::create_symlink(folder.path() / "twin.bin", link.path());
+  });
+  EXPECT_THAT([&] { readSnapshot(link, std::nullopt); }, failsWith(1204, kChanged));
+}
+
+TEST_F(StableReading, looksAtTheOpenFileAsWellAsAtThePath) {
+  calls.before(SystemCall::fstat, 2,
+               [&] { calls.alterStatus([](struct stat& status) { ++status.st_ctim.tv_nsec; }); });
+  calls.before(SystemCall::fstatat, 3, [&] { calls.alterStatus(nullptr); });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 

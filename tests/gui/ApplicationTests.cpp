@@ -1,0 +1,305 @@
+// The real windows, menus and keys of the application on scripted services.
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QFontMetrics>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+
+#include "app/AboutWindowController.h"
+#include "app/AppDelegate.h"
+#include "app/ApplicationWindows.h"
+#include "app/WindowMenus.h"
+#include "editor/HexEditorView.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPlatform.h"
+#include "window/EditorWindow.h"
+#include "window/ElidedLabel.h"
+#include "window/ReportWindow.h"
+
+namespace quillmor::test {
+namespace {
+
+class Application : public testing::Test {
+ protected:
+  Application() { windows.setDelegate(delegate); }
+
+  ~Application() override {
+    windows.destroyWindows();
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (dynamic_cast<ReportWindow*>(widget)) delete widget;
+    }
+  }
+
+  EditorWindow& open(const std::string& content) {
+    delegate.openFiles({folder.write("data.bin", content)}, [](bool) {});
+    platform.executor.runAll();
+    return activate(*windows.editorWindows().back());
+  }
+
+  static EditorWindow& activate(EditorWindow& window) {
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    window.editorView().setFocus();
+    return window;
+  }
+
+  static QPushButton* button(QWidget& window, const QString& title) {
+    for (QPushButton* candidate : window.findChildren<QPushButton*>()) {
+      if (candidate->text() == title) return candidate;
+    }
+    ADD_FAILURE() << "no button " << title.toStdString();
+    return nullptr;
+  }
+
+  static QString line(const EditorWindow& window, const QString& purpose) {
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (widget->accessibleName() != purpose) continue;
+      if (const auto* label = dynamic_cast<const ElidedLabel*>(widget)) return label->fullText();
+    }
+    return {};
+  }
+
+  static std::string text(EditorWindow& window) {
+    const auto bytes = window.controller().document().storage()->bytes.span();
+    return {bytes.begin(), bytes.end()};
+  }
+
+  TemporaryFolder folder;
+  TestPlatform platform;
+  ApplicationWindows windows;
+  AppDelegate delegate{platform.services(), windows};
+};
+
+TEST_F(Application, showsAFileInAWindowOfTheStatedSize) {
+  EditorWindow& window = open("hello");
+  EXPECT_EQ(window.windowTitle(), "data.bin[*]");
+  EXPECT_FALSE(window.isWindowModified());
+  EXPECT_GE(window.minimumWidth(), 740);
+  EXPECT_EQ(window.minimumHeight(), 460);
+  EXPECT_EQ(line(window, "Status"),
+            "Size: 5 bytes  |  Offset: 0x00000000  |  Mode: Overwrite  |  Selection: 0");
+  EXPECT_TRUE(line(window, "Data inspector").startsWith("UInt8: 104  |  Int8: 104  |  Hex: 0x68"));
+}
+
+TEST_F(Application, startsWithWindowsOf1120By760) {
+  delegate.newDocument();
+  EditorWindow& window = *windows.editorWindows().back();
+  const QSize available = window.screen()->availableGeometry().size();
+  EXPECT_EQ(window.size(), QSize(1120, 760).boundedTo(available).expandedTo(window.minimumSize()));
+}
+
+TEST_F(Application, typesWithRealKeysAndUndoesWithTheShortcut) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  EXPECT_EQ(text(window), "Jello");
+  EXPECT_TRUE(window.isWindowModified());
+  QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(text(window), "hello");
+  EXPECT_FALSE(window.isWindowModified());
+  QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(text(window), "Jello");
+}
+
+TEST_F(Application, savesWithTheShortcut) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
+  platform.executor.runAll();
+  EXPECT_EQ(folder.read("data.bin"), "Jello");
+  EXPECT_FALSE(window.isWindowModified());
+}
+
+TEST_F(Application, togglesInsertModeWithTheShortcut) {
+  EditorWindow& window = open("hello");
+  QTest::keyClick(&window, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(line(window, "Status").contains("Mode: Insert"));
+  QTest::keyClicks(&window.editorView(), "41");
+  EXPECT_EQ(text(window), "Ahello");
+}
+
+TEST_F(Application, goesToAnOffsetFromTheToolbar) {
+  EditorWindow& window = open("hello");
+  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
+                         {"0x3"});
+  button(window, "Go To")->click();
+  EXPECT_EQ(window.controller().editor().caretOffset(), 3);
+  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
+                         {"zzz"});
+  platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+  button(window, "Go To")->click();
+  EXPECT_EQ(window.controller().editor().caretOffset(), 3);
+}
+
+TEST_F(Application, namesEveryToolbarButtonForAssistiveTechnology) {
+  EditorWindow& window = open("hello");
+  for (const char* title : {"Find", "Replace", "Go To", "Range", "Insert", "Fill", "Compare",
+                            "Strings", "Bookmark", "Checksum", "Frequency", "Insert/Overwrite"}) {
+    QPushButton* found = button(window, title);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->accessibleName(), title);
+    // Nothing of the title is cut off.
+    EXPECT_GE(found->width(), QFontMetrics(found->font()).horizontalAdvance(found->text()));
+  }
+}
+
+TEST_F(Application, disablesTheToolbarAndHidesTheCaretWhileBusy) {
+  EditorWindow& window = open("hello");
+  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  EXPECT_FALSE(button(window, "Go To")->isEnabled());
+  EXPECT_FALSE(window.controller().editor().isEditingEnabled());
+  EXPECT_EQ(line(window, "Status"), "Working…");
+  window.controller().endBusyStatus();
+  EXPECT_TRUE(button(window, "Go To")->isEnabled());
+}
+
+TEST_F(Application, showsProgressAfterAWhileAndStopsOnEscape) {
+  EditorWindow& window = open("hello");
+  bool stopped = false;
+  const auto work = [&](TaskProgress& progress) -> Done {
+    stopped = progress.stopRequested();
+    return {};
+  };
+  window.controller().runBackgroundTask("Working…", work, std::function([](Result<Done>) {}));
+  auto* progress = window.findChild<QProgressBar*>();
+  platform.executor.advance(std::chrono::milliseconds(299));
+  EXPECT_FALSE(progress->isVisible());
+  platform.executor.advance(std::chrono::milliseconds(1));
+  EXPECT_TRUE(progress->isVisible());
+  EXPECT_TRUE(button(window, "Stop")->isVisible());
+  QTest::keyClick(&window, Qt::Key_Escape);
+  platform.executor.runAll();
+  EXPECT_TRUE(stopped);
+  EXPECT_FALSE(progress->isVisible());
+}
+
+TEST_F(Application, asksBeforeAWindowWithUnsavedChangesCloses) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  platform.alerts.expect("Do you want to save the changes you made to \"data.bin\"?",
+                         "Your changes will be lost if you don't save them.", "Cancel");
+  window.close();
+  EXPECT_TRUE(window.isVisible());
+  platform.alerts.expect("Do you want to save the changes you made to \"data.bin\"?",
+                         "Your changes will be lost if you don't save them.", "Save");
+  QPointer<EditorWindow> guard(&window);
+  window.close();
+  platform.executor.runAll();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return guard.isNull(); }));
+  EXPECT_EQ(folder.read("data.bin"), "Jello");
+  EXPECT_TRUE(delegate.documents().documents().empty());
+}
+
+TEST_F(Application, refusesToCloseWhileBusy) {
+  EditorWindow& window = open("hello");
+  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  platform.alerts.expect(
+      "Operation in Progress",
+      "Wait for the current file operation to finish before closing this editor window.");
+  window.close();
+  EXPECT_TRUE(window.isVisible());
+  window.controller().endBusyStatus();
+}
+
+TEST_F(Application, showsReportsInWindowsThatCloseWithTheEditor) {
+  EditorWindow& window = open("hello");
+  window.controller().showUtilityReport("Bookmarks", "one\ntwo\n");
+  QPointer<ReportWindow> report;
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (auto* found = dynamic_cast<ReportWindow*>(widget)) report = found;
+  }
+  ASSERT_FALSE(report.isNull());
+  EXPECT_EQ(report->windowTitle(), "Bookmarks");
+  EXPECT_EQ(report->text().toPlainText(), "one\ntwo\n");
+  EXPECT_TRUE(report->text().isReadOnly());
+  window.close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return report.isNull(); }));
+}
+
+TEST_F(Application, sendsShortcutsOfAReportWindowToTheEditor) {
+  EditorWindow& window = open("hello");
+  window.controller().showUtilityReport("Report", "text");
+  ReportWindow* report = nullptr;
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (auto* found = dynamic_cast<ReportWindow*>(widget)) report = found;
+  }
+  ASSERT_NE(report, nullptr);
+  report->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(report));
+  QTest::keyClick(report, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(window.controller().editor().insertMode());
+}
+
+TEST_F(Application, undoesTypingInAFocusedTextFieldAndNotInTheEditor) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  QLineEdit field(&window);
+  field.show();
+  field.setFocus();
+  QTest::keyClicks(&field, "abc");
+  delegate.perform("forwardUndo:");
+  EXPECT_EQ(field.text(), "");
+  EXPECT_EQ(text(window), "Jello");
+  delegate.perform("forwardSelectAll:");
+  EXPECT_EQ(window.controller().editor().selection(), HexSelection());
+}
+
+TEST_F(Application, keepsMenusAsTheStateIs) {
+  EditorWindow& window = open("hello");
+  WindowMenus* menus = ApplicationWindows::menusOf(window);
+  ASSERT_NE(menus, nullptr);
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(menus->find("forwardUndo:")->isEnabled());
+  EXPECT_TRUE(menus->find("forwardGoToOffset:")->isEnabled());
+  EXPECT_FALSE(menus->find("forwardNextBookmark:")->isEnabled());
+  QTest::keyClicks(&window.editorView(), "4a");
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(menus->find("forwardUndo:")->isEnabled());
+}
+
+TEST_F(Application, givesMenuItemsTheirKeys) {
+  EditorWindow& window = open("hello");
+  WindowMenus* menus = ApplicationWindows::menusOf(window);
+  EXPECT_EQ(menus->find("forwardSaveDocumentAs:")->shortcut(), QKeySequence("Ctrl+Shift+S"));
+  EXPECT_EQ(menus->find("forwardDeleteSelection:")->shortcut(), QKeySequence("Ctrl+Backspace"));
+  EXPECT_EQ(menus->find("forwardNextBookmark:")->shortcut(), QKeySequence("Ctrl+]"));
+  EXPECT_EQ(menus->find("showPreferences:")->shortcut(), QKeySequence("Ctrl+,"));
+  EXPECT_EQ(window.menuBar()->actions().size(), 8);
+}
+
+TEST_F(Application, doublesAnAsteriskPlaceholderInAFileName) {
+  delegate.openFiles({folder.write("a[*]b.bin", "x")}, [](bool) {});
+  platform.executor.runAll();
+  EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "a[*][*]b.bin[*]");
+}
+
+TEST_F(Application, bringsTheOneAboutWindowToTheFrontAgainWhereItWas) {
+  open("hello");
+  delegate.perform("showAbout:");
+  const auto find = [] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (auto* about = dynamic_cast<AboutWindowController*>(widget)) return about;
+    }
+    return static_cast<AboutWindowController*>(nullptr);
+  };
+  QPointer<AboutWindowController> about = find();
+  ASSERT_FALSE(about.isNull());
+  EXPECT_EQ(about->windowTitle(), "About Quillmor");
+  delegate.perform("showAbout:");
+  EXPECT_EQ(find(), about);
+  about->move(77, 88);
+  const QPoint place = about->geometry().topLeft();
+  about->close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return about.isNull(); }));
+  delegate.perform("showAbout:");
+  EXPECT_EQ(find()->geometry().topLeft(), place);
+}
+
+}  // namespace
+}  // namespace quillmor::test

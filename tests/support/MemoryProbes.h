@@ -1,0 +1,27 @@
+#pragma once
+
+#include <sys/resource.h>
+
+#include <cstdint>
+
+namespace quillmor {
+
+/// How many bytes of the pages between `begin` and `end`, all of them mapped, lie in memory.
+std::int64_t residentBytes(const std::uint8_t* begin, const std::uint8_t* end);
+
+/// While one of these lives, the system refuses every new mapping of more than `kRoomLeft` bytes.
+class NoMoreAddressSpace {
+ public:
+  /// Enough for what throwing an exception takes under a sanitizer.
+  static constexpr std::int64_t kRoomLeft = 1024 * 1024;
+
+  NoMoreAddressSpace();
+  ~NoMoreAddressSpace();
+  NoMoreAddressSpace(const NoMoreAddressSpace&) = delete;
+  NoMoreAddressSpace& operator=(const NoMoreAddressSpace&) = delete;
+
+ private:
+  ::rlimit before_{};
+};
+
+}  // namespace quillmor
