@@ -8,6 +8,15 @@ namespace quillmor {
 HexEditorState::HexEditorState(Beeper& beeper)
     : beeper_(beeper), storage_(std::make_shared<HexStorage>()) {}
 
+HexEditorState::~HexEditorState() {
+  setSurface(nullptr);
+}
+
+void HexEditorState::setSurface(HexEditorSurface* surface) {
+  HexEditorSurface* const before = std::exchange(surface_, surface);
+  if (before != nullptr && before != surface) before->detached();
+}
+
 void HexEditorState::setStorage(std::shared_ptr<HexStorage> storage) {
   storage_ = std::move(storage);
 }

@@ -54,6 +54,9 @@ class HexEditorSurface {
 
   /// The caret or the selection was set, for assistive technology.
   virtual void caretOrSelectionChanged() = 0;
+
+  /// The state has another surface, or none, or is being destroyed; it is not to be used any more.
+  virtual void detached() = 0;
 };
 
 /// One key press, named independently of the toolkit.
@@ -75,10 +78,13 @@ struct KeyPress {
 class HexEditorState {
  public:
   explicit HexEditorState(Beeper& beeper);
+  ~HexEditorState();
+  HexEditorState(const HexEditorState&) = delete;
+  HexEditorState& operator=(const HexEditorState&) = delete;
 
   void setDelegate(HexEditorViewDelegate* delegate) { delegate_ = delegate; }
   /// Without a surface the state works the same and shows nothing.
-  void setSurface(HexEditorSurface* surface) { surface_ = surface; }
+  void setSurface(HexEditorSurface* surface);
 
   const std::shared_ptr<HexStorage>& storage() const { return storage_; }
   /// Replaces the bytes shown; the caller then sets caret and selection and lays out again.

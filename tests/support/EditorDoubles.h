@@ -68,11 +68,13 @@ class RecordingSurface : public HexEditorSurface {
   void scrollToVisible(const Rect& rect) override { scrolledTo.push_back(rect); }
   void takeKeyboardFocus() override { ++focusRequests; }
   void caretOrSelectionChanged() override { ++caretChanges; }
+  void detached() override { ++detachments; }
 
   int redraws = 0;
   int sizeChanges = 0;
   int focusRequests = 0;
   int caretChanges = 0;
+  int detachments = 0;
   std::vector<Rect> scrolledTo;
 };
 
@@ -94,8 +96,8 @@ struct EditorFixture {
   std::vector<std::uint8_t> bytes() const { return bytesOf(*state); }
 
   std::unique_ptr<CountingBeeper> beeper = std::make_unique<CountingBeeper>();
-  std::unique_ptr<HexEditorState> state = std::make_unique<HexEditorState>(*beeper);
   std::unique_ptr<RecordingSurface> surface = std::make_unique<RecordingSurface>();
+  std::unique_ptr<HexEditorState> state = std::make_unique<HexEditorState>(*beeper);
   std::unique_ptr<RecordingDelegate> delegate;
 };
 

@@ -117,6 +117,17 @@ TEST(HexEditorState, worksWithoutDelegateAndSurface) {
   EXPECT_EQ(test::bytesOf(state), (std::vector<std::uint8_t>{0xA5}));
 }
 
+TEST(HexEditorState, tellsASurfaceThatItIsNoLongerUsed) {
+  EditorFixture f;
+  f.state->setSurface(f.surface.get());
+  EXPECT_EQ(f.surface->detachments, 0);
+  f.state->setSurface(nullptr);
+  EXPECT_EQ(f.surface->detachments, 1);
+  f.state->setSurface(f.surface.get());
+  f.state.reset();
+  EXPECT_EQ(f.surface->detachments, 2);
+}
+
 // Mouse
 
 TEST(HexEditorStateMouse, aClickSetsCaretColumnAndFocus) {
