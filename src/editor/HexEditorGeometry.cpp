@@ -105,6 +105,13 @@ std::optional<RowRange> HexEditorGeometry::rowsMeeting(double minY, double maxY,
   return RowRange{first, last};
 }
 
+RowRange HexEditorGeometry::visibleRows(double minY, double maxY, HexDocumentShape shape) const {
+  const std::int64_t lastRow = rowCount(shape) - 1;
+  const std::int64_t first = std::clamp<std::int64_t>(toInt(minY / rowHeight_) - 1, 0, lastRow);
+  const std::int64_t last = toInt(std::ceil(maxY / rowHeight_)) - 2;
+  return {first, std::clamp(last, first, lastRow)};
+}
+
 std::int64_t HexEditorGeometry::columnFor(double x, std::int64_t bytesPerRow) const {
   const double column =
       x >= asciiStart_ ? (x - asciiStart_) / charWidth_ : (x - hexStart_) / (charWidth_ * 3);

@@ -94,6 +94,10 @@ class HexEditorGeometry {
   /// to be drawn or the numbers are not finite.
   std::optional<RowRange> rowsMeeting(double minY, double maxY, HexDocumentShape shape) const;
 
+  /// The data rows of which `minY`...`maxY` shows at least a part; the nearest one when it shows
+  /// none. The numbers are finite.
+  RowRange visibleRows(double minY, double maxY, HexDocumentShape shape) const;
+
   /// The offset under `point`, 0...`shape.byteCount`. Left of the hex cells the column is negative
   /// on purpose: such a click lands a few bytes before its row. `caretOffset` (clamped) is the
   /// answer when the numbers are not finite.

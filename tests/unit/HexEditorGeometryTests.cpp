@@ -169,6 +169,18 @@ TEST(HexEditorGeometry, findsTheRowsOfADirtyRectangle) {
   EXPECT_EQ(geometry.rowsMeeting(10000, 20000, shape), std::nullopt);
 }
 
+TEST(HexEditorGeometry, tellsTheVisibleRows) {
+  const HexDocumentShape shape{.byteCount = 160, .bytesPerRow = 16};
+  const auto geometry = laidOut(shape);
+  EXPECT_EQ(geometry.visibleRows(0, 60, shape), (RowRange{0, 1}));
+  EXPECT_EQ(geometry.visibleRows(0, 61, shape), (RowRange{0, 2}));
+  EXPECT_EQ(geometry.visibleRows(39, 60, shape), (RowRange{0, 1}));
+  EXPECT_EQ(geometry.visibleRows(40, 60, shape), (RowRange{1, 1}));
+  EXPECT_EQ(geometry.visibleRows(0, 10, shape), (RowRange{0, 0}));
+  EXPECT_EQ(geometry.visibleRows(100, 5000, shape), (RowRange{4, 10}));
+  EXPECT_EQ(geometry.visibleRows(5000, 6000, shape), (RowRange{10, 10}));
+}
+
 TEST(HexEditorGeometry, drawsNoRowsForNumbersThatAreNotFinite) {
   const HexDocumentShape shape{.byteCount = 160, .bytesPerRow = 16};
   const auto geometry = laidOut(shape);

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QAccessibleWidget>
+
+#include "editor/HexRowsText.h"
+
+namespace quillmor {
+
+class HexEditorView;
+
+/// Presents the visible rows of a hex view to assistive technology as an editable text, so that the
+/// cost does not depend on the document's size. See `HexRowsText` for the text. GUI thread only.
+class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInterface {
+ public:
+  explicit HexEditorAccessible(HexEditorView& view);
+
+  /// Makes the toolkit present every hex view through this class. May be called repeatedly.
+  static void install();
+
+  /// Tells assistive technology, if there is any, that the caret or the selection was set.
+  static void announceCaret(HexEditorView& view);
+  /// Tells it that other rows are visible.
+  static void announceScrolling(HexEditorView& view);
+
+  void* interface_cast(QAccessible::InterfaceType type) override;
+  QAccessible::State state() const override;
+  QString text(QAccessible::Text type) const override;
+
+  void selection(int selectionIndex, int* startOffset, int* endOffset) const override;
+  int selectionCount() const override;
+  void addSelection(int startOffset, int endOffset) override;
+  void removeSelection(int selectionIndex) override;
+  void setSelection(int selectionIndex, int startOffset, int endOffset) override;
+  int cursorPosition() const override;
+  void setCursorPosition(int position) override;
+  QString text(int startOffset, int endOffset) const override;
+  int characterCount() const override;
+  QRect characterRect(int offset) const override;
+  int offsetAtPoint(const QPoint& point) const override;
+  void scrollToSubstring(int startIndex, int endIndex) override;
+  QString attributes(int offset, int* startOffset, int* endOffset) const override;
+
+ private:
+  HexEditorView& view() const;
+  HexRowsText rowsText() const;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <optional>
+
+#include "editor/DraggedFiles.h"
+#include "editor/HexEditorPainter.h"
+#include "editor/HexEditorState.h"
+#include "editor/ScrollAxis.h"
+
+namespace quillmor {
+
+/// The widget of a hex view: shows a `HexEditorState`, scrolls it, and hands keys, mouse and
+/// dropped files on. Everything that can be said without a widget is the state's. GUI thread only.
+///
+/// The document may be far longer than any widget or scroll bar can count, so the view keeps its
+/// own exact scroll position and draws in viewport coordinates.
+class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
+  Q_OBJECT
+
+ public:
+  /// Becomes the surface of `editor`. Either may be destroyed first; a view whose editor has gone
+  /// is only fit to be destroyed.
+  explicit HexEditorView(HexEditorState& editor, QWidget* parent = nullptr);
+  ~HexEditorView() override;
+
+  HexEditorState& editor() const { return editor_; }
+  HexEditorPainter& hexPainter() { return painter_; }
+  void setFileDropHandler(FileDropHandler handler) { fileDropHandler_ = std::move(handler); }
+
+  /// Accepts no more drops, as when the window closes.
+  void unregisterDrags() { viewport()->setAcceptDrops(false); }
+
+  /// The document coordinates of the viewport's top left corner.
+  Point scrollPosition() const { return {horizontal_.position(), vertical_.position()}; }
+  /// Clamped to the document.
+  void scrollTo(Point position);
+
+  /// Between the viewport's coordinates and the document's.
+  Point documentPoint(QPointF viewportPoint) const;
+  QRectF viewportRect(const Rect& documentRect) const;
+
+  /// Whether the caret is drawn: the view has the window's focus and editing is enabled.
+  bool showsCaret() const;
+
+  void redrawVisiblePart() override;
+  void documentSizeChanged() override;
+  void scrollToVisible(const Rect& rect) override;
+  void takeKeyboardFocus() override;
+  void caretOrSelectionChanged() override;
+  void detached() override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  void layOut();
+  void updateScrollBars();
+  void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
+  void scrollPositionChanged();
+
+  HexEditorState& editor_;
+  bool isDetached_ = false;
+  HexEditorPainter painter_;
+  FileDropHandler fileDropHandler_;
+  ScrollAxis horizontal_;
+  ScrollAxis vertical_;
+  bool isSyncingScrollBars_ = false;
+  /// What to reveal once the view has its real size.
+  std::optional<Rect> revealWhenShown_;
+};
+
+}  // namespace quillmor
