@@ -43,9 +43,12 @@ int unlinkPath(const FileLocation& location) {
       [&] { return SystemCalls::current().unlink(location.path().c_str()); });
 }
 
+/// Hidden, and beside the destination, so that the final move stays on one volume.
 FileLocation makeTemporaryLocation(const FileLocation& destination) {
-  return destination.sibling("." + destination.lastPathComponent() + ".quillmor." + makeUuid() +
-                             ".tmp");
+  std::string name = ".";
+  name.append(destination.lastPathComponent()).append(".quillmor.");
+  name.append(makeUuid()).append(".tmp");
+  return destination.sibling(name);
 }
 
 FileDescriptor createExclusiveTemporaryFile(const FileLocation& location, mode_t creationMode) {

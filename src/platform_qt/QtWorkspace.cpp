@@ -38,7 +38,8 @@ void QtWorkspace::revealInFileManager(const FileLocation& location) {
     openFolder(location);
     return;
   }
-  auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(showItemsMessage(location)));
+  auto* watcher =
+      new QDBusPendingCallWatcher(bus_.asyncCall(showItemsMessage(location)), &pendingCalls_);
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, location] {
     if (watcher->isError()) openFolder(location);
     watcher->deleteLater();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QObject>
 
 #include "platform/Workspace.h"
 
@@ -16,6 +17,7 @@ class QtWorkspace : public Workspace {
 
  private:
   QDBusConnection bus_;
+  QObject pendingCalls_;  ///< parent of the calls that have not been answered
 };
 
 }  // namespace quillmor

@@ -78,7 +78,8 @@ TEST(QtWorkspace, asksTheFileManagerToShowTheFile) {
   FileManager fileManager;
   PrivateBus bus(&fileManager);
   QSignalSpy shown(&fileManager, &FileManager::itemsShown);
-  QtWorkspace(bus.connection()).revealInFileManager(kFile);
+  QtWorkspace workspace(bus.connection());
+  workspace.revealInFileManager(kFile);
   ASSERT_TRUE(shown.count() > 0 || shown.wait());
   EXPECT_EQ(shown[0][0].toStringList(), QStringList{"file:///tmp/a%20b/%FF.bin"});
   EXPECT_EQ(shown[0][1].toString(), "");
@@ -88,7 +89,8 @@ TEST(QtWorkspace, opensTheFolderWhenNoFileManagerAnswers) {
   FolderOpener opener;
   PrivateBus bus(nullptr);
   QSignalSpy opened(&opener, &FolderOpener::opened);
-  QtWorkspace(bus.connection()).revealInFileManager(kFile);
+  QtWorkspace workspace(bus.connection());
+  workspace.revealInFileManager(kFile);
   ASSERT_TRUE(opened.count() > 0 || opened.wait());
   EXPECT_EQ(opened[0][0].toUrl(), QUrl("file:///tmp/a%20b"));
 }

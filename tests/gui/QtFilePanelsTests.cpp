@@ -34,11 +34,12 @@ class QtFilePanelsTest : public testing::Test {
   }
 
   /// Types a name into the dialog's own field and presses Return. The dialog follows the field only
-  /// while the field has the focus, which comes back with a delay after a question.
+  /// while the field has the focus, which a question takes away.
   static void typeName(QFileDialog& dialog, const QString& name,
                        const std::function<void(QMessageBox&)>& onQuestion = {}) {
     auto* edit = dialog.findChild<QLineEdit*>("fileNameEdit");
     ASSERT_NE(edit, nullptr);
+    dialog.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
     edit->setFocus();
     edit->setText(name);

@@ -101,6 +101,19 @@ TEST(Policy, dialogsClipboardAndSettingsLiveInPlatformQtOnly) {
   EXPECT_THAT(wrong, testing::IsEmpty());
 }
 
+TEST(Policy, fileAccessMakesItsSystemCallsInOneFileOnly) {
+  const std::regex call(
+      R"((^|[^A-Za-z0-9_>])::(open|openat|read|write|close|f?stat|fstatat|lstat|access|f?truncate|f?chmod|fsync|fdatasync|rename|renameat2?|link|unlink|getrandom)\()");
+  std::vector<std::string> wrong;
+  for (const auto& file : sourcesBelow(kRoot / "src" / "fileaccess")) {
+    if (file.filename() == "SystemCalls.cpp") continue;
+    for (const auto& line : linesOf(file)) {
+      if (std::regex_search(line, call)) wrong.push_back(rootedName(file) + ": " + line);
+    }
+  }
+  EXPECT_THAT(wrong, testing::IsEmpty());
+}
+
 TEST(Policy, filesStayShort) {
   std::vector<std::string> tooLong;
   std::vector<std::size_t> implementationLengths;

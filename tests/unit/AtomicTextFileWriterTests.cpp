@@ -8,7 +8,6 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <regex>
 
 #include "fileaccess/UrlReservations.h"
 #include "support/ErrorMatchers.h"
@@ -106,9 +105,9 @@ TEST_F(AtomicTextFileWriterTest, keepsThePermissionsOfAReplacedFile) {
 TEST_F(AtomicTextFileWriterTest, writesIntoAHiddenFileBesideTheDestination) {
   fs::permissions(existing.path(), fs::perms(0600));
   AtomicTextFileWriter writer(existing, {});
-  const std::regex form(
-      R"(\.existing\.txt\.quillmor\.[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\.tmp)");
-  EXPECT_TRUE(std::regex_match(temporaryName(), form)) << temporaryName();
+  EXPECT_THAT(temporaryName(),
+              testing::MatchesRegex(R"(\.existing\.txt\.quillmor\.)"
+                                    R"([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\.tmp)"));
   EXPECT_EQ(fs::status(folder.path() / temporaryName()).permissions(), fs::perms(0600));
   writer.write("abc");
   EXPECT_EQ(folder.read(temporaryName()), "abc");

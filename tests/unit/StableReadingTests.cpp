@@ -33,6 +33,12 @@ std::string exceedsLimit(std::int64_t limit) {
          " bytes.";
 }
 
+/// Two whole chunks and a part of a third.
+const std::string& sharedContent() {
+  static const std::string content = test::patternedText(2 * kMiB + 12345);
+  return content;
+}
+
 class StableReading : public test::FileAccessTest {
  protected:
   void TearDown() override {
@@ -44,7 +50,7 @@ class StableReading : public test::FileAccessTest {
     return test::textOf(readSnapshot(location, std::nullopt).bytes.span());
   }
 
-  const std::string content = test::patternedText(2 * kMiB + 12345);
+  const std::string& content = sharedContent();
   const FileLocation data = folder.write("data.bin", content);
 };
 

@@ -9,7 +9,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <regex>
 #include <set>
 
 #include "fileaccess/FileDescriptor.h"
@@ -214,11 +213,12 @@ TEST_F(FileDescriptorTest, ofADirectoryThatCannotBeFlushedIsNoFailure) {
 class UuidTest : public test::FileAccessTest {};
 
 TEST_F(UuidTest, hasItsStandardForm) {
-  const std::regex form("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
+  const auto form =
+      testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
   std::set<std::string> seen;
   for (int i = 0; i < 100; ++i) {
     const std::string uuid = makeUuid();
-    EXPECT_TRUE(std::regex_match(uuid, form)) << uuid;
+    EXPECT_THAT(uuid, form);
     seen.insert(uuid);
   }
   EXPECT_EQ(seen.size(), 100U);
