@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <stdexcept>
 
 namespace quillmor::test {
 
@@ -26,7 +27,9 @@ Status::operator std::string() const {
 BlackBoxTest::BlackBoxTest()
     : desktop_(std::make_unique<Desktop>()),
       bus_(std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(
-          QString::fromStdString(desktop_->busAddress()), kBusName))) {}
+          QString::fromStdString(desktop_->accessibilityAddress()), kBusName))) {
+  if (!bus_->isConnected()) throw std::runtime_error("no connection to the accessibility bus");
+}
 
 BlackBoxTest::~BlackBoxTest() {
   if (HasFailure()) std::fputs(outline().c_str(), stderr);

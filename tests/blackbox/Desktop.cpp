@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -10,16 +11,16 @@ namespace quillmor::test {
 namespace {
 
 constexpr const char* kScreen = "1600x1200x24";
+constexpr const char* kAccessibilityLauncher = "/usr/libexec/at-spi-bus-launcher";
 constexpr int kCommandFailed = 1;
 
-// Nothing is started through this bus, and any user may connect: a test runs the program as another
-// user than its own.
+// Everybody on this bus may talk to everybody, and nothing is started through it.
 constexpr const char* kBusConfiguration = R"(<busconfig>
   <type>session</type>
   <listen>unix:dir=FOLDER</listen>
   <auth>EXTERNAL</auth>
   <policy context="default">
-    <allow user="*"/>
+    <allow eavesdrop="true"/>
     <allow own="*"/>
     <allow send_destination="*" eavesdrop="true"/>
   </policy>
@@ -52,7 +53,7 @@ Desktop::Desktop() {
   }
   startServer();
   startWindowManager();
-  startBus();
+  startBuses();
 }
 
 void Desktop::startServer() {
@@ -77,7 +78,7 @@ void Desktop::startWindowManager() {
   }
 }
 
-void Desktop::startBus() {
+void Desktop::startBuses() {
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find("FOLDER"), 6, home_.path().native());
   const FileLocation file = home_.write("bus.conf", configuration);
@@ -85,9 +86,26 @@ void Desktop::startBus() {
       std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address=1",
                                "--config-file=" + file.path()},
       environment_);
-  busAddress_ = answerOf(*bus_, "dbus-daemon");
-  environment_["DBUS_SESSION_BUS_ADDRESS"] = busAddress_;
-  environment_["AT_SPI_BUS_ADDRESS"] = busAddress_;
+  environment_["DBUS_SESSION_BUS_ADDRESS"] = answerOf(*bus_, "dbus-daemon");
+  environment_["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
+  accessibility_ = std::make_unique<ChildProcess>(std::vector<std::string>{kAccessibilityLauncher},
+                                                  environment_);
+  waitUntil([this] {
+    accessibilityAddress_ = askForAccessibilityAddress();
+    return !accessibilityAddress_.empty() || !accessibility_->isRunning();
+  });
+  if (accessibilityAddress_.empty()) {
+    throw std::runtime_error("the accessibility bus did not start: " + accessibility_->errors());
+  }
+}
+
+std::string Desktop::askForAccessibilityAddress() const {
+  ChildProcess query({"dbus-send", "--print-reply=literal", "--dest=org.a11y.Bus", "/org/a11y/bus",
+                      "org.a11y.Bus.GetAddress"},
+                     environment_);
+  if (query.waitForExit() != 0) return "";
+  const std::string line = firstLine(query.output());
+  return line.substr(std::min(line.find_first_not_of(' '), line.size()));
 }
 
 ChildProcess::Environment Desktop::environmentWithoutDisplay() const {

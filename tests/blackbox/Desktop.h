@@ -9,8 +9,8 @@
 
 namespace quillmor::test {
 
-/// A desktop of its own for one test: an X server without a screen, a window manager, a message bus
-/// and a home folder. Keys and clicks go through the X server like those of a user.
+/// A desktop of its own for one test: an X server without a screen, a window manager, message
+/// buses and a home folder. Keys and clicks go through the X server like those of a user.
 class Desktop {
  public:
   /// Throws when one of the programs it needs is missing or does not come up.
@@ -21,7 +21,8 @@ class Desktop {
   /// The same without the display.
   ChildProcess::Environment environmentWithoutDisplay() const;
 
-  const std::string& busAddress() const { return busAddress_; }
+  /// Where programs show their user interface to assistive technology.
+  const std::string& accessibilityAddress() const { return accessibilityAddress_; }
   const TemporaryFolder& home() const { return home_; }
 
   /// Presses keys one after another: "ctrl+s", "Return", "shift+Right".
@@ -36,15 +37,17 @@ class Desktop {
  private:
   void startServer();
   void startWindowManager();
-  void startBus();
+  void startBuses();
+  std::string askForAccessibilityAddress() const;
   std::string xdotool(std::vector<std::string> arguments) const;
 
   TemporaryFolder home_;
   ChildProcess::Environment environment_;
-  std::string busAddress_;
+  std::string accessibilityAddress_;
   std::unique_ptr<ChildProcess> server_;
   std::unique_ptr<ChildProcess> windowManager_;
   std::unique_ptr<ChildProcess> bus_;
+  std::unique_ptr<ChildProcess> accessibility_;
 };
 
 }  // namespace quillmor::test
