@@ -104,8 +104,8 @@ std::string Desktop::askForAccessibilityAddress() const {
                       "org.a11y.Bus.GetAddress"},
                      environment_);
   if (query.waitForExit() != 0) return "";
-  const std::string line = firstLine(query.output());
-  return line.substr(std::min(line.find_first_not_of(' '), line.size()));
+  const std::string answer = query.output();
+  return answer.substr(std::min(answer.find_first_not_of(' '), answer.size()));
 }
 
 ChildProcess::Environment Desktop::environmentWithoutDisplay() const {
