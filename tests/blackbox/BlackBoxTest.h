@@ -1,0 +1,97 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "blackbox/Accessible.h"
+#include "blackbox/ChildProcess.h"
+#include "blackbox/Desktop.h"
+#include "support/TemporaryFolder.h"
+
+namespace quillmor::test {
+
+/// A dialog as the user reads it.
+struct ShownAlert {
+  std::vector<std::string> texts;
+  std::vector<std::string> buttons;
+  std::string focusedButton;
+};
+
+/// Tests of the real program: started on a desktop of its own, driven by keys and clicks, and
+/// judged by what it shows and by what it leaves on the disk.
+class BlackBoxTest : public testing::Test {
+ protected:
+  BlackBoxTest();
+  ~BlackBoxTest() override;
+
+  /// Starts the editor and waits until it shows at least `windowCount` windows, one of them with
+  /// the keys.
+  void start(const std::vector<std::string>& arguments, std::size_t windowCount = 1);
+  /// Starts the editor as the last argument of another command, like "prlimit".
+  void startThrough(std::vector<std::string> command, const std::vector<std::string>& arguments,
+                    std::size_t windowCount = 1);
+  /// Runs the editor where no display is, to its end.
+  std::unique_ptr<ChildProcess> runWithoutDisplay(const std::vector<std::string>& arguments);
+
+  /// Presses keys, types text and clicks like a user in front of the active window.
+  void press(const std::vector<std::string>& keys) { desktop_->press(keys); }
+  void type(const std::string& text) { desktop_->type(text); }
+  /// Clicks on a byte of the shown rows.
+  void clickHexCell(int row, int column);
+  void clickAsciiCell(int row, int column);
+
+  /// Clicks on a button of the active window.
+  void clickButton(const std::string& title);
+
+  /// Waits for the status line of the active editor window.
+  void expectStatus(const std::string& status);
+  /// Waits for the title of the active window; "*" is the mark of unsaved changes.
+  void expectTitle(const std::string& title);
+  /// Waits for the titles of all windows, in any order.
+  void expectWindows(std::vector<std::string> titles);
+  /// Waits for a dialog that holds the text `message`, and returns it.
+  ShownAlert expectAlert(const std::string& message);
+  void expectNoAlert();
+  /// Waits until the file has this content.
+  void expectContent(const FileLocation& file, const std::string& content);
+  /// Waits for the program's end.
+  void expectQuit();
+  /// Presses `keys` and waits for the program's end.
+  void expectQuitBy(const std::vector<std::string>& keys);
+
+  /// The rows that the active editor window shows.
+  std::string shownRows() const;
+  bool isRunning() { return program_->isRunning(); }
+  const Desktop& desktop() const { return *desktop_; }
+
+  TemporaryFolder folder;
+
+ private:
+  std::optional<Accessible> application() const;
+  std::vector<Accessible> windows() const;
+  std::optional<Accessible> activeWindow() const;
+  std::optional<Accessible> dialog() const;
+  std::optional<Accessible> hexView() const;
+  std::string status() const;
+  void clickCharacter(int row, int columnInLine);
+  std::string outline() const;
+
+  std::unique_ptr<Desktop> desktop_;
+  std::unique_ptr<QDBusConnection> bus_;
+  std::unique_ptr<ChildProcess> program_;
+};
+
+/// The status line of an editor window.
+struct Status {
+  std::int64_t size = 0;
+  std::int64_t offset = 0;
+  std::string mode = "Overwrite";
+  std::int64_t selection = 0;
+  operator std::string() const;  // NOLINT(google-explicit-constructor)
+};
+
+}  // namespace quillmor::test
