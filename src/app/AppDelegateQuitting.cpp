@@ -42,6 +42,10 @@ void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded) {
     return;
   }
   const auto& controller = *next;
+  if (controller->isBusy() && !applicationShouldTerminate()) {
+    isReviewing_ = false;
+    return;
+  }
   controller->activate();
   controller->requestClose(
       [this, controller, discarded = std::move(discarded)](bool mayClose) mutable {

@@ -67,10 +67,14 @@ void HexDocument::installBytesAfterRead(ByteBuffer bytes, std::optional<double> 
   }
   std::promise<void> installed;
   executor_.postToMain([&] {
-    replaceStorageAfterRead(std::move(bytes), modificationDate);
-    installed.set_value();
+    try {
+      replaceStorageAfterRead(std::move(bytes), modificationDate);
+      installed.set_value();
+    } catch (...) {
+      installed.set_exception(std::current_exception());
+    }
   });
-  installed.get_future().wait();
+  installed.get_future().get();
 }
 
 void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,

@@ -111,8 +111,11 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
   beginLoadFileInCurrentWindow(
       location, /*preservingEditorState=*/true,
       [this, self = shared_from_this(), failureTitle, success = std::move(success)](auto result) {
-        if (result.isOk()) return success();
-        if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+        if (!result.isOk()) {
+          if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+        } else if (result.value() == OpenCurrentResult::opened) {
+          success();
+        }
       });
 }
 
@@ -195,9 +198,12 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
     LoadedFile file{
-        location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}};
-    file.snapshot = SecureFileAccess::readSnapshot(
+        location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}, {}};
+    file.reservation = SecureFileAccess::reserveReadURL(file.location);
+    SecureFileAccess::validateReadableFileURL(file.location);
+    file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
+    progress->checkpoint();
     return file;
   };
   runInBackground(platform_.executor, work,
@@ -215,12 +221,14 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
 
 void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                                      const LoadCompletion& completion) {
-  if (!result.isOk()) {
+  const bool isStopped = frame_.progress()->stopRequested();
+  if (!result.isOk() || isStopped) {
     endBusyStatus();
-    return completion(result.error());
+    return completion(result.isOk() ? Error::stopped() : result.error());
   }
   LoadedFile& file = result.value();
   if (const auto shown = documents_.documentShowing(file.location, hexDocument_.get())) {
+    file.reservation->release();
     endBusyStatus();
     shown->activateOpenWindows();
     return completion(OpenCurrentResult::broughtToFront);
@@ -233,6 +241,8 @@ void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFi
   hexDocument_->setFileStatus(file.snapshot.status);
   hexDocument_->isPendingInitialLoad = false;
   preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
+  // From here on the document's own location keeps other operations of the editor from the file.
+  file.reservation->release();
   endBusyStatus();
   completion(OpenCurrentResult::opened);
 }
@@ -240,7 +250,7 @@ void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFi
 void HexWindowController::startAtTheBeginning() {
   editor_.setStorage(hexDocument_->storage());
   bookmarks_.clear();
-  newestRecordedEdit_.reset();
+  forgetAnnouncements();
   removeUndoActions();
   editor_.recalcMetrics();
   moveCaret(0, {});
@@ -250,9 +260,7 @@ void HexWindowController::documentStorageDidReload() {
   const std::int64_t caret = editor_.caretOffset();
   const HexSelection selection = editor_.selection();
   bookmarks_.keepWithin(byteCount());
-  editorMutationWasAnnounced_ = false;
-  editorMutationHasUndo_ = false;
-  newestRecordedEdit_.reset();
+  forgetAnnouncements();
   removeUndoActions();
   editor_.setStorage(hexDocument_->storage());
   editor_.recalcMetrics();

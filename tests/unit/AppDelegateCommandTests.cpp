@@ -270,8 +270,6 @@ TEST_F(AppCommands, inATextViewAreEnabledByThatView) {
 
 /// A list which is to become empty: the rows of the menu whose command does not exist yet.
 constexpr std::string_view kWithoutCommand[] = {
-    "forwardRevealInFinder:",
-    "forwardCopyFilePath:",
     "forwardCreateBackupCopy:",
     "forwardSaveAtomicBackup:",
     "forwardExportSelection:",
