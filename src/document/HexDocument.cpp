@@ -65,16 +65,17 @@ void HexDocument::installBytesAfterRead(ByteBuffer bytes, std::optional<double> 
     replaceStorageAfterRead(std::move(bytes), modificationDate);
     return;
   }
-  std::promise<void> installed;
-  executor_.postToMain([&] {
+  // Shared, so that the promise outlives the call that keeps it, whoever of both threads is faster.
+  auto installed = std::make_shared<std::promise<void>>();
+  executor_.postToMain([&, installed] {
     try {
       replaceStorageAfterRead(std::move(bytes), modificationDate);
-      installed.set_value();
+      installed->set_value();
     } catch (...) {
-      installed.set_exception(std::current_exception());
+      installed->set_exception(std::current_exception());
     }
   });
-  installed.get_future().get();
+  installed->get_future().get();
 }
 
 void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
