@@ -4,6 +4,7 @@
 
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/Reservations.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 #include "window/HexWindowController.h"
@@ -197,8 +198,7 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                          BackgroundTaskFrame::Stopping::allowed);
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
-    LoadedFile file{
-        location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}, {}};
+    LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
     file.reservation = SecureFileAccess::reserveReadURL(file.location);
     SecureFileAccess::validateReadableFileURL(file.location);
     file.snapshot = SecureFileAccess::stableBytes(

@@ -162,6 +162,27 @@ TEST_F(WindowLoading, makesTheRealFileBehindALinkTheDocumentsLocation) {
             OpenCurrentResult::broughtToFront);
 }
 
+TEST_F(WindowLoading, opensAndSavesTheFileTheSystemReachesByDotsBehindALink) {
+  std::filesystem::create_directories(folder.location("far/sub").path());
+  std::filesystem::create_directory_symlink("far/sub", folder.location("link").path());
+  const auto lexical = folder.write("data.bin", "near");
+  const auto reached = folder.write("far/data.bin", "far");
+  auto editor = openEditor(folder.location("link/../data.bin"));
+  EXPECT_EQ(editor.text(), "far");
+  EXPECT_EQ(editor.document->location(), reached);
+  type(editor, "t");
+  editor->saveDocument();
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(reached), "tar");
+  EXPECT_EQ(TemporaryFolder::read(lexical), "near");
+}
+
+TEST_F(WindowLoading, neverOpensThePartOfAPathBeforeANul) {
+  const auto file = folder.write("data.bin", "hello");
+  expectRefused(FileLocation::fromUrl("file://" + file.path() + "%00.txt"),
+                Error::posix(EINVAL).message());
+}
+
 TEST_F(WindowLoading, opensANameThatIsNotUtf8) {
   const auto file = folder.write("b\xFFn.\xFE", "hello");
   auto editor = openEditor(file);
