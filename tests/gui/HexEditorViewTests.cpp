@@ -249,6 +249,21 @@ TEST_F(HexEditorViewTest, resizingLaysOutAgain) {
   EXPECT_EQ(geometry().frameSize().height, view.viewport()->height());
 }
 
+TEST(HexEditorViewLayout, isThatOfItsFontWhateverWasLaidOutBeforeTheViewExisted) {
+  test::CountingBeeper beeper;
+  HexEditorState early(beeper);
+  early.setBytesPerRow(32);
+  early.recalcMetrics();
+  const HexEditorView view(early);
+  HexEditorState late(beeper);
+  const HexEditorView reference(late);
+  late.setBytesPerRow(32);
+  EXPECT_EQ(early.geometry().hexStart(), late.geometry().hexStart());
+  EXPECT_EQ(early.geometry().asciiStart(), late.geometry().asciiStart());
+  EXPECT_EQ(early.geometry().desiredDocumentSize(), late.geometry().desiredDocumentSize());
+  EXPECT_EQ(early.geometry().hexStart(), 10 * early.geometry().charWidth() + 22);
+}
+
 TEST_F(HexEditorViewTest, scrollsThroughAHundredAndThirtyFourMillionRows) {
   state.setBytesPerRow(8);
   setBytes(ByteBuffer::uninitialized(std::int64_t{1} << 30));
