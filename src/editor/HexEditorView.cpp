@@ -91,14 +91,22 @@ void HexEditorView::documentSizeChanged() {
   updateScrollBars();
 }
 
-void HexEditorView::updateScrollBars() {
+QSizeF HexEditorView::scrolledSize() const {
+  const QSizeF whole = maximumViewportSize();
   const Size document = editor_.geometry().desiredDocumentSize();
-  horizontal_.setExtent(document.width, viewport()->width());
-  vertical_.setExtent(document.height, viewport()->height());
-  // Bars that appear or vanish resize the viewport, which calls this again before it returns.
+  const bool fits = document.width <= whole.width() && document.height <= whole.height();
+  return fits ? whole : QSizeF(viewport()->size());
+}
+
+void HexEditorView::updateScrollBars() {
   const HexEditorGeometry& geometry = editor_.geometry();
-  syncScrollBar(*horizontalScrollBar(), horizontal_, viewport()->width(), geometry.charWidth());
-  syncScrollBar(*verticalScrollBar(), vertical_, viewport()->height(), geometry.rowHeight());
+  const Size document = geometry.desiredDocumentSize();
+  const QSizeF size = scrolledSize();
+  horizontal_.setExtent(document.width, size.width());
+  vertical_.setExtent(document.height, size.height());
+  // Bars that appear or vanish resize the viewport, which calls this again before it returns.
+  syncScrollBar(*horizontalScrollBar(), horizontal_, size.width(), geometry.charWidth());
+  syncScrollBar(*verticalScrollBar(), vertical_, size.height(), geometry.rowHeight());
 }
 
 void HexEditorView::syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport,

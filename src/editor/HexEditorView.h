@@ -70,6 +70,9 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
 
  private:
   void layOut();
+  /// The size to scroll in: the viewport's, or what it grows to without bars when nothing needs to
+  /// scroll then. Bars that take room from each other would otherwise keep each other alive.
+  QSizeF scrolledSize() const;
   void updateScrollBars();
   void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
   void scrollPositionChanged();

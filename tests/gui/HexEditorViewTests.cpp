@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QUrl>
+#include <cmath>
 #include <fstream>
 
 #include "EditorViewFixture.h"
@@ -262,6 +263,36 @@ TEST(HexEditorViewLayout, isThatOfItsFontWhateverWasLaidOutBeforeTheViewExisted)
   EXPECT_EQ(early.geometry().asciiStart(), late.geometry().asciiStart());
   EXPECT_EQ(early.geometry().desiredDocumentSize(), late.geometry().desiredDocumentSize());
   EXPECT_EQ(early.geometry().hexStart(), 10 * early.geometry().charWidth() + 22);
+}
+
+TEST_F(HexEditorViewTest, scrollBarsGoOnceTheDocumentFitsWithoutThem) {
+  setCountingBytes(16 * 20);
+  const Size document = geometry().desiredDocumentSize();
+  const auto resizeView = [&](double width, double height) {
+    view.setParent(nullptr);
+    view.show();
+    view.resize(static_cast<int>(std::ceil(width)), static_cast<int>(std::ceil(height)));
+    QApplication::processEvents();
+  };
+  resizeView(document.width - 50, document.height - 50);
+  EXPECT_TRUE(view.horizontalScrollBar()->isVisible());
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  view.scrollTo({1e9, 1e9});
+
+  resizeView(document.width + 1, document.height + 1);
+  EXPECT_FALSE(view.horizontalScrollBar()->isVisible());
+  EXPECT_FALSE(view.verticalScrollBar()->isVisible());
+  EXPECT_EQ(view.scrollPosition(), (Point{0, 0}));
+  EXPECT_EQ(view.viewport()->size(), view.size());
+  EXPECT_EQ(geometry().frameSize(),
+            (Size{static_cast<double>(view.width()), static_cast<double>(view.height())}));
+
+  resizeView(document.width + 1, document.height - 1);
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  EXPECT_TRUE(view.horizontalScrollBar()->isVisible()) << "the other bar takes its room";
+  resizeView(document.width + 100, document.height - 1);
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  EXPECT_FALSE(view.horizontalScrollBar()->isVisible());
 }
 
 TEST_F(HexEditorViewTest, scrollsThroughAHundredAndThirtyFourMillionRows) {
