@@ -7,6 +7,7 @@
 
 namespace quillmor {
 
+class HexEditorState;
 class HexEditorView;
 
 /// Presents the visible rows of a hex view to assistive technology as an editable text, so that the
@@ -46,6 +47,11 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
 
  private:
   HexEditorView& view() const;
+  /// Null once the editor has let go of the view.
+  HexEditorState* editor() const;
+  /// Whether caret and selection may be set: there is an editor, and it accepts editing.
+  bool mayChange() const;
+  /// To be called with an editor only.
   HexRowsText rowsText() const;
 };
 

@@ -1,10 +1,12 @@
 // The widget: keys, mouse, scrolling, drops, and who may be destroyed first.
 
+#include <QAccessible>
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QUrl>
+#include <cmath>
 #include <fstream>
 
 #include "EditorViewFixture.h"
@@ -249,6 +251,51 @@ TEST_F(HexEditorViewTest, resizingLaysOutAgain) {
   EXPECT_EQ(geometry().frameSize().height, view.viewport()->height());
 }
 
+TEST(HexEditorViewLayout, isThatOfItsFontWhateverWasLaidOutBeforeTheViewExisted) {
+  test::CountingBeeper beeper;
+  HexEditorState early(beeper);
+  early.setBytesPerRow(32);
+  early.recalcMetrics();
+  const HexEditorView view(early);
+  HexEditorState late(beeper);
+  const HexEditorView reference(late);
+  late.setBytesPerRow(32);
+  EXPECT_EQ(early.geometry().hexStart(), late.geometry().hexStart());
+  EXPECT_EQ(early.geometry().asciiStart(), late.geometry().asciiStart());
+  EXPECT_EQ(early.geometry().desiredDocumentSize(), late.geometry().desiredDocumentSize());
+  EXPECT_EQ(early.geometry().hexStart(), 10 * early.geometry().charWidth() + 22);
+}
+
+TEST_F(HexEditorViewTest, scrollBarsGoOnceTheDocumentFitsWithoutThem) {
+  setCountingBytes(16 * 20);
+  const Size document = geometry().desiredDocumentSize();
+  const auto resizeView = [&](double width, double height) {
+    view.setParent(nullptr);
+    view.show();
+    view.resize(static_cast<int>(std::ceil(width)), static_cast<int>(std::ceil(height)));
+    QApplication::processEvents();
+  };
+  resizeView(document.width - 50, document.height - 50);
+  EXPECT_TRUE(view.horizontalScrollBar()->isVisible());
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  view.scrollTo({1e9, 1e9});
+
+  resizeView(document.width + 1, document.height + 1);
+  EXPECT_FALSE(view.horizontalScrollBar()->isVisible());
+  EXPECT_FALSE(view.verticalScrollBar()->isVisible());
+  EXPECT_EQ(view.scrollPosition(), (Point{0, 0}));
+  EXPECT_EQ(view.viewport()->size(), view.size());
+  EXPECT_EQ(geometry().frameSize(),
+            (Size{static_cast<double>(view.width()), static_cast<double>(view.height())}));
+
+  resizeView(document.width + 1, document.height - 1);
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  EXPECT_TRUE(view.horizontalScrollBar()->isVisible()) << "the other bar takes its room";
+  resizeView(document.width + 100, document.height - 1);
+  EXPECT_TRUE(view.verticalScrollBar()->isVisible());
+  EXPECT_FALSE(view.horizontalScrollBar()->isVisible());
+}
+
 TEST_F(HexEditorViewTest, scrollsThroughAHundredAndThirtyFourMillionRows) {
   state.setBytesPerRow(8);
   setBytes(ByteBuffer::uninitialized(std::int64_t{1} << 30));
@@ -382,6 +429,78 @@ TEST(HexEditorViewLifetime, viewAndEditorMayGoInAnyOrder) {
   editor.reset();
   view.reset();
   EXPECT_EQ(beeper.count, 0);
+}
+
+/// A shown view whose editor has been destroyed.
+class DetachedHexEditorView : public testing::Test {
+ protected:
+  DetachedHexEditorView() {
+    editor->storage()->bytes = ByteBuffer::filled(5000, 0x41);
+    editor->recalcMetrics();
+    view->resize(400, 300);
+    view->show();
+    QApplication::processEvents();
+    editor->setCaretOffset(3000);
+    editor.reset();
+  }
+
+  test::CountingBeeper beeper;
+  std::unique_ptr<HexEditorState> editor = std::make_unique<HexEditorState>(beeper);
+  std::unique_ptr<HexEditorView> view = std::make_unique<HexEditorView>(*editor);
+};
+
+TEST_F(DetachedHexEditorView, showsNothing) {
+  EXPECT_EQ(view->editor(), nullptr);
+  EXPECT_FALSE(view->showsCaret());
+  view->resize(700, 500);
+  view->hide();
+  view->show();
+  QApplication::processEvents();
+  const QImage image = view->viewport()->grab().toImage();
+  QImage blank(image.size(), image.format());
+  blank.fill(HexEditorStyle::color(HexEditorStyle::background(0)));
+  EXPECT_EQ(image, blank);
+}
+
+TEST_F(DetachedHexEditorView, leavesInputToOthers) {
+  QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a");
+  QApplication::sendEvent(view.get(), &key);
+  EXPECT_FALSE(key.isAccepted());
+  const QPoint place(200, 60);
+  QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
+  QMouseEvent move(QEvent::MouseMove, place, view->viewport()->mapToGlobal(place), Qt::NoButton,
+                   Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view->viewport(), &move);
+  QWheelEvent wheel(place, view->viewport()->mapToGlobal(place), {}, {0, -120}, Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(view->viewport(), &wheel);
+  EXPECT_FALSE(wheel.isAccepted());
+  const Point before = view->scrollPosition();
+  view->verticalScrollBar()->setValue(0);
+  view->scrollTo({0, 0});
+  EXPECT_EQ(view->scrollPosition(), before);
+}
+
+TEST_F(DetachedHexEditorView, hasNoTextForAssistiveTechnology) {
+  QAccessibleInterface& accessible = *QAccessible::queryAccessibleInterface(view.get());
+  EXPECT_FALSE(accessible.state().editable);
+  EXPECT_EQ(accessible.text(QAccessible::Value), QString());
+  QAccessibleTextInterface& text = *accessible.textInterface();
+  EXPECT_EQ(text.characterCount(), 0);
+  EXPECT_EQ(text.cursorPosition(), -1);
+  EXPECT_EQ(text.selectionCount(), 0);
+  int start = -1;
+  int end = -1;
+  text.selection(0, &start, &end);
+  EXPECT_EQ(start, 0);
+  EXPECT_EQ(end, 0);
+  text.setSelection(0, 1, 20);
+  text.removeSelection(0);
+  text.setCursorPosition(12);
+  text.scrollToSubstring(0, 5);
+  EXPECT_EQ(text.characterRect(3), QRect());
+  EXPECT_EQ(text.offsetAtPoint(view->viewport()->mapToGlobal(QPoint(5, 50))), -1);
 }
 
 }  // namespace
