@@ -83,7 +83,7 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   editorWindows_.emplace_back(window);
   addMenus(*window, /*asMenuBar=*/true);
   window->show();
-  window->bringToFront();
+  window->activateWindow();
 }
 
 WindowMenus* ApplicationWindows::addMenus(QMainWindow& window, bool asMenuBar) {
