@@ -12,7 +12,7 @@ constexpr const char* kBusName = "accessibility";
 
 bool isDialog(const Accessible& window) {
   const std::string role = window.role();
-  return role == "dialog" || role == "alert";
+  return role == "dialog" || role == "alert message";
 }
 
 }  // namespace

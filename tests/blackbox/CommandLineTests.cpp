@@ -44,8 +44,8 @@ TEST_F(CommandLineTest, aPictureShowsTheWindowWithTheSelection) {
   ASSERT_EQ(selected->exitStatus(), 0) << selected->errors();
   const std::string picture = folder.read("picture.png");
   const PictureSize size = sizeOfPicture(picture);
-  EXPECT_EQ(size.width, 1120);
-  EXPECT_EQ(size.height, 760);
+  EXPECT_GE(size.width, 740);
+  EXPECT_GE(size.height, 460);
   EXPECT_NE(picture, plainPicture);
   EXPECT_THAT(selected->output(), IsEmpty());
 }

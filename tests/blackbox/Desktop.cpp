@@ -129,7 +129,7 @@ void Desktop::press(const std::vector<std::string>& keys) const {
 }
 
 void Desktop::type(const std::string& text) const {
-  xdotool({"type", "--delay", "0", text});
+  xdotool({"type", "--delay", "0", "--", text});
 }
 
 void Desktop::click(int x, int y) const {

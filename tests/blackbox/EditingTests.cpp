@@ -72,7 +72,7 @@ TEST_F(EditingTest, typingInBothColumnsAndModesUndoesRedoesAndSavesIntoTheSameFi
   press({"ctrl+z", "ctrl+z", "ctrl+z"});
   expectStatus(Status{.size = 64, .offset = 20, .mode = "Insert"});
   press({"ctrl+shift+z", "ctrl+shift+z", "ctrl+shift+z"});
-  expectStatus(Status{.size = 67, .offset = 4, .mode = "Insert"});
+  expectStatus(Status{.size = 67, .offset = 5, .mode = "Insert"});
 
   save(edited);
   const struct stat after = statusOf(file);
