@@ -88,6 +88,24 @@ TEST_F(WindowUndo, withAnUnchangedFirstDigitRecordsTheSecond) {
   EXPECT_FALSE(editor.window->isEdited);
 }
 
+TEST_F(WindowUndo, recordsNothingForDigitsThatChangeNothing) {
+  auto editor = makeEditor("AB");
+  typeHex(editor, "41");
+  EXPECT_EQ(editor.editor().caretOffset(), 1);
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(WindowUndo, recordsNothingForBytesPastedOverThemselves) {
+  auto editor = makeEditor("ABCD");
+  editor.editor().setSelection({1, 2});
+  const std::uint8_t same[] = {'B', 'C'};
+  editor.editor().paste(same);
+  EXPECT_EQ(editor.editor().caretOffset(), 3);
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
 TEST_F(WindowUndo, marksADocumentWhoseByteChangedBehindAClickOnItsSecondDigit) {
   auto editor = openWith("hello");
   clickOnSecondDigit(editor, 1);
