@@ -131,12 +131,13 @@ PreparedOutput SecureFileAccess::prepareOutput(const FileLocation& destination,
 
 AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationUrl,
                                            std::vector<FileLocation> protectedUrls)
-    : AtomicTextFileWriter(destinationUrl, protectedUrls,
+    // Nothing is moved before the members are made, which is after the output is prepared.
+    : AtomicTextFileWriter(std::move(destinationUrl), std::move(protectedUrls),
                            prepareOutput(destinationUrl, protectedUrls)) {}
 
-AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationUrl,
-                                           std::vector<FileLocation> protectedUrls,
-                                           PreparedOutput prepared)
+AtomicTextFileWriter::AtomicTextFileWriter(FileLocation&& destinationUrl,
+                                           std::vector<FileLocation>&& protectedUrls,
+                                           PreparedOutput&& prepared) noexcept
     : destinationUrl_(std::move(destinationUrl)),
       temporaryUrl_(std::move(prepared.temporaryUrl)),
       temporaryFileIdentity_(prepared.temporaryFileIdentity),
