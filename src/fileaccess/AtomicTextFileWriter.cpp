@@ -60,12 +60,8 @@ FileDescriptor createExclusiveTemporaryFile(const FileLocation& location, mode_t
 }
 
 OutputDestinationIdentity temporaryIdentity(const FileDescriptor& handle) {
-  StableFileStatus status;
-  try {
-    status = fileStatus(handle);
-  } catch (const Error& error) {
-    throw Error::posix(error.code(), "Could not validate the temporary output file.");
-  }
+  const StableFileStatus status =
+      fileStatus(handle, "Could not validate the temporary output file.");
   if (!status.isRegularFile())
     throw Error::quillmor(1215, "The temporary output is not a regular file.");
   return status.identity();
