@@ -20,7 +20,7 @@ struct ByteBlock;
 /// Memory: free room is address space, not memory, in a buffer of 256 KiB or more. Once 4 MiB on
 /// one side have become free through edits they are returned to the system; the rest is returned
 /// with the last buffer that shares the memory. Removing bytes from an end of a shared buffer only
-/// narrows the view as long as at least half of the shared memory stays in use.
+/// narrows the view as long as at least seven eighths of the shared memory stay in use.
 ///
 /// Threads: buffers that share memory may be used, copied and destroyed on different threads; one
 /// buffer object is to be treated like any other value. Offsets and lengths are in bytes; one

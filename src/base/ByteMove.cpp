@@ -3,7 +3,6 @@
 #include <array>
 #include <atomic>
 #include <cstring>
-#include <system_error>
 #include <thread>
 
 namespace quillmor {
@@ -71,8 +70,8 @@ void moveShared(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) 
   std::thread helper;
   try {
     helper = std::thread([&move] { move.work(); });
-  } catch (const std::system_error&) {
-    // The system has no thread left; the pieces are all done here.
+  } catch (...) {
+    // There is no thread left, or no memory to start one; the pieces are all done here.
   }
   move.work();
   if (helper.joinable()) helper.join();

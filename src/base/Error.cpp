@@ -23,11 +23,11 @@ Error Error::posix(int errorNumber) {
 }
 
 Error Error::stopped() {
-  return posix(ECANCELED, "The operation was stopped.");
+  return {ErrorDomain::stopped, 0, "The operation was stopped."};
 }
 
 bool Error::isStopped() const {
-  return domain_ == ErrorDomain::posix && code_ == ECANCELED;
+  return domain_ == ErrorDomain::stopped;
 }
 
 }  // namespace quillmor

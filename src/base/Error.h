@@ -6,14 +6,16 @@
 
 namespace quillmor {
 
-/// Where an error's code comes from: this application's own numbers, or errno.
-enum class ErrorDomain { quillmor, posix };
+/// Where an error's code comes from: this application's own numbers, errno, or nowhere, because the
+/// user stopped the work and nothing went wrong.
+enum class ErrorDomain { quillmor, posix, stopped };
 
 /// The one exception type of the application. Thrown by operations that fail with a message for the
 /// user; caught at three borders only: the background frame, the entry of a command, and main.
 class Error : public std::exception {
  public:
-  /// `message` is UTF-8 text, shown to the user as it stands.
+  /// `message` is shown to the user. It is UTF-8 but for the file names in it, which are the bytes
+  /// the file system has.
   Error(ErrorDomain domain, int code, std::string message);
 
   /// An error of this application's own domain.
@@ -25,7 +27,7 @@ class Error : public std::exception {
   /// An error of a system call, described by the system's own text for `errorNumber`.
   static Error posix(int errorNumber);
 
-  /// Thrown by work that noticed a stop request; never shown to the user.
+  /// Thrown by work that noticed a stop request; never shown to the user. Its code is 0.
   static Error stopped();
 
   ErrorDomain domain() const { return domain_; }

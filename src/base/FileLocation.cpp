@@ -5,28 +5,23 @@
 #include <system_error>
 #include <utility>
 
+#include "base/HexText.h"
+
 namespace quillmor {
 
 namespace {
 
 constexpr std::string_view kFileScheme = "file:";
 
-int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 std::string decodePercent(std::string_view text) {
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '%' && i + 2 < text.size()) {
-      const int high = hexValue(text[i + 1]);
-      const int low = hexValue(text[i + 2]);
-      if (high >= 0 && low >= 0) {
-        out.push_back(static_cast<char>(high * 16 + low));
+      const auto high = hexDigitValue(text[i + 1]);
+      const auto low = hexDigitValue(text[i + 2]);
+      if (high && low) {
+        out.push_back(static_cast<char>(*high << 4 | *low));
         i += 2;
         continue;
       }

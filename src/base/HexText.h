@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,14 @@ extern const std::array<std::string_view, 256> uppercaseHexByteStrings;
 
 /// The one-character printable form of every byte: itself for 0x20...0x7E, "." otherwise.
 extern const std::array<std::string_view, 256> printableASCIIByteStrings;
+
+/// The value, 0 to 15, of a hexadecimal digit in either case; absent for any other character.
+constexpr std::optional<std::uint8_t> hexDigitValue(char digit) {
+  if (digit >= '0' && digit <= '9') return static_cast<std::uint8_t>(digit - '0');
+  if (digit >= 'a' && digit <= 'f') return static_cast<std::uint8_t>(digit - 'a' + 10);
+  if (digit >= 'A' && digit <= 'F') return static_cast<std::uint8_t>(digit - 'A' + 10);
+  return std::nullopt;
+}
 
 /// `value` in uppercase hexadecimal, padded on the left with "0" to at least `minimumWidth` digits.
 /// Negative values are shown as their two's complement, as the offsets of hostile files may be.

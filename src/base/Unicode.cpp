@@ -56,12 +56,6 @@ bool isWhiteSpace(char32_t scalar) {
          scalar == 0x2029 || scalar == 0x202F || scalar == 0x205F || scalar == 0x3000;
 }
 
-std::int64_t scalarCount(std::string_view text) {
-  std::int64_t count = 0;
-  for (; !text.empty(); ++count) text.remove_prefix(decodeFirst(text).length);
-  return count;
-}
-
 bool hasMoreScalarsThan(std::string_view text, std::int64_t limit) {
   if (limit < 0) return true;
   // A scalar takes at least one byte, so a short text needs no decoding.
@@ -87,15 +81,6 @@ std::string_view trimmedOfWhiteSpace(std::string_view text) {
     if (!isWhiteSpace(next.scalar)) end = at;
   }
   return text.substr(0, end);
-}
-
-bool isValidUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const DecodedScalar next = decodeFirst(text);
-    if (!next.isValid) return false;
-    text.remove_prefix(next.length);
-  }
-  return true;
 }
 
 }  // namespace quillmor::Unicode

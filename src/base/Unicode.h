@@ -23,9 +23,6 @@ DecodedScalar decodeFirst(std::string_view text);
 /// The White_Space property of the Unicode Character Database (PropList.txt).
 bool isWhiteSpace(char32_t scalar);
 
-/// The number of scalars in `text`.
-std::int64_t scalarCount(std::string_view text);
-
 /// Whether `text` has more than `limit` scalars; reads no further than that needs.
 bool hasMoreScalarsThan(std::string_view text, std::int64_t limit);
 
@@ -35,8 +32,5 @@ std::string_view prefixOfScalars(std::string_view text, std::int64_t maxScalars)
 
 /// `text` without the white space at both ends.
 std::string_view trimmedOfWhiteSpace(std::string_view text);
-
-/// Whether `text` is well-formed UTF-8.
-bool isValidUtf8(std::string_view text);
 
 }  // namespace quillmor::Unicode

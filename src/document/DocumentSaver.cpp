@@ -22,6 +22,11 @@ struct DocumentSaver::Job {
 
   void end(DocumentSaveResult result, std::optional<Error> error = std::nullopt) {
     if (reservation) reservation->release();
+    if (error && error->isStopped()) {
+      // Who stopped the save knows of it.
+      result = DocumentSaveResult::cancelled;
+      error.reset();
+    }
     hooks.completion({result, std::move(error)});
   }
 };

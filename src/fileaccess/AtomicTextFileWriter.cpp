@@ -60,12 +60,8 @@ FileDescriptor createExclusiveTemporaryFile(const FileLocation& location, mode_t
 }
 
 OutputDestinationIdentity temporaryIdentity(const FileDescriptor& handle) {
-  StableFileStatus status;
-  try {
-    status = fileStatus(handle);
-  } catch (const Error& error) {
-    throw Error::posix(error.code(), "Could not validate the temporary output file.");
-  }
+  const StableFileStatus status =
+      fileStatus(handle, "Could not validate the temporary output file.");
   if (!status.isRegularFile())
     throw Error::quillmor(1215, "The temporary output is not a regular file.");
   return status.identity();
@@ -131,12 +127,13 @@ PreparedOutput SecureFileAccess::prepareOutput(const FileLocation& destination,
 
 AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationUrl,
                                            std::vector<FileLocation> protectedUrls)
-    : AtomicTextFileWriter(destinationUrl, protectedUrls,
+    // Nothing is moved before the members are made, which is after the output is prepared.
+    : AtomicTextFileWriter(std::move(destinationUrl), std::move(protectedUrls),
                            prepareOutput(destinationUrl, protectedUrls)) {}
 
-AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationUrl,
-                                           std::vector<FileLocation> protectedUrls,
-                                           PreparedOutput prepared)
+AtomicTextFileWriter::AtomicTextFileWriter(FileLocation&& destinationUrl,
+                                           std::vector<FileLocation>&& protectedUrls,
+                                           PreparedOutput&& prepared) noexcept
     : destinationUrl_(std::move(destinationUrl)),
       temporaryUrl_(std::move(prepared.temporaryUrl)),
       temporaryFileIdentity_(prepared.temporaryFileIdentity),

@@ -65,8 +65,10 @@ class AtomicTextFileWriter {
   void finish();
 
  private:
-  AtomicTextFileWriter(FileLocation destinationUrl, std::vector<FileLocation> protectedUrls,
-                       PreparedOutput prepared);
+  /// Only moves, because the temporary file exists by now: nothing may fail before there is a
+  /// destructor to remove it.
+  AtomicTextFileWriter(FileLocation&& destinationUrl, std::vector<FileLocation>&& protectedUrls,
+                       PreparedOutput&& prepared) noexcept;
 
   void completeTemporaryFile();
   void closeIfNeeded();

@@ -19,11 +19,7 @@ constexpr WriteMessages kWriteMessages = {
 constexpr mode_t kNewFileMode = 0666;
 
 StableFileStatus documentStatus(const FileDescriptor& handle) {
-  try {
-    return fileStatus(handle);
-  } catch (const Error& error) {
-    throw Error::posix(error.code(), "Could not validate the document output file.");
-  }
+  return fileStatus(handle, "Could not validate the document output file.");
 }
 
 /// Whether writing will create the file. Only the flush of the directory depends on it, so a status

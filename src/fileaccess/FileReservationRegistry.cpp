@@ -1,5 +1,7 @@
 #include "fileaccess/FileReservationRegistry.h"
 
+#include <utility>
+
 #include "base/Error.h"
 
 namespace quillmor {
@@ -48,6 +50,9 @@ FileReservationRegistry::FileReservationRegistry(std::int64_t maximumReadCount)
 
 std::shared_ptr<ReadReservation> FileReservationRegistry::reserveRead(
     const ReservationKeys& keys, const std::string& displayName) {
+  // All that needs memory comes first, so that nothing stays reserved for want of a token.
+  auto reservation = std::make_shared<ReadReservation>();
+  std::function<void()> releaseHandler = [this, keys] { releaseRead(keys); };
   switch (admitRead(keys)) {
     case Admission::beingWritten:
       throw beingWrittenError(displayName);
@@ -56,13 +61,17 @@ std::shared_ptr<ReadReservation> FileReservationRegistry::reserveRead(
     case Admission::granted:
       break;
   }
-  return std::make_shared<ReadReservation>([this, keys] { releaseRead(keys); });
+  reservation->begin(std::move(releaseHandler));
+  return reservation;
 }
 
 std::shared_ptr<OutputReservation> FileReservationRegistry::reserveOutput(
     const ReservationKeys& keys, const std::string& displayName) {
+  auto reservation = std::make_shared<OutputReservation>();
+  std::function<void()> releaseHandler = [this, keys] { releaseOutput(keys); };
   if (!admitOutput(keys)) throw conflictingOutputError(displayName);
-  return std::make_shared<OutputReservation>([this, keys] { releaseOutput(keys); });
+  reservation->begin(std::move(releaseHandler));
+  return reservation;
 }
 
 void FileReservationRegistry::validateIsNotReservedForOutput(const ReservationKeys& keys,
@@ -83,17 +92,37 @@ FileReservationRegistry::Admission FileReservationRegistry::admitRead(const Rese
       keys.identity ? countOf(*keys.identity, readIdentityCounts_) : 0;
   if (pathCount >= maximumReadCount_ || identityCount >= maximumReadCount_)
     return Admission::tooManyReads;
-  readPathCounts_[keys.canonicalPath] = pathCount + 1;
-  if (keys.identity) readIdentityCounts_[*keys.identity] = identityCount + 1;
+  addRead(keys);
   return Admission::granted;
 }
 
 bool FileReservationRegistry::admitOutput(const ReservationKeys& keys) {
   const MutexLock guard(lock_);
   if (isReservedForOutput(keys) || isReservedForReading(keys)) return false;
-  outputPaths_.insert(keys.canonicalPath);
-  if (keys.identity) outputIdentities_.insert(*keys.identity);
+  addOutput(keys);
   return true;
+}
+
+void FileReservationRegistry::addRead(const ReservationKeys& keys) {
+  ++readPathCounts_[keys.canonicalPath];
+  if (!keys.identity) return;
+  try {
+    ++readIdentityCounts_[*keys.identity];
+  } catch (...) {
+    decrement(keys.canonicalPath, readPathCounts_);
+    throw;
+  }
+}
+
+void FileReservationRegistry::addOutput(const ReservationKeys& keys) {
+  outputPaths_.insert(keys.canonicalPath);
+  if (!keys.identity) return;
+  try {
+    outputIdentities_.insert(*keys.identity);
+  } catch (...) {
+    outputPaths_.erase(keys.canonicalPath);
+    throw;
+  }
 }
 
 void FileReservationRegistry::releaseRead(const ReservationKeys& keys) {

@@ -52,6 +52,9 @@ class FileReservationRegistry {
 
   Admission admitRead(const ReservationKeys& keys) QUILLMOR_EXCLUDES(lock_);
   bool admitOutput(const ReservationKeys& keys) QUILLMOR_EXCLUDES(lock_);
+  /// Both keys, or none when memory runs out.
+  void addRead(const ReservationKeys& keys) QUILLMOR_REQUIRES(lock_);
+  void addOutput(const ReservationKeys& keys) QUILLMOR_REQUIRES(lock_);
   void releaseRead(const ReservationKeys& keys) QUILLMOR_EXCLUDES(lock_);
   void releaseOutput(const ReservationKeys& keys) QUILLMOR_EXCLUDES(lock_);
   bool isReservedForOutput(const ReservationKeys& keys) const QUILLMOR_REQUIRES(lock_);

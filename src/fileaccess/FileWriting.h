@@ -29,8 +29,8 @@ void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
               const WriteMessages& messages, TaskProgress* progress = nullptr);
 
 /// Makes the directory's entries durable after a file in it was created or moved; the POSIX error
-/// in the system's words on failure. A directory that cannot be opened for reading, or whose file
-/// system knows no such request, has nothing to flush and is no failure.
+/// in the system's words on failure. A directory that may not be read, or whose file system knows
+/// no such request, stays unflushed, as there is no other way; that is no failure.
 void synchronizeDirectory(const FileLocation& directory);
 
 }  // namespace quillmor::SecureFileAccess

@@ -4,11 +4,13 @@
 
 namespace quillmor {
 
-FileReservation::FileReservation(std::function<void()> releaseHandler)
-    : releaseHandler_(std::move(releaseHandler)) {}
-
 FileReservation::~FileReservation() {
   release();
+}
+
+void FileReservation::begin(std::function<void()> releaseHandler) noexcept {
+  const MutexLock guard(lock_);
+  releaseHandler_ = std::move(releaseHandler);
 }
 
 void FileReservation::release() {

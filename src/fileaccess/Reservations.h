@@ -11,12 +11,15 @@ namespace quillmor {
 /// A token whose lifetime is a reservation. Safe from any thread.
 class FileReservation {
  public:
-  /// `releaseHandler` undoes the reservation; it must not throw.
-  explicit FileReservation(std::function<void()> releaseHandler);
+  /// A token of nothing yet, so that all that can fail is done before anything is reserved.
+  FileReservation() = default;
   /// Releases the reservation if nobody has.
   ~FileReservation();
   FileReservation(const FileReservation&) = delete;
   FileReservation& operator=(const FileReservation&) = delete;
+
+  /// Makes this the token of a reservation that `releaseHandler` undoes; it must not throw.
+  void begin(std::function<void()> releaseHandler) noexcept QUILLMOR_EXCLUDES(lock_);
 
   /// Ends the reservation. Only the first call does anything.
   void release() QUILLMOR_EXCLUDES(lock_);
@@ -27,16 +30,10 @@ class FileReservation {
 };
 
 /// One of any number of reads of a file that run side by side.
-class ReadReservation final : public FileReservation {
- public:
-  using FileReservation::FileReservation;
-};
+class ReadReservation final : public FileReservation {};
 
 /// The only use of a file, for writing it.
-class OutputReservation final : public FileReservation {
- public:
-  using FileReservation::FileReservation;
-};
+class OutputReservation final : public FileReservation {};
 
 /// The read reservations a document has taken while it is being opened. Safe from any thread.
 class ReadReservationHolder {

@@ -51,7 +51,7 @@ FileLocation realLocation(const FileLocation& location) {
   if (errno != ENOENT || location.path().ends_with('/')) return location;
   const auto directory = realPath(location.directory().path());
   if (!directory) return location;
-  return FileLocation::fromPath(joined(*directory, "/" + location.lastPathComponent()));
+  return FileLocation::fromPath(joined(joined(*directory, "/"), location.lastPathComponent()));
 }
 
 }  // namespace quillmor::SecureFileAccess

@@ -39,6 +39,10 @@ int statusOfPath(const FileLocation& location, FollowSymlinks followSymlinks, st
   });
 }
 
+int statusOfDescriptor(const FileDescriptor& handle, struct stat* raw) {
+  return retryingInterrupted([&] { return SystemCalls::current().fstat(handle.get(), raw); });
+}
+
 }  // namespace
 
 bool StableFileStatus::isRegularFile() const {
@@ -68,8 +72,13 @@ StableFileStatus fileStatus(const FileLocation& location, FollowSymlinks followS
 
 StableFileStatus fileStatus(const FileDescriptor& handle) {
   struct stat raw {};
-  if (retryingInterrupted([&] { return SystemCalls::current().fstat(handle.get(), &raw); }) != 0)
-    throw lastSystemError();
+  if (statusOfDescriptor(handle, &raw) != 0) throw lastSystemError();
+  return makeStatus(raw);
+}
+
+StableFileStatus fileStatus(const FileDescriptor& handle, std::string_view message) {
+  struct stat raw {};
+  if (statusOfDescriptor(handle, &raw) != 0) throw lastSystemError(message);
   return makeStatus(raw);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "base/FileLocation.h"
 #include "fileaccess/FileDescriptor.h"
@@ -45,6 +46,9 @@ StableFileStatus fileStatus(const FileLocation& location, FollowSymlinks followS
 
 /// The status of an open file; a failing call is reported as the POSIX error.
 StableFileStatus fileStatus(const FileDescriptor& handle);
+
+/// The same; a failing call is reported with `message` as its text.
+StableFileStatus fileStatus(const FileDescriptor& handle, std::string_view message);
 
 /// Like `fileStatus`, but absent when nothing exists at the path (ENOENT).
 std::optional<StableFileStatus> fileStatusIfExists(const FileLocation& location,

@@ -7,6 +7,7 @@
 #include <limits>
 #include <system_error>
 
+#include "base/HexText.h"
 #include "base/Unicode.h"
 
 namespace quillmor::HexParser {
@@ -27,10 +28,8 @@ constexpr bool isDigit(std::uint8_t characterClass) {
 
 constexpr std::array<std::uint8_t, 256> kClasses = [] {
   std::array<std::uint8_t, 256> table{};
-  table.fill(kInvalid);
-  for (std::size_t i = 0; i < 10; ++i) table['0' + i] = static_cast<std::uint8_t>(i);
-  for (std::size_t i = 0; i < 6; ++i) {
-    table['A' + i] = table['a' + i] = static_cast<std::uint8_t>(10 + i);
+  for (std::size_t ascii = 0; ascii < 0x80; ++ascii) {
+    table[ascii] = hexDigitValue(static_cast<char>(ascii)).value_or(kInvalid);
   }
   for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = kSeparator;
   for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<std::size_t>(c)] = kSeparator;

@@ -25,11 +25,13 @@ std::uint32_t bigEndian(std::span<const std::uint8_t> bytes) {
 
 /// "U16LE: 0x…  |  U16BE: 0x…" for two bytes, and so on.
 std::string unsignedParts(std::span<const std::uint8_t> bytes) {
-  const std::string name = "U" + std::to_string(bytes.size() * 8);
+  const std::string bits = std::to_string(bytes.size() * 8);
   const auto digits = static_cast<int>(bytes.size() * 2);
-  std::string text = name + "LE: 0x" + uppercaseHex(littleEndian(bytes), digits);
+  std::string text;
+  text.append("U").append(bits).append("LE: 0x").append(uppercaseHex(littleEndian(bytes), digits));
   text.append(kJoint);
-  return text + name + "BE: 0x" + uppercaseHex(bigEndian(bytes), digits);
+  text.append("U").append(bits).append("BE: 0x").append(uppercaseHex(bigEndian(bytes), digits));
+  return text;
 }
 
 }  // namespace

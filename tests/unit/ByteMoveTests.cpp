@@ -1,10 +1,15 @@
 #include "base/ByteMove.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cstring>
 #include <random>
+#include <system_error>
+#include <thread>
 #include <vector>
+
+#include "support/FileAccessTest.h"
 
 namespace quillmor {
 namespace {
@@ -35,6 +40,30 @@ TEST(ByteMove, equalsThePlainMoveWhetherSharedBetweenThreadsOrNot) {
       compareWithMemmove(count, -distance);
     }
   }
+}
+
+/// Forbids this process, which must not be root's, to start threads.
+bool forbidThreads() {
+  const rlimit none = {.rlim_cur = 0, .rlim_max = 0};
+  if (::setrlimit(RLIMIT_NPROC, &none) != 0) return false;
+  try {
+    std::thread([] {}).join();
+    return false;
+  } catch (const std::system_error&) {
+    return true;
+  }
+}
+
+TEST(ByteMove, isDoneByOneThreadWhereThereIsNoSecond) {
+  EXPECT_EQ(test::inRestrictedProcess(test::kNoSizeLimit,
+                                      [] {
+                                        if (!forbidThreads()) return "threads can be started";
+                                        compareWithMemmove(kParallelMoveThreshold, 1);
+                                        compareWithMemmove(kParallelMoveThreshold, -1);
+                                        return testing::Test::HasFailure() ? "moved wrongly"
+                                                                           : "moved";
+                                      }),
+            "moved");
 }
 
 TEST(ByteMove, takesNullForNoBytes) {

@@ -237,6 +237,24 @@ TEST_F(DocumentSaving, keepsFileNamesThatAreNotUtf8) {
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
 }
 
+TEST_F(DocumentSaving, stoppedBeforeItTouchesTheFileIsCancelledWithoutAnAlert) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = openEditor(file);
+  type(editor, "J");
+  std::optional<DocumentSaveOutcome> outcome;
+  DocumentSaver::Hooks hooks;
+  hooks.progress = std::make_shared<TaskProgress>();
+  hooks.willWrite = [progress = hooks.progress] { progress->requestStop(); };
+  hooks.completion = [&](const DocumentSaveOutcome& ended) { outcome = ended; };
+  saver.save(editor.document, file, DocumentSaveOperation::save, std::move(hooks));
+  platform.executor.runAll();
+  ASSERT_TRUE(outcome.has_value());
+  EXPECT_EQ(outcome->result, DocumentSaveResult::cancelled);
+  EXPECT_FALSE(outcome->error.has_value());
+  EXPECT_TRUE(editor.document->isDocumentEdited());
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+}
+
 TEST_F(DocumentSaving, isRefusedWhileBusy) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEditor(file);

@@ -260,9 +260,15 @@ std::optional<Bytes> bytesOfToken(std::u32string token) {
   return bytes;
 }
 
+std::int64_t scalarCount(std::string_view text) {
+  std::int64_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(Unicode::decodeFirst(text).length);
+  return count;
+}
+
 std::optional<Bytes> obviousHexBytes(std::string_view text, std::optional<std::int64_t> maxOutput,
                                      std::optional<std::int64_t> maxInput) {
-  if (maxInput && Unicode::scalarCount(text) > *maxInput) return kNone;
+  if (maxInput && scalarCount(text) > *maxInput) return kNone;
   Bytes all;
   for (const auto& token : tokensOf(text)) {
     const auto bytes = bytesOfToken(token);
@@ -290,7 +296,7 @@ std::optional<std::int64_t> obviousOffset(std::string_view text) {
   static const std::regex bare("^[0-9a-fA-F]+$");
   static const std::regex hasLetter("[a-fA-F]");
   const std::string t(Unicode::trimmedOfWhiteSpace(text));
-  if (Unicode::scalarCount(t) > 128) return kNone;
+  if (scalarCount(t) > 128) return kNone;
   if (t.starts_with("0x") || t.starts_with("0X")) return obviousInteger(t.substr(2), 16);
   if (std::regex_match(t, suffixed)) return obviousInteger(t.substr(0, t.size() - 1), 16);
   if (std::regex_match(t, bare))

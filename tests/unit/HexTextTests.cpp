@@ -28,6 +28,19 @@ TEST(HexText, showsPrintableBytesAsThemselvesAndOthersAsADot) {
   }
 }
 
+TEST(HexText, knowsTheValueOfEveryDigit) {
+  const std::string digits = "0123456789abcdefABCDEF";
+  for (int c = -128; c < 128; ++c) {
+    const auto character = static_cast<char>(c);
+    const bool isDigit = digits.find(character) != std::string::npos;
+    const auto value = hexDigitValue(character);
+    ASSERT_EQ(value.has_value(), isDigit) << c;
+    if (isDigit) {
+      EXPECT_EQ(*value, std::stoi(std::string(1, character), nullptr, 16));
+    }
+  }
+}
+
 TEST(HexText, padsToTheMinimumWidth) {
   EXPECT_EQ(uppercaseHex(0, 8), "00000000");
   EXPECT_EQ(uppercaseHex(0xBEEF, 8), "0000BEEF");

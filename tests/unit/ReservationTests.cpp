@@ -83,6 +83,23 @@ TEST_F(Reservations, knowAFileThatDoesNotExistYetByItsPath) {
                         "that operation to finish before opening or reading it."));
 }
 
+TEST_F(Reservations, knowAFileThatDoesNotExistYetThroughALinkedFolder) {
+  fs::create_directory(folder.path() / "real");
+  fs::create_directory_symlink("real", folder.path() / "linked");
+  {
+    const auto output = reserveOutputURL(folder.location("linked/new.bin"));
+    EXPECT_THAT([&] { reserveReadURL(folder.location("real/new.bin")); },
+                failsWith(1208,
+                          "new.bin is currently being written by another save or export. Wait for "
+                          "that operation to finish before opening or reading it."));
+    EXPECT_THAT([&] { reserveOutputURL(folder.location("real/new.bin")); },
+                failsWith(1207,
+                          "Another operation is already reading or writing new.bin. Choose a "
+                          "different destination or wait for that operation to finish."));
+  }
+  EXPECT_NO_THROW(reserveOutputURL(folder.location("real/new.bin")));
+}
+
 TEST_F(Reservations, standardizeThePath) {
   const auto output = reserveOutputURL(folder.location("new.bin"));
   EXPECT_THAT([&] { reserveReadURL(folder.location("./x/../new.bin")); }, testing::Throws<Error>());
@@ -212,10 +229,22 @@ TEST(FileReservationRegistry, neverLetsReadersAndAWriterInTogether) {
   EXPECT_NO_THROW(registry.reserveOutput(keys, "data.bin"));
 }
 
+TEST(FileReservation, isOfNothingUntilItBegins) {
+  int released = 0;
+  {
+    ReadReservation reservation;
+    reservation.release();
+    reservation.begin([&released] { ++released; });
+    EXPECT_EQ(released, 0);
+  }
+  EXPECT_EQ(released, 1);
+}
+
 TEST(FileReservation, isReleasedOnceByManyThreads) {
   for (int round = 0; round < 200; ++round) {
     std::atomic<int> released{0};
-    ReadReservation reservation([&released] { ++released; });
+    ReadReservation reservation;
+    reservation.begin([&released] { ++released; });
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i) threads.emplace_back([&reservation] { reservation.release(); });
     for (auto& thread : threads) thread.join();

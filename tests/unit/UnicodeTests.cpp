@@ -78,7 +78,7 @@ TEST(Unicode, readsBrokenSequencesAsReplacementScalars) {
   };
   for (const auto& [text, expected] : cases) {
     EXPECT_EQ(scalarsOf(text), expected) << testing::PrintToString(std::string(text));
-    EXPECT_FALSE(Unicode::isValidUtf8(text));
+    EXPECT_FALSE(Unicode::decodeFirst(text).isValid);
   }
 }
 
@@ -103,14 +103,6 @@ TEST(Unicode, knowsTheWhiteSpaceProperty) {
   }
 }
 
-TEST(Unicode, countsScalarsNotBytes) {
-  EXPECT_EQ(Unicode::scalarCount(""), 0);
-  EXPECT_EQ(Unicode::scalarCount("abc"), 3);
-  EXPECT_EQ(Unicode::scalarCount("\u00E4\u20AC\U0001F600"), 3);
-  EXPECT_EQ(Unicode::scalarCount("e\u0301"), 2);
-  EXPECT_EQ(Unicode::scalarCount("a\0b"sv), 3);
-}
-
 TEST(Unicode, tellsWhetherATextHasMoreScalarsThanALimit) {
   const std::string_view text = "a\u20AC\U0001F600";
   EXPECT_TRUE(Unicode::hasMoreScalarsThan(text, -1));
@@ -129,6 +121,8 @@ TEST(Unicode, cutsBetweenScalars) {
   EXPECT_EQ(Unicode::prefixOfScalars(text, 2), "a\u20AC");
   EXPECT_EQ(Unicode::prefixOfScalars(text, 3), text);
   EXPECT_EQ(Unicode::prefixOfScalars(text, 100), text);
+  EXPECT_EQ(Unicode::prefixOfScalars("a\0b"sv, 2), "a\0"sv);
+  EXPECT_EQ(Unicode::prefixOfScalars("e\u0301", 1), "e");
 }
 
 TEST(Unicode, trimsWhiteSpaceAtBothEndsOnly) {
@@ -136,11 +130,6 @@ TEST(Unicode, trimsWhiteSpaceAtBothEndsOnly) {
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace(" \t\u3000\n"), "");
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace("\u00A0 a \u2003 b \u2028"), "a \u2003 b");
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace("\xFF "), "\xFF");
-}
-
-TEST(Unicode, acceptsWellFormedText) {
-  EXPECT_TRUE(Unicode::isValidUtf8(""));
-  EXPECT_TRUE(Unicode::isValidUtf8("Stra\u00DFe \uFFFD \U0010FFFF"));
 }
 
 }  // namespace

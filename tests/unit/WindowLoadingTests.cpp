@@ -147,6 +147,14 @@ TEST_F(WindowLoading, refusesALocationThatIsNoLocalFile) {
                 "The selected item is not a local file URL.");
 }
 
+TEST_F(WindowLoading, tellsOfAnOperationTheSystemCancelled) {
+  const auto file = folder.write("data.bin", "hello");
+  FaultySystemCalls calls;
+  const ScopedSystemCalls scope(calls);
+  calls.fail(SystemCall::read, 1, ECANCELED);
+  expectRefused(file, Error::posix(ECANCELED).message());
+}
+
 TEST_F(WindowLoading, makesTheRealFileBehindALinkTheDocumentsLocation) {
   std::filesystem::create_directory(folder.location("real").path());
   const auto file = folder.write("real/data.bin", "hello");
