@@ -77,6 +77,10 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   void updateScrollBars();
   void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
   void scrollPositionChanged();
+  /// What a page key scrolls: one line less than can be seen, so that the eye finds its place.
+  static double pageLength(double viewport, double line);
+  /// How far one notch of a wheel scrolls in each direction, at most a page.
+  QPointF wheelNotch() const;
 
   HexEditorState* editor_;
   HexEditorPainter painter_;

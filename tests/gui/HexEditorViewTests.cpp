@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -74,6 +75,57 @@ TEST_F(HexEditorViewTest, leavesCommandsAndKeysWithoutTextToTheToolkit) {
   EXPECT_FALSE(key(Qt::Key_F5));
   EXPECT_TRUE(key(Qt::Key_A, "a"));
   EXPECT_EQ(state.caretOffset(), 50);
+  EXPECT_EQ(beeper.count, 0);
+}
+
+TEST_F(HexEditorViewTest, typesWhateverTypesText) {
+  setCountingBytes(8);
+  EXPECT_TRUE(key(Qt::Key_5, "5", Qt::KeypadModifier));
+  EXPECT_EQ(test::bytesOf(state)[0], 0x50);
+  EXPECT_TRUE(key(Qt::Key_A, "A", Qt::ShiftModifier));
+  EXPECT_EQ(test::bytesOf(state)[0], 0x5A);
+  state.setEditingArea(EditingArea::ascii);
+  EXPECT_TRUE(key(Qt::Key_At, "@", Qt::GroupSwitchModifier));
+  EXPECT_EQ(test::bytesOf(state)[1], '@');
+  EXPECT_TRUE(key(Qt::Key_BraceLeft, "{", Qt::GroupSwitchModifier | Qt::AltModifier))
+      << "some keyboards report the AltGr key as Alt too";
+  EXPECT_EQ(test::bytesOf(state)[2], '{');
+  EXPECT_EQ(beeper.count, 0);
+}
+
+TEST_F(HexEditorViewTest, keepsTypingWhileAKeyIsHeld) {
+  setCountingBytes(8);
+  for (const bool isRepeated : {false, true, true}) {
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_F, Qt::NoModifier, "f", isRepeated);
+    QApplication::sendEvent(&view, &event);
+  }
+  EXPECT_EQ(test::bytesOf(state)[0], 0xFF);
+  EXPECT_EQ(test::bytesOf(state)[1], 0xF1);
+}
+
+TEST_F(HexEditorViewTest, lettersHeldWithAModifierTypeNothing) {
+  setCountingBytes(8);
+  for (const EditingArea area : {EditingArea::hex, EditingArea::ascii}) {
+    state.setEditingArea(area);
+    EXPECT_FALSE(key(Qt::Key_F, "f", Qt::AltModifier)) << "opens a menu";
+    EXPECT_FALSE(key(Qt::Key_F, "F", Qt::AltModifier | Qt::ShiftModifier));
+    EXPECT_FALSE(key(Qt::Key_E, "e", Qt::MetaModifier)) << "belongs to the desktop";
+    EXPECT_FALSE(key(Qt::Key_C, "\x03", Qt::ControlModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "c", Qt::ControlModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "\x03", Qt::ControlModifier | Qt::ShiftModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "c", Qt::ControlModifier | Qt::AltModifier));
+  }
+  EXPECT_EQ(delegate.edits, 0);
+  EXPECT_EQ(state.caretOffset(), 0);
+  EXPECT_EQ(beeper.count, 0);
+}
+
+TEST_F(HexEditorViewTest, keysThatTypeNothingYetAreLeftToTheToolkit) {
+  setCountingBytes(8);
+  EXPECT_FALSE(key(Qt::Key_Dead_Acute));
+  EXPECT_FALSE(key(Qt::Key_A)) << "without text";
+  EXPECT_FALSE(key(Qt::Key_AltGr));
+  EXPECT_EQ(delegate.edits, 0);
   EXPECT_EQ(beeper.count, 0);
 }
 
@@ -184,6 +236,39 @@ TEST_F(HexEditorViewTest, aWheelThatMovesNothingIsLeftToOthers) {
   EXPECT_FALSE(wheel({}, {0, 120}));
   view.scrollTo({0, 1e9});
   EXPECT_FALSE(wheel({}, {0, -120}));
+}
+
+TEST_F(HexEditorViewTest, aWheelWithControlIsLeftToOthers) {
+  setCountingBytes(16 * 200);
+  view.scrollTo({0, 500});
+  EXPECT_FALSE(wheel({}, {0, -120}, Qt::ControlModifier));
+  EXPECT_FALSE(wheel({0, 9}, {}, Qt::ControlModifier | Qt::ShiftModifier));
+  EXPECT_EQ(view.scrollPosition(), (Point{0, 500}));
+}
+
+TEST_F(HexEditorViewTest, aWheelNotchScrollsAPageAtMost) {
+  setCountingBytes(16 * 400);
+  const int before = QApplication::wheelScrollLines();
+  const auto restore = qScopeGuard([&] { QApplication::setWheelScrollLines(before); });
+  QApplication::setWheelScrollLines(1000);
+  EXPECT_TRUE(wheel({}, {0, -120}));
+  const double page = view.viewport()->height() - geometry().rowHeight();
+  EXPECT_EQ(view.scrollPosition().y, page);
+  EXPECT_TRUE(wheel({}, {0, 60}));
+  EXPECT_EQ(view.scrollPosition().y, page / 2);
+}
+
+TEST_F(HexEditorViewTest, altTurnsTheWheelSideways) {
+  setCountingBytes(100);
+  state.setBytesPerRow(32);
+  wheel({0, -25}, {}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(), (Point{25, 0}));
+  wheel({-5, 0}, {}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(), (Point{30, 0})) << "where the toolkit has turned it already";
+  view.scrollTo({0, 0});
+  wheel({}, {0, -120}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(),
+            (Point{geometry().charWidth() * QApplication::wheelScrollLines(), 0}));
 }
 
 TEST_F(HexEditorViewTest, shiftTurnsTheWheelSideways) {
