@@ -27,7 +27,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   /// Null once the editor has let go of the view.
   HexEditorState* editor() const { return editor_; }
   HexEditorPainter& hexPainter() { return painter_; }
-  void setFileDropHandler(FileDropHandler handler) { fileDropHandler_ = std::move(handler); }
+  void setFileDropHandler(FileDropHandler handler) { drops_.setHandler(std::move(handler)); }
 
   /// Accepts no more drops, as when the window closes.
   void unregisterDrags() { viewport()->setAcceptDrops(false); }
@@ -84,7 +84,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
 
   HexEditorState* editor_;
   HexEditorPainter painter_;
-  FileDropHandler fileDropHandler_;
+  FileDropTarget drops_;
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;

@@ -120,15 +120,15 @@ void HexEditorView::wheelEvent(QWheelEvent* event) {
 }
 
 void HexEditorView::dragEnterEvent(QDragEnterEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragEnter(*event);
 }
 
 void HexEditorView::dragMoveEvent(QDragMoveEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragMove(*event);
 }
 
 void HexEditorView::dropEvent(QDropEvent* event) {
-  performFileDrop(*event, fileDropHandler_);
+  drops_.drop(*event);
 }
 
 }  // namespace quillmor

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QUrl>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "EditorViewFixture.h"
@@ -189,6 +190,29 @@ TEST_F(HexEditorViewTest, draggingSelects) {
   mouse(QEvent::MouseButtonRelease, hexPoint(37));
   mouse(QEvent::MouseMove, hexPoint(60));
   EXPECT_EQ(state.selection(), (HexSelection{5, 33}));
+}
+
+TEST_F(HexEditorViewTest, anotherButtonDoesNotDisturbADrag) {
+  setCountingBytes(100);
+  mouse(QEvent::MouseButtonPress, hexPoint(5));
+  mouse(QEvent::MouseMove, hexPoint(20));
+  const QPoint place = hexPoint(30);
+  const QPoint global = view.viewport()->mapToGlobal(place);
+  const auto both = Qt::LeftButton | Qt::RightButton;
+  for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
+    QMouseEvent press(type, place, global, Qt::RightButton, both, Qt::NoModifier);
+    QApplication::sendEvent(view.viewport(), &press);
+    EXPECT_EQ(state.selection(), (HexSelection{5, 16}));
+  }
+  QMouseEvent move(QEvent::MouseMove, place, global, Qt::NoButton, both, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &move);
+  EXPECT_EQ(state.selection(), (HexSelection{5, 26}));
+  QMouseEvent release(QEvent::MouseButtonRelease, place, global, Qt::RightButton, Qt::LeftButton,
+                      Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &release);
+  EXPECT_EQ(state.trackingDragStart(), 5);
+  mouse(QEvent::MouseMove, hexPoint(40));
+  EXPECT_EQ(state.selection(), (HexSelection{5, 36}));
 }
 
 TEST_F(HexEditorViewTest, aSecondClickCountsAsAClick) {
@@ -433,7 +457,11 @@ class HexEditorDrops : public test::EditorViewTest {
   bool drop(QWidget& target, const QList<QUrl>& urls) {
     QMimeData data;
     data.setUrls(urls);
-    const auto actions = Qt::CopyAction | Qt::MoveAction;
+    return dropData(target, data);
+  }
+
+  static bool dropData(QWidget& target, const QMimeData& data,
+                       Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
     QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&target, &enter);
     QDragMoveEvent move({6, 6}, actions, &data, Qt::LeftButton, Qt::NoModifier);
@@ -482,6 +510,46 @@ TEST_F(HexEditorDrops, whatIsNoFileIsRefused) {
 TEST_F(HexEditorDrops, namesThatAreNotUtf8Survive) {
   EXPECT_TRUE(drop(*view.viewport(), {QUrl::fromEncoded("file:///no/such/%FF%FE.bin")}));
   EXPECT_EQ(dropped, (std::vector{FileLocation::fromPath("/no/such/\xFF\xFE.bin")}));
+}
+
+TEST_F(HexEditorDrops, areReadAsOtherProgramsSendThem) {
+  std::ofstream(file("c d.bin")).put('c');
+  QMimeData data;
+  data.setData("text/uri-list", QByteArray("# made by another program\r\n") + "file://" +
+                                    folder.path().toUtf8() + "/c%20d.bin\r\n" +
+                                    "file:///no/such/%FF%25.bin\r\n");
+  EXPECT_TRUE(dropData(*view.viewport(), data));
+  data.setData("text/uri-list", "# first\r\nfile:///no/such/%FF%25.bin\r\n");
+  EXPECT_TRUE(dropData(drops, data));
+  EXPECT_EQ(dropped, (std::vector{FileLocation::fromPath(file("c d.bin")),
+                                  FileLocation::fromPath("/no/such/\xFF%.bin")}));
+}
+
+TEST_F(HexEditorDrops, areRefusedWhenTheyMayNotBeCopied) {
+  QMimeData data;
+  data.setUrls({url(file("a.bin"))});
+  EXPECT_FALSE(dropData(*view.viewport(), data, Qt::MoveAction));
+  EXPECT_FALSE(dropData(drops, data, Qt::LinkAction | Qt::MoveAction));
+  EXPECT_TRUE(dropped.empty());
+  EXPECT_TRUE(dropData(drops, data, Qt::CopyAction));
+}
+
+TEST_F(HexEditorDrops, askForTheFileOnceHoweverFarTheDragMoves) {
+  QMimeData data;
+  data.setUrls({url(file("a.bin"))});
+  QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &enter);
+  ASSERT_TRUE(enter.isAccepted());
+  // A file that has become a folder since: only a second look would tell.
+  std::filesystem::remove(file("a.bin"));
+  std::filesystem::create_directory(file("a.bin"));
+  QDragMoveEvent move({6, 6}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &move);
+  EXPECT_TRUE(move.isAccepted());
+  QDropEvent release({6, 6}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &release);
+  EXPECT_FALSE(release.isAccepted());
+  EXPECT_TRUE(dropped.empty());
 }
 
 TEST_F(HexEditorDrops, areAcceptedWhileEditingIsDisabled) {
