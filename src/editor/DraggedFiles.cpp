@@ -15,7 +15,8 @@ bool isDirectory(const FileLocation& location) {
   return location.path().ends_with('/') || std::filesystem::is_directory(location.path(), error);
 }
 
-void acceptCopy(QDropEvent& event) {
+void answer(QDropEvent& event, bool isWanted) {
+  if (!isWanted || !event.possibleActions().testFlag(Qt::CopyAction)) return event.ignore();
   event.setDropAction(Qt::CopyAction);
   event.accept();
 }
@@ -30,19 +31,19 @@ std::optional<FileLocation> firstDraggedFileURL(const QMimeData& data) {
   return std::nullopt;
 }
 
-void answerFileDrag(QDropEvent& event) {
-  if (firstDraggedFileURL(*event.mimeData())) {
-    acceptCopy(event);
-  } else {
-    event.ignore();
-  }
+void FileDropTarget::dragEnter(QDropEvent& event) {
+  carriesFile_ = firstDraggedFileURL(*event.mimeData()).has_value();
+  answer(event, carriesFile_);
 }
 
-void performFileDrop(QDropEvent& event, const FileDropHandler& handler) {
+void FileDropTarget::dragMove(QDropEvent& event) const {
+  answer(event, carriesFile_);
+}
+
+void FileDropTarget::drop(QDropEvent& event) {
   const auto location = firstDraggedFileURL(*event.mimeData());
-  if (!location || !handler) return event.ignore();
-  acceptCopy(event);
-  handler(*location);
+  answer(event, location && handler_);
+  if (event.isAccepted()) handler_(*location);
 }
 
 }  // namespace quillmor

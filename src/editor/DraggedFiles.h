@@ -17,10 +17,22 @@ using FileDropHandler = std::function<void(const FileLocation&)>;
 /// UTF-8 survive.
 std::optional<FileLocation> firstDraggedFileURL(const QMimeData& data);
 
-/// Answers a drag that entered or moved: a copy when it carries a file, else refused.
-void answerFileDrag(QDropEvent& event);
+/// What a view answers while something is dragged over it. Files are looked up when the drag enters
+/// and when it ends, not at every move: that asks the file system. GUI thread only.
+class FileDropTarget {
+ public:
+  void setHandler(FileDropHandler handler) { handler_ = std::move(handler); }
 
-/// Hands the dropped file to `handler`. Refuses the drop when there is no file or no handler.
-void performFileDrop(QDropEvent& event, const FileDropHandler& handler);
+  /// A copy when the drag carries a file and may be copied, else refused.
+  void dragEnter(QDropEvent& event);
+  /// As for the enter before.
+  void dragMove(QDropEvent& event) const;
+  /// Hands the dropped file to the handler. Refused like the enter, or when there is no handler.
+  void drop(QDropEvent& event);
+
+ private:
+  FileDropHandler handler_;
+  bool carriesFile_ = false;
+};
 
 }  // namespace quillmor

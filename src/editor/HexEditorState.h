@@ -68,6 +68,10 @@ struct KeyPress {
   bool command = false;
   /// The text that the key types, in UTF-8. Looked at for `Key::other` only.
   std::string characters;
+
+  /// Whether the press carries no characters. The other keys always have some: which ones, and
+  /// whether a toolkit tells them, differs between systems.
+  bool isEmpty() const { return key == Key::other && characters.empty(); }
 };
 
 /// The hex view without its drawing: caret, selection, typing modes and everything that keyboard,

@@ -4,6 +4,7 @@ namespace quillmor {
 
 bool HexEditorState::keyDown(const KeyPress& press) {
   if (refusesEditing()) return true;
+  if (press.isEmpty()) return false;
   using Key = KeyPress::Key;
   switch (press.key) {
     case Key::deleteBackward:
@@ -27,7 +28,7 @@ bool HexEditorState::keyDown(const KeyPress& press) {
     case Key::other:
       break;
   }
-  if (press.characters.empty() || press.command) return false;
+  if (press.command) return false;
   handleTextInput(press.characters);
   return true;
 }

@@ -116,11 +116,15 @@ void HexEditorView::updateScrollBars() {
   syncScrollBar(*verticalScrollBar(), vertical_, size.height(), geometry.rowHeight());
 }
 
+double HexEditorView::pageLength(double viewport, double line) {
+  return std::max(viewport - line, line);
+}
+
 void HexEditorView::syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport,
                                   double line) {
   const QScopedValueRollback guard(isSyncingScrollBars_, true);
   bar.setSingleStep(axis.barSteps(line));
-  bar.setPageStep(axis.barSteps(std::max(viewport - line, line)));
+  bar.setPageStep(axis.barSteps(pageLength(viewport, line)));
   bar.setRange(0, axis.barMaximum());
   bar.setValue(axis.barValue());
 }

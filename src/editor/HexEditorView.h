@@ -27,7 +27,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   /// Null once the editor has let go of the view.
   HexEditorState* editor() const { return editor_; }
   HexEditorPainter& hexPainter() { return painter_; }
-  void setFileDropHandler(FileDropHandler handler) { fileDropHandler_ = std::move(handler); }
+  void setFileDropHandler(FileDropHandler handler) { drops_.setHandler(std::move(handler)); }
 
   /// Accepts no more drops, as when the window closes.
   void unregisterDrags() { viewport()->setAcceptDrops(false); }
@@ -77,10 +77,14 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   void updateScrollBars();
   void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
   void scrollPositionChanged();
+  /// What a page key scrolls: one line less than can be seen, so that the eye finds its place.
+  static double pageLength(double viewport, double line);
+  /// How far one notch of a wheel scrolls in each direction, at most a page.
+  QPointF wheelNotch() const;
 
   HexEditorState* editor_;
   HexEditorPainter painter_;
-  FileDropHandler fileDropHandler_;
+  FileDropTarget drops_;
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;

@@ -39,25 +39,37 @@ KeyPress keyPressFor(const QKeyEvent& event) {
           .characters = event.text().toStdString()};
 }
 
-/// Keys that type nothing, and Tab, which moves the focus for people who work without a mouse.
+/// Whether Alt or the desktop's key is held, with which keys choose menus and switch windows. AltGr
+/// types characters, though some keyboards report it as Alt.
+bool isShortcut(Qt::KeyboardModifiers modifiers) {
+  return (modifiers & (Qt::AltModifier | Qt::MetaModifier)) != 0 &&
+         !modifiers.testFlag(Qt::GroupSwitchModifier);
+}
+
+/// Keys that type nothing, and Tab, which moves the focus for people who work without a mouse. They
+/// do not get as far as the editor, which refuses every key with a beep while editing is disabled:
+/// this toolkit also delivers Shift, Control and the page keys, which only scroll, as key presses.
 bool belongsToToolkit(const QKeyEvent& event) {
   if (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab) return true;
-  return keyFor(event.key()) == KeyPress::Key::other && event.text().isEmpty();
+  if (keyFor(event.key()) != KeyPress::Key::other) return false;
+  return event.text().isEmpty() || isShortcut(event.modifiers());
+}
+
+QPointF turnedSideways(QPointF delta, Qt::KeyboardModifiers modifiers) {
+  // Some platforms have turned the wheel already.
+  const bool turns = (modifiers & (Qt::ShiftModifier | Qt::AltModifier)) != 0 && delta.x() == 0;
+  return turns ? delta.transposed() : delta;
 }
 
 /// How far a wheel event scrolls, in pixels; positive values move the content right and down.
-QPointF wheelDistance(const QWheelEvent& event, Point pixelsPerLine) {
-  QPointF distance;
+QPointF wheelDistance(const QWheelEvent& event, QPointF pixelsPerNotch) {
   // Only events of a gesture carry pixels to rely on; wheels count notches.
   if (event.phase() != Qt::NoScrollPhase && !event.pixelDelta().isNull()) {
-    distance = event.pixelDelta();
-  } else {
-    const double lines = QApplication::wheelScrollLines();
-    distance = QPointF(event.angleDelta()) / kAngleDeltaPerNotch * lines;
-    distance = {distance.x() * pixelsPerLine.x, distance.y() * pixelsPerLine.y};
+    return turnedSideways(event.pixelDelta(), event.modifiers());
   }
-  const bool sideways = event.modifiers().testFlag(Qt::ShiftModifier) && distance.x() == 0;
-  return sideways ? distance.transposed() : distance;
+  const QPointF notches =
+      turnedSideways(event.angleDelta(), event.modifiers()) / kAngleDeltaPerNotch;
+  return {notches.x() * pixelsPerNotch.x(), notches.y() * pixelsPerNotch.y()};
 }
 
 }  // namespace
@@ -87,11 +99,20 @@ void HexEditorView::mouseReleaseEvent(QMouseEvent* event) {
   editor_->mouseUp();
 }
 
+QPointF HexEditorView::wheelNotch() const {
+  const int lines = QApplication::wheelScrollLines();
+  const double charWidth = editor_->geometry().charWidth();
+  const double rowHeight = editor_->geometry().rowHeight();
+  return {std::min(lines * charWidth, pageLength(viewport()->width(), charWidth)),
+          std::min(lines * rowHeight, pageLength(viewport()->height(), rowHeight))};
+}
+
 void HexEditorView::wheelEvent(QWheelEvent* event) {
-  if (editor_ == nullptr) return event->ignore();
-  const HexEditorGeometry& geometry = editor_->geometry();
-  const QPointF distance =
-      wheelDistance(*event, {.x = geometry.charWidth(), .y = geometry.rowHeight()});
+  // With Control held a wheel zooms, which is not this view's to do.
+  if (editor_ == nullptr || event->modifiers().testFlag(Qt::ControlModifier)) {
+    return event->ignore();
+  }
+  const QPointF distance = wheelDistance(*event, wheelNotch());
   const Point from = scrollPosition();
   scrollTo({from.x - distance.x(), from.y - distance.y()});
   // At the end of the way another view may take over.
@@ -99,15 +120,15 @@ void HexEditorView::wheelEvent(QWheelEvent* event) {
 }
 
 void HexEditorView::dragEnterEvent(QDragEnterEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragEnter(*event);
 }
 
 void HexEditorView::dragMoveEvent(QDragMoveEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragMove(*event);
 }
 
 void HexEditorView::dropEvent(QDropEvent* event) {
-  performFileDrop(*event, fileDropHandler_);
+  drops_.drop(*event);
 }
 
 }  // namespace quillmor

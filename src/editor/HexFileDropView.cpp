@@ -9,15 +9,15 @@ HexFileDropView::HexFileDropView(QWidget* parent) : QWidget(parent) {
 }
 
 void HexFileDropView::dragEnterEvent(QDragEnterEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragEnter(*event);
 }
 
 void HexFileDropView::dragMoveEvent(QDragMoveEvent* event) {
-  answerFileDrag(*event);
+  drops_.dragMove(*event);
 }
 
 void HexFileDropView::dropEvent(QDropEvent* event) {
-  performFileDrop(*event, fileDropHandler_);
+  drops_.drop(*event);
 }
 
 }  // namespace quillmor

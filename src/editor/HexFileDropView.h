@@ -13,7 +13,7 @@ class HexFileDropView : public QWidget {
  public:
   explicit HexFileDropView(QWidget* parent = nullptr);
 
-  void setFileDropHandler(FileDropHandler handler) { fileDropHandler_ = std::move(handler); }
+  void setFileDropHandler(FileDropHandler handler) { drops_.setHandler(std::move(handler)); }
 
  protected:
   void dragEnterEvent(QDragEnterEvent* event) override;
@@ -21,7 +21,7 @@ class HexFileDropView : public QWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  FileDropHandler fileDropHandler_;
+  FileDropTarget drops_;
 };
 
 }  // namespace quillmor

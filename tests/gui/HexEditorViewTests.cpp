@@ -3,10 +3,12 @@
 #include <QAccessible>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "EditorViewFixture.h"
@@ -77,6 +79,57 @@ TEST_F(HexEditorViewTest, leavesCommandsAndKeysWithoutTextToTheToolkit) {
   EXPECT_EQ(beeper.count, 0);
 }
 
+TEST_F(HexEditorViewTest, typesWhateverTypesText) {
+  setCountingBytes(8);
+  EXPECT_TRUE(key(Qt::Key_5, "5", Qt::KeypadModifier));
+  EXPECT_EQ(test::bytesOf(state)[0], 0x50);
+  EXPECT_TRUE(key(Qt::Key_A, "A", Qt::ShiftModifier));
+  EXPECT_EQ(test::bytesOf(state)[0], 0x5A);
+  state.setEditingArea(EditingArea::ascii);
+  EXPECT_TRUE(key(Qt::Key_At, "@", Qt::GroupSwitchModifier));
+  EXPECT_EQ(test::bytesOf(state)[1], '@');
+  EXPECT_TRUE(key(Qt::Key_BraceLeft, "{", Qt::GroupSwitchModifier | Qt::AltModifier))
+      << "some keyboards report the AltGr key as Alt too";
+  EXPECT_EQ(test::bytesOf(state)[2], '{');
+  EXPECT_EQ(beeper.count, 0);
+}
+
+TEST_F(HexEditorViewTest, keepsTypingWhileAKeyIsHeld) {
+  setCountingBytes(8);
+  for (const bool isRepeated : {false, true, true}) {
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_F, Qt::NoModifier, "f", isRepeated);
+    QApplication::sendEvent(&view, &event);
+  }
+  EXPECT_EQ(test::bytesOf(state)[0], 0xFF);
+  EXPECT_EQ(test::bytesOf(state)[1], 0xF1);
+}
+
+TEST_F(HexEditorViewTest, lettersHeldWithAModifierTypeNothing) {
+  setCountingBytes(8);
+  for (const EditingArea area : {EditingArea::hex, EditingArea::ascii}) {
+    state.setEditingArea(area);
+    EXPECT_FALSE(key(Qt::Key_F, "f", Qt::AltModifier)) << "opens a menu";
+    EXPECT_FALSE(key(Qt::Key_F, "F", Qt::AltModifier | Qt::ShiftModifier));
+    EXPECT_FALSE(key(Qt::Key_E, "e", Qt::MetaModifier)) << "belongs to the desktop";
+    EXPECT_FALSE(key(Qt::Key_C, "\x03", Qt::ControlModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "c", Qt::ControlModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "\x03", Qt::ControlModifier | Qt::ShiftModifier));
+    EXPECT_FALSE(key(Qt::Key_C, "c", Qt::ControlModifier | Qt::AltModifier));
+  }
+  EXPECT_EQ(delegate.edits, 0);
+  EXPECT_EQ(state.caretOffset(), 0);
+  EXPECT_EQ(beeper.count, 0);
+}
+
+TEST_F(HexEditorViewTest, keysThatTypeNothingYetAreLeftToTheToolkit) {
+  setCountingBytes(8);
+  EXPECT_FALSE(key(Qt::Key_Dead_Acute));
+  EXPECT_FALSE(key(Qt::Key_A)) << "without text";
+  EXPECT_FALSE(key(Qt::Key_AltGr));
+  EXPECT_EQ(delegate.edits, 0);
+  EXPECT_EQ(beeper.count, 0);
+}
+
 TEST_F(HexEditorViewTest, modifiersAloneAreSilentWhileEditingIsDisabled) {
   state.setEditingEnabled(false);
   key(Qt::Key_Shift);
@@ -139,6 +192,29 @@ TEST_F(HexEditorViewTest, draggingSelects) {
   EXPECT_EQ(state.selection(), (HexSelection{5, 33}));
 }
 
+TEST_F(HexEditorViewTest, anotherButtonDoesNotDisturbADrag) {
+  setCountingBytes(100);
+  mouse(QEvent::MouseButtonPress, hexPoint(5));
+  mouse(QEvent::MouseMove, hexPoint(20));
+  const QPoint place = hexPoint(30);
+  const QPoint global = view.viewport()->mapToGlobal(place);
+  const auto both = Qt::LeftButton | Qt::RightButton;
+  for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
+    QMouseEvent press(type, place, global, Qt::RightButton, both, Qt::NoModifier);
+    QApplication::sendEvent(view.viewport(), &press);
+    EXPECT_EQ(state.selection(), (HexSelection{5, 16}));
+  }
+  QMouseEvent move(QEvent::MouseMove, place, global, Qt::NoButton, both, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &move);
+  EXPECT_EQ(state.selection(), (HexSelection{5, 26}));
+  QMouseEvent release(QEvent::MouseButtonRelease, place, global, Qt::RightButton, Qt::LeftButton,
+                      Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &release);
+  EXPECT_EQ(state.trackingDragStart(), 5);
+  mouse(QEvent::MouseMove, hexPoint(40));
+  EXPECT_EQ(state.selection(), (HexSelection{5, 36}));
+}
+
 TEST_F(HexEditorViewTest, aSecondClickCountsAsAClick) {
   setCountingBytes(100);
   mouse(QEvent::MouseButtonDblClick, asciiPoint(7));
@@ -184,6 +260,39 @@ TEST_F(HexEditorViewTest, aWheelThatMovesNothingIsLeftToOthers) {
   EXPECT_FALSE(wheel({}, {0, 120}));
   view.scrollTo({0, 1e9});
   EXPECT_FALSE(wheel({}, {0, -120}));
+}
+
+TEST_F(HexEditorViewTest, aWheelWithControlIsLeftToOthers) {
+  setCountingBytes(16 * 200);
+  view.scrollTo({0, 500});
+  EXPECT_FALSE(wheel({}, {0, -120}, Qt::ControlModifier));
+  EXPECT_FALSE(wheel({0, 9}, {}, Qt::ControlModifier | Qt::ShiftModifier));
+  EXPECT_EQ(view.scrollPosition(), (Point{0, 500}));
+}
+
+TEST_F(HexEditorViewTest, aWheelNotchScrollsAPageAtMost) {
+  setCountingBytes(16 * 400);
+  const int before = QApplication::wheelScrollLines();
+  const auto restore = qScopeGuard([&] { QApplication::setWheelScrollLines(before); });
+  QApplication::setWheelScrollLines(1000);
+  EXPECT_TRUE(wheel({}, {0, -120}));
+  const double page = view.viewport()->height() - geometry().rowHeight();
+  EXPECT_EQ(view.scrollPosition().y, page);
+  EXPECT_TRUE(wheel({}, {0, 60}));
+  EXPECT_EQ(view.scrollPosition().y, page / 2);
+}
+
+TEST_F(HexEditorViewTest, altTurnsTheWheelSideways) {
+  setCountingBytes(100);
+  state.setBytesPerRow(32);
+  wheel({0, -25}, {}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(), (Point{25, 0}));
+  wheel({-5, 0}, {}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(), (Point{30, 0})) << "where the toolkit has turned it already";
+  view.scrollTo({0, 0});
+  wheel({}, {0, -120}, Qt::AltModifier);
+  EXPECT_EQ(view.scrollPosition(),
+            (Point{geometry().charWidth() * QApplication::wheelScrollLines(), 0}));
 }
 
 TEST_F(HexEditorViewTest, shiftTurnsTheWheelSideways) {
@@ -348,7 +457,11 @@ class HexEditorDrops : public test::EditorViewTest {
   bool drop(QWidget& target, const QList<QUrl>& urls) {
     QMimeData data;
     data.setUrls(urls);
-    const auto actions = Qt::CopyAction | Qt::MoveAction;
+    return dropData(target, data);
+  }
+
+  static bool dropData(QWidget& target, const QMimeData& data,
+                       Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
     QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&target, &enter);
     QDragMoveEvent move({6, 6}, actions, &data, Qt::LeftButton, Qt::NoModifier);
@@ -397,6 +510,46 @@ TEST_F(HexEditorDrops, whatIsNoFileIsRefused) {
 TEST_F(HexEditorDrops, namesThatAreNotUtf8Survive) {
   EXPECT_TRUE(drop(*view.viewport(), {QUrl::fromEncoded("file:///no/such/%FF%FE.bin")}));
   EXPECT_EQ(dropped, (std::vector{FileLocation::fromPath("/no/such/\xFF\xFE.bin")}));
+}
+
+TEST_F(HexEditorDrops, areReadAsOtherProgramsSendThem) {
+  std::ofstream(file("c d.bin")).put('c');
+  QMimeData data;
+  data.setData("text/uri-list", QByteArray("# made by another program\r\n") + "file://" +
+                                    folder.path().toUtf8() + "/c%20d.bin\r\n" +
+                                    "file:///no/such/%FF%25.bin\r\n");
+  EXPECT_TRUE(dropData(*view.viewport(), data));
+  data.setData("text/uri-list", "# first\r\nfile:///no/such/%FF%25.bin\r\n");
+  EXPECT_TRUE(dropData(drops, data));
+  EXPECT_EQ(dropped, (std::vector{FileLocation::fromPath(file("c d.bin")),
+                                  FileLocation::fromPath("/no/such/\xFF%.bin")}));
+}
+
+TEST_F(HexEditorDrops, areRefusedWhenTheyMayNotBeCopied) {
+  QMimeData data;
+  data.setUrls({url(file("a.bin"))});
+  EXPECT_FALSE(dropData(*view.viewport(), data, Qt::MoveAction));
+  EXPECT_FALSE(dropData(drops, data, Qt::LinkAction | Qt::MoveAction));
+  EXPECT_TRUE(dropped.empty());
+  EXPECT_TRUE(dropData(drops, data, Qt::CopyAction));
+}
+
+TEST_F(HexEditorDrops, askForTheFileOnceHoweverFarTheDragMoves) {
+  QMimeData data;
+  data.setUrls({url(file("a.bin"))});
+  QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &enter);
+  ASSERT_TRUE(enter.isAccepted());
+  // A file that has become a folder since: only a second look would tell.
+  std::filesystem::remove(file("a.bin"));
+  std::filesystem::create_directory(file("a.bin"));
+  QDragMoveEvent move({6, 6}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &move);
+  EXPECT_TRUE(move.isAccepted());
+  QDropEvent release({6, 6}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(view.viewport(), &release);
+  EXPECT_FALSE(release.isAccepted());
+  EXPECT_TRUE(dropped.empty());
 }
 
 TEST_F(HexEditorDrops, areAcceptedWhileEditingIsDisabled) {

@@ -311,6 +311,20 @@ TEST(HexEditorStateKeyboard, keysWithoutTextAndCommandKeysGoToTheToolkit) {
   EXPECT_EQ(f.beeper->count, 0);
 }
 
+TEST(HexEditorStateKeyboard, refusesBeforeLookingForText) {
+  EditorFixture f({0x10});
+  f.state->setEditingEnabled(false);
+  EXPECT_TRUE(f.state->keyDown({.characters = {}}));
+  EXPECT_EQ(f.beeper->count, 1);
+}
+
+TEST(HexEditorStateKeyboard, namedKeysNeedNoText) {
+  auto f = EditorFixture::counting(10);
+  EXPECT_TRUE(f.state->keyDown({.key = Key::right, .characters = {}}));
+  EXPECT_TRUE(f.state->keyDown({.key = Key::deleteBackward, .characters = "\b"}));
+  EXPECT_EQ(f.state->storage()->count(), 9);
+}
+
 TEST(HexEditorStateKeyboard, everyKeyIsRefusedWhileEditingIsDisabled) {
   auto f = EditorFixture::counting(10);
   f.state->setCaretOffset(3);
