@@ -1,5 +1,5 @@
-// The least a Qt program can do that the editor's --screenshot does too: show a main window, paint it
-// once and save what it shows.
+// The least a Qt program can do that the editor's --screenshot does too: show a main window, paint
+// it once and save what it shows.
 
 #include <QApplication>
 #include <QMainWindow>

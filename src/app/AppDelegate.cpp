@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "platform/RunInBackground.h"
+
 namespace quillmor {
 
 namespace {
@@ -43,6 +45,15 @@ auto findAction(const Table& table, std::string_view action) {
                       [action](const auto& entry) { return entry.action == action; });
 }
 
+/// The name of a command as alerts show it: its menu title without the ellipsis.
+std::string commandTitle(std::string_view action) {
+  constexpr std::string_view kEllipsis = "…";
+  const auto items = itemsWithAction(action);
+  std::string_view title = items.empty() ? action : items.front().title;
+  if (title.ends_with(kEllipsis)) title.remove_suffix(kEllipsis.size());
+  return std::string(title);
+}
+
 }  // namespace
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
@@ -51,16 +62,15 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;
   for (const auto& held : windowOrder_) {
-    if (auto controller = held.lock()) controllers.push_back(std::move(controller));
+    auto controller = held.lock();
+    if (controller && controller->hasWindow()) controllers.push_back(std::move(controller));
   }
   return controllers;
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::currentHexWindowController() const {
-  for (const auto& held : windowOrder_) {
-    if (auto controller = held.lock()) return controller;
-  }
-  return nullptr;
+  const auto controllers = editorControllers();
+  return controllers.empty() ? nullptr : controllers.front();
 }
 
 void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller) {
@@ -71,6 +81,14 @@ void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller
 }
 
 void AppDelegate::perform(std::string_view action) {
+  const auto work = [&] { return route(action), Done(); };
+  const auto result = resultOf(work);
+  if (result.isOk()) return;
+  platform_.alerts.runModal(
+      {.messageText = commandTitle(action) + " Failed", .informativeText = result.error().message()});
+}
+
+void AppDelegate::route(std::string_view action) {
   if (performTextAction(action)) return;
   const auto own = findAction(kApplicationCommands, action);
   if (own != kApplicationCommands.end()) return own->perform(*this, surface_);

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -34,7 +35,8 @@ class AppDelegate {
   /// The editor's window became the key window.
   void editorWindowDidBecomeKey(const HexWindowController& controller);
 
-  /// Carries out a menu action by its name ("forwardSave:", "showAbout:").
+  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails with
+  /// is shown as an alert titled with the command.
   void perform(std::string_view action);
 
   /// Whether the menu action is enabled now.
@@ -77,6 +79,9 @@ class AppDelegate {
     OpenReply reply;
   };
 
+  struct SharedReply;
+
+  void route(std::string_view action);
   bool performTextAction(std::string_view action);
   EnablingContext enablingContext() const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
@@ -93,7 +98,12 @@ class AppDelegate {
                                                  NewWindowCompletion& completion);
   void finishPendingLoad(const FileLocation& location, bool opened);
 
-  void reviewUnsavedDocuments(std::vector<std::shared_ptr<HexWindowController>> remaining);
+  /// The states of documents whose unsaved changes the user wants to lose.
+  using DiscardedStates = std::map<std::shared_ptr<HexWindowController>, ChangeCount::Token>;
+
+  /// Asks for one document after another. While one is being saved, others can be edited; whatever
+  /// is unsaved in the end has been asked for.
+  void reviewUnsavedDocuments(DiscardedStates discarded);
 
   PlatformServices platform_;
   ApplicationSurface& surface_;

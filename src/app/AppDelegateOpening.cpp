@@ -8,8 +8,33 @@
 
 namespace quillmor {
 
+/// A reply that waits for several parts of one request.
+struct AppDelegate::SharedReply {
+  OpenReply reply;
+  int waiting = 0;
+  bool everyFileOpened = true;
+
+  void partDidEnd(bool opened) {
+    everyFileOpened = everyFileOpened && opened;
+    if (--waiting == 0) reply(everyFileOpened);
+  }
+};
+
 void AppDelegate::openFiles(std::vector<FileLocation> locations, OpenReply reply) {
-  openRequests_.push_back({std::move(locations), std::move(reply)});
+  const auto shared = std::make_shared<SharedReply>(SharedReply{std::move(reply)});
+  const OpenReply part = [shared](bool opened) { shared->partDidEnd(opened); };
+  std::vector<FileLocation> toOpen;
+  for (const FileLocation& location : locations) {
+    NewWindowCompletion joined = part;
+    if (coalesceWithPendingNewWindowOpenIfPresent(location, joined)) {
+      ++shared->waiting;
+    } else {
+      toOpen.push_back(location);
+    }
+  }
+  if (toOpen.empty() && !locations.empty()) return;
+  ++shared->waiting;
+  openRequests_.push_back({std::move(toOpen), part});
   if (!isOpening_) runNextOpenRequest();
 }
 

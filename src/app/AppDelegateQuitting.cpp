@@ -23,27 +23,40 @@ void AppDelegate::requestQuit() {
   // The review saves in the background; a second request while it runs changes nothing.
   if (isReviewing_ || !applicationShouldTerminate()) return;
   isReviewing_ = true;
-  reviewUnsavedDocuments(editorControllers());
+  reviewUnsavedDocuments({});
 }
 
-void AppDelegate::reviewUnsavedDocuments(
-    std::vector<std::shared_ptr<HexWindowController>> remaining) {
-  while (!remaining.empty() && !remaining.front()->document().isDocumentEdited()) {
-    remaining.erase(remaining.begin());
-  }
-  if (remaining.empty()) {
+void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded) {
+  const auto controllers = editorControllers();
+  const auto needsReview = [&](const std::shared_ptr<HexWindowController>& controller) {
+    const HexDocument& document = controller->document();
+    const auto answer = discarded.find(controller);
+    return document.isDocumentEdited() &&
+           (answer == discarded.end() || answer->second != document.changeCountToken());
+  };
+  const auto next = std::find_if(controllers.begin(), controllers.end(), needsReview);
+  if (next == controllers.end()) {
     isReviewing_ = false;
     // Another window may have started something while a save of this review was running.
     if (applicationShouldTerminate()) surface_.terminate();
     return;
   }
-  const auto controller = remaining.front();
-  remaining.erase(remaining.begin());
-  controller->activate();
-  controller->requestClose([this, remaining = std::move(remaining)](bool mayClose) {
-    if (mayClose) return reviewUnsavedDocuments(remaining);
+  const auto& controller = *next;
+  if (controller->isBusy() && !applicationShouldTerminate()) {
     isReviewing_ = false;
-  });
+    return;
+  }
+  controller->activate();
+  controller->requestClose(
+      [this, controller, discarded = std::move(discarded)](bool mayClose) mutable {
+        if (!mayClose) {
+          isReviewing_ = false;
+          return;
+        }
+        const HexDocument& document = controller->document();
+        if (document.isDocumentEdited()) discarded[controller] = document.changeCountToken();
+        reviewUnsavedDocuments(std::move(discarded));
+      });
 }
 
 }  // namespace quillmor

@@ -14,8 +14,12 @@ void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationW
     controller->editor().setCaretOffset(range.start);
     controller->editor().setSelection(range);
   }
+  // The picture shows the window at its usual size, however small the screen that is not there may
+  // be.
+  EditorWindow& window = *windows.editorWindows().front();
+  window.resize(EditorWindow::kInitialSize);
   QCoreApplication::processEvents();
-  const QPixmap picture = windows.editorWindows().front()->grab();
+  const QPixmap picture = window.grab();
   if (!picture.save(QString::fromLocal8Bit(line.screenshotPath->c_str()), "PNG")) {
     throw Error::posix(EIO, "Could not write the picture " + *line.screenshotPath + ".");
   }

@@ -1,5 +1,7 @@
 #include "app/WindowMenus.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <algorithm>
@@ -50,6 +52,7 @@ WindowMenus::WindowMenus(QMainWindow& window, Presentation presentation, Handler
   }
   if (presentation == Presentation::menuBar)
     window.menuBar()->setAccessibleName(toQString(kMenuBarTitle));
+  QCoreApplication::instance()->installEventFilter(this);
   revalidate();
 }
 
@@ -77,6 +80,11 @@ void WindowMenus::revalidateLater() {
 void WindowMenus::revalidate() {
   revalidationIsDue_ = false;
   for (const Entry& entry : entries_) entry.item->setEnabled(handlers_.validate(entry.action));
+}
+
+bool WindowMenus::eventFilter(QObject*, QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride && revalidationIsDue_) revalidate();
+  return false;
 }
 
 QAction* WindowMenus::find(std::string_view action) const {

@@ -27,6 +27,9 @@ class WindowMenus : public QObject {
   void revalidateLater();
   void revalidate();
 
+  /// Brings the items up to date before a key is looked up among their shortcuts.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
   /// The action object of an item; null when the menu has none with that name.
   QAction* find(std::string_view action) const;
 

@@ -1,12 +1,13 @@
-#include <QApplication>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 #include "app/AppDelegate.h"
 #include "app/ApplicationWindows.h"
 #include "app/CommandLine.h"
 #include "app/DarkAppearance.h"
+#include "app/GuardedApplication.h"
 #include "app/Screenshot.h"
 #include "platform_qt/QtPlatform.h"
 
@@ -16,14 +17,36 @@ using namespace quillmor;
 
 constexpr int kFailureStatus = 2;
 
-int run(const CommandLine& line, QApplication& application) {
+/// While it lives, failures of events are shown as `alerts`; when it goes, however that comes
+/// about, the windows go first and their delegate and services after them.
+class Session {
+ public:
+  Session(GuardedApplication& application, AlertPresenter* alerts, ApplicationWindows& windows)
+      : application_(application), windows_(windows) {
+    application_.setAlertPresenter(alerts);
+  }
+  ~Session() {
+    application_.setAlertPresenter(nullptr);
+    windows_.destroyWindows();
+  }
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+ private:
+  GuardedApplication& application_;
+  ApplicationWindows& windows_;
+};
+
+int run(const CommandLine& line, GuardedApplication& application) {
   QtPlatform platform;
   ApplicationWindows windows;
   AppDelegate delegate(platform.services(), windows);
   windows.setDelegate(delegate);
+  const PlatformServices services = platform.services();
+  // A picture is made without anybody who could answer an alert: its failure ends the program.
+  const Session session(application, line.screenshotPath ? nullptr : &services.alerts, windows);
   if (line.screenshotPath) {
     saveScreenshot(line, delegate, windows);
-    windows.destroyWindows();
     return EXIT_SUCCESS;
   }
   if (line.files.empty()) {
@@ -31,9 +54,7 @@ int run(const CommandLine& line, QApplication& application) {
   } else {
     delegate.openFiles(line.files, [](bool) {});
   }
-  const int status = application.exec();
-  windows.destroyWindows();
-  return status;
+  return GuardedApplication::exec();
 }
 
 }  // namespace
@@ -52,15 +73,15 @@ int main(int argc, char** argv) {
   if (line.screenshotPath) qputenv("QT_QPA_PLATFORM", "offscreen");
 
   int qtArgumentCount = 1;
-  QApplication application(qtArgumentCount, argv);
+  GuardedApplication application(qtArgumentCount, argv);
   QApplication::setApplicationName("Quillmor");
   QApplication::setOrganizationName("tenvale");
   QApplication::setApplicationVersion(QUILLMOR_VERSION);
   applyDarkAppearance(application);
   try {
     return run(line, application);
-  } catch (const Error& error) {
-    std::fprintf(stderr, "quillmor: %s\n", error.message().c_str());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quillmor: %s\n", error.what());
     return kFailureStatus;
   }
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/ByteBlock.h"
+#include "base/ByteMove.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
@@ -22,13 +23,9 @@ std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
   return static_cast<std::int64_t>(bytes.size());
 }
 
-/// memcpy and memmove must not be given null, not even for no bytes.
+/// memcpy must not be given null, not even for no bytes.
 void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) {
   if (count > 0) std::memcpy(to, from, static_cast<std::size_t>(count));
-}
-
-void moveBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) {
-  if (count > 0) std::memmove(to, from, static_cast<std::size_t>(count));
 }
 
 }  // namespace

@@ -108,14 +108,4 @@ std::string FileLocation::standardizedPath() const {
   return normal;
 }
 
-std::string FileLocation::resolvedPath() const {
-  const std::string standard = standardizedPath();
-  if (!isLocalFile_) return standard;
-  std::error_code error;
-  std::string resolved = std::filesystem::weakly_canonical(standard, error).native();
-  if (error || resolved.empty()) return standard;
-  while (resolved.size() > 1 && resolved.back() == '/') resolved.pop_back();
-  return resolved;
-}
-
 }  // namespace quillmor

@@ -9,7 +9,8 @@ namespace quillmor {
 /// The place of a file: a local path, or a URL that is not a local file.
 ///
 /// A path is kept as the bytes the system uses; it need not be UTF-8. Copies are cheap enough to
-/// pass by value between threads. Nothing here touches the file system except `resolvedPath`.
+/// pass by value between threads. Nothing here looks at files; of the system only the current
+/// directory is asked.
 class FileLocation {
  public:
   /// A local file. A relative path is made absolute against the current directory.
@@ -35,10 +36,6 @@ class FileLocation {
 
   /// The path with "." and ".." and doubled slashes removed, without looking at the file system.
   std::string standardizedPath() const;
-
-  /// The standardized path with symbolic links resolved as far as the path exists; components that
-  /// do not exist are kept as they are.
-  std::string resolvedPath() const;
 
   /// Two locations are equal when their text is; `SecureFileAccess::urlsReferToSameFile` looks
   /// deeper.

@@ -14,17 +14,18 @@ namespace quillmor {
 
 enum class DocumentSaveOperation { save, saveAs };
 
-/// How a save ended, with the error to show when it failed.
 enum class DocumentSaveResult { success, cancelled, failed };
 
+/// How a save ended, with the error to show when it failed.
 struct DocumentSaveOutcome {
   DocumentSaveResult result = DocumentSaveResult::success;
   std::optional<Error> error;
 };
 
 /// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a
-/// save in their order, the file system's on background threads and the user's on the main thread:
-/// reserve, compare with the other open documents, compare with the file on disk, snapshot, write.
+/// save in their order: reserve the destination, compare it with the other open documents and with
+/// the file as it was read or saved, take the snapshot, write. Reserving and writing, which may wait
+/// for a disk, run on background threads, the others on the main thread.
 class DocumentSaver {
  public:
   /// What the owner of the window does during a save; all called on the main thread.
@@ -51,6 +52,7 @@ class DocumentSaver {
   struct Preparation;
   struct WriteOutcome;
   void prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation);
+  static bool isChangedByAnotherProgram(const Job& job);
   void write(const std::shared_ptr<Job>& job);
   void written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome);
 

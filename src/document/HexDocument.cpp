@@ -6,6 +6,7 @@
 
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/DocumentOutput.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
 
 namespace quillmor {
@@ -32,8 +33,7 @@ std::string HexDocument::displayName() const {
 
 void HexDocument::read(const FileLocation& location) {
   // Saving must never have to follow a link, so the real file becomes the document's location.
-  const FileLocation real =
-      location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location;
+  const FileLocation real = SecureFileAccess::realLocation(location);
   const auto reservation = SecureFileAccess::reserveReadURL(location);
   openingReadReservationHolder_.add(reservation);
   try {
@@ -65,12 +65,17 @@ void HexDocument::installBytesAfterRead(ByteBuffer bytes, std::optional<double> 
     replaceStorageAfterRead(std::move(bytes), modificationDate);
     return;
   }
-  std::promise<void> installed;
-  executor_.postToMain([&] {
-    replaceStorageAfterRead(std::move(bytes), modificationDate);
-    installed.set_value();
+  // Shared, so that the promise outlives the call that keeps it, whoever of both threads is faster.
+  auto installed = std::make_shared<std::promise<void>>();
+  executor_.postToMain([&, installed] {
+    try {
+      replaceStorageAfterRead(std::move(bytes), modificationDate);
+      installed->set_value();
+    } catch (...) {
+      installed->set_exception(std::current_exception());
+    }
   });
-  installed.get_future().wait();
+  installed->get_future().get();
 }
 
 void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
@@ -110,7 +115,7 @@ StableFileStatus HexDocument::write(const FileLocation& destination, TaskProgres
 
 void HexDocument::didSave(const FileLocation& destination, const StableFileStatus& status,
                           ChangeCount::Token token) {
-  location_ = FileLocation::fromPath(destination.resolvedPath());
+  location_ = SecureFileAccess::realLocation(destination);
   fileStatus_ = status;
   modificationDate_ = status.modificationDate();
   changeCount_.didSave(token);

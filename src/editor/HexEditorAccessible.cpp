@@ -32,20 +32,22 @@ void HexEditorAccessible::install() {
   Q_UNUSED(isInstalled);
 }
 
-void HexEditorAccessible::announceCaret(HexEditorView& view) {
-  if (!QAccessible::isActive()) return;
-  auto* const accessible = QAccessible::queryAccessibleInterface(&view);
-  QAccessibleTextInterface* const text = accessible->textInterface();
+std::unique_ptr<QAccessibleEvent> HexEditorAccessible::caretEvent(HexEditorView& view) {
+  const HexEditorAccessible accessible(view);
+  const int caret = accessible.cursorPosition();
+  if (accessible.selectionCount() == 0) {
+    return std::make_unique<QAccessibleTextCursorEvent>(&view, caret);
+  }
   int start = 0;
   int end = 0;
-  text->selection(0, &start, &end);
-  if (text->selectionCount() > 0) {
-    QAccessibleTextSelectionEvent event(&view, start, end);
-    event.setCursorPosition(text->cursorPosition());
-    return QAccessible::updateAccessibility(&event);
-  }
-  QAccessibleTextCursorEvent event(&view, text->cursorPosition());
-  QAccessible::updateAccessibility(&event);
+  accessible.selection(0, &start, &end);
+  auto event = std::make_unique<QAccessibleTextSelectionEvent>(&view, start, end);
+  event->setCursorPosition(caret);
+  return event;
+}
+
+void HexEditorAccessible::announceCaret(HexEditorView& view) {
+  if (QAccessible::isActive()) QAccessible::updateAccessibility(caretEvent(view).get());
 }
 
 void HexEditorAccessible::announceScrolling(HexEditorView& view) {
@@ -58,12 +60,20 @@ HexEditorView& HexEditorAccessible::view() const {
   return *static_cast<HexEditorView*>(widget());
 }
 
+HexEditorState* HexEditorAccessible::editor() const {
+  return view().editor();
+}
+
+bool HexEditorAccessible::mayChange() const {
+  return editor() != nullptr && editor()->isEditingEnabled();
+}
+
 HexRowsText HexEditorAccessible::rowsText() const {
-  const HexEditorState& editor = view().editor();
+  const HexEditorState& state = *editor();
   const double top = view().scrollPosition().y;
   const double bottom = top + view().viewport()->height();
-  return {*editor.storage(), editor.shape(),
-          editor.geometry().visibleRows(top, bottom, editor.shape())};
+  return {*state.storage(), state.shape(),
+          state.geometry().visibleRows(top, bottom, state.shape())};
 }
 
 void* HexEditorAccessible::interface_cast(QAccessible::InterfaceType type) {
@@ -75,25 +85,28 @@ QAccessible::State HexEditorAccessible::state() const {
   QAccessible::State state = QAccessibleWidget::state();
   state.multiLine = true;
   state.selectableText = true;
-  state.editable = view().editor().isEditingEnabled();
+  state.editable = mayChange();
   state.readOnly = !state.editable;
   return state;
 }
 
 QString HexEditorAccessible::text(QAccessible::Text type) const {
-  if (type == QAccessible::Value) return QString::fromStdString(rowsText().text());
+  if (type == QAccessible::Value) return text(0, -1);
   return QAccessibleWidget::text(type);
 }
 
 void HexEditorAccessible::selection(int selectionIndex, int* startOffset, int* endOffset) const {
-  const auto range = rowsText().indexesOf(view().editor().selection());
-  const bool exists = selectionIndex == 0 && range;
-  *startOffset = exists ? static_cast<int>(range->first) : 0;
-  *endOffset = exists ? static_cast<int>(range->last) : 0;
+  *startOffset = 0;
+  *endOffset = 0;
+  if (editor() == nullptr || selectionIndex != 0) return;
+  const auto range = rowsText().indexesOf(editor()->selection());
+  if (!range) return;
+  *startOffset = static_cast<int>(range->first);
+  *endOffset = static_cast<int>(range->last);
 }
 
 int HexEditorAccessible::selectionCount() const {
-  return rowsText().indexesOf(view().editor().selection()) ? 1 : 0;
+  return editor() != nullptr && rowsText().indexesOf(editor()->selection()) ? 1 : 0;
 }
 
 void HexEditorAccessible::addSelection(int startOffset, int endOffset) {
@@ -101,35 +114,34 @@ void HexEditorAccessible::addSelection(int startOffset, int endOffset) {
 }
 
 void HexEditorAccessible::removeSelection(int selectionIndex) {
-  HexEditorState& editor = view().editor();
-  if (selectionIndex == 0 && editor.isEditingEnabled()) editor.setSelection({});
+  if (selectionIndex == 0 && mayChange()) editor()->setSelection({});
 }
 
 void HexEditorAccessible::setSelection(int selectionIndex, int startOffset, int endOffset) {
-  HexEditorState& editor = view().editor();
-  if (selectionIndex != 0 || !editor.isEditingEnabled()) return;
+  if (selectionIndex != 0 || !mayChange()) return;
   const HexRowsText rows = rowsText();
   const auto [first, last] = std::minmax(startOffset, endOffset);
-  if (first == last) return editor.setSelection({});
+  if (first == last) return editor()->setSelection({});
   const std::int64_t start = rows.placeAt(first).offset;
   const std::int64_t end = rows.placeAt(last - 1).offset;
-  editor.setCaretOffset(end);
-  editor.setSelection({.start = start, .length = end - start + 1});
+  editor()->setCaretOffset(end);
+  editor()->setSelection({.start = start, .length = end - start + 1});
 }
 
 int HexEditorAccessible::cursorPosition() const {
-  return static_cast<int>(rowsText().indexOf(caretPlace(view().editor())).value_or(-1));
+  if (editor() == nullptr) return -1;
+  return static_cast<int>(rowsText().indexOf(caretPlace(*editor())).value_or(-1));
 }
 
 void HexEditorAccessible::setCursorPosition(int position) {
-  HexEditorState& editor = view().editor();
-  if (!editor.isEditingEnabled()) return;
+  if (!mayChange()) return;
   const CaretPlace place = rowsText().placeAt(position);
-  editor.setEditingArea(place.area);
-  editor.setCaretOffset(place.offset);
+  editor()->setEditingArea(place.area);
+  editor()->setCaretOffset(place.offset);
 }
 
 QString HexEditorAccessible::text(int startOffset, int endOffset) const {
+  if (editor() == nullptr) return {};
   const HexRowsText rows = rowsText();
   const int length = static_cast<int>(rows.length());
   const int start = std::clamp(startOffset, 0, length);
@@ -139,25 +151,27 @@ QString HexEditorAccessible::text(int startOffset, int endOffset) const {
 }
 
 int HexEditorAccessible::characterCount() const {
-  return static_cast<int>(rowsText().length());
+  return editor() == nullptr ? 0 : static_cast<int>(rowsText().length());
 }
 
 QRect HexEditorAccessible::characterRect(int offset) const {
-  const Rect rect = rowsText().characterRect(offset, view().editor().geometry());
+  if (editor() == nullptr) return {};
+  const Rect rect = rowsText().characterRect(offset, editor()->geometry());
   const QRect inViewport = view().viewportRect(rect).toRect();
   return {view().viewport()->mapToGlobal(inViewport.topLeft()), inViewport.size()};
 }
 
 int HexEditorAccessible::offsetAtPoint(const QPoint& point) const {
+  if (editor() == nullptr) return -1;
   const QPointF inViewport = view().viewport()->mapFromGlobal(QPointF(point));
-  const auto index =
-      rowsText().indexAt(view().documentPoint(inViewport), view().editor().geometry());
+  const auto index = rowsText().indexAt(view().documentPoint(inViewport), editor()->geometry());
   return static_cast<int>(index.value_or(-1));
 }
 
 void HexEditorAccessible::scrollToSubstring(int startIndex, int endIndex) {
+  if (editor() == nullptr) return;
   const HexRowsText rows = rowsText();
-  const HexEditorGeometry& geometry = view().editor().geometry();
+  const HexEditorGeometry& geometry = editor()->geometry();
   view().scrollToVisible(rows.characterRect(endIndex, geometry));
   view().scrollToVisible(rows.characterRect(startIndex, geometry));
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QAccessibleWidget>
+#include <memory>
 
 #include "editor/HexRowsText.h"
 
 namespace quillmor {
 
+class HexEditorState;
 class HexEditorView;
 
 /// Presents the visible rows of a hex view to assistive technology as an editable text, so that the
@@ -16,6 +18,9 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
 
   /// Makes the toolkit present every hex view through this class. May be called repeatedly.
   static void install();
+
+  /// What assistive technology is told about the caret and the selection as they are.
+  static std::unique_ptr<QAccessibleEvent> caretEvent(HexEditorView& view);
 
   /// Tells assistive technology, if there is any, that the caret or the selection was set.
   static void announceCaret(HexEditorView& view);
@@ -42,6 +47,11 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
 
  private:
   HexEditorView& view() const;
+  /// Null once the editor has let go of the view.
+  HexEditorState* editor() const;
+  /// Whether caret and selection may be set: there is an editor, and it accepts editing.
+  bool mayChange() const;
+  /// To be called with an editor only.
   HexRowsText rowsText() const;
 };
 

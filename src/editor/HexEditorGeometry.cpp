@@ -38,6 +38,8 @@ void HexEditorGeometry::setFontMetrics(double widthOfW, double fontHeight) {
   rowHeight_ = std::max(fontHeight + 7, 1.0);
   offsetWidth_ = charWidth_ * 10;
   metricsInitialized_ = true;
+  lastMetricShape_ = {.byteCount = -1, .bytesPerRow = -1};
+  lastMetricViewportSize_ = {-1, -1};
 }
 
 bool HexEditorGeometry::recalcMetrics(HexDocumentShape shape, Size viewport) {

@@ -41,7 +41,8 @@ class HexEditorGeometry {
   /// Caps each dimension of the document: the largest double below 2^63.
   static constexpr double maximumRepresentableDocumentDimension = 9223372036854774784.0;
 
-  /// The smallest distance of the header's and the rows' text from the row's top.
+  /// From the top of the header or of a row down to the top of its line of text: the text's
+  /// baseline lies this and the font's ascent below the row's top.
   static constexpr double kTextInset = 4;
 
   /// The x coordinate of the header's "Offset" and of the row offsets.
@@ -55,18 +56,17 @@ class HexEditorGeometry {
   /// full last row is followed by an empty one. 1 when `bytesPerRow` is below 1.
   static std::int64_t rowCount(HexDocumentShape shape);
 
-  /// Takes the measures of the view's font: the width of the string "W" and the height of the box
-  /// that encloses a line. Only the first call counts; the font never changes.
+  /// Takes the measures of the view's font: the width of the string "W", and the height of the
+  /// font's bounding rectangle, to which a row adds 7. Only the first call counts; the font never
+  /// changes. The next `recalcMetrics` lays out anew, whatever was laid out with the placeholders.
   void setFontMetrics(double widthOfW, double fontHeight);
 
   /// Lays the document out again. Columns and the desired size are computed only when `shape`
   /// differs from the last layout's. Returns whether `frameSize` changed.
   bool recalcMetrics(HexDocumentShape shape, Size viewport);
 
-  bool metricsInitialized() const { return metricsInitialized_; }
   double charWidth() const { return charWidth_; }
   double rowHeight() const { return rowHeight_; }
-  double offsetWidth() const { return offsetWidth_; }
   double hexStart() const { return hexStart_; }
   double asciiStart() const { return asciiStart_; }
 

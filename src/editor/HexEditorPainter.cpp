@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/HexText.h"
+#include "editor/HexRowsText.h"
 
 namespace quillmor {
 
@@ -152,7 +153,8 @@ void HexEditorPainter::fillSelection(const Pass& pass, std::int64_t row, Style::
 void HexEditorPainter::collectRow(const Pass& pass, std::int64_t row) {
   const std::int64_t rowStart = row * pass.state.bytesPerRow();
   const double y = baseline(pass, pass.geometry.rowTop(row));
-  addText(offsetText_, pass, uppercaseHex(rowStart, 8), HexEditorGeometry::kOffsetColumnX, y);
+  addText(offsetText_, pass, HexRowsText::offsetText(rowStart), HexEditorGeometry::kOffsetColumnX,
+          y);
   const ByteBuffer& bytes = pass.state.storage()->bytes;
   const std::int64_t length = std::min(pass.state.bytesPerRow(), bytes.size() - rowStart);
   if (length < 1) return;

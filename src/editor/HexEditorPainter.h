@@ -26,6 +26,8 @@ class HexEditorPainter {
 
   /// The measures that the layout is computed from.
   double widthOfW() const { return metrics_.horizontalAdvance(QLatin1Char('W')); }
+  /// Ascent and descent together. They stand for the height of the font's bounding rectangle, which
+  /// the toolkit does not tell.
   double fontHeight() const { return metrics_.height(); }
 
   CellText::Method method() const { return method_; }

@@ -10,7 +10,7 @@
 namespace quillmor {
 
 HexEditorView::HexEditorView(HexEditorState& editor, QWidget* parent)
-    : QAbstractScrollArea(parent), editor_(editor), painter_(HexEditorStyle::font()) {
+    : QAbstractScrollArea(parent), editor_(&editor), painter_(HexEditorStyle::font()) {
   HexEditorAccessible::install();
   setAccessibleName(tr("Hex editor"));
   setFrameShape(QFrame::NoFrame);
@@ -19,28 +19,33 @@ HexEditorView::HexEditorView(HexEditorState& editor, QWidget* parent)
   viewport()->setAcceptDrops(true);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   viewport()->setAutoFillBackground(false);
-  editor_.setFontMetrics(painter_.widthOfW(), painter_.fontHeight());
-  editor_.setSurface(this);
+  editor_->setFontMetrics(painter_.widthOfW(), painter_.fontHeight());
+  editor_->setSurface(this);
   layOut();
 }
 
 HexEditorView::~HexEditorView() {
-  if (!isDetached_) editor_.setSurface(nullptr);
+  if (editor_ != nullptr) editor_->setSurface(nullptr);
 }
 
 void HexEditorView::detached() {
-  isDetached_ = true;
+  editor_ = nullptr;
+  revealWhenShown_.reset();
+  viewport()->update();
 }
 
 bool HexEditorView::showsCaret() const {
-  return editor_.isEditingEnabled() && window()->focusWidget() == this;
+  return editor_ != nullptr && editor_->isEditingEnabled() && window()->focusWidget() == this;
 }
 
 void HexEditorView::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
+  if (editor_ == nullptr) {
+    return painter.fillRect(event->rect(), HexEditorStyle::color(HexEditorStyle::background(0)));
+  }
   const Size size{static_cast<double>(viewport()->width()),
                   static_cast<double>(viewport()->height())};
-  painter_.paint(painter, event->rect(), editor_,
+  painter_.paint(painter, event->rect(), *editor_,
                  {.scroll = scrollPosition(), .viewport = size, .showsCaret = showsCaret()});
 }
 
@@ -69,9 +74,10 @@ void HexEditorView::caretOrSelectionChanged() {
 // Layout and scrolling
 
 void HexEditorView::layOut() {
-  editor_.setViewportSize(
+  if (editor_ == nullptr) return;
+  editor_->setViewportSize(
       {static_cast<double>(viewport()->width()), static_cast<double>(viewport()->height())});
-  editor_.recalcMetrics();
+  editor_->recalcMetrics();
   updateScrollBars();
   viewport()->update();
 }
@@ -91,14 +97,23 @@ void HexEditorView::documentSizeChanged() {
   updateScrollBars();
 }
 
+QSizeF HexEditorView::scrolledSize() const {
+  const QSizeF whole = maximumViewportSize();
+  const Size document = editor_->geometry().desiredDocumentSize();
+  const bool fits = document.width <= whole.width() && document.height <= whole.height();
+  return fits ? whole : QSizeF(viewport()->size());
+}
+
 void HexEditorView::updateScrollBars() {
-  const Size document = editor_.geometry().desiredDocumentSize();
-  horizontal_.setExtent(document.width, viewport()->width());
-  vertical_.setExtent(document.height, viewport()->height());
+  if (editor_ == nullptr) return;
+  const HexEditorGeometry& geometry = editor_->geometry();
+  const Size document = geometry.desiredDocumentSize();
+  const QSizeF size = scrolledSize();
+  horizontal_.setExtent(document.width, size.width());
+  vertical_.setExtent(document.height, size.height());
   // Bars that appear or vanish resize the viewport, which calls this again before it returns.
-  const HexEditorGeometry& geometry = editor_.geometry();
-  syncScrollBar(*horizontalScrollBar(), horizontal_, viewport()->width(), geometry.charWidth());
-  syncScrollBar(*verticalScrollBar(), vertical_, viewport()->height(), geometry.rowHeight());
+  syncScrollBar(*horizontalScrollBar(), horizontal_, size.width(), geometry.charWidth());
+  syncScrollBar(*verticalScrollBar(), vertical_, size.height(), geometry.rowHeight());
 }
 
 void HexEditorView::syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport,
@@ -111,7 +126,7 @@ void HexEditorView::syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, doubl
 }
 
 void HexEditorView::scrollContentsBy(int /*dx*/, int /*dy*/) {
-  if (isSyncingScrollBars_) return;
+  if (isSyncingScrollBars_ || editor_ == nullptr) return;
   bool moved = false;
   if (horizontalScrollBar()->value() != horizontal_.barValue()) {
     moved = horizontal_.setPosition(horizontal_.positionForBar(horizontalScrollBar()->value()));
@@ -123,6 +138,7 @@ void HexEditorView::scrollContentsBy(int /*dx*/, int /*dy*/) {
 }
 
 void HexEditorView::scrollTo(Point position) {
+  if (editor_ == nullptr) return;
   const bool movedX = horizontal_.setPosition(position.x);
   const bool movedY = vertical_.setPosition(position.y);
   if (movedX || movedY) scrollPositionChanged();

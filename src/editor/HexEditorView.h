@@ -19,12 +19,13 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   Q_OBJECT
 
  public:
-  /// Becomes the surface of `editor`. Either may be destroyed first; a view whose editor has gone
-  /// is only fit to be destroyed.
+  /// Becomes the surface of `editor`. Either may be destroyed first; a view whose editor has let go
+  /// of it shows nothing and answers nothing.
   explicit HexEditorView(HexEditorState& editor, QWidget* parent = nullptr);
   ~HexEditorView() override;
 
-  HexEditorState& editor() const { return editor_; }
+  /// Null once the editor has let go of the view.
+  HexEditorState* editor() const { return editor_; }
   HexEditorPainter& hexPainter() { return painter_; }
   void setFileDropHandler(FileDropHandler handler) { fileDropHandler_ = std::move(handler); }
 
@@ -70,12 +71,14 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
 
  private:
   void layOut();
+  /// The size to scroll in: the viewport's, or what it grows to without bars when nothing needs to
+  /// scroll then. Bars that take room from each other would otherwise keep each other alive.
+  QSizeF scrolledSize() const;
   void updateScrollBars();
   void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
   void scrollPositionChanged();
 
-  HexEditorState& editor_;
-  bool isDetached_ = false;
+  HexEditorState* editor_;
   HexEditorPainter painter_;
   FileDropHandler fileDropHandler_;
   ScrollAxis horizontal_;

@@ -63,13 +63,14 @@ QPointF wheelDistance(const QWheelEvent& event, Point pixelsPerLine) {
 }  // namespace
 
 void HexEditorView::keyPressEvent(QKeyEvent* event) {
-  if (belongsToToolkit(*event)) return QAbstractScrollArea::keyPressEvent(event);
-  if (!editor_.keyDown(keyPressFor(*event))) event->ignore();
+  if (editor_ == nullptr || belongsToToolkit(*event))
+    return QAbstractScrollArea::keyPressEvent(event);
+  if (!editor_->keyDown(keyPressFor(*event))) event->ignore();
 }
 
 void HexEditorView::mousePressEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return event->ignore();
-  editor_.mouseDown(documentPoint(event->position()));
+  if (editor_ == nullptr || event->button() != Qt::LeftButton) return event->ignore();
+  editor_->mouseDown(documentPoint(event->position()));
 }
 
 void HexEditorView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -77,17 +78,18 @@ void HexEditorView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void HexEditorView::mouseMoveEvent(QMouseEvent* event) {
-  if (!event->buttons().testFlag(Qt::LeftButton)) return event->ignore();
-  editor_.mouseDragged(documentPoint(event->position()));
+  if (editor_ == nullptr || !event->buttons().testFlag(Qt::LeftButton)) return event->ignore();
+  editor_->mouseDragged(documentPoint(event->position()));
 }
 
 void HexEditorView::mouseReleaseEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return event->ignore();
-  editor_.mouseUp();
+  if (editor_ == nullptr || event->button() != Qt::LeftButton) return event->ignore();
+  editor_->mouseUp();
 }
 
 void HexEditorView::wheelEvent(QWheelEvent* event) {
-  const HexEditorGeometry& geometry = editor_.geometry();
+  if (editor_ == nullptr) return event->ignore();
+  const HexEditorGeometry& geometry = editor_->geometry();
   const QPointF distance =
       wheelDistance(*event, {.x = geometry.charWidth(), .y = geometry.rowHeight()});
   const Point from = scrollPosition();

@@ -19,11 +19,15 @@ HexRowsText::HexRowsText(const HexStorage& storage, HexDocumentShape shape, RowR
   }
 }
 
+std::string HexRowsText::offsetText(std::int64_t rowStart) {
+  return uppercaseHex(rowStart, 8);
+}
+
 void HexRowsText::appendLine(const HexStorage& storage, std::int64_t rowStart) {
   Line line{.begin = length()};
   line.byteCount = std::clamp<std::int64_t>(shape_.byteCount - rowStart, 0, shape_.bytesPerRow);
   const auto bytes = storage.bytes.span(std::min(rowStart, shape_.byteCount), line.byteCount);
-  text_ += uppercaseHex(rowStart, 8);
+  text_ += offsetText(rowStart);
   text_ += kColumnGap;
   line.hexBegin = length();
   for (const std::uint8_t byte : bytes) {

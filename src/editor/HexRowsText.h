@@ -17,6 +17,9 @@ class HexRowsText {
  public:
   HexRowsText(const HexStorage& storage, HexDocumentShape shape, RowRange rows);
 
+  /// How the offset of a row's first byte is shown: eight hexadecimal digits, or more when needed.
+  static std::string offsetText(std::int64_t rowStart);
+
   const std::string& text() const { return text_; }
   std::int64_t length() const { return static_cast<std::int64_t>(text_.size()); }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -77,7 +78,16 @@ void removeIfItIs(const OutputDestinationIdentity& identity,
   try {
     const auto status = fileStatusIfExists(location, FollowSymlinks::no);
     if (status && status->identity() == identity) unlinkPath(location);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
+/// Makes the new name durable. An installed file is whole with or without it.
+void synchronizeDirectoryIfPossible(const FileLocation& installed) noexcept {
+  try {
+    synchronizeDirectory(installed.directory());
+  } catch (const std::exception&) {
     return;
   }
 }
@@ -164,13 +174,9 @@ void AtomicTextFileWriter::finish() {
   if (!closed_) completeTemporaryFile();
   validateTemporaryPathOwnership();
   atomicallyInstallTemporaryFile();
-  try {
-    synchronizeDirectory(destinationUrl_.directory());
-  } catch (const Error& error) {
-    finalFailure_ = error;
-    throw;
-  }
+  // From here on nothing is a failure any more, as the destination is no longer what it was.
   finished_ = true;
+  synchronizeDirectoryIfPossible(destinationUrl_);
   outputReservation_->release();
 }
 

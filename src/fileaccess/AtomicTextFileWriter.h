@@ -37,8 +37,9 @@ PreparedOutput prepareOutput(const FileLocation& destination,
 /// Writes a file that appears at its destination complete, in one step, or not at all. It never
 /// overwrites a protected file, nor one that appeared or changed while it was being written.
 ///
-/// Used by one thread at a time. A writer that is destroyed without a successful `finish` removes
-/// its temporary file and leaves the destination as it was.
+/// Used by one thread at a time. A writer that is destroyed without a successful `finish` leaves
+/// the destination as it was and removes its temporary file, unless that has been moved away or the
+/// system refuses.
 class AtomicTextFileWriter {
  public:
   /// Prepares the output. `protectedUrls` are the open documents and the input files of the running
@@ -58,8 +59,9 @@ class AtomicTextFileWriter {
   /// 1206, 1212, 1210, 1211, 1213, 1214, 1215 or a POSIX error. After bytes were lost (a failed
   /// write, flush or close) every call reports that loss and nothing is ever installed.
   ///
-  /// Should only the last step fail, the flush of the directory, the complete file is in place but
-  /// may not survive a power cut; this is reported as the POSIX error.
+  /// After any failure the destination is as it was. Once the file is in place its directory is
+  /// flushed as well; should only that fail, the name may be lost in a power cut, but the output is
+  /// complete and this is no failure.
   void finish();
 
  private:

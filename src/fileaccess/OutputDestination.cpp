@@ -4,6 +4,7 @@
 
 #include "base/Error.h"
 #include "fileaccess/FileErrors.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableFileStatus.h"
 
 namespace quillmor::SecureFileAccess {
@@ -31,11 +32,11 @@ bool isAvailableDirectory(const FileLocation& directory) {
 void validateDistinctOutputURL(const FileLocation& destination,
                                std::span<const FileLocation> protectedUrls) {
   if (!destination.isLocalFile()) throw outputIsNotALocalFileError();
-  const std::string canonicalPath = destination.resolvedPath();
+  const std::string canonicalPath = resolvedPath(destination);
   const std::optional<FileIdentity> identity = identityIfKnown(destination);
   for (const FileLocation& candidate : protectedUrls) {
     if (!candidate.isLocalFile()) continue;
-    if (candidate.resolvedPath() == canonicalPath ||
+    if (resolvedPath(candidate) == canonicalPath ||
         (identity && identityIfKnown(candidate) == identity))
       throw wouldOverwriteInputError(destination);
   }

@@ -29,7 +29,7 @@ StableFileStatus makeStatus(const struct stat& raw) {
 }
 
 int statusOfPath(const FileLocation& location, FollowSymlinks followSymlinks, struct stat* raw) {
-  if (!hasFileSystemRepresentation(location)) {
+  if (!hasFileSystemRepresentation(location.path())) {
     errno = EINVAL;
     return -1;
   }

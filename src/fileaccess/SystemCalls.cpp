@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace quillmor {
@@ -47,6 +48,10 @@ int SystemCalls::fstatat(int directory, const char* path, struct stat* status, i
 
 int SystemCalls::access(const char* path, int mode) {
   return ::access(path, mode);
+}
+
+char* SystemCalls::realpath(const char* path, char* resolved) {
+  return ::realpath(path, resolved);
 }
 
 int SystemCalls::ftruncate(int descriptor, off_t length) {
@@ -103,12 +108,12 @@ Error lastSystemError() {
   return Error::posix(errno);
 }
 
-bool hasFileSystemRepresentation(const FileLocation& location) {
-  return location.path().find('\0') == std::string::npos;
+bool hasFileSystemRepresentation(std::string_view path) {
+  return path.find('\0') == std::string_view::npos;
 }
 
 int openFile(const FileLocation& location, int flags, mode_t mode) {
-  if (!hasFileSystemRepresentation(location)) {
+  if (!hasFileSystemRepresentation(location.path())) {
     errno = EINVAL;
     return -1;
   }

@@ -33,6 +33,8 @@ class SystemCalls {
   virtual int fstat(int descriptor, struct stat* status);
   virtual int fstatat(int directory, const char* path, struct stat* status, int flags);
   virtual int access(const char* path, int mode);
+  /// `resolved` has room for PATH_MAX characters; null and `errno` on failure.
+  virtual char* realpath(const char* path, char* resolved);
 
   virtual int ftruncate(int descriptor, off_t length);
   virtual int fchmod(int descriptor, mode_t mode);
@@ -85,7 +87,8 @@ Error lastSystemError();
 /// form the file system could take (a NUL byte in its path).
 int openFile(const FileLocation& location, int flags, mode_t mode = 0);
 
-/// True when the file system can take the location's path: it holds no NUL byte.
-bool hasFileSystemRepresentation(const FileLocation& location);
+/// True when the file system can take the path: it holds no NUL byte, at which the system would
+/// take it to end.
+bool hasFileSystemRepresentation(std::string_view path);
 
 }  // namespace quillmor

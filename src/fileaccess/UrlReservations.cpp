@@ -5,6 +5,7 @@
 #include "base/Error.h"
 #include "fileaccess/FileErrors.h"
 #include "fileaccess/FileReservationRegistry.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableFileStatus.h"
 
 namespace quillmor::SecureFileAccess {
@@ -12,7 +13,7 @@ namespace quillmor::SecureFileAccess {
 namespace {
 
 ReservationKeys keysOf(const FileLocation& url) {
-  return {.canonicalPath = url.resolvedPath(), .identity = identityIfKnown(url)};
+  return {.canonicalPath = resolvedPath(url), .identity = identityIfKnown(url)};
 }
 
 ReservationKeys keysForReading(const FileLocation& url) {
@@ -39,7 +40,7 @@ void validateURLIsNotReservedForReading(const FileLocation& url) {
 bool urlsReferToSameFile(const FileLocation& a, const FileLocation& b) {
   if (!a.isLocalFile() || !b.isLocalFile()) return false;
   if (a.standardizedPath() == b.standardizedPath()) return true;
-  if (a.resolvedPath() == b.resolvedPath()) return true;
+  if (resolvedPath(a) == resolvedPath(b)) return true;
   const std::optional<FileIdentity> identityOfA = identityIfKnown(a);
   return identityOfA && identityOfA == identityIfKnown(b);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cerrno>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <new>
@@ -13,16 +14,21 @@
 
 namespace quillmor {
 
+/// The code of a failure that no part of the application foresaw.
+inline constexpr int kUnexpectedErrorCode = 500;
+
 /// Runs `work` and turns what it throws into the error of a `Result`. Running out of memory is an
 /// ordinary failure of the one operation that asked for it.
 template <class Work, class T = std::invoke_result_t<Work&>>
-Result<T> resultOf(Work& work) {
+Result<T> resultOf(Work&& work) {
   try {
     return work();
   } catch (const Error& error) {
     return error;
   } catch (const std::bad_alloc&) {
     return Error::posix(ENOMEM);
+  } catch (const std::exception& exception) {
+    return Error::quillmor(kUnexpectedErrorCode, exception.what());
   }
 }
 

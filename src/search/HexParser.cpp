@@ -16,23 +16,26 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 /// Classes of ASCII characters; values below 16 are those of hexadecimal digits.
-enum CharacterClass : std::uint8_t { separator = 16, prefixLetter, invalid, nonAscii };
+constexpr std::uint8_t kSeparator = 16;
+constexpr std::uint8_t kPrefixLetter = 17;
+constexpr std::uint8_t kInvalid = 18;
+constexpr std::uint8_t kNonAscii = 19;
 
 constexpr bool isDigit(std::uint8_t characterClass) {
-  return characterClass < separator;
+  return characterClass < kSeparator;
 }
 
 constexpr std::array<std::uint8_t, 256> kClasses = [] {
   std::array<std::uint8_t, 256> table{};
-  table.fill(invalid);
+  table.fill(kInvalid);
   for (std::size_t i = 0; i < 10; ++i) table['0' + i] = static_cast<std::uint8_t>(i);
   for (std::size_t i = 0; i < 6; ++i) {
     table['A' + i] = table['a' + i] = static_cast<std::uint8_t>(10 + i);
   }
-  for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = separator;
-  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<std::size_t>(c)] = separator;
-  table['x'] = table['X'] = prefixLetter;
-  for (std::size_t high = 0x80; high < 256; ++high) table[high] = nonAscii;
+  for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = kSeparator;
+  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<std::size_t>(c)] = kSeparator;
+  table['x'] = table['X'] = kPrefixLetter;
+  for (std::size_t high = 0x80; high < 256; ++high) table[high] = kNonAscii;
   return table;
 }();
 
@@ -53,9 +56,19 @@ class ByteCollector {
   /// False when the character makes the whole text invalid.
   bool accept(std::uint8_t characterClass) {
     if (isDigit(characterClass)) return acceptDigit(characterClass);
-    if (characterClass == separator) return endToken();
-    return characterClass == prefixLetter && acceptPrefix();
+    if (characterClass == kSeparator) return endToken();
+    return characterClass == kPrefixLetter && acceptPrefix();
   }
+
+  /// The same as accepting two digits, in one step; only where a pair begins.
+  bool acceptPair(std::uint8_t high, std::uint8_t low) {
+    digitCount_ += 2;
+    pendingDigit_ = high;
+    return append(static_cast<std::uint8_t>(high << 4 | low));
+  }
+
+  /// Whether the next digit is the first of a pair.
+  bool isAtPair() const { return digitCount_ % 2 == 0; }
 
   std::optional<Bytes> finish() {
     if (!endToken() || bytes_.empty()) return std::nullopt;
@@ -110,7 +123,7 @@ std::optional<Bytes> parseHexBytesUnicode(std::string_view text,
     if (maxInputCharacters && scalarsRead == *maxInputCharacters) return std::nullopt;
     ++scalarsRead;
     const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
-    std::uint8_t characterClass = Unicode::isWhiteSpace(next.scalar) ? separator : invalid;
+    std::uint8_t characterClass = Unicode::isWhiteSpace(next.scalar) ? kSeparator : kInvalid;
     if (next.scalar < 0x80) characterClass = classOf(text.front());
     if (!collector.accept(characterClass)) return std::nullopt;
     text.remove_prefix(next.length);
@@ -119,7 +132,7 @@ std::optional<Bytes> parseHexBytesUnicode(std::string_view text,
 }
 
 bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return classOf(c) != nonAscii; });
+  return std::all_of(text.begin(), text.end(), [](char c) { return classOf(c) != kNonAscii; });
 }
 
 /// The text between the white space at its ends, as long as it is one run of at most 128 ASCII
@@ -186,12 +199,17 @@ std::optional<Bytes> parseHexBytes(std::string_view text,
     return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
   }
   ByteCollector collector(text.size(), maxOutputBytes);
-  for (const char character : text) {
-    const std::uint8_t characterClass = classOf(character);
-    if (characterClass == nonAscii) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::uint8_t first = classOf(text[i]);
+    if (first == kNonAscii) {
       return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
     }
-    if (!collector.accept(characterClass)) return std::nullopt;
+    const std::uint8_t second = i + 1 < text.size() ? classOf(text[i + 1]) : kSeparator;
+    const bool isPair = isDigit(first) && isDigit(second) && collector.isAtPair();
+    if (!(isPair ? collector.acceptPair(first, second) : collector.accept(first))) {
+      return std::nullopt;
+    }
+    if (isPair) ++i;
   }
   return collector.finish();
 }

@@ -59,7 +59,9 @@ class BackgroundTaskFrame {
   void run(const std::string& statusText, Work work, std::function<void(Result<T>)> completion) {
     if (!beginBusyStatus(statusText, Stopping::allowed)) return completion(busyError());
     auto task = [work = std::move(work), progress = progress()]() mutable {
-      return work(*progress);
+      auto value = work(*progress);
+      progress->checkpoint();
+      return value;
     };
     std::weak_ptr<Activity> activity = activity_;
     runInBackground(

@@ -19,7 +19,7 @@ namespace quillmor {
 
 namespace {
 
-constexpr QRect kInitialContent(100, 100, 1120, 760);
+constexpr QPoint kInitialOrigin(100, 100);
 constexpr QSize kMinimumSize(740, 460);
 constexpr int kProgressSteps = 1000;
 
@@ -34,7 +34,7 @@ QString titleFor(const std::string& displayName) {
 EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers)
     : controller_(std::move(controller)), handlers_(std::move(handlers)) {
   setAttribute(Qt::WA_DeleteOnClose);
-  setGeometry(kInitialContent);
+  setGeometry(QRect(kInitialOrigin, kInitialSize));
   setupUI();
   setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
                  kMinimumSize.height());

@@ -34,6 +34,9 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
     std::function<void(ReportWindow&)> didOpenReportWindow;
   };
 
+  /// The content size of a new window, as far as the screen has room for it.
+  static constexpr QSize kInitialSize{1120, 760};
+
   EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers);
   ~EditorWindow() override;
 

@@ -64,6 +64,10 @@ class HexWindowController : public DocumentWindow,
   HexEditorState& editor() { return editor_; }
   const Bookmarks& bookmarks() const { return bookmarks_; }
   bool isBusy() const { return frame_.isBusy(); }
+
+  /// True from `attachWindow` until the window closes. Work under way may keep the controller alive
+  /// for longer.
+  bool hasWindow() const { return window_ != nullptr; }
   void stopCurrentOperation() { frame_.requestStop(); }
 
   /// The size, offset, mode and selection as the status line shows them.
@@ -121,7 +125,7 @@ class HexWindowController : public DocumentWindow,
   template <class Work, class T = std::invoke_result_t<Work&, TaskProgress&>>
   void runBackgroundTask(const std::string& statusText, Work work,
                          std::function<void(Result<T>)> completion) {
-    frame_.run(statusText, std::move(work), std::move(completion));
+    frame_.run(statusText, std::move(work), guarded(std::move(completion)));
   }
 
   /// The same; the work gets an immutable copy of all bytes and the normalised selection.
@@ -132,7 +136,7 @@ class HexWindowController : public DocumentWindow,
     const HexSelection range = selection.normalized(byteCount());
     auto task = [work = std::move(work), bytes = hexDocument_->storage()->bytes,
                  range](TaskProgress& progress) mutable { return work(bytes, range, progress); };
-    frame_.run(statusText, std::move(task), std::move(completion));
+    frame_.run(statusText, std::move(task), guarded(std::move(completion)));
   }
 
   /// The same; the work gets an immutable copy of the selected bytes alone. Copying is sharing: the
@@ -206,6 +210,8 @@ class HexWindowController : public DocumentWindow,
   void setBytesPerRow(std::int64_t bytesPerRow);
   void toggleInsertMode();
   void copyCurrentOffset();
+  void copyFilePath();
+  void revealInFinder();
   std::optional<std::string> sessionOffsetKey() const;
   void restoreLastSessionOffset();
 
@@ -221,6 +227,8 @@ class HexWindowController : public DocumentWindow,
  private:
   struct LoadedFile {
     FileLocation location;
+    /// Held until the document has the location, so that no save lands on the file meanwhile.
+    std::shared_ptr<ReadReservation> reservation;
     ReadSnapshot snapshot;
   };
 
@@ -233,6 +241,16 @@ class HexWindowController : public DocumentWindow,
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   void moveCaret(std::int64_t offset, HexSelection selection);
   void unannouncedEditDidHappen();
+  void forgetAnnouncements();
+  void withdrawEditThatDidNotHappen();
+
+  /// A completion that is not called once this object has gone, and keeps it while it runs.
+  template <class T>
+  std::function<void(Result<T>)> guarded(std::function<void(Result<T>)> completion) {
+    return [weak = weak_from_this(), completion = std::move(completion)](Result<T> result) {
+      if (const auto self = weak.lock()) completion(std::move(result));
+    };
+  }
   void applyUserDefaults();
   void saveSessionOffset();
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
@@ -263,6 +281,8 @@ class HexWindowController : public DocumentWindow,
   bool editorMutationHasUndo_ = false;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.
   std::optional<HexSelection> newestRecordedEdit_;
+  /// The bookmarks before an announced edit that moves them, until the edit has happened.
+  std::optional<std::vector<std::int64_t>> bookmarksBeforeEdit_;
 };
 
 }  // namespace quillmor

@@ -55,7 +55,9 @@ void HexWindowController::showBookmarks() {
     return bookmarkReport(offsets);
   };
   runBackgroundTask("Listing bookmarks…", work, std::function([this](Result<std::string> report) {
-                      if (report.isOk()) showUtilityReport(kTitle, report.value());
+                      if (report.isOk()) return showUtilityReport(kTitle, report.value());
+                      if (!report.error().isStopped())
+                        alert("Show Bookmarks Failed", report.error().message());
                     }));
 }
 

@@ -29,6 +29,8 @@ constexpr auto kCommands = std::to_array<Command>({
     {"forwardSaveDocumentAs:", call<&HexWindowController::saveDocumentAs>},
     {"forwardRevertDocument:", call<&HexWindowController::revertDocument>},
     {"forwardReloadFromDisk:", call<&HexWindowController::reloadFromDisk>},
+    {"forwardRevealInFinder:", call<&HexWindowController::revealInFinder>},
+    {"forwardCopyFilePath:", call<&HexWindowController::copyFilePath>},
     {"forwardUndo:", call<&HexWindowController::undo>},
     {"forwardRedo:", call<&HexWindowController::redo>},
     {"forwardDeleteSelection:", call<&HexWindowController::deleteSelection>},

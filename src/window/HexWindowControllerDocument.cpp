@@ -4,6 +4,7 @@
 
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/Reservations.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 #include "window/HexWindowController.h"
@@ -55,8 +56,10 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
   if (!beginBusyStatus(statusTitle + "…")) return completion(DocumentSaveResult::failed);
   DocumentSaver::Hooks hooks;
   hooks.progress = frame_.progress();
-  hooks.confirmOverwritingChangedFile = [this] {
-    const auto response = platform_.alerts.runModal(
+  hooks.confirmOverwritingChangedFile = [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return false;
+    const auto response = self->platform_.alerts.runModal(
         {.messageText = "The file has been changed by another program.",
          .informativeText = "Saving now replaces those changes by the bytes in this window.",
          .style = AlertStyle::warning,
@@ -109,8 +112,11 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
   beginLoadFileInCurrentWindow(
       location, /*preservingEditorState=*/true,
       [this, self = shared_from_this(), failureTitle, success = std::move(success)](auto result) {
-        if (result.isOk()) return success();
-        if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+        if (!result.isOk()) {
+          if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+        } else if (result.value() == OpenCurrentResult::opened) {
+          success();
+        }
       });
 }
 
@@ -192,29 +198,37 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                          BackgroundTaskFrame::Stopping::allowed);
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
-    LoadedFile file{
-        location.isLocalFile() ? FileLocation::fromPath(location.resolvedPath()) : location, {}};
-    file.snapshot = SecureFileAccess::readSnapshot(
+    LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
+    file.reservation = SecureFileAccess::reserveReadURL(file.location);
+    SecureFileAccess::validateReadableFileURL(file.location);
+    file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
+    progress->checkpoint();
     return file;
   };
   runInBackground(platform_.executor, work,
                   std::function([weak = weak_from_this(), preservingEditorState,
                                  completion = std::move(completion)](Result<LoadedFile> result) {
                     const auto self = weak.lock();
-                    if (!self || !self->window_) return completion(windowClosedError());
+                    if (!self) return completion(windowClosedError());
+                    if (!self->window_) {
+                      self->endBusyStatus();
+                      return completion(windowClosedError());
+                    }
                     self->finishLoad(preservingEditorState, std::move(result), completion);
                   }));
 }
 
 void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                                      const LoadCompletion& completion) {
-  if (!result.isOk()) {
+  const bool isStopped = frame_.progress()->stopRequested();
+  if (!result.isOk() || isStopped) {
     endBusyStatus();
-    return completion(result.error());
+    return completion(result.isOk() ? Error::stopped() : result.error());
   }
   LoadedFile& file = result.value();
   if (const auto shown = documents_.documentShowing(file.location, hexDocument_.get())) {
+    file.reservation->release();
     endBusyStatus();
     shown->activateOpenWindows();
     return completion(OpenCurrentResult::broughtToFront);
@@ -227,6 +241,8 @@ void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFi
   hexDocument_->setFileStatus(file.snapshot.status);
   hexDocument_->isPendingInitialLoad = false;
   preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
+  // From here on the document's own location keeps other operations of the editor from the file.
+  file.reservation->release();
   endBusyStatus();
   completion(OpenCurrentResult::opened);
 }
@@ -234,7 +250,7 @@ void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFi
 void HexWindowController::startAtTheBeginning() {
   editor_.setStorage(hexDocument_->storage());
   bookmarks_.clear();
-  newestRecordedEdit_.reset();
+  forgetAnnouncements();
   removeUndoActions();
   editor_.recalcMetrics();
   moveCaret(0, {});
@@ -244,9 +260,7 @@ void HexWindowController::documentStorageDidReload() {
   const std::int64_t caret = editor_.caretOffset();
   const HexSelection selection = editor_.selection();
   bookmarks_.keepWithin(byteCount());
-  editorMutationWasAnnounced_ = false;
-  editorMutationHasUndo_ = false;
-  newestRecordedEdit_.reset();
+  forgetAnnouncements();
   removeUndoActions();
   editor_.setStorage(hexDocument_->storage());
   editor_.recalcMetrics();

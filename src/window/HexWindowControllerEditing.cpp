@@ -6,8 +6,10 @@ namespace quillmor {
 
 void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
                                        std::int64_t insertedCount) {
-  editorMutationWasAnnounced_ = true;
+  withdrawEditThatDidNotHappen();
   editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, "Edit");
+  editorMutationWasAnnounced_ = true;
+  if (removedCount != insertedCount) bookmarksBeforeEdit_ = bookmarks_.offsets();
   if (editorMutationHasUndo_) newestRecordedEdit_ = HexSelection{start, insertedCount};
   bookmarks_.adjustForEdit(start, removedCount, insertedCount);
 }
@@ -20,7 +22,24 @@ void HexWindowController::hexEditorDidEdit(HexEditorState&) {
   }
   editorMutationWasAnnounced_ = false;
   editorMutationHasUndo_ = false;
+  bookmarksBeforeEdit_.reset();
   updateStatus();
+}
+
+void HexWindowController::forgetAnnouncements() {
+  editorMutationWasAnnounced_ = false;
+  editorMutationHasUndo_ = false;
+  newestRecordedEdit_.reset();
+  bookmarksBeforeEdit_.reset();
+}
+
+/// An edit that was announced and then ran out of memory has left an undo step for a change that is
+/// not there; taking that step would destroy bytes. The bytes are as before, the history goes.
+void HexWindowController::withdrawEditThatDidNotHappen() {
+  if (!editorMutationWasAnnounced_) return;
+  if (bookmarksBeforeEdit_) bookmarks_.replaceAll(*std::move(bookmarksBeforeEdit_));
+  forgetAnnouncements();
+  removeUndoActions();
 }
 
 /// A second digit was typed without an announcement of its own. When it completes the byte of the
@@ -43,12 +62,14 @@ void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelect
 bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
                                            std::int64_t insertedCount,
                                            const std::string& actionName) {
+  withdrawEditThatDidNotHappen();
   newestRecordedEdit_.reset();
   return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
 }
 
 bool HexWindowController::registerUndoSnapshot(const std::string& actionName,
                                                std::optional<std::int64_t> resultingByteCount) {
+  withdrawEditThatDidNotHappen();
   newestRecordedEdit_.reset();
   return undoRecords_.registerUndoSnapshot(actionName, resultingByteCount);
 }
@@ -63,12 +84,14 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
 }
 
 void HexWindowController::undo() {
+  withdrawEditThatDidNotHappen();
   if (isBusy() || !hexDocument_->undoManager().canUndo()) return platform_.beeper.beep();
   hexDocument_->undoManager().undo();
   updateStatus();
 }
 
 void HexWindowController::redo() {
+  withdrawEditThatDidNotHappen();
   if (isBusy() || !hexDocument_->undoManager().canRedo()) return platform_.beeper.beep();
   hexDocument_->undoManager().redo();
   updateStatus();

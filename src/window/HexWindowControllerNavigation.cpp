@@ -60,6 +60,16 @@ void HexWindowController::copyCurrentOffset() {
   platform_.pasteboard.setText("0x" + uppercaseHex(editor_.caretOffset(), 8));
 }
 
+void HexWindowController::copyFilePath() {
+  if (refuseWithoutFile("Copy File Path")) return;
+  platform_.pasteboard.setText(hexDocument_->location()->path());
+}
+
+void HexWindowController::revealInFinder() {
+  if (refuseWithoutFile("Reveal in Finder")) return;
+  platform_.workspace.revealInFileManager(*hexDocument_->location());
+}
+
 void HexWindowController::applyUserDefaults() {
   const auto bytesPerRow = platform_.defaults.integer(kBytesPerRowKey);
   if (bytesPerRow && isOfferedBytesPerRow(*bytesPerRow)) editor_.setBytesPerRow(*bytesPerRow);

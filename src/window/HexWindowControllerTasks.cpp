@@ -44,8 +44,14 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffe
     updateStatus();
     return false;
   }
+  // What may run out of memory comes before the change is recorded: after it nothing is allocated.
+  storage.bytes.mutableSpan();
   const bool registered = registerUndoEdit(range.start, range.length, range.length, actionName);
-  storage.bytes.replace(range.start, range.length, bytes.span());
+  if (range.length == storage.count()) {
+    storage.bytes = bytes;
+  } else {
+    storage.bytes.replace(range.start, range.length, bytes.span());
+  }
   markManualEdit(range.start, range, registered);
   return true;
 }

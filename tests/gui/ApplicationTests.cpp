@@ -83,7 +83,8 @@ TEST_F(Application, showsAFileInAWindowOfTheStatedSize) {
   EXPECT_FALSE(window.isWindowModified());
   EXPECT_GE(window.minimumWidth(), 740);
   EXPECT_EQ(window.minimumHeight(), 460);
-  EXPECT_EQ(line(window, "Status"), "Size: 5 bytes  |  Offset: 0x00000000  |  Mode: Overwrite  |  Selection: 0");
+  EXPECT_EQ(line(window, "Status"),
+            "Size: 5 bytes  |  Offset: 0x00000000  |  Mode: Overwrite  |  Selection: 0");
   EXPECT_TRUE(line(window, "Data inspector").startsWith("UInt8: 104  |  Int8: 104  |  Hex: 0x68"));
 }
 
@@ -125,10 +126,12 @@ TEST_F(Application, togglesInsertModeWithTheShortcut) {
 
 TEST_F(Application, goesToAnOffsetFromTheToolbar) {
   EditorWindow& window = open("hello");
-  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK", {"0x3"});
+  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
+                         {"0x3"});
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
-  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK", {"zzz"});
+  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
+                         {"zzz"});
   platform.alerts.expect("Go to Offset", "Enter a valid offset.");
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
@@ -136,8 +139,8 @@ TEST_F(Application, goesToAnOffsetFromTheToolbar) {
 
 TEST_F(Application, namesEveryToolbarButtonForAssistiveTechnology) {
   EditorWindow& window = open("hello");
-  for (const char* title : {"Find", "Replace", "Go To", "Range", "Insert", "Fill", "Compare", "Strings", "Bookmark",
-                            "Checksum", "Frequency", "Insert/Overwrite"}) {
+  for (const char* title : {"Find", "Replace", "Go To", "Range", "Insert", "Fill", "Compare",
+                            "Strings", "Bookmark", "Checksum", "Frequency", "Insert/Overwrite"}) {
     QPushButton* found = button(window, title);
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(found->accessibleName(), title);
@@ -196,8 +199,9 @@ TEST_F(Application, asksBeforeAWindowWithUnsavedChangesCloses) {
 TEST_F(Application, refusesToCloseWhileBusy) {
   EditorWindow& window = open("hello");
   ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
-  platform.alerts.expect("Operation in Progress",
-                         "Wait for the current file operation to finish before closing this editor window.");
+  platform.alerts.expect(
+      "Operation in Progress",
+      "Wait for the current file operation to finish before closing this editor window.");
   window.close();
   EXPECT_TRUE(window.isVisible());
   window.controller().endBusyStatus();

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
+
+#include "app/GuardedApplication.h"
 
 int main(int argc, char** argv) {
   const QTemporaryDir home;
@@ -15,7 +16,7 @@ int main(int argc, char** argv) {
   // A test that reaches for the desktop must fail, not change the desktop.
   qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.path().toLocal8Bit() + "/no-bus");
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  const QApplication application(argc, argv);
+  const quillmor::GuardedApplication application(argc, argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

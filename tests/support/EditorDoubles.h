@@ -9,15 +9,9 @@
 #include <vector>
 
 #include "editor/HexEditorState.h"
-#include "platform/Beeper.h"
+#include "support/TestPlatform.h"
 
 namespace quillmor::test {
-
-class CountingBeeper : public Beeper {
- public:
-  void beep() override { ++count; }
-  int count = 0;
-};
 
 /// One announced edit.
 struct AnnouncedEdit {

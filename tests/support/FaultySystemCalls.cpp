@@ -102,6 +102,10 @@ int FaultySystemCalls::access(const char* path, int mode) {
   return admits(SystemCall::access) ? SystemCalls::access(path, mode) : -1;
 }
 
+char* FaultySystemCalls::realpath(const char* path, char* resolved) {
+  return admits(SystemCall::realpath) ? SystemCalls::realpath(path, resolved) : nullptr;
+}
+
 int FaultySystemCalls::ftruncate(int descriptor, off_t length) {
   return admits(SystemCall::ftruncate) ? SystemCalls::ftruncate(descriptor, length) : -1;
 }

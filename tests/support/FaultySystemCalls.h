@@ -18,6 +18,7 @@ enum class SystemCall {
   fstat,
   fstatat,
   access,
+  realpath,
   ftruncate,
   fchmod,
   fsync,
@@ -67,6 +68,7 @@ class FaultySystemCalls final : public SystemCalls {
   int fstat(int descriptor, struct stat* status) override;
   int fstatat(int directory, const char* path, struct stat* status, int flags) override;
   int access(const char* path, int mode) override;
+  char* realpath(const char* path, char* resolved) override;
   int ftruncate(int descriptor, off_t length) override;
   int fchmod(int descriptor, mode_t mode) override;
   int fsync(int descriptor) override;

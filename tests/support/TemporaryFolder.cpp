@@ -36,7 +36,9 @@ void TemporaryFolder::append(std::string_view name, std::string_view content) co
   std::ofstream(path_ / name, std::ios::binary | std::ios::app) << content;
 }
 
-std::string TemporaryFolder::read(std::string_view name) const { return read(location(name)); }
+std::string TemporaryFolder::read(std::string_view name) const {
+  return read(location(name));
+}
 
 std::string TemporaryFolder::read(const FileLocation& location) {
   std::ifstream in(location.path(), std::ios::binary);

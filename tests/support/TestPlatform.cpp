@@ -77,8 +77,27 @@ std::optional<bool> FakeUserDefaults::boolean(const std::string& key) const {
   return found == booleans.end() ? std::nullopt : std::optional(found->second);
 }
 
+void ManualExecutor::runDetached(std::function<void()> work) {
+  const std::lock_guard guard(lock_);
+  work_.push_back(std::move(work));
+}
+
 void ManualExecutor::postToMain(std::function<void()> function) {
+  const std::lock_guard guard(lock_);
   posted_.push_back(std::move(function));
+}
+
+bool ManualExecutor::hasWork() const {
+  const std::lock_guard guard(lock_);
+  return !work_.empty();
+}
+
+std::function<void()> ManualExecutor::takeFrom(Queue& queue) {
+  const std::lock_guard guard(lock_);
+  if (queue.empty()) return nullptr;
+  auto first = std::move(queue.front());
+  queue.pop_front();
+  return first;
 }
 
 void ManualExecutor::postToMainAfter(std::chrono::milliseconds delay,
@@ -87,19 +106,17 @@ void ManualExecutor::postToMainAfter(std::chrono::milliseconds delay,
 }
 
 bool ManualExecutor::runOneWork() {
-  if (work_.empty()) return false;
-  auto work = std::move(work_.front());
-  work_.pop_front();
+  auto work = takeFrom(work_);
+  if (!work) return false;
   std::thread(std::move(work)).join();
   return true;
 }
 
 bool ManualExecutor::runPosted() {
-  const bool any = !posted_.empty();
-  while (!posted_.empty()) {
-    auto function = std::move(posted_.front());
-    posted_.pop_front();
+  bool any = false;
+  while (auto function = takeFrom(posted_)) {
     function();
+    any = true;
   }
   return any;
 }

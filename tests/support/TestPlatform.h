@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -88,7 +89,7 @@ class FakeWorkspace : public Workspace {
 /// thread; so that "busy", "window closed meanwhile" and "bytes changed" happen when a test says.
 class ManualExecutor : public BackgroundExecutor {
  public:
-  void runDetached(std::function<void()> work) override { work_.push_back(std::move(work)); }
+  void runDetached(std::function<void()> work) override;
   void postToMain(std::function<void()> function) override;
   void postToMainAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
 
@@ -105,15 +106,21 @@ class ManualExecutor : public BackgroundExecutor {
   /// Lets time pass for `postToMainAfter`.
   void advance(std::chrono::milliseconds time);
 
-  bool hasWork() const { return !work_.empty(); }
+  bool hasWork() const;
 
  private:
   struct Delayed {
     std::chrono::milliseconds due;
     std::function<void()> function;
   };
-  std::deque<std::function<void()>> work_;
-  std::deque<std::function<void()>> posted_;
+  using Queue = std::deque<std::function<void()>>;
+
+  /// The oldest entry of a queue, taken out; null when it is empty.
+  std::function<void()> takeFrom(Queue& queue);
+
+  mutable std::mutex lock_;  ///< guards the two queues, which any thread may fill
+  Queue work_;
+  Queue posted_;
   std::vector<Delayed> delayed_;
   std::chrono::milliseconds now_{0};
 };

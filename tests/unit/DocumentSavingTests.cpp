@@ -215,6 +215,18 @@ TEST_F(DocumentSaving, ofAFileOpenedThroughALinkWritesTheRealFile) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.location("link.bin").path()));
 }
 
+TEST_F(DocumentSaving, asThroughDotsBehindALinkStaysWithTheFileThatWasWritten) {
+  std::filesystem::create_directories(folder.location("far/sub").path());
+  std::filesystem::create_directory_symlink("far/sub", folder.location("link").path());
+  auto editor = makeEditor();
+  type(editor, "new");
+  platform.filePanels.saveAnswers.push_back(folder.location("link/../out.bin"));
+  editor->saveDocumentAs();
+  platform.executor.runAll();
+  EXPECT_EQ(editor.document->location(), folder.location("far/out.bin"));
+  EXPECT_EQ(folder.read("far/out.bin"), "new");
+}
+
 TEST_F(DocumentSaving, keepsFileNamesThatAreNotUtf8) {
   const auto file = folder.write("b\xFFn.\xFE", "hello");
   auto editor = openEditor(file);

@@ -23,10 +23,8 @@ HexEditorGeometry laidOut(HexDocumentShape shape, Size viewport = {}) {
 
 TEST(HexEditorGeometry, beginsWithPlaceholders) {
   const HexEditorGeometry geometry;
-  EXPECT_FALSE(geometry.metricsInitialized());
   EXPECT_EQ(geometry.charWidth(), 8);
   EXPECT_EQ(geometry.rowHeight(), 20);
-  EXPECT_EQ(geometry.offsetWidth(), 92);
   EXPECT_EQ(geometry.hexStart(), 112);
   EXPECT_EQ(geometry.asciiStart(), 0);
   EXPECT_EQ(geometry.desiredDocumentSize(), (Size{0, 0}));
@@ -36,18 +34,35 @@ TEST(HexEditorGeometry, takesTheFontsMeasuresOnce) {
   HexEditorGeometry geometry;
   geometry.setFontMetrics(7.5, 15);
   geometry.setFontMetrics(30, 40);
-  EXPECT_TRUE(geometry.metricsInitialized());
+  geometry.recalcMetrics({.byteCount = 10, .bytesPerRow = 16}, {});
   EXPECT_EQ(geometry.charWidth(), 7.5);
   EXPECT_EQ(geometry.rowHeight(), 22);
-  EXPECT_EQ(geometry.offsetWidth(), 75);
+  EXPECT_EQ(geometry.hexStart(), 75 + 22) << "ten characters for the offsets";
+}
+
+TEST(HexEditorGeometry, theFontsMeasuresReplaceALayoutMadeWithThePlaceholders) {
+  const HexDocumentShape shape{.byteCount = 100, .bytesPerRow = 32};
+  HexEditorGeometry early;
+  early.recalcMetrics(shape, {300, 200});
+  early.setFontMetrics(7.5, 15);
+  EXPECT_TRUE(early.recalcMetrics(shape, {300, 200}));
+
+  HexEditorGeometry expected;
+  expected.setFontMetrics(7.5, 15);
+  expected.recalcMetrics(shape, {300, 200});
+  EXPECT_EQ(early.hexStart(), expected.hexStart());
+  EXPECT_EQ(early.asciiStart(), expected.asciiStart());
+  EXPECT_EQ(early.desiredDocumentSize(), expected.desiredDocumentSize());
+  EXPECT_EQ(early.frameSize(), expected.frameSize());
 }
 
 TEST(HexEditorGeometry, neverMakesACellSmallerThanOnePixel) {
   HexEditorGeometry geometry;
   geometry.setFontMetrics(0.25, -9);
+  geometry.recalcMetrics({.byteCount = 10, .bytesPerRow = 16}, {});
   EXPECT_EQ(geometry.charWidth(), 1);
   EXPECT_EQ(geometry.rowHeight(), 1);
-  EXPECT_EQ(geometry.offsetWidth(), 10);
+  EXPECT_EQ(geometry.hexStart(), 10 + 22);
 }
 
 TEST(HexEditorGeometry, placesTheColumnsAndSizesTheDocument) {

@@ -32,6 +32,13 @@ TEST_F(HexRowsTextTest, writesOneLinePerRow) {
   EXPECT_EQ(rows(1, 1).text(), "00000008  69 6A 6B 6C 6D 6E 6F 70  ijklmnop\n");
 }
 
+TEST_F(HexRowsTextTest, neverCutsLargeOffsets) {
+  EXPECT_EQ(HexRowsText::offsetText(0), "00000000");
+  EXPECT_EQ(HexRowsText::offsetText(0xFFFFFFF0), "FFFFFFF0");
+  EXPECT_EQ(HexRowsText::offsetText(0x100000000), "100000000");
+  EXPECT_EQ(HexRowsText::offsetText(0x7FFFFFFFFFFFFFF0), "7FFFFFFFFFFFFFF0");
+}
+
 TEST_F(HexRowsTextTest, writesAnEmptyRowForTheEndPosition) {
   HexStorage storage;
   const HexRowsText empty(storage, {.byteCount = 0, .bytesPerRow = 16}, {0, 0});

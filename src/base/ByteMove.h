@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quillmor {
+
+/// Moves of this many bytes or more are worth a second thread.
+inline constexpr std::int64_t kParallelMoveThreshold = 8 * 1024 * 1024;
+
+/// Moves `count` bytes from `from` to `to`, which may overlap and may be null when `count` is 0.
+/// Large moves over a short distance, as one inserted byte causes them, are shared between two
+/// threads, because one core alone does not use all of the memory's speed. Returns when all bytes
+/// are in place.
+void moveBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) noexcept;
+
+}  // namespace quillmor

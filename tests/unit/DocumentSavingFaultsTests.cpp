@@ -1,0 +1,123 @@
+// Saving while the system fails: what is reported, what stays, and that the next try can succeed.
+
+#include <cerrno>
+
+#include "support/FaultySystemCalls.h"
+#include "support/WindowFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+class DocumentSavingFaults : public WindowFixture {
+ protected:
+  void SetUp() override {
+    file = folder.write("data.bin", "hello");
+    editor = openEditor(file);
+    type(editor, "J");
+  }
+
+  void save() {
+    editor->saveDocument();
+    platform.executor.runAll();
+  }
+
+  /// One save fails with `message`; the next one, with a healthy system, asks nothing and succeeds.
+  void expectFailureAndRecovery(const std::string& message) {
+    {
+      const ScopedSystemCalls scope(calls);
+      platform.alerts.expect("Save Failed", message);
+      save();
+    }
+    EXPECT_EQ(editor.text(), "Jello");
+    EXPECT_TRUE(editor.window->isEdited);
+    EXPECT_TRUE(editor.document->undoManager().canUndo());
+    EXPECT_FALSE(editor->isBusy());
+    save();
+    EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+    EXPECT_FALSE(editor.window->isEdited);
+  }
+
+  FaultySystemCalls calls;
+  FileLocation file = FileLocation::fromPath("/");
+  EditorUnderTest editor;
+};
+
+TEST_F(DocumentSavingFaults, reportAFullDisk) {
+  calls.fail(SystemCall::write, 1, ENOSPC);
+  expectFailureAndRecovery("Could not write the document data.");
+}
+
+TEST_F(DocumentSavingFaults, reportADefectiveDisk) {
+  calls.fail(SystemCall::write, 1, EIO);
+  expectFailureAndRecovery("Could not write the document data.");
+}
+
+TEST_F(DocumentSavingFaults, reportAWriteThatMovesNothing) {
+  calls.limitCount(SystemCall::write, FaultySystemCalls::kEvery, 0);
+  expectFailureAndRecovery("The document write stopped before all data was saved.");
+}
+
+TEST_F(DocumentSavingFaults, reportAFileThatMayNotBeWritten) {
+  calls.fail(SystemCall::open, 1, EACCES);
+  expectFailureAndRecovery("Could not open the document output file.");
+}
+
+TEST_F(DocumentSavingFaults, reportAFileThatCannotBeEmptied) {
+  calls.fail(SystemCall::ftruncate, 1, EIO);
+  expectFailureAndRecovery("Could not prepare the document output file.");
+}
+
+TEST_F(DocumentSavingFaults, reportBytesThatDoNotReachTheDisk) {
+  calls.fail(SystemCall::fsync, 1, EIO);
+  editor->saveDocument();
+  const ScopedSystemCalls scope(calls);
+  platform.executor.runOneWork();
+  platform.alerts.expect("Save Failed", Error::posix(EIO).message());
+  platform.executor.runAll();
+  EXPECT_TRUE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingFaults, nameTheFailedWriteEvenWhenTheFileCannotBeLookedAtAfterwards) {
+  calls.fail(SystemCall::write, 1, ENOSPC);
+  calls.before(SystemCall::write, 1,
+               [&] { calls.fail(SystemCall::fstatat, FaultySystemCalls::kEvery, EIO); });
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect("Save Failed", "Could not write the document data.");
+  save();
+  EXPECT_TRUE(editor.window->isEdited);
+  EXPECT_FALSE(editor->isBusy());
+}
+
+TEST_F(DocumentSavingFaults, doNotShowWhenCallsAreOnlyInterruptedOrShort) {
+  calls.interruptEveryCall();
+  calls.limitCount(SystemCall::write, FaultySystemCalls::kEvery, 2);
+  const ScopedSystemCalls scope(calls);
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingFaults, ofASaveAsLeaveTheDocumentWhereItWas) {
+  calls.fail(SystemCall::write, 1, ENOSPC);
+  const ScopedSystemCalls scope(calls);
+  platform.filePanels.saveAnswers.push_back(folder.location("copy.bin"));
+  platform.alerts.expect("Save Failed", "Could not write the document data.");
+  editor->saveDocumentAs();
+  platform.executor.runAll();
+  EXPECT_EQ(editor.document->location(), file);
+  EXPECT_EQ(editor.window->title, "data.bin");
+  EXPECT_TRUE(editor.window->isEdited);
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+}
+
+TEST_F(DocumentSavingFaults, neverAskAClosedWindowWhetherToOverwrite) {
+  folder.write("data.bin", "other program");
+  editor->saveDocument();
+  editor.window->closeWindow();
+  editor = {};
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(file), "other program");
+}
+
+}  // namespace
+}  // namespace quillmor::test

@@ -1,0 +1,235 @@
+// Going to places, view settings, the offset of the last session, and the simple editing commands.
+
+#include <limits>
+
+#include "support/WindowFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+constexpr const char* kBusy =
+    "Another operation is already running. Wait for it to finish before editing.";
+constexpr const char* kGoToText = "Enter decimal, 0xHEX, HEX, or HEXh offset.";
+constexpr const char* kRangeText =
+    "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.";
+
+class WindowNavigation : public WindowFixture {
+ protected:
+  void SetUp() override {
+    editor.editor().setCaretOffset(100);
+    editor.editor().setSelection({10, 20});
+  }
+
+  void goTo(const std::string& answer, const std::string& button = "OK") {
+    platform.alerts.expect("Go to Offset", kGoToText, button, {answer});
+    editor->goToOffset();
+  }
+
+  void select(const std::string& start, const std::string& length) {
+    platform.alerts.expect("Select Range", kRangeText, "OK", {start, length});
+    editor->selectRange();
+  }
+
+  void expectPlace(std::int64_t caret, HexSelection selection) {
+    EXPECT_EQ(editor.editor().caretOffset(), caret);
+    EXPECT_EQ(editor.editor().selection(), selection);
+  }
+
+  void expectUnmoved() { expectPlace(100, {10, 20}); }
+
+  EditorUnderTest editor = makeEditor(std::string(4096, 'x'));
+};
+
+TEST_F(WindowNavigation, showsThePlaceInTheStatusLine) {
+  editor.editor().setSelection({});
+  editor.editor().setCaretOffset(496);
+  EXPECT_EQ(editor.window->statusText,
+            "Size: 4096 bytes  |  Offset: 0x000001F0  |  Mode: Overwrite  |  Selection: 0");
+  EXPECT_FALSE(editor.window->inspectorText.empty());
+}
+
+TEST_F(WindowNavigation, goesToAnOffsetAndClearsTheSelection) {
+  goTo("0x1F0");
+  expectPlace(496, {});
+  editor.editor().setSelection({10, 20});
+  goTo("17");
+  expectPlace(17, {});
+  goTo("0");
+  expectPlace(0, {});
+}
+
+TEST_F(WindowNavigation, goesNoFartherThanTheEnd) {
+  goTo("4096");
+  expectPlace(4096, {});
+  goTo("4097");
+  expectPlace(4096, {});
+  goTo("9223372036854775807");
+  expectPlace(4096, {});
+}
+
+TEST_F(WindowNavigation, asksForTheOffsetInAForm) {
+  goTo("1");
+  const Alert& alert = platform.alerts.shown().back();
+  EXPECT_EQ(alert.buttons, (std::vector<std::string>{"OK", "Cancel"}));
+  EXPECT_EQ(alert.formWidth, 420);
+  ASSERT_EQ(alert.fields.size(), 1U);
+  EXPECT_EQ(alert.fields[0].label, "Offset:");
+  EXPECT_EQ(alert.fields[0].placeholder, "0x1000");
+}
+
+TEST_F(WindowNavigation, goesNowhereOnCancelOrAnAnswerThatIsNoOffset) {
+  goTo("5", "Cancel");
+  expectUnmoved();
+  for (const char* answer : {"", "xyz", "-1", "-0x10", "0x", "99999999999999999999", "1 2"}) {
+    platform.alerts.expect("Go to Offset", kGoToText, "OK", {answer});
+    platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+    editor->goToOffset();
+    expectUnmoved();
+  }
+}
+
+TEST_F(WindowNavigation, measuresTheDocumentAfterTheQuestion) {
+  platform.alerts.expect("Go to Offset", kGoToText, "OK", {"4000"});
+  platform.alerts.duringNext([this] { editor.document->storage()->bytes = ByteBuffer(); });
+  editor->goToOffset();
+  expectPlace(0, {});
+}
+
+TEST_F(WindowNavigation, selectsARange) {
+  select("0x10", "16");
+  expectPlace(16, {16, 16});
+  const Alert& alert = platform.alerts.shown().back();
+  EXPECT_EQ(alert.buttons, (std::vector<std::string>{"OK", "Cancel"}));
+  EXPECT_EQ(alert.fields.size(), 2U);
+  select("5", "0");
+  expectPlace(5, {5, 0});
+}
+
+TEST_F(WindowNavigation, clipsTheSelectedRange) {
+  select("4090", "100");
+  expectPlace(4090, {4090, 6});
+  select("5000", "10");
+  EXPECT_EQ(editor.editor().caretOffset(), 4096);
+  EXPECT_EQ(editor.editor().selection().length, 0);
+  select("1", "9223372036854775807");
+  expectPlace(1, {1, 4095});
+}
+
+TEST_F(WindowNavigation, selectsNothingOnCancelOrAnAnswerThatIsNoRange) {
+  platform.alerts.expect("Select Range", kRangeText, "Cancel", {"1", "2"});
+  editor->selectRange();
+  expectUnmoved();
+  const std::vector<std::string> answers[] = {
+      {"", ""}, {"1", ""}, {"", "1"}, {"-1", "4"}, {"1", "-4"}, {"1", "99999999999999999999"}};
+  for (const auto& answer : answers) {
+    platform.alerts.expect("Select Range", kRangeText, "OK", answer);
+    platform.alerts.expect("Select Range", "Enter a valid start offset and length.");
+    editor->selectRange();
+    expectUnmoved();
+  }
+}
+
+TEST_F(WindowNavigation, goesToStartAndEnd) {
+  editor->goToEnd();
+  expectPlace(4096, {});
+  editor.editor().setSelection({10, 20});
+  editor->goToStart();
+  expectPlace(0, {});
+}
+
+TEST_F(WindowNavigation, isRefusedWhileBusy) {
+  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  platform.alerts.expect("Go to Offset", kBusy);
+  editor->goToOffset();
+  platform.alerts.expect("Select Range", kBusy);
+  editor->selectRange();
+  platform.alerts.expect("Delete", kBusy);
+  editor->deleteSelection();
+  platform.alerts.expect("Toggle Insert Mode", kBusy);
+  editor->toggleInsertMode();
+  editor->endBusyStatus();
+  expectUnmoved();
+  EXPECT_FALSE(editor.editor().insertMode());
+}
+
+TEST_F(WindowNavigation, selectsAllFromTheStart) {
+  editor->selectAll();
+  expectPlace(0, {0, 4096});
+}
+
+TEST_F(WindowNavigation, deletesTheSelectionOrTheByteAtTheCaret) {
+  editor->deleteSelection();
+  EXPECT_EQ(editor.text().size(), 4076U);
+  expectPlace(10, {});
+  editor->deleteSelection();
+  EXPECT_EQ(editor.text().size(), 4075U);
+  EXPECT_EQ(editor.editor().caretOffset(), 10);
+  editor->undo();
+  editor->undo();
+  EXPECT_EQ(editor.text().size(), 4096U);
+  expectUnmoved();
+}
+
+TEST_F(WindowNavigation, copiesTheOffsetInAtLeastEightDigits) {
+  editor.editor().setCaretOffset(0xAB);
+  editor->copyCurrentOffset();
+  EXPECT_EQ(platform.pasteboard.text, "0x000000AB");
+}
+
+TEST_F(WindowNavigation, remembersBytesPerRow) {
+  for (const std::int64_t value : {8, 32, 16}) {
+    editor->setBytesPerRow(value);
+    EXPECT_EQ(editor.editor().bytesPerRow(), value);
+    EXPECT_EQ(makeEditor().editor().bytesPerRow(), value);
+    EXPECT_EQ(platform.defaults.integers.at("com.tenvale.Quillmor.bytesPerRow"), value);
+  }
+}
+
+TEST_F(WindowNavigation, takesOnlyOfferedNumbersOfBytesPerRow) {
+  for (const std::int64_t value : {24, 0, -8, 9, 64}) {
+    platform.defaults.integers["com.tenvale.Quillmor.bytesPerRow"] = value;
+    EXPECT_EQ(makeEditor().editor().bytesPerRow(), 16) << value;
+  }
+}
+
+TEST_F(WindowNavigation, remembersInsertMode) {
+  EXPECT_FALSE(editor.editor().insertMode());
+  editor->toggleInsertMode();
+  EXPECT_TRUE(editor.editor().insertMode());
+  EXPECT_EQ(editor.window->statusText,
+            "Size: 4096 bytes  |  Offset: 0x00000064  |  Mode: Insert  |  Selection: 20");
+  EXPECT_TRUE(platform.defaults.booleans.at("com.tenvale.Quillmor.insertMode"));
+  EXPECT_TRUE(makeEditor().editor().insertMode());
+  editor->toggleInsertMode();
+  EXPECT_FALSE(makeEditor().editor().insertMode());
+}
+
+TEST_F(WindowNavigation, needsAFileForTheLastSessionsOffset) {
+  platform.alerts.expect("Session", "Current document has no file path.");
+  editor->restoreLastSessionOffset();
+  expectUnmoved();
+}
+
+TEST_F(WindowNavigation, restoresTheLastSessionsOffsetWithinTheFile) {
+  const auto file = folder.write("data.bin", "0123456789");
+  editor = openEditor(file);
+  const std::string key = "Quillmor.session.offset." + file.path();
+  EXPECT_EQ(editor->sessionOffsetKey(), key);
+  platform.alerts.expect("Session", "No saved offset for this file.");
+  editor->restoreLastSessionOffset();
+  for (const std::int64_t offset : {0, 4, 10}) {
+    editor.editor().setSelection({1, 2});
+    platform.defaults.integers[key] = offset;
+    editor->restoreLastSessionOffset();
+    expectPlace(offset, {offset, 0});
+  }
+  for (const std::int64_t offset : {std::int64_t{-1}, std::int64_t{11}, INT64_MAX, INT64_MIN}) {
+    platform.defaults.integers[key] = offset;
+    platform.alerts.expect("Session", "The saved offset is outside the current file.");
+    editor->restoreLastSessionOffset();
+    expectPlace(10, {10, 0});
+  }
+}
+
+}  // namespace
+}  // namespace quillmor::test

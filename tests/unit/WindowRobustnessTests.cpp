@@ -1,0 +1,162 @@
+// What must hold when memory runs out, when another program interferes, and when the user is faster
+// than the work.
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <new>
+
+#include "fileaccess/UrlReservations.h"
+#include "support/ApplicationFixture.h"
+#include "support/ErrorMatchers.h"
+#include "support/MemoryProbes.h"
+
+namespace quillmor::test {
+namespace {
+
+constexpr const char* kChangedOnDisk = "The file has been changed by another program.";
+constexpr const char* kChangedOnDiskText =
+    "Saving now replaces those changes by the bytes in this window.";
+
+class WindowRobustness : public WindowFixture {};
+
+TEST_F(WindowRobustness, anEditThatRunsOutOfMemoryLeavesNoUndoStep) {
+  auto editor = makeEditor();
+  editor.document->readData(ByteBuffer::filled(32 * 1024 * 1024, 0x55));
+  editor.editor().setInsertMode(true);
+  editor.editor().setCaretOffset(16);
+  platform.alerts.expect("Bookmarks", "Added bookmark at 0x00000010.");
+  editor->addBookmark();
+  const ByteBuffer before = editor.document->storage()->bytes;
+  {
+    // The bytes are shared, so that inserting needs memory for a copy of them.
+    const NoMoreAddressSpace none;
+    EXPECT_THROW(editor.editor().editByte('x'), std::bad_alloc);
+  }
+  EXPECT_TRUE(editor.document->storage()->bytes == before);
+  editor->undo();
+  EXPECT_TRUE(editor.document->storage()->bytes == before);
+  EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{16});
+  EXPECT_FALSE(editor.document->undoManager().canRedo());
+  editor.editor().editByte('x');
+  editor->undo();
+  EXPECT_TRUE(editor.document->storage()->bytes == before);
+}
+
+TEST_F(WindowRobustness, aFileBeingOpenedIsReservedUntilItIsShown) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = makeEditor();
+  editor->openURLInCurrentWindow(file, [](OpenCurrentResult) {});
+  platform.executor.runOneWork();
+  EXPECT_THAT([&] { SecureFileAccess::reserveOutputURL(file); },
+              failsWith(1207,
+                        "Another operation is already reading or writing data.bin. Choose a "
+                        "different destination or wait for that operation to finish."));
+  platform.executor.runPosted();
+  EXPECT_EQ(editor.text(), "hello");
+  EXPECT_NO_THROW(SecureFileAccess::reserveOutputURL(file));
+}
+
+TEST_F(WindowRobustness, stoppingAfterTheLastByteStillOpensNothing) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = makeEditor("old");
+  editor->openURLInCurrentWindow(file, [](OpenCurrentResult) {});
+  platform.executor.runOneWork();
+  editor->stopCurrentOperation();
+  platform.executor.runPosted();
+  EXPECT_EQ(editor.text(), "old");
+  EXPECT_FALSE(editor->isBusy());
+}
+
+TEST_F(WindowRobustness, aSaveThatNeverTouchedTheFileAdoptsNobodysFile) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = openEditor(file);
+  type(editor, "J");
+  std::filesystem::remove(file.path());
+  std::filesystem::create_directory(file.path());
+  platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Overwrite");
+  platform.alerts.expect("Save Failed", "Could not open the document output file.");
+  editor->saveDocument();
+  platform.executor.runAll();
+  std::filesystem::remove(file.path());
+  folder.write("data.bin", "another program's");
+  platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Cancel");
+  editor->saveDocument();
+  platform.executor.runAll();
+  EXPECT_EQ(folder.read("data.bin"), "another program's");
+}
+
+TEST_F(WindowRobustness, savingAsOntoItsOwnChangedFileAsksToo) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = openEditor(file);
+  type(editor, "J");
+  folder.write("data.bin", "another program's");
+  platform.filePanels.saveAnswers.push_back(file);
+  platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Cancel");
+  editor->saveDocumentAs();
+  platform.executor.runAll();
+  EXPECT_EQ(folder.read("data.bin"), "another program's");
+}
+
+TEST_F(WindowRobustness, reloadingAFileThatAnotherWindowShowsReportsNoSuccess) {
+  const auto first = folder.write("first.bin", "first");
+  const auto second = folder.write("second.bin", "second");
+  auto one = openEditor(first);
+  auto two = openEditor(second);
+  std::filesystem::remove(second.path());
+  std::filesystem::create_hard_link(first.path(), second.path());
+  two->reloadFromDisk();
+  platform.executor.runAll();
+  EXPECT_EQ(two.text(), "second");
+  EXPECT_EQ(one.window->broughtToFront, 1);
+}
+
+TEST_F(WindowRobustness, copiesTheFilesPathAndRevealsIt) {
+  const auto file = folder.write("data.bin", "hello");
+  auto editor = openEditor(file);
+  editor->perform("forwardCopyFilePath:");
+  EXPECT_EQ(platform.pasteboard.text, file.path());
+  editor->perform("forwardRevealInFinder:");
+  EXPECT_EQ(platform.workspace.revealed, std::vector<FileLocation>{file});
+}
+
+TEST_F(WindowRobustness, neitherCopiesNorRevealsAFileThatDoesNotExistYet) {
+  auto editor = makeEditor();
+  platform.alerts.expect("Copy File Path", "Current document has no file path.");
+  editor->perform("forwardCopyFilePath:");
+  platform.alerts.expect("Reveal in Finder", "Current document has no file path.");
+  editor->perform("forwardRevealInFinder:");
+  EXPECT_TRUE(platform.workspace.revealed.empty());
+}
+
+class ApplicationRobustness : public ApplicationFixture {};
+
+TEST_F(ApplicationRobustness, aCommandThatRunsOutOfMemoryShowsAnAlertAndKeepsTheDocument) {
+  delegate.newDocument();
+  auto editor = editorAt(0);
+  editor.document->readData(ByteBuffer::filled(32 * 1024 * 1024, 0x55));
+  const ByteBuffer before = editor.document->storage()->bytes;
+  platform.alerts.expect("Delete Failed", "Cannot allocate memory");
+  {
+    const NoMoreAddressSpace none;
+    editor.editor().setCaretOffset(16 * 1024 * 1024);
+    delegate.perform("forwardDeleteSelection:");
+  }
+  EXPECT_TRUE(editor.document->storage()->bytes == before);
+  EXPECT_FALSE(editor.document->undoManager().canRedo());
+}
+
+TEST_F(ApplicationRobustness, quittingStopsWhenAnotherWindowGetsBusyDuringTheReview) {
+  auto first = newEditedDocument("a");
+  auto second = newEditedDocument("b");
+  platform.alerts.duringNext([&] { EXPECT_TRUE(first->beginBusyStatus("Working…")); });
+  expectSaveQuestion(second.document->displayName(), "Don't Save");
+  platform.alerts.expect("Operation in Progress",
+                         "Wait for the current operation to finish before quitting Quillmor.");
+  delegate.requestQuit();
+  EXPECT_EQ(application.terminations, 0);
+  first->endBusyStatus();
+}
+
+}  // namespace
+}  // namespace quillmor::test
