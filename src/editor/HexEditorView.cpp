@@ -71,6 +71,10 @@ void HexEditorView::caretOrSelectionChanged() {
   HexEditorAccessible::announceCaret(*this);
 }
 
+void HexEditorView::contentsChanged() {
+  HexEditorAccessible::announceText(*this, announcedText_);
+}
+
 // Layout and scrolling
 
 void HexEditorView::layOut() {
@@ -151,7 +155,7 @@ void HexEditorView::scrollTo(Point position) {
 void HexEditorView::scrollPositionChanged() {
   updateScrollBars();
   viewport()->update();
-  HexEditorAccessible::announceScrolling(*this);
+  HexEditorAccessible::announceScrolling(*this, announcedText_);
 }
 
 void HexEditorView::scrollToVisible(const Rect& rect) {

@@ -49,6 +49,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   void scrollToVisible(const Rect& rect) override;
   void takeKeyboardFocus() override;
   void caretOrSelectionChanged() override;
+  void contentsChanged() override;
   void detached() override;
 
  protected:
@@ -88,6 +89,8 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;
+  /// The visible text that assistive technology knows.
+  QString announcedText_;
   /// What to reveal once the view has its real size.
   std::optional<Rect> revealWhenShown_;
 };
