@@ -150,13 +150,10 @@ void HexEditorAccessible::removeSelection(int selectionIndex) {
 
 void HexEditorAccessible::setSelection(int selectionIndex, int startOffset, int endOffset) {
   if (selectionIndex != 0 || !mayChange()) return;
-  const HexRowsText rows = rowsText();
   const auto [first, last] = std::minmax(startOffset, endOffset);
-  if (first == last) return editor()->setSelection({});
-  const std::int64_t start = rows.placeAt(first).offset;
-  const std::int64_t end = rows.placeAt(last - 1).offset;
-  editor()->setCaretOffset(end);
-  editor()->setSelection({.start = start, .length = end - start + 1});
+  const HexSelection bytes = rowsText().bytesIn({.first = first, .last = last});
+  if (bytes.length > 0) editor()->setCaretOffset(bytes.start + bytes.length - 1);
+  editor()->setSelection(bytes);
 }
 
 int HexEditorAccessible::cursorPosition() const {

@@ -69,6 +69,21 @@ TEST_F(HexEditorAccessibility, tellsAndSetsTheSelection) {
   EXPECT_EQ(state.selection(), (HexSelection{1, 1}));
 }
 
+TEST_F(HexEditorAccessibility, selectsBytesOnly) {
+  setCountingBytes(16);
+  const int second = 44;
+  text().setSelection(0, 10, second + 5);
+  EXPECT_EQ(state.selection(), (HexSelection{0, 8})) << "ends among the second row's offset";
+  text().setSelection(0, second + 10, text().characterCount());
+  EXPECT_EQ(state.selection(), (HexSelection{8, 8})) << "ends in the empty row";
+  EXPECT_EQ(state.caretOffset(), 15);
+  text().setSelection(0, 2, 7);
+  EXPECT_EQ(state.selection(), HexSelection{}) << "an offset";
+  text().setSelection(0, 2 * second, text().characterCount());
+  EXPECT_EQ(state.selection(), HexSelection{}) << "the empty row";
+  EXPECT_EQ(state.caretOffset(), 15);
+}
+
 TEST_F(HexEditorAccessibility, changesNothingWhileEditingIsDisabled) {
   state.setEditingEnabled(false);
   text().setCursorPosition(16);
