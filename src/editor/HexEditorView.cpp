@@ -31,6 +31,7 @@ HexEditorView::~HexEditorView() {
 void HexEditorView::detached() {
   editor_ = nullptr;
   revealWhenShown_.reset();
+  autoScrollTimer_.stop();
   viewport()->update();
 }
 
@@ -60,6 +61,8 @@ void HexEditorView::focusInEvent(QFocusEvent* event) {
 
 void HexEditorView::focusOutEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusOutEvent(event);
+  // An alert that takes the focus in the middle of a drag swallows the button's release.
+  autoScrollTimer_.stop();
   viewport()->update();
 }
 
