@@ -1,6 +1,7 @@
 #include "editor/HexEditorAccessible.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "editor/HexEditorView.h"
 
@@ -17,6 +18,21 @@ CaretPlace caretPlace(const HexEditorState& editor) {
   return {.offset = editor.caretOffset(),
           .area = editor.editingArea(),
           .highNibble = editor.editingHighNibble()};
+}
+
+/// Tells of the part from the first to the last difference of two texts that are not equal.
+std::unique_ptr<QAccessibleEvent> updateEvent(HexEditorView& view, const QString& before,
+                                              const QString& after) {
+  const qsizetype shorter = std::min(before.size(), after.size());
+  const auto firstDifference =
+      std::mismatch(before.begin(), before.begin() + shorter, after.begin()).first;
+  const qsizetype begin = firstDifference - before.begin();
+  const auto lastDifference =
+      std::mismatch(before.rbegin(), before.rbegin() + (shorter - begin), after.rbegin()).first;
+  const qsizetype equalAtEnd = lastDifference - before.rbegin();
+  return std::make_unique<QAccessibleTextUpdateEvent>(
+      &view, static_cast<int>(begin), before.mid(begin, before.size() - equalAtEnd - begin),
+      after.mid(begin, after.size() - equalAtEnd - begin));
 }
 
 }  // namespace
@@ -50,10 +66,25 @@ void HexEditorAccessible::announceCaret(HexEditorView& view) {
   if (QAccessible::isActive()) QAccessible::updateAccessibility(caretEvent(view).get());
 }
 
-void HexEditorAccessible::announceScrolling(HexEditorView& view) {
-  if (!QAccessible::isActive()) return;
-  QAccessibleEvent event(&view, QAccessible::VisibleDataChanged);
-  QAccessible::updateAccessibility(&event);
+std::unique_ptr<QAccessibleEvent> HexEditorAccessible::textEvent(HexEditorView& view,
+                                                                 QString& announced) {
+  const QString before = std::exchange(announced, HexEditorAccessible(view).text(0, -1));
+  if (before == announced) return nullptr;
+  // There always is some text, so none means that nobody has been listening.
+  if (before.isEmpty()) {
+    return std::make_unique<QAccessibleEvent>(&view, QAccessible::VisibleDataChanged);
+  }
+  return updateEvent(view, before, announced);
+}
+
+void HexEditorAccessible::announceText(HexEditorView& view, QString& announced) {
+  if (!QAccessible::isActive()) return announced.clear();
+  if (const auto event = textEvent(view, announced)) QAccessible::updateAccessibility(event.get());
+}
+
+void HexEditorAccessible::announceScrolling(HexEditorView& view, QString& announced) {
+  announced.clear();
+  announceText(view, announced);
 }
 
 HexEditorView& HexEditorAccessible::view() const {
@@ -119,13 +150,10 @@ void HexEditorAccessible::removeSelection(int selectionIndex) {
 
 void HexEditorAccessible::setSelection(int selectionIndex, int startOffset, int endOffset) {
   if (selectionIndex != 0 || !mayChange()) return;
-  const HexRowsText rows = rowsText();
   const auto [first, last] = std::minmax(startOffset, endOffset);
-  if (first == last) return editor()->setSelection({});
-  const std::int64_t start = rows.placeAt(first).offset;
-  const std::int64_t end = rows.placeAt(last - 1).offset;
-  editor()->setCaretOffset(end);
-  editor()->setSelection({.start = start, .length = end - start + 1});
+  const HexSelection bytes = rowsText().bytesIn({.first = first, .last = last});
+  if (bytes.length > 0) editor()->setCaretOffset(bytes.start + bytes.length - 1);
+  editor()->setSelection(bytes);
 }
 
 int HexEditorAccessible::cursorPosition() const {

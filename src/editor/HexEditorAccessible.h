@@ -22,10 +22,17 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
   /// What assistive technology is told about the caret and the selection as they are.
   static std::unique_ptr<QAccessibleEvent> caretEvent(HexEditorView& view);
 
+  /// What it is told about the text as it is when it knows `announced`, which becomes the new text:
+  /// the part from the first to the last difference, or that all of it is new when it knew nothing.
+  /// Null when nothing differs.
+  static std::unique_ptr<QAccessibleEvent> textEvent(HexEditorView& view, QString& announced);
+
   /// Tells assistive technology, if there is any, that the caret or the selection was set.
   static void announceCaret(HexEditorView& view);
-  /// Tells it that other rows are visible.
-  static void announceScrolling(HexEditorView& view);
+  /// Tells it what has changed in the text since `announced`, and makes `announced` the new text.
+  static void announceText(HexEditorView& view, QString& announced);
+  /// Tells it that other rows are visible; nothing was edited.
+  static void announceScrolling(HexEditorView& view, QString& announced);
 
   void* interface_cast(QAccessible::InterfaceType type) override;
   QAccessible::State state() const override;

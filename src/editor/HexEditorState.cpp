@@ -67,6 +67,12 @@ void HexEditorState::setFontMetrics(double widthOfW, double fontHeight) {
 }
 
 void HexEditorState::recalcMetrics() {
+  layOut();
+  if (surface_ != nullptr) surface_->contentsChanged();
+}
+
+/// For edits, which report the new contents once they are complete.
+void HexEditorState::layOut() {
   if (geometry_.recalcMetrics(shape(), viewportSize_) && surface_ != nullptr) {
     surface_->documentSizeChanged();
   }
@@ -101,6 +107,7 @@ void HexEditorState::announceEdit(std::int64_t start, std::int64_t removedCount,
 }
 
 void HexEditorState::didEdit() {
+  if (surface_ != nullptr) surface_->contentsChanged();
   if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
   redraw();
 }

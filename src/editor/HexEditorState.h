@@ -55,6 +55,9 @@ class HexEditorSurface {
   /// The caret or the selection was set, for assistive technology.
   virtual void caretOrSelectionChanged() = 0;
 
+  /// Bytes may have changed, or their rows, for assistive technology.
+  virtual void contentsChanged() = 0;
+
   /// The state has another surface, or none, or is being destroyed; it is not to be used any more.
   virtual void detached() = 0;
 };
@@ -186,6 +189,7 @@ class HexEditorState {
   void updateStatus();
   void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount);
   void didEdit();
+  void layOut();
 
   std::int64_t anchorForExtending(HexSelection normalized) const;
   HexSelection selectionBetween(std::int64_t anchor, std::int64_t caret) const;
@@ -193,6 +197,7 @@ class HexEditorState {
   void editFirstNibble(std::uint8_t value);
   bool overwriteFirstNibble(std::uint8_t value);
   bool makeByteForFirstNibble(HexSelection normalized);
+  void expectSecondDigit();
   void editSecondNibble(std::uint8_t value);
 
   struct Replacement {

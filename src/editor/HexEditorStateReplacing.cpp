@@ -38,7 +38,7 @@ void HexEditorState::replace(Replacement replacement, std::span<const std::uint8
   announceEdit(replacement.start, replacement.removedCount, countOf(bytes));
   storage_->bytes.replace(replacement.start, replacement.removedCount, bytes);
   setSelection(newSelection);
-  recalcMetrics();
+  layOut();
   setCaretOffset(clampedOffset(replacement.start, countOf(bytes)));
   didEdit();
 }
@@ -57,7 +57,7 @@ void HexEditorState::deleteSelectionOrByte(bool backward) {
   if (selected.length > 0) {
     announceEdit(selected.start, selected.length, 0);
     storage_->delete_(selected);
-    recalcMetrics();
+    layOut();
     setCaretOffset(selected.start);
     setSelection({});
   } else {
@@ -65,7 +65,7 @@ void HexEditorState::deleteSelectionOrByte(bool backward) {
     const std::int64_t place = backward ? caretOffset_ - 1 : caretOffset_;
     announceEdit(place, 1, 0);
     storage_->delete_({.start = place, .length = 1});
-    recalcMetrics();
+    layOut();
     if (backward) setCaretOffset(place);
   }
   didEdit();

@@ -71,9 +71,14 @@ void HexEditorState::editFirstNibble(std::uint8_t value) {
   if (!mayWrite) return;
   storage_->bytes.set(caretOffset_, withHighNibble(storage_->bytes[caretOffset_], value));
   pendingLowNibbleEditAnnouncement_ = false;
-  editingHighNibble_ = false;
-  recalcMetrics();
+  layOut();
+  expectSecondDigit();
   didEdit();
+}
+
+void HexEditorState::expectSecondDigit() {
+  editingHighNibble_ = false;
+  if (surface_ != nullptr) surface_->caretOrSelectionChanged();
 }
 
 /// Announces that the byte at the caret changes, and returns true. A digit that is there already
@@ -85,7 +90,7 @@ bool HexEditorState::overwriteFirstNibble(std::uint8_t value) {
     return true;
   }
   pendingLowNibbleEditAnnouncement_ = true;
-  editingHighNibble_ = false;
+  expectSecondDigit();
   redraw();
   return false;
 }
@@ -122,7 +127,7 @@ void HexEditorState::editByte(std::uint8_t value) {
     setCaretOffset(selected.start);
     setSelection({});
   }
-  recalcMetrics();
+  layOut();
   setCaretOffset(clampedOffset(caretOffset_, 1));
   didEdit();
 }

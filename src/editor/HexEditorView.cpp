@@ -31,6 +31,7 @@ HexEditorView::~HexEditorView() {
 void HexEditorView::detached() {
   editor_ = nullptr;
   revealWhenShown_.reset();
+  autoScrollTimer_.stop();
   viewport()->update();
 }
 
@@ -60,6 +61,8 @@ void HexEditorView::focusInEvent(QFocusEvent* event) {
 
 void HexEditorView::focusOutEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusOutEvent(event);
+  // An alert that takes the focus in the middle of a drag swallows the button's release.
+  autoScrollTimer_.stop();
   viewport()->update();
 }
 
@@ -69,6 +72,10 @@ void HexEditorView::takeKeyboardFocus() {
 
 void HexEditorView::caretOrSelectionChanged() {
   HexEditorAccessible::announceCaret(*this);
+}
+
+void HexEditorView::contentsChanged() {
+  HexEditorAccessible::announceText(*this, announcedText_);
 }
 
 // Layout and scrolling
@@ -151,7 +158,7 @@ void HexEditorView::scrollTo(Point position) {
 void HexEditorView::scrollPositionChanged() {
   updateScrollBars();
   viewport()->update();
-  HexEditorAccessible::announceScrolling(*this);
+  HexEditorAccessible::announceScrolling(*this, announcedText_);
 }
 
 void HexEditorView::scrollToVisible(const Rect& rect) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractScrollArea>
+#include <QBasicTimer>
 #include <optional>
 
 #include "editor/DraggedFiles.h"
@@ -44,11 +45,17 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   /// Whether the caret is drawn: the view has the window's focus and editing is enabled.
   bool showsCaret() const;
 
+  /// Whether a drag goes on beyond the viewport, so that `autoScroll` runs now and then.
+  bool isAutoScrolling() const { return autoScrollTimer_.isActive(); }
+  /// Extends the dragged selection toward the pointer outside of the viewport, and scrolls there.
+  void autoScroll();
+
   void redrawVisiblePart() override;
   void documentSizeChanged() override;
   void scrollToVisible(const Rect& rect) override;
   void takeKeyboardFocus() override;
   void caretOrSelectionChanged() override;
+  void contentsChanged() override;
   void detached() override;
 
  protected:
@@ -64,6 +71,8 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+  void timerEvent(QTimerEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragMoveEvent(QDragMoveEvent* event) override;
@@ -88,6 +97,11 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;
+  QBasicTimer autoScrollTimer_;
+  /// Where the pointer was last during a drag, in viewport coordinates.
+  QPointF dragPoint_;
+  /// The visible text that assistive technology knows.
+  QString announcedText_;
   /// What to reveal once the view has its real size.
   std::optional<Rect> revealWhenShown_;
 };

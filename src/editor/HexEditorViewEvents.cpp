@@ -11,6 +11,7 @@ namespace quillmor {
 namespace {
 
 constexpr double kAngleDeltaPerNotch = 120;
+constexpr int kAutoScrollMilliseconds = 50;
 
 KeyPress::Key keyFor(int qtKey) {
   using Key = KeyPress::Key;
@@ -90,13 +91,45 @@ void HexEditorView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void HexEditorView::mouseMoveEvent(QMouseEvent* event) {
-  if (editor_ == nullptr || !event->buttons().testFlag(Qt::LeftButton)) return event->ignore();
-  editor_->mouseDragged(documentPoint(event->position()));
+  if (editor_ == nullptr || !event->buttons().testFlag(Qt::LeftButton)) {
+    autoScrollTimer_.stop();
+    return event->ignore();
+  }
+  dragPoint_ = event->position();
+  const bool isOutside = !QRectF(viewport()->rect()).contains(dragPoint_);
+  if (!isOutside || !editor_->trackingDragStart()) {
+    autoScrollTimer_.stop();
+  } else if (!autoScrollTimer_.isActive()) {
+    autoScrollTimer_.start(kAutoScrollMilliseconds, this);
+  }
+  editor_->mouseDragged(documentPoint(dragPoint_));
 }
 
 void HexEditorView::mouseReleaseEvent(QMouseEvent* event) {
   if (editor_ == nullptr || event->button() != Qt::LeftButton) return event->ignore();
+  autoScrollTimer_.stop();
   editor_->mouseUp();
+}
+
+void HexEditorView::hideEvent(QHideEvent* event) {
+  QAbstractScrollArea::hideEvent(event);
+  autoScrollTimer_.stop();
+}
+
+void HexEditorView::timerEvent(QTimerEvent* event) {
+  if (event->timerId() != autoScrollTimer_.timerId()) {
+    return QAbstractScrollArea::timerEvent(event);
+  }
+  autoScroll();
+}
+
+void HexEditorView::autoScroll() {
+  if (!isAutoScrolling()) return;
+  if (!editor_->isEditingEnabled()) return autoScrollTimer_.stop();
+  const Point point = documentPoint(dragPoint_);
+  const std::int64_t caret = editor_->caretOffset();
+  if (editor_->geometry().offsetFor(point, editor_->shape(), caret) == caret) return;
+  editor_->mouseDragged(point);
 }
 
 QPointF HexEditorView::wheelNotch() const {

@@ -117,4 +117,30 @@ std::optional<HexRowsText::IndexRange> HexRowsText::indexesOf(HexSelection selec
   return IndexRange{*indexOf({.offset = first}), *indexOf({.offset = last}) + 2};
 }
 
+/// Of `byteCount` cells, `width` characters each and `stride` apart from index `begin`, those that
+/// share a character with `range`.
+HexRowsText::IndexRange HexRowsText::columnsIn(IndexRange range, std::int64_t begin,
+                                               std::int64_t stride, std::int64_t width,
+                                               std::int64_t byteCount) {
+  const std::int64_t before = std::max<std::int64_t>(range.first - begin + stride - width, 0);
+  const std::int64_t upTo = std::max<std::int64_t>(range.last - begin + stride - 1, 0);
+  return {std::min(before / stride, byteCount), std::min(upTo / stride, byteCount)};
+}
+
+HexSelection HexRowsText::bytesIn(IndexRange range) const {
+  std::optional<std::int64_t> first;
+  std::int64_t end = 0;
+  std::int64_t rowStart = rows_.first * shape_.bytesPerRow;
+  for (const Line& line : lines_) {
+    for (const IndexRange columns : {columnsIn(range, line.hexBegin, 3, 2, line.byteCount),
+                                     columnsIn(range, line.asciiBegin, 1, 1, line.byteCount)}) {
+      if (columns.first >= columns.last) continue;
+      first = std::min(first.value_or(rowStart + columns.first), rowStart + columns.first);
+      end = std::max(end, rowStart + columns.last);
+    }
+    rowStart += shape_.bytesPerRow;
+  }
+  return first ? HexSelection{.start = *first, .length = end - *first} : HexSelection{};
+}
+
 }  // namespace quillmor

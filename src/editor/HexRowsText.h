@@ -45,6 +45,10 @@ class HexRowsText {
   };
   std::optional<IndexRange> indexesOf(HexSelection selection) const;
 
+  /// The bytes of which `range` holds a digit or the character; with both columns in part, all from
+  /// the first to the last. No bytes when it holds offsets and gaps only.
+  HexSelection bytesIn(IndexRange range) const;
+
  private:
   /// Where the columns of one line begin, as indexes into the text.
   struct Line {
@@ -55,6 +59,8 @@ class HexRowsText {
   };
 
   void appendLine(const HexStorage& storage, std::int64_t rowStart);
+  static IndexRange columnsIn(IndexRange range, std::int64_t begin, std::int64_t stride,
+                              std::int64_t width, std::int64_t byteCount);
   std::size_t lineContaining(std::int64_t index) const;
 
   HexDocumentShape shape_;

@@ -69,6 +69,21 @@ TEST_F(HexEditorAccessibility, tellsAndSetsTheSelection) {
   EXPECT_EQ(state.selection(), (HexSelection{1, 1}));
 }
 
+TEST_F(HexEditorAccessibility, selectsBytesOnly) {
+  setCountingBytes(16);
+  const int second = 44;
+  text().setSelection(0, 10, second + 5);
+  EXPECT_EQ(state.selection(), (HexSelection{0, 8})) << "ends among the second row's offset";
+  text().setSelection(0, second + 10, text().characterCount());
+  EXPECT_EQ(state.selection(), (HexSelection{8, 8})) << "ends in the empty row";
+  EXPECT_EQ(state.caretOffset(), 15);
+  text().setSelection(0, 2, 7);
+  EXPECT_EQ(state.selection(), HexSelection{}) << "an offset";
+  text().setSelection(0, 2 * second, text().characterCount());
+  EXPECT_EQ(state.selection(), HexSelection{}) << "the empty row";
+  EXPECT_EQ(state.caretOffset(), 15);
+}
+
 TEST_F(HexEditorAccessibility, changesNothingWhileEditingIsDisabled) {
   state.setEditingEnabled(false);
   text().setCursorPosition(16);
@@ -126,6 +141,87 @@ TEST_F(HexEditorAccessibility, announcesTheCaretAndTheSelection) {
   EXPECT_EQ(selection.selectionStart(), 13);
   EXPECT_EQ(selection.selectionEnd(), 18);
   EXPECT_EQ(selection.cursorPosition(), 13);
+}
+
+/// Assistive technology that knows the text as it is.
+class HexEditorListener : public HexEditorAccessibility {
+ protected:
+  void SetUp() override {
+    HexEditorAccessibility::SetUp();
+    known = allText();
+  }
+
+  struct Update {
+    int position = -1;
+    QString removed = {};
+    QString inserted = {};
+    bool operator==(const Update&) const = default;
+  };
+
+  /// What is told now; none when nothing is.
+  std::optional<Update> update() {
+    const auto event = HexEditorAccessible::textEvent(view, known);
+    EXPECT_EQ(known, allText());
+    if (!event) return std::nullopt;
+    EXPECT_EQ(event->object(), &view);
+    EXPECT_EQ(event->type(), QAccessible::TextUpdated);
+    if (event->type() != QAccessible::TextUpdated) return std::nullopt;
+    const auto& update = static_cast<QAccessibleTextUpdateEvent&>(*event);
+    return Update{update.changePosition(), update.textRemoved(), update.textInserted()};
+  }
+
+  QString known;
+};
+
+TEST_F(HexEditorListener, hearsWhichDigitsWereTyped) {
+  state.setCaretOffset(1);
+  QTest::keyClick(&view, 'E');
+  EXPECT_EQ(update(), (Update{13, "0", "E"}));
+  QTest::keyClick(&view, 'F');
+  EXPECT_EQ(update(), (Update{14, "1", "F"}));
+  QTest::keyClick(&view, '0');
+  EXPECT_EQ(update(), std::nullopt) << "the digit was there";
+}
+
+TEST_F(HexEditorListener, hearsWhatIsPastedDeletedAndReplaced) {
+  state.paste(std::vector<std::uint8_t>{0xFF, 0xFE});
+  EXPECT_EQ(update(), (Update{10, "00 01", "FF FE"}));
+
+  QString expected = known;
+  state.setCaretOffset(0);
+  state.deleteSelectionOrByte(false);
+  const auto deleted = update();
+  ASSERT_TRUE(deleted);
+  EXPECT_EQ(expected.replace(deleted->position, deleted->removed.size(), deleted->inserted), known);
+
+  expected = known;
+  setBytes(ByteBuffer::filled(30, 0x41));
+  const auto reloaded = update();
+  ASSERT_TRUE(reloaded);
+  EXPECT_EQ(expected.replace(reloaded->position, reloaded->removed.size(), reloaded->inserted),
+            known);
+  EXPECT_EQ(update(), std::nullopt);
+}
+
+TEST_F(HexEditorListener, hearsOfChangesAmongEqualBytes) {
+  setBytes(ByteBuffer::filled(30, 0));
+  known = allText();
+  state.setInsertMode(true);
+  state.editByte(0);
+  QString rebuilt = known;
+  const auto inserted = update();
+  ASSERT_TRUE(inserted);
+  EXPECT_EQ(rebuilt.replace(inserted->position, inserted->removed.size(), inserted->inserted),
+            known);
+}
+
+TEST_F(HexEditorListener, whoKnewNothingHearsThatAllRowsAreNew) {
+  known.clear();
+  const auto event = HexEditorAccessible::textEvent(view, known);
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->type(), QAccessible::VisibleDataChanged);
+  EXPECT_EQ(event->object(), &view);
+  EXPECT_EQ(known, allText());
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "EditorViewFixture.h"
 #include "base/HexText.h"
 
@@ -239,32 +241,67 @@ TEST_F(HexEditorDrawing, glyphRunsLookLikeText) {
 }
 
 TEST_F(HexEditorDrawing, leavesNoPixelUndrawnAtAnyRatio) {
-  setCountingBytes(100);
+  setCountingBytes(16 * 40);
+  state.setBytesPerRow(32);
   for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
-    const QImage image = picture(ratio);
-    for (int y = 0; y < image.height(); ++y) {
-      for (int x = 0; x < image.width(); x += 7) {
-        ASSERT_NE(image.pixel(x, y), QColor(Qt::magenta).rgb()) << x << ", " << y;
+    for (const Point scroll : {Point{0, 0}, Point{0.3, 7.4}, Point{33.5, 55.75}, Point{1e9, 1e9}}) {
+      view.scrollTo(scroll);
+      const QImage image = picture(ratio);
+      for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); x += 7) {
+          ASSERT_NE(image.pixel(x, y), QColor(Qt::magenta).rgb())
+              << x << ", " << y << " at ratio " << ratio << ", scrolled by " << scroll.y;
+        }
       }
     }
   }
 }
 
 TEST_F(HexEditorDrawing, cellsAreEquallyCrispInEveryColumn) {
-  setBytes(ByteBuffer::filled(16 * 10, 0x5A));
+  setBytes(ByteBuffer::filled(32 * 40, 0x5A));
+  state.setBytesPerRow(32);
   view.clearFocus();
   for (const double ratio : {1.0, 1.5, 2.0}) {
-    const QImage image = picture(ratio);
-    const auto cell = [&](std::int64_t row, std::int64_t column) {
-      const QRectF rect(geometry().hexCellX(column) * ratio, geometry().rowTop(row) * ratio,
-                        geometry().charWidth() * 2 * ratio, geometry().rowHeight() * ratio);
-      return image.copy(rect.toRect());
-    };
-    for (std::int64_t column = 1; column < 16; ++column) {
-      EXPECT_EQ(cell(1, column), cell(1, 0)) << "ratio " << ratio << ", column " << column;
+    for (const Point scroll : {Point{0, 0}, Point{0.3, 7.4}, Point{33.5, 55.75}}) {
+      view.scrollTo(scroll);
+      ASSERT_EQ(view.scrollPosition(), scroll);
+      const QImage image = picture(ratio);
+      const auto cell = [&](std::int64_t row, std::int64_t column) {
+        const double x = geometry().hexCellX(column) * ratio - std::round(scroll.x * ratio);
+        const double y = geometry().rowTop(row) * ratio - std::round(scroll.y * ratio);
+        const QRectF rect(x, y, geometry().charWidth() * 2 * ratio, geometry().rowHeight() * ratio);
+        return image.copy(rect.toRect());
+      };
+      for (std::int64_t column = 1; column < 16; ++column) {
+        EXPECT_EQ(cell(5, column), cell(5, 0))
+            << "ratio " << ratio << ", column " << column << ", scrolled by " << scroll.x;
+      }
+      EXPECT_EQ(shape(cell(7, 0), cell(7, 0).rect()), shape(cell(5, 0), cell(5, 0).rect()));
     }
-    EXPECT_EQ(shape(cell(3, 0), cell(3, 0).rect()), shape(cell(1, 0), cell(1, 0).rect()));
   }
+}
+
+TEST_F(HexEditorDrawing, offsetsBeyondFourGibibytesAreNotCut) {
+  // Straight into the storage: nobody is to read all of these bytes.
+  state.storage()->bytes = ByteBuffer::uninitialized(0x100000010);
+  state.recalcMetrics();
+  view.scrollTo({0, 1e18});
+  view.clearFocus();
+  const QImage image = picture();
+  const std::int64_t last = 0x100000010 / 16;
+  const double top = geometry().rowTop(last) - view.scrollPosition().y;
+  const auto digit = [&](int place, double above) {
+    const QRect rect = textRect(HexEditorGeometry::kOffsetColumnX + place * geometry().charWidth(),
+                                top - above * geometry().rowHeight(), 1);
+    return shape(image, rect);
+  };
+  // "100000010", "100000000", "FFFFFFF0".
+  EXPECT_FALSE(isBlank(digit(8, 0)));
+  EXPECT_EQ(digit(8, 0), digit(8, 1));
+  EXPECT_EQ(digit(0, 0), digit(7, 0));
+  EXPECT_EQ(digit(1, 0), digit(8, 0));
+  EXPECT_TRUE(isBlank(digit(9, 0)));
+  EXPECT_TRUE(isBlank(digit(8, 2)));
 }
 
 TEST_F(HexEditorDrawing, aPartOfTheViewIsDrawnLikeTheWhole) {

@@ -192,6 +192,68 @@ TEST_F(HexEditorViewTest, draggingSelects) {
   EXPECT_EQ(state.selection(), (HexSelection{5, 33}));
 }
 
+TEST_F(HexEditorViewTest, aDragHeldBeyondTheViewGoesOnScrolling) {
+  setCountingBytes(16 * 200);
+  mouse(QEvent::MouseButtonPress, hexPoint(5));
+  mouse(QEvent::MouseMove, hexPoint(37));
+  EXPECT_FALSE(view.isAutoScrolling()) << "inside";
+  const QPoint below(hexPoint(5).x(), view.viewport()->height() + 45);
+  mouse(QEvent::MouseMove, below);
+  ASSERT_TRUE(view.isAutoScrolling());
+  for (int i = 0; i < 3; ++i) {
+    const double before = view.scrollPosition().y;
+    const std::int64_t length = state.selection().length;
+    view.autoScroll();
+    EXPECT_GT(view.scrollPosition().y, before);
+    EXPECT_EQ(state.selection().start, 5);
+    EXPECT_GT(state.selection().length, length);
+  }
+  const std::int64_t reached = state.caretOffset();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return state.caretOffset() > reached; }))
+      << "by itself, while the pointer rests";
+
+  mouse(QEvent::MouseMove, QPoint(below.x(), -45));
+  EXPECT_TRUE(view.isAutoScrolling());
+  for (int i = 0; i < 500; ++i) view.autoScroll();
+  EXPECT_EQ(state.selection(), (HexSelection{5, 1})) << "up in the first row";
+  EXPECT_LE(view.scrollPosition().y, state.caretDrawingRect().y);
+  mouse(QEvent::MouseButtonRelease, QPoint(below.x(), -45));
+  EXPECT_FALSE(view.isAutoScrolling());
+}
+
+TEST_F(HexEditorViewTest, aDragStopsScrollingWhenItComesBackOrCannotGoOn) {
+  setCountingBytes(16 * 200);
+  const QPoint below(hexPoint(5).x(), view.viewport()->height() + 45);
+  const auto beginScrolling = [&] {
+    view.scrollTo({0, 0});
+    view.setFocus();
+    mouse(QEvent::MouseButtonPress, hexPoint(5));
+    mouse(QEvent::MouseMove, below);
+    EXPECT_TRUE(view.isAutoScrolling());
+  };
+  beginScrolling();
+  mouse(QEvent::MouseMove, QPoint(below.x(), 100));
+  EXPECT_FALSE(view.isAutoScrolling()) << "back inside";
+  beginScrolling();
+  other.setFocus();
+  EXPECT_FALSE(view.isAutoScrolling()) << "focus elsewhere";
+  beginScrolling();
+  window.hide();
+  EXPECT_FALSE(view.isAutoScrolling()) << "hidden";
+  window.show();
+  beginScrolling();
+  state.setEditingEnabled(false);
+  const HexSelection selected = state.selection();
+  view.autoScroll();
+  EXPECT_FALSE(view.isAutoScrolling()) << "editing disabled";
+  EXPECT_EQ(state.selection(), selected);
+  state.setEditingEnabled(true);
+  beginScrolling();
+  state.setSurface(nullptr);
+  EXPECT_FALSE(view.isAutoScrolling()) << "no editor";
+  view.autoScroll();
+}
+
 TEST_F(HexEditorViewTest, anotherButtonDoesNotDisturbADrag) {
   setCountingBytes(100);
   mouse(QEvent::MouseButtonPress, hexPoint(5));

@@ -62,12 +62,14 @@ class RecordingSurface : public HexEditorSurface {
   void scrollToVisible(const Rect& rect) override { scrolledTo.push_back(rect); }
   void takeKeyboardFocus() override { ++focusRequests; }
   void caretOrSelectionChanged() override { ++caretChanges; }
+  void contentsChanged() override { ++contentChanges; }
   void detached() override { ++detachments; }
 
   int redraws = 0;
   int sizeChanges = 0;
   int focusRequests = 0;
   int caretChanges = 0;
+  int contentChanges = 0;
   int detachments = 0;
   std::vector<Rect> scrolledTo;
 };

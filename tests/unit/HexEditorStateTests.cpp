@@ -128,6 +128,55 @@ TEST(HexEditorState, tellsASurfaceThatItIsNoLongerUsed) {
   EXPECT_EQ(f.surface->detachments, 2);
 }
 
+TEST(HexEditorState, tellsItsSurfaceOnceAboutEveryChangeOfBytes) {
+  auto f = EditorFixture::counting(40);
+  int changes = 0;
+  const auto expectOneMore = [&](const char* what) {
+    EXPECT_EQ(f.surface->contentChanges, ++changes) << what;
+  };
+  f.type("A");
+  expectOneMore("first digit");
+  f.type("B");
+  expectOneMore("second digit");
+  f.state->editByte('x');
+  expectOneMore("character");
+  f.state->setInsertMode(true);
+  f.type("C");
+  expectOneMore("inserted byte");
+  f.press(Key::deleteForward);
+  expectOneMore("deleted byte");
+  f.state->paste(std::vector<std::uint8_t>{1, 2, 3});
+  expectOneMore("paste");
+  f.state->replaceSelection(std::vector<std::uint8_t>{1, 2, 3});
+  expectOneMore("replacement");
+  f.delegate->rememberBytes();
+  f.state->setStorage(std::make_shared<HexStorage>());
+  f.state->recalcMetrics();
+  expectOneMore("another document");
+  f.state->setBytesPerRow(8);
+  expectOneMore("rows of another length");
+}
+
+TEST(HexEditorState, tellsItsSurfaceNothingAboutBytesThatStayAsTheyAre) {
+  EditorFixture f({0x41, 0x42});
+  f.type("4");
+  f.type("1");
+  f.state->setEditingArea(EditingArea::ascii);
+  f.type("B");
+  f.press(Key::left);
+  f.state->setSelection({.start = 0, .length = 2});
+  EXPECT_EQ(f.surface->contentChanges, 0);
+}
+
+TEST(HexEditorState, theFirstDigitMovesTheCaretToTheSecond) {
+  EditorFixture f({0x41, 0x42});
+  f.type("4");
+  EXPECT_EQ(f.surface->caretChanges, 1) << "though no byte has changed";
+  f.state->setCaretOffset(1);
+  f.type("7");
+  EXPECT_EQ(f.surface->caretChanges, 3);
+}
+
 // Mouse
 
 TEST(HexEditorStateMouse, aClickSetsCaretColumnAndFocus) {

@@ -111,5 +111,47 @@ TEST_F(HexRowsTextTest, findsTheSelectedDigits) {
   EXPECT_EQ(text.indexesOf({.start = 18, .length = 900})->last, 44 + 18);
 }
 
+TEST_F(HexRowsTextTest, labelsOfRowsBeyondFourGibibytesAreNotCut) {
+  const HexRowsText far(storage_, {.byteCount = storage_.count(), .bytesPerRow = 16},
+                        {0xFFFFFFF, 0x10000000});
+  EXPECT_EQ(far.text(), "FFFFFFF0    \n100000000    \n");
+}
+
+TEST_F(HexRowsTextTest, findsTheBytesOfAPartOfTheText) {
+  const auto text = rows(0, 2);
+  using Range = HexRowsText::IndexRange;
+  EXPECT_EQ(text.bytesIn(Range{10, 12}), (HexSelection{0, 1}));
+  EXPECT_EQ(text.bytesIn(Range{11, 14}), (HexSelection{0, 2})) << "half of a byte is a byte";
+  EXPECT_EQ(text.bytesIn(Range{12, 15}), (HexSelection{1, 1})) << "the space before is none";
+  EXPECT_EQ(text.bytesIn(Range{35, 37}), (HexSelection{0, 2})) << "characters";
+  EXPECT_EQ(text.bytesIn(Range{35, 44}), (HexSelection{0, 8})) << "up to the line's end";
+  EXPECT_EQ(text.bytesIn(Range{31, 36}), (HexSelection{0, 8})) << "last digits, first character";
+  EXPECT_EQ(text.bytesIn(Range{42, 44 + 13}), (HexSelection{7, 2})) << "over the line's end";
+  EXPECT_EQ(text.bytesIn(Range{0, 1000}), (HexSelection{0, 19}));
+}
+
+TEST_F(HexRowsTextTest, offsetsAndGapsHoldNoBytes) {
+  const auto text = rows(0, 2);
+  using Range = HexRowsText::IndexRange;
+  EXPECT_EQ(text.bytesIn(Range{0, 10}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{33, 35}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{43, 44 + 10}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{12, 13}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{10, 10}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{-9, -3}), HexSelection{});
+  EXPECT_EQ(text.bytesIn(Range{10, 44 + 8}), (HexSelection{0, 8}))
+      << "the next row's offset is none of its bytes";
+}
+
+TEST_F(HexRowsTextTest, findsTheBytesThatAreSelected) {
+  const auto text = rows(0, 2);
+  for (std::int64_t start = 0; start < 19; ++start) {
+    const HexSelection one{.start = start, .length = 1};
+    EXPECT_EQ(text.bytesIn(*text.indexesOf(one)), one);
+    const std::int64_t character = *text.indexOf({.offset = start, .area = EditingArea::ascii});
+    EXPECT_EQ(text.bytesIn({character, character + 1}), one);
+  }
+}
+
 }  // namespace
 }  // namespace quillmor
