@@ -1,11 +1,9 @@
 #include "app/AboutWindowController.h"
 
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace quillmor {
@@ -26,13 +24,14 @@ QLabel* centred(const QString& text, int pixelSize, bool bold) {
 
 }  // namespace
 
-AboutWindowController::AboutWindowController(std::function<void(const QRect&)> willClose)
+AboutWindowController::AboutWindowController(Workspace& workspace,
+                                             std::function<void(const QRect&)> willClose)
     : willClose_(std::move(willClose)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(tr("About Quillmor"));
   auto* link = new QPushButton(tr("Quillmor on the Web"));
-  connect(link, &QPushButton::clicked, this, [] { QDesktopServices::openUrl(QUrl(kWebSite)); });
+  connect(link, &QPushButton::clicked, this, [&workspace] { workspace.openLink(kWebSite); });
   new QShortcut(QKeySequence(Qt::Key_Escape), this, [this] { close(); });
 
   auto* layout = new QVBoxLayout(this);

@@ -3,13 +3,15 @@
 #include <QWidget>
 #include <functional>
 
+#include "platform/Workspace.h"
+
 namespace quillmor {
 
 /// The small window that tells the application's name, version and purpose.
 class AboutWindowController : public QWidget {
  public:
-  /// `willClose` gets the window's last frame.
-  explicit AboutWindowController(std::function<void(const QRect&)> willClose);
+  /// `workspace` opens the link; `willClose` gets the window's last frame.
+  AboutWindowController(Workspace& workspace, std::function<void(const QRect&)> willClose);
 
  protected:
   void closeEvent(QCloseEvent* event) override;

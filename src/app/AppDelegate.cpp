@@ -45,15 +45,6 @@ auto findAction(const Table& table, std::string_view action) {
                       [action](const auto& entry) { return entry.action == action; });
 }
 
-/// The name of a command as alerts show it: its menu title without the ellipsis.
-std::string commandTitle(std::string_view action) {
-  constexpr std::string_view kEllipsis = "…";
-  const auto items = itemsWithAction(action);
-  std::string_view title = items.empty() ? action : items.front().title;
-  if (title.ends_with(kEllipsis)) title.remove_suffix(kEllipsis.size());
-  return std::string(title);
-}
-
 }  // namespace
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)

@@ -1,13 +1,17 @@
 #include "app/ApplicationWindows.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <algorithm>
 
 #include "app/AboutWindowController.h"
 #include "app/AppDelegate.h"
+#include "app/MainMenu.h"
 #include "app/WindowMenus.h"
+#include "platform/RunInBackground.h"
 #include "window/EditorWindow.h"
 #include "window/ReportWindow.h"
 
@@ -16,6 +20,14 @@ namespace quillmor {
 namespace {
 
 constexpr const char* kMenusName = "windowMenus";
+
+/// The widget that gets what is typed: of an editable pop-up, which has the focus itself, its
+/// field.
+QWidget* focusedWidget() {
+  QWidget* focus = QApplication::focusWidget();
+  const auto* popUp = qobject_cast<QComboBox*>(focus);
+  return popUp && popUp->isEditable() ? popUp->lineEdit() : focus;
+}
 
 TextFocus focusOf(const QLineEdit& field) {
   return {.isEditable = !field.isReadOnly(),
@@ -62,7 +74,7 @@ void send(TextAction action, TextView& view) {
 
 }  // namespace
 
-ApplicationWindows::ApplicationWindows() = default;
+ApplicationWindows::ApplicationWindows(const PlatformServices& platform) : platform_(platform) {}
 ApplicationWindows::~ApplicationWindows() = default;
 
 void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowController>& controller) {
@@ -74,45 +86,56 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   handlers.menusNeedValidation = [](EditorWindow& window) {
     if (auto* menus = menusOf(window)) menus->revalidateLater();
   };
-  handlers.perform = [this](std::string_view action) { delegate_->perform(action); };
+  handlers.perform = [this](EditorWindow& window, std::string_view action) {
+    performIn(window.controller(), action);
+  };
   handlers.didOpenReportWindow = [this](ReportWindow& window) {
-    addMenus(window, /*asMenuBar=*/false);
+    std::erase_if(reportWindows_, [](const auto& held) { return held.isNull(); });
+    reportWindows_.emplace_back(&window);
+    addMenus(window);
   };
   auto* window = new EditorWindow(controller, std::move(handlers));
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
-  addMenus(*window, /*asMenuBar=*/true);
+  addMenus(*window, window->menuBar());
   window->show();
   window->activateWindow();
 }
 
-WindowMenus* ApplicationWindows::addMenus(QMainWindow& window, bool asMenuBar) {
+void ApplicationWindows::performIn(HexWindowController& controller, std::string_view action) {
+  // The command may close the window, which is all that keeps the controller.
+  const auto held = controller.shared_from_this();
+  const auto work = [&] { return held->perform(action), Done(); };
+  const auto result = resultOf(work);
+  if (result.isOk()) return;
+  platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
+                             .informativeText = result.error().message()});
+}
+
+void ApplicationWindows::addMenus(QWidget& window, QMenuBar* menuBar) {
   WindowMenus::Handlers handlers;
   handlers.perform = [this](std::string_view action) { delegate_->perform(action); };
   handlers.validate = [this](std::string_view action) {
     return delegate_->validateMenuItem(action);
   };
-  using Presentation = WindowMenus::Presentation;
-  auto* menus = new WindowMenus(
-      window, asMenuBar ? Presentation::menuBar : Presentation::shortcutsOnly, std::move(handlers));
+  auto* menus = new WindowMenus(window, menuBar, std::move(handlers));
   menus->setObjectName(kMenusName);
-  return menus;
 }
 
-WindowMenus* ApplicationWindows::menusOf(QMainWindow& window) {
+WindowMenus* ApplicationWindows::menusOf(QWidget& window) {
   return dynamic_cast<WindowMenus*>(
       window.findChild<QObject*>(kMenusName, Qt::FindDirectChildrenOnly));
 }
 
 std::optional<TextFocus> ApplicationWindows::focusedTextView() const {
-  QWidget* focus = QApplication::focusWidget();
+  QWidget* focus = focusedWidget();
   if (const auto* field = qobject_cast<QLineEdit*>(focus)) return focusOf(*field);
   if (const auto* view = qobject_cast<QPlainTextEdit*>(focus)) return focusOf(*view);
   return std::nullopt;
 }
 
 bool ApplicationWindows::sendTextAction(TextAction action) {
-  QWidget* focus = QApplication::focusWidget();
+  QWidget* focus = focusedWidget();
   if (auto* field = qobject_cast<QLineEdit*>(focus)) return send(action, *field), true;
   if (auto* view = qobject_cast<QPlainTextEdit*>(focus)) return send(action, *view), true;
   return false;
@@ -124,8 +147,9 @@ void ApplicationWindows::performClose() {
 
 void ApplicationWindows::showAboutWindow() {
   if (!aboutWindowController_) {
-    aboutWindowController_ =
-        new AboutWindowController([this](const QRect& frame) { aboutWindowFrame_ = frame; });
+    aboutWindowController_ = new AboutWindowController(
+        platform_.workspace, [this](const QRect& frame) { aboutWindowFrame_ = frame; });
+    addMenus(*aboutWindowController_);
     if (aboutWindowFrame_) aboutWindowController_->setGeometry(*aboutWindowFrame_);
   }
   aboutWindowController_->show();
@@ -141,6 +165,7 @@ void ApplicationWindows::terminate() {
 
 void ApplicationWindows::destroyWindows() {
   for (EditorWindow* window : editorWindows()) delete window;
+  for (const auto& window : reportWindows_) delete window;
   delete aboutWindowController_;
 }
 

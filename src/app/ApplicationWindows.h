@@ -4,24 +4,28 @@
 #include <QRect>
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "app/ApplicationSurface.h"
+#include "platform/PlatformServices.h"
 
-class QMainWindow;
+class QMenuBar;
+class QWidget;
 
 namespace quillmor {
 
 class AboutWindowController;
 class AppDelegate;
 class EditorWindow;
+class ReportWindow;
 class WindowMenus;
 
 /// The windows of the application: makes them, gives them their menus, and tells the delegate which
 /// one has the keyboard.
 class ApplicationWindows : public ApplicationSurface {
  public:
-  ApplicationWindows();
+  explicit ApplicationWindows(const PlatformServices& platform);
   ~ApplicationWindows() override;
 
   /// The delegate that menus and windows report to; set before the first window is shown.
@@ -41,13 +45,16 @@ class ApplicationWindows : public ApplicationSurface {
   std::vector<EditorWindow*> editorWindows() const;
 
   /// The menus of a window; null for a window without.
-  static WindowMenus* menusOf(QMainWindow& window);
+  static WindowMenus* menusOf(QWidget& window);
 
  private:
-  WindowMenus* addMenus(QMainWindow& window, bool asMenuBar);
+  void addMenus(QWidget& window, QMenuBar* menuBar = nullptr);
+  void performIn(HexWindowController& controller, std::string_view action);
 
+  const PlatformServices platform_;
   AppDelegate* delegate_ = nullptr;
   std::vector<QPointer<EditorWindow>> editorWindows_;
+  std::vector<QPointer<ReportWindow>> reportWindows_;
   QPointer<AboutWindowController> aboutWindowController_;
   std::optional<QRect> aboutWindowFrame_;
 };

@@ -10,6 +10,24 @@ namespace {
 
 constexpr int kUsageStatus = 2;
 
+/// CLI11 reads some values as lists ("[a,b]", "{}", "%%"). A byte that no argument of a program can
+/// hold, put in front, keeps it from looking into names.
+constexpr char kShield = '\0';
+
+/// The arguments as CLI11 takes them, from the back, with everything but options shielded.
+std::vector<std::string> shielded(const std::vector<std::string>& arguments) {
+  std::vector<std::string> result(arguments.rbegin(), arguments.rend());
+  for (std::string& argument : result) {
+    if (!argument.starts_with('-')) argument.insert(argument.begin(), kShield);
+  }
+  return result;
+}
+
+std::string unshielded(std::string text) {
+  std::erase(text, kShield);
+  return text;
+}
+
 /// "START,LENGTH", each typed like any offset.
 std::optional<HexSelection> parseSelection(const std::string& text) {
   const std::size_t comma = text.find(',');
@@ -47,8 +65,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
 
   CommandLine line;
   try {
-    // CLI11 takes the arguments from the back.
-    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    app.parse(shielded(arguments));
   } catch (const CLI::CallForHelp&) {
     line.exitStatus = 0;
     line.message = app.help();
@@ -58,14 +75,19 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     line.message = "quillmor " QUILLMOR_VERSION "\n";
     return line;
   } catch (const CLI::ParseError& error) {
-    return usageError(std::string(error.what()) + ".");
+    return usageError(unshielded(error.what()) + ".");
   }
-  for (const std::string& file : files) line.files.push_back(FileLocation::fromPath(file));
+  for (const std::string& file : files) {
+    const std::string name = unshielded(file);
+    if (name.empty()) return usageError("A file name is empty.");
+    line.files.push_back(FileLocation::fromPath(name));
+  }
   if (screenshotOption->count() == 0) return line;
   if (line.files.size() != 1) return usageError("--screenshot needs exactly one FILE.");
-  line.screenshotPath = screenshot;
+  line.screenshotPath = unshielded(screenshot);
+  if (line.screenshotPath->empty()) return usageError("--screenshot needs a name for the picture.");
   if (!selection.empty()) {
-    line.selection = parseSelection(selection);
+    line.selection = parseSelection(unshielded(selection));
     if (!line.selection) return usageError("--select needs START,LENGTH.");
   }
   return line;

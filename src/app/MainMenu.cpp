@@ -187,6 +187,14 @@ std::vector<MenuItem> itemsWithAction(std::string_view action) {
   return found;
 }
 
+std::string commandTitle(std::string_view action) {
+  constexpr std::string_view kEllipsis = "…";
+  const auto items = itemsWithAction(action);
+  std::string_view title = items.empty() ? action : items.front().title;
+  if (title.ends_with(kEllipsis)) title.remove_suffix(kEllipsis.size());
+  return std::string(title);
+}
+
 bool isForwarded(std::string_view action) {
   return action.starts_with(kForwardPrefix);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -36,6 +37,10 @@ const Menu* findMenu(std::string_view title);
 
 /// Every item with `action`, in menu order; two menus may hold the same one.
 std::vector<MenuItem> itemsWithAction(std::string_view action);
+
+/// The name of the command with `action` as alerts show it: its menu title without the ellipsis;
+/// the action itself when no item has it.
+std::string commandTitle(std::string_view action);
 
 /// Whether `action` is passed on to the current editor, as "forwardFillSelection:" is.
 bool isForwarded(std::string_view action);

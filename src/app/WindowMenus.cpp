@@ -1,20 +1,17 @@
 #include "app/WindowMenus.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <algorithm>
 
 #include "app/MainMenu.h"
+#include "window/QtText.h"
 
 namespace quillmor {
 
 namespace {
-
-QString toQString(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 /// The key equivalent of an item. Qt's Ctrl is the Command key.
 QKeySequence keySequenceFor(const MenuItem& item) {
@@ -31,12 +28,12 @@ QString menuTitle(std::string_view title) {
 
 }  // namespace
 
-WindowMenus::WindowMenus(QMainWindow& window, Presentation presentation, Handlers handlers)
-    : QObject(&window), handlers_(std::move(handlers)) {
+WindowMenus::WindowMenus(QWidget& window, QMenuBar* menuBar, Handlers handlers)
+    : QObject(&window), window_(window), handlers_(std::move(handlers)) {
   for (const Menu& menu : mainMenu()) {
     QMenu* shown = nullptr;
-    if (presentation == Presentation::menuBar) {
-      shown = window.menuBar()->addMenu("&" + menuTitle(menu.title));
+    if (menuBar) {
+      shown = menuBar->addMenu("&" + menuTitle(menu.title));
       connect(shown, &QMenu::aboutToShow, this, &WindowMenus::revalidate);
     }
     for (const MenuItem& item : menu.items) {
@@ -50,9 +47,9 @@ WindowMenus::WindowMenus(QMainWindow& window, Presentation presentation, Handler
       shown ? shown->addAction(action) : window.addAction(action);
     }
   }
-  if (presentation == Presentation::menuBar)
-    window.menuBar()->setAccessibleName(toQString(kMenuBarTitle));
-  QCoreApplication::instance()->installEventFilter(this);
+  if (menuBar) menuBar->setAccessibleName(toQString(kMenuBarTitle));
+  qApp->installEventFilter(this);
+  connect(qApp, &QApplication::focusChanged, this, &WindowMenus::revalidateLater);
   revalidate();
 }
 
@@ -82,8 +79,10 @@ void WindowMenus::revalidate() {
   for (const Entry& entry : entries_) entry.item->setEnabled(handlers_.validate(entry.action));
 }
 
-bool WindowMenus::eventFilter(QObject*, QEvent* event) {
-  if (event->type() == QEvent::ShortcutOverride && revalidationIsDue_) revalidate();
+bool WindowMenus::eventFilter(QObject* watched, QEvent* event) {
+  // A disabled item's shortcut is not found at all, so the items must be right before the search.
+  if (event->type() == QEvent::ShortcutOverride && window_.isActiveWindow()) revalidate();
+  if (event->type() == QEvent::ActivationChange && watched == &window_) revalidateLater();
   return false;
 }
 

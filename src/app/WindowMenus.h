@@ -1,16 +1,18 @@
 #pragma once
 
 #include <QAction>
-#include <QMainWindow>
 #include <QObject>
+#include <QWidget>
 #include <functional>
 #include <string_view>
 #include <vector>
 
+class QMenuBar;
+
 namespace quillmor {
 
-/// The main menu in one window: as a menu bar of an editor, or as shortcuts alone in a report
-/// window.
+/// The main menu in one window: as the menu bar of an editor, or as shortcuts alone in the other
+/// windows.
 class WindowMenus : public QObject {
  public:
   struct Handlers {
@@ -18,16 +20,15 @@ class WindowMenus : public QObject {
     std::function<bool(std::string_view action)> validate;
   };
 
-  enum class Presentation { menuBar, shortcutsOnly };
-
-  /// Belongs to `window` and dies with it.
-  WindowMenus(QMainWindow& window, Presentation presentation, Handlers handlers);
+  /// Belongs to `window` and dies with it. Fills `menuBar`; null for shortcuts alone.
+  WindowMenus(QWidget& window, QMenuBar* menuBar, Handlers handlers);
 
   /// Enables and disables the items once the current event has been dealt with.
   void revalidateLater();
   void revalidate();
 
-  /// Brings the items up to date before a key is looked up among their shortcuts.
+  /// Brings the items up to date before a key is looked up among the window's shortcuts, and when
+  /// the window becomes the active one or ceases to be.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
   /// The action object of an item; null when the menu has none with that name.
@@ -41,6 +42,7 @@ class WindowMenus : public QObject {
 
   QAction* makeItem(std::string_view title, std::string_view action, const QKeySequence& key);
 
+  QWidget& window_;
   const Handlers handlers_;
   std::vector<Entry> entries_;
   bool revalidationIsDue_ = false;

@@ -39,10 +39,10 @@ class Session {
 
 int run(const CommandLine& line, GuardedApplication& application) {
   QtPlatform platform;
-  ApplicationWindows windows;
-  AppDelegate delegate(platform.services(), windows);
-  windows.setDelegate(delegate);
   const PlatformServices services = platform.services();
+  ApplicationWindows windows(services);
+  AppDelegate delegate(services, windows);
+  windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
   const Session session(application, line.screenshotPath ? nullptr : &services.alerts, windows);
   if (line.screenshotPath) {
@@ -70,7 +70,10 @@ int main(int argc, char** argv) {
     std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
     return *line.exitStatus;
   }
-  if (line.screenshotPath) qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (line.screenshotPath) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    silencePlatformWithoutScreen();
+  }
 
   int qtArgumentCount = 1;
   GuardedApplication application(qtArgumentCount, argv);

@@ -3,7 +3,9 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QPointer>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "platform_qt/QtLocations.h"
 
@@ -50,10 +52,17 @@ std::optional<FileLocation> QtFilePanels::runSavePanel(
     const std::optional<FileLocation>& directory) {
   const DialogPointer dialog = makeDialog(title, QFileDialog::AcceptSave, directory);
   dialog->setFileMode(QFileDialog::AnyFile);
-  dialog->selectFile(QString::fromStdString(suggestedName));
+  const QString shownName = QString::fromStdString(suggestedName);
+  dialog->selectFile(shownName);
   const auto chosen = runDialog(dialog);
   if (chosen.empty()) return std::nullopt;
-  return chosen.front();
+  // The field cannot hold bytes that are not UTF-8. A suggestion that was left alone keeps them,
+  // unless there is a file of that name already: the dialog has not asked whether to replace it.
+  const FileLocation suggested = chosen.front().sibling(suggestedName);
+  const bool wasLeftAlone = chosen.front().lastPathComponent() == shownName.toStdString();
+  std::error_code error;
+  const bool exists = std::filesystem::exists(suggested.path(), error) || error;
+  return wasLeftAlone && !exists ? suggested : chosen.front();
 }
 
 }  // namespace quillmor

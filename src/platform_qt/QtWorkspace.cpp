@@ -46,4 +46,8 @@ void QtWorkspace::revealInFileManager(const FileLocation& location) {
   });
 }
 
+void QtWorkspace::openLink(const std::string& url) {
+  QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url), QUrl::StrictMode));
+}
+
 }  // namespace quillmor

@@ -14,6 +14,7 @@ class QtWorkspace : public Workspace {
   explicit QtWorkspace(QDBusConnection bus = QDBusConnection::sessionBus());
 
   void revealInFileManager(const FileLocation& location) override;
+  void openLink(const std::string& url) override;
 
  private:
   QDBusConnection bus_;

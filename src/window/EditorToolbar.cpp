@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "window/HexWindowController.h"
+#include "window/QtText.h"
 #include "window/ToolbarItems.h"
 
 namespace quillmor {
@@ -13,14 +14,11 @@ namespace {
 
 constexpr int kHeight = 44;
 
-QString toQString(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 }  // namespace
 
 EditorToolbar::EditorToolbar(const Perform& perform, QWidget* parent) : QWidget(parent) {
   setFixedHeight(kHeight);
+  setObjectName("toolbar");
   setAccessibleName(tr("Toolbar"));
   auto* stack = new QHBoxLayout(this);
   stack->setContentsMargins(10, 7, 10, 7);

@@ -54,7 +54,8 @@ void EditorWindow::setupUI() {
   background.setColor(QPalette::Window, QColor::fromRgbF(0.045F, 0.045F, 0.045F));
   content_->setPalette(background);
 
-  toolbar_ = new EditorToolbar(handlers_.perform, content_);
+  toolbar_ = new EditorToolbar(
+      [this](std::string_view action) { handlers_.perform(*this, action); }, content_);
   editorView_ = new HexEditorView(controller_->editor(), content_);
   inspector_ = new ElidedLabel(tr("Data inspector"), content_);
 
@@ -102,8 +103,10 @@ QWidget* EditorWindow::makeStatusRow() {
 void EditorWindow::acceptDrops() {
   // The program the file comes from waits while the drop is handled, so opening starts afterwards.
   const auto open = [this](const FileLocation& location) {
-    QMetaObject::invokeMethod(
-        this, [this, location] { controller_->openDroppedFile(location); }, Qt::QueuedConnection);
+    const auto openUnlessClosed = [this, location] {
+      if (controller_->hasWindow()) controller_->openDroppedFile(location);
+    };
+    QMetaObject::invokeMethod(this, openUnlessClosed, Qt::QueuedConnection);
   };
   content_->setFileDropHandler(open);
   editorView_->setFileDropHandler(open);
@@ -147,14 +150,14 @@ void EditorWindow::revalidateMenus() {
 }
 
 void EditorWindow::bringToFront() {
-  if (isMinimized()) showNormal();
+  setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
 }
 
 void EditorWindow::closeWindow() {
-  mayClose_ = true;
+  closesWithoutAsking_ = true;
   close();
 }
 
@@ -179,18 +182,32 @@ void EditorWindow::closeUtilityWindows() {
 }
 
 void EditorWindow::closeEvent(QCloseEvent* event) {
-  if (!mayClose_) {
-    // The answer may come at once or after a save; only in the first case this event still stands.
-    controller_->requestClose([this, guard = QPointer<EditorWindow>(this)](bool allowed) {
-      if (!guard || !allowed) return;
-      mayClose_ = true;
-      QMetaObject::invokeMethod(
-          this, [this] { close(); }, Qt::QueuedConnection);
-    });
-  }
-  if (!mayClose_) return event->ignore();
+  const QPointer<EditorWindow> guard(this);
+  const bool mayClose = closesWithoutAsking_ || mayCloseNow();
+  // A question runs the event loop, in which the window may have been closed and destroyed.
+  if (!guard || !mayClose) return event->ignore();
   controller_->windowWillClose();
   event->accept();
+}
+
+/// Asks the controller. An answer that comes only after a save closes the window later, and asks
+/// again about what may have changed since.
+bool EditorWindow::mayCloseNow() {
+  struct Question {
+    bool isOpen = true;
+    bool isAllowed = false;
+  };
+  const auto question = std::make_shared<Question>();
+  controller_->requestClose([this, question, guard = QPointer<EditorWindow>(this)](bool isAllowed) {
+    if (question->isOpen) {
+      question->isAllowed = isAllowed;
+    } else if (guard && isAllowed) {
+      QMetaObject::invokeMethod(
+          this, [this] { close(); }, Qt::QueuedConnection);
+    }
+  });
+  question->isOpen = false;
+  return question->isAllowed;
 }
 
 void EditorWindow::changeEvent(QEvent* event) {

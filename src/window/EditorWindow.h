@@ -30,7 +30,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   struct Handlers {
     std::function<void(EditorWindow&)> didBecomeKey;
     std::function<void(EditorWindow&)> menusNeedValidation;
-    std::function<void(std::string_view action)> perform;
+    std::function<void(EditorWindow&, std::string_view action)> perform;
     std::function<void(ReportWindow&)> didOpenReportWindow;
   };
 
@@ -67,6 +67,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   QWidget* makeStatusRow();
   void acceptDrops();
   void keepOnScreen();
+  bool mayCloseNow();
 
   const std::shared_ptr<HexWindowController> controller_;
   const Handlers handlers_;
@@ -79,7 +80,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   QPushButton* stop_ = nullptr;
   QShortcut* stopShortcut_ = nullptr;
   std::vector<QPointer<ReportWindow>> retainedUtilityWindows_;
-  bool mayClose_ = false;
+  bool closesWithoutAsking_ = false;
   bool hasPresentedInitialWindow_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "window/ElidedLabel.h"
 
+#include <QAccessibleWidget>
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QPainter>
@@ -10,13 +11,27 @@ namespace {
 
 constexpr int kFontPixelSize = 11;
 
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+  auto* const label = qobject_cast<ElidedLabel*>(object);
+  return label ? new QAccessibleWidget(label, QAccessible::StaticText) : nullptr;
+}
+
+/// Makes the toolkit present every label as a static text.
+void installAccessible() {
+  static const bool isInstalled = [] {
+    return QAccessible::installFactory(makeAccessible), true;
+  }();
+  Q_UNUSED(isInstalled);
+}
+
 }  // namespace
 
 ElidedLabel::ElidedLabel(const QString& purpose, QWidget* parent) : QWidget(parent) {
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   font.setPixelSize(kFontPixelSize);
   setFont(font);
-  setAccessibleName(purpose);
+  installAccessible();
+  setAccessibleDescription(purpose);
   setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 
@@ -24,7 +39,8 @@ void ElidedLabel::setFullText(const QString& text) {
   if (text_ == text) return;
   text_ = text;
   setToolTip(text);
-  setAccessibleDescription(text);
+  // Announces the new name as well.
+  setAccessibleName(text);
   update();
 }
 

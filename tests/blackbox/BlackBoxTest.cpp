@@ -98,8 +98,10 @@ std::optional<Accessible> BlackBoxTest::hexView() const {
 std::string BlackBoxTest::status() const {
   const auto window = activeWindow();
   if (!window) return "";
-  const auto line = window->named("Status");
-  return line ? line->description() : "";
+  for (const Accessible& line : window->allWithRole("label")) {
+    if (line.description() == "Status") return line.name();
+  }
+  return "";
 }
 
 std::string BlackBoxTest::shownRows() const {

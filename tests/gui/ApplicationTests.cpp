@@ -10,74 +10,18 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTest>
 
-#include "app/AboutWindowController.h"
-#include "app/AppDelegate.h"
-#include "app/ApplicationWindows.h"
 #include "app/WindowMenus.h"
 #include "editor/HexEditorView.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestPlatform.h"
-#include "window/EditorWindow.h"
-#include "window/ElidedLabel.h"
+#include "gui/RealApplication.h"
 #include "window/ReportWindow.h"
 
 namespace quillmor::test {
 namespace {
 
-class Application : public testing::Test {
- protected:
-  Application() { windows.setDelegate(delegate); }
+class ApplicationTest : public RealApplication {};
 
-  ~Application() override {
-    windows.destroyWindows();
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-      if (dynamic_cast<ReportWindow*>(widget)) delete widget;
-    }
-  }
-
-  EditorWindow& open(const std::string& content) {
-    delegate.openFiles({folder.write("data.bin", content)}, [](bool) {});
-    platform.executor.runAll();
-    return activate(*windows.editorWindows().back());
-  }
-
-  static EditorWindow& activate(EditorWindow& window) {
-    window.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-    window.editorView().setFocus();
-    return window;
-  }
-
-  static QPushButton* button(QWidget& window, const QString& title) {
-    for (QPushButton* candidate : window.findChildren<QPushButton*>()) {
-      if (candidate->text() == title) return candidate;
-    }
-    ADD_FAILURE() << "no button " << title.toStdString();
-    return nullptr;
-  }
-
-  static QString line(const EditorWindow& window, const QString& purpose) {
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
-      if (widget->accessibleName() != purpose) continue;
-      if (const auto* label = dynamic_cast<const ElidedLabel*>(widget)) return label->fullText();
-    }
-    return {};
-  }
-
-  static std::string text(EditorWindow& window) {
-    const auto bytes = window.controller().document().storage()->bytes.span();
-    return {bytes.begin(), bytes.end()};
-  }
-
-  TemporaryFolder folder;
-  TestPlatform platform;
-  ApplicationWindows windows;
-  AppDelegate delegate{platform.services(), windows};
-};
-
-TEST_F(Application, showsAFileInAWindowOfTheStatedSize) {
+TEST_F(ApplicationTest, showsAFileInAWindowOfTheStatedSize) {
   EditorWindow& window = open("hello");
   EXPECT_EQ(window.windowTitle(), "data.bin[*]");
   EXPECT_FALSE(window.isWindowModified());
@@ -88,14 +32,14 @@ TEST_F(Application, showsAFileInAWindowOfTheStatedSize) {
   EXPECT_TRUE(line(window, "Data inspector").startsWith("UInt8: 104  |  Int8: 104  |  Hex: 0x68"));
 }
 
-TEST_F(Application, startsWithWindowsOf1120By760) {
+TEST_F(ApplicationTest, startsWithWindowsOf1120By760) {
   delegate.newDocument();
   EditorWindow& window = *windows.editorWindows().back();
   const QSize available = window.screen()->availableGeometry().size();
   EXPECT_EQ(window.size(), QSize(1120, 760).boundedTo(available).expandedTo(window.minimumSize()));
 }
 
-TEST_F(Application, typesWithRealKeysAndUndoesWithTheShortcut) {
+TEST_F(ApplicationTest, typesWithRealKeysAndUndoesWithTheShortcut) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");
   EXPECT_EQ(text(window), "Jello");
@@ -107,7 +51,7 @@ TEST_F(Application, typesWithRealKeysAndUndoesWithTheShortcut) {
   EXPECT_EQ(text(window), "Jello");
 }
 
-TEST_F(Application, savesWithTheShortcut) {
+TEST_F(ApplicationTest, savesWithTheShortcut) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");
   QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
@@ -116,7 +60,7 @@ TEST_F(Application, savesWithTheShortcut) {
   EXPECT_FALSE(window.isWindowModified());
 }
 
-TEST_F(Application, togglesInsertModeWithTheShortcut) {
+TEST_F(ApplicationTest, togglesInsertModeWithTheShortcut) {
   EditorWindow& window = open("hello");
   QTest::keyClick(&window, Qt::Key_I, Qt::ControlModifier);
   EXPECT_TRUE(line(window, "Status").contains("Mode: Insert"));
@@ -124,7 +68,7 @@ TEST_F(Application, togglesInsertModeWithTheShortcut) {
   EXPECT_EQ(text(window), "Ahello");
 }
 
-TEST_F(Application, goesToAnOffsetFromTheToolbar) {
+TEST_F(ApplicationTest, goesToAnOffsetFromTheToolbar) {
   EditorWindow& window = open("hello");
   platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
                          {"0x3"});
@@ -137,7 +81,7 @@ TEST_F(Application, goesToAnOffsetFromTheToolbar) {
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
 }
 
-TEST_F(Application, namesEveryToolbarButtonForAssistiveTechnology) {
+TEST_F(ApplicationTest, namesEveryToolbarButtonForAssistiveTechnology) {
   EditorWindow& window = open("hello");
   for (const char* title : {"Find", "Replace", "Go To", "Range", "Insert", "Fill", "Compare",
                             "Strings", "Bookmark", "Checksum", "Frequency", "Insert/Overwrite"}) {
@@ -149,7 +93,7 @@ TEST_F(Application, namesEveryToolbarButtonForAssistiveTechnology) {
   }
 }
 
-TEST_F(Application, disablesTheToolbarAndHidesTheCaretWhileBusy) {
+TEST_F(ApplicationTest, disablesTheToolbarAndHidesTheCaretWhileBusy) {
   EditorWindow& window = open("hello");
   ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
   EXPECT_FALSE(button(window, "Go To")->isEnabled());
@@ -159,7 +103,7 @@ TEST_F(Application, disablesTheToolbarAndHidesTheCaretWhileBusy) {
   EXPECT_TRUE(button(window, "Go To")->isEnabled());
 }
 
-TEST_F(Application, showsProgressAfterAWhileAndStopsOnEscape) {
+TEST_F(ApplicationTest, showsProgressAfterAWhileAndStopsOnEscape) {
   EditorWindow& window = open("hello");
   bool stopped = false;
   const auto work = [&](TaskProgress& progress) -> Done {
@@ -179,7 +123,7 @@ TEST_F(Application, showsProgressAfterAWhileAndStopsOnEscape) {
   EXPECT_FALSE(progress->isVisible());
 }
 
-TEST_F(Application, asksBeforeAWindowWithUnsavedChangesCloses) {
+TEST_F(ApplicationTest, asksBeforeAWindowWithUnsavedChangesCloses) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");
   platform.alerts.expect("Do you want to save the changes you made to \"data.bin\"?",
@@ -196,7 +140,7 @@ TEST_F(Application, asksBeforeAWindowWithUnsavedChangesCloses) {
   EXPECT_TRUE(delegate.documents().documents().empty());
 }
 
-TEST_F(Application, refusesToCloseWhileBusy) {
+TEST_F(ApplicationTest, refusesToCloseWhileBusy) {
   EditorWindow& window = open("hello");
   ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
   platform.alerts.expect(
@@ -207,13 +151,10 @@ TEST_F(Application, refusesToCloseWhileBusy) {
   window.controller().endBusyStatus();
 }
 
-TEST_F(Application, showsReportsInWindowsThatCloseWithTheEditor) {
+TEST_F(ApplicationTest, showsReportsInWindowsThatCloseWithTheEditor) {
   EditorWindow& window = open("hello");
   window.controller().showUtilityReport("Bookmarks", "one\ntwo\n");
-  QPointer<ReportWindow> report;
-  for (QWidget* widget : QApplication::topLevelWidgets()) {
-    if (auto* found = dynamic_cast<ReportWindow*>(widget)) report = found;
-  }
+  QPointer<ReportWindow> report(topLevel<ReportWindow>());
   ASSERT_FALSE(report.isNull());
   EXPECT_EQ(report->windowTitle(), "Bookmarks");
   EXPECT_EQ(report->text().toPlainText(), "one\ntwo\n");
@@ -222,13 +163,10 @@ TEST_F(Application, showsReportsInWindowsThatCloseWithTheEditor) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return report.isNull(); }));
 }
 
-TEST_F(Application, sendsShortcutsOfAReportWindowToTheEditor) {
+TEST_F(ApplicationTest, sendsShortcutsOfAReportWindowToTheEditor) {
   EditorWindow& window = open("hello");
   window.controller().showUtilityReport("Report", "text");
-  ReportWindow* report = nullptr;
-  for (QWidget* widget : QApplication::topLevelWidgets()) {
-    if (auto* found = dynamic_cast<ReportWindow*>(widget)) report = found;
-  }
+  auto* report = topLevel<ReportWindow>();
   ASSERT_NE(report, nullptr);
   report->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(report));
@@ -236,7 +174,7 @@ TEST_F(Application, sendsShortcutsOfAReportWindowToTheEditor) {
   EXPECT_TRUE(window.controller().editor().insertMode());
 }
 
-TEST_F(Application, undoesTypingInAFocusedTextFieldAndNotInTheEditor) {
+TEST_F(ApplicationTest, undoesTypingInAFocusedTextFieldAndNotInTheEditor) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");
   QLineEdit field(&window);
@@ -250,7 +188,7 @@ TEST_F(Application, undoesTypingInAFocusedTextFieldAndNotInTheEditor) {
   EXPECT_EQ(window.controller().editor().selection(), HexSelection());
 }
 
-TEST_F(Application, keepsMenusAsTheStateIs) {
+TEST_F(ApplicationTest, keepsMenusAsTheStateIs) {
   EditorWindow& window = open("hello");
   WindowMenus* menus = ApplicationWindows::menusOf(window);
   ASSERT_NE(menus, nullptr);
@@ -263,7 +201,7 @@ TEST_F(Application, keepsMenusAsTheStateIs) {
   EXPECT_TRUE(menus->find("forwardUndo:")->isEnabled());
 }
 
-TEST_F(Application, givesMenuItemsTheirKeys) {
+TEST_F(ApplicationTest, givesMenuItemsTheirKeys) {
   EditorWindow& window = open("hello");
   WindowMenus* menus = ApplicationWindows::menusOf(window);
   EXPECT_EQ(menus->find("forwardSaveDocumentAs:")->shortcut(), QKeySequence("Ctrl+Shift+S"));
@@ -273,32 +211,10 @@ TEST_F(Application, givesMenuItemsTheirKeys) {
   EXPECT_EQ(window.menuBar()->actions().size(), 8);
 }
 
-TEST_F(Application, doublesAnAsteriskPlaceholderInAFileName) {
+TEST_F(ApplicationTest, doublesAnAsteriskPlaceholderInAFileName) {
   delegate.openFiles({folder.write("a[*]b.bin", "x")}, [](bool) {});
   platform.executor.runAll();
   EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "a[*][*]b.bin[*]");
-}
-
-TEST_F(Application, bringsTheOneAboutWindowToTheFrontAgainWhereItWas) {
-  open("hello");
-  delegate.perform("showAbout:");
-  const auto find = [] {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-      if (auto* about = dynamic_cast<AboutWindowController*>(widget)) return about;
-    }
-    return static_cast<AboutWindowController*>(nullptr);
-  };
-  QPointer<AboutWindowController> about = find();
-  ASSERT_FALSE(about.isNull());
-  EXPECT_EQ(about->windowTitle(), "About Quillmor");
-  delegate.perform("showAbout:");
-  EXPECT_EQ(find(), about);
-  about->move(77, 88);
-  const QPoint place = about->geometry().topLeft();
-  about->close();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return about.isNull(); }));
-  delegate.perform("showAbout:");
-  EXPECT_EQ(find()->geometry().topLeft(), place);
 }
 
 }  // namespace

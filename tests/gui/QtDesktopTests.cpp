@@ -19,19 +19,24 @@
 namespace quillmor {
 namespace {
 
-/// Stands for whatever the desktop would open folders with.
+/// Stands for whatever the desktop would open folders, or addresses of another scheme, with.
 class FolderOpener : public QObject {
   Q_OBJECT
 
  public:
-  FolderOpener() { QDesktopServices::setUrlHandler("file", this, "open"); }
-  ~FolderOpener() override { QDesktopServices::unsetUrlHandler("file"); }
+  explicit FolderOpener(const QString& scheme = "file") : scheme_(scheme) {
+    QDesktopServices::setUrlHandler(scheme_, this, "open");
+  }
+  ~FolderOpener() override { QDesktopServices::unsetUrlHandler(scheme_); }
 
  public slots:
   void open(const QUrl& url) { emit opened(url); }
 
  signals:
   void opened(const QUrl& url);
+
+ private:
+  const QString scheme_;
 };
 
 /// Stands for the desktop's file manager.
@@ -108,6 +113,14 @@ TEST(QtWorkspace, leavesLocationsThatAreNotFilesAlone) {
   QSignalSpy opened(&opener, &FolderOpener::opened);
   QtWorkspace().revealInFileManager(FileLocation::fromUrl("https://example.org/a"));
   EXPECT_EQ(opened.count(), 0);
+}
+
+TEST(QtWorkspace, opensLinksAsTheyAre) {
+  FolderOpener opener("https");
+  QSignalSpy opened(&opener, &FolderOpener::opened);
+  QtWorkspace().openLink("https://quillmor.example/a%20b");
+  ASSERT_EQ(opened.count(), 1);
+  EXPECT_EQ(opened[0][0].toUrl().toEncoded(), "https://quillmor.example/a%20b");
 }
 
 TEST(QtPasteboard, replacesTheClipboardByText) {

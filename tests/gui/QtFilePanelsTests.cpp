@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <filesystem>
+#include <fstream>
 
 #include "gui/ModalScript.h"
 
@@ -94,6 +96,27 @@ TEST_F(QtFilePanelsTest, savesUnderTheSuggestedName) {
   });
   EXPECT_THAT(panels_.runSavePanel("Save As", "Untitled.bin", folder()),
               Optional(FileLocation::fromPath(folder().path() + "/Untitled.bin")));
+}
+
+TEST_F(QtFilePanelsTest, keepsTheBytesOfASuggestedNameThatIsNotUtf8) {
+  onNextModal<QFileDialog>([](QFileDialog& dialog) {
+    QTest::keyClick(dialog.findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
+  });
+  EXPECT_THAT(panels_.runSavePanel("Save As", "a\xFF.bin", folder()),
+              Optional(FileLocation::fromPath(folder().path() + "/a\xFF.bin")));
+}
+
+TEST_F(QtFilePanelsTest, doesNotReplaceAFileItCouldNotAskAbout) {
+  const std::string existing = folder().path() + "/a\xFF.bin";
+  std::ofstream(existing) << "precious";
+  onNextModal<QFileDialog>([](QFileDialog& dialog) {
+    QTest::keyClick(dialog.findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
+  });
+  const auto chosen = panels_.runSavePanel("Save As", "a\xFF.bin", folder());
+  ASSERT_TRUE(chosen.has_value());
+  EXPECT_NE(chosen->path(), existing);
+  // Qt cannot remove what it cannot name.
+  EXPECT_TRUE(std::filesystem::remove(existing));
 }
 
 TEST_F(QtFilePanelsTest, isAbsentWhenSavingIsCancelled) {

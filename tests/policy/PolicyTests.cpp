@@ -90,12 +90,47 @@ TEST(Policy, includesPointOneWay) {
 
 TEST(Policy, dialogsClipboardAndSettingsLiveInPlatformQtOnly) {
   const std::regex forbidden(
-      R"(\b(QMessageBox|QFileDialog|QInputDialog|QColorDialog|QErrorMessage|QClipboard|QSettings)\b|QApplication::beep)");
+      R"(\b(QMessageBox|QFileDialog|QInputDialog|QColorDialog|QFontDialog|QProgressDialog|QErrorMessage|QClipboard|QSettings|QDesktopServices)\b|\bQ(Gui)?Application::(beep|clipboard)\b|\bqApp->(beep|clipboard)\b)");
   std::vector<std::string> wrong;
   for (const auto& file : sourcesBelow(kRoot / "src")) {
     if (folderOf(file) == "platform_qt") continue;
     for (const auto& line : linesOf(file)) {
       if (std::regex_search(line, forbidden)) wrong.push_back(rootedName(file) + ": " + line);
+    }
+  }
+  EXPECT_THAT(wrong, testing::IsEmpty());
+}
+
+/// The files that src/CMakeLists.txt lists as widgets ("window/EditorWindow.cpp").
+std::set<std::string> uiSources() {
+  std::set<std::string> sources;
+  bool isInList = false;
+  for (const auto& line : linesOf(kRoot / "src" / "CMakeLists.txt")) {
+    if (line.starts_with("set(QUILLMOR_UI_SOURCES")) {
+      isInList = true;
+    } else if (line.starts_with(")")) {
+      isInList = false;
+    } else if (isInList) {
+      sources.insert(line.substr(line.find_first_not_of(' ')));
+    }
+  }
+  return sources;
+}
+
+TEST(Policy, theCoreIsFreeOfQt) {
+  const std::set<std::string> widgets = uiSources();
+  ASSERT_TRUE(widgets.contains("window/EditorWindow.cpp"));
+  const std::regex qtName(
+      R"(#\s*include\s*<Q|\bQ_OBJECT\b|\bQ[A-Z][a-z]\w*(::|\s*[&*(<]|\s+\w+\s*[;=({,)])|\bqApp\b)");
+  std::vector<std::string> wrong;
+  for (const auto& file : sourcesBelow(kRoot / "src")) {
+    const auto source = fs::relative(file, kRoot / "src").replace_extension(".cpp");
+    if (folderOf(file) == "platform_qt" || rootedName(file) == kEntryPoint) continue;
+    const auto name = fs::relative(file, kRoot / "src").generic_string();
+    if (widgets.contains(source.generic_string()) || widgets.contains(name)) continue;
+    for (const auto& line : linesOf(file)) {
+      const std::string code = line.substr(0, line.find("//"));
+      if (std::regex_search(code, qtName)) wrong.push_back(rootedName(file) + ": " + line);
     }
   }
   EXPECT_THAT(wrong, testing::IsEmpty());

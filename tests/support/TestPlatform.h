@@ -82,7 +82,9 @@ class CountingBeeper : public Beeper {
 class FakeWorkspace : public Workspace {
  public:
   std::vector<FileLocation> revealed;
+  std::vector<std::string> openedLinks;
   void revealInFileManager(const FileLocation& location) override { revealed.push_back(location); }
+  void openLink(const std::string& url) override { openedLinks.push_back(url); }
 };
 
 /// Runs background work and posted functions only when told, on a second thread and on the calling

@@ -1,0 +1,101 @@
+// What the program's arguments mean, file names of every shape included.
+
+#include "app/CommandLine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace quillmor::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// The names of the files that the arguments ask for.
+std::vector<std::string> namesOf(const CommandLine& line) {
+  std::vector<std::string> names;
+  for (const FileLocation& file : line.files) names.push_back(file.lastPathComponent());
+  return names;
+}
+
+std::vector<std::string> names(const std::vector<std::string>& arguments) {
+  const CommandLine line = parseCommandLine(arguments);
+  EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
+  return namesOf(line);
+}
+
+TEST(CommandLine, withoutArgumentsOpensNothing) {
+  EXPECT_THAT(names({}), IsEmpty());
+}
+
+TEST(CommandLine, opensFilesInTheirOrder) {
+  EXPECT_THAT(names({"b.bin", "a.bin"}), ElementsAre("b.bin", "a.bin"));
+}
+
+TEST(CommandLine, takesARelativePathFromTheCurrentFolder) {
+  const CommandLine line = parseCommandLine({"a.bin"});
+  ASSERT_EQ(line.files.size(), 1U);
+  EXPECT_EQ(line.files[0].path(), (std::filesystem::current_path() / "a.bin").string());
+}
+
+TEST(CommandLine, takesBracketsAsPartOfAName) {
+  for (const char* name : {"[notes]", "[a,b]", "[]", "[[a]]", "{}", "%%", "a,b", "\"a\"", "'a b'",
+                           "++", "a=b", " a ", "[a", "`a`", "\xFF.bin"}) {
+    EXPECT_THAT(names({name}), ElementsAre(name));
+    EXPECT_THAT(names({"x", name, "y"}), ElementsAre("x", name, "y"));
+  }
+}
+
+TEST(CommandLine, takesWhatFollowsTwoDashesAsNames) {
+  EXPECT_THAT(names({"--", "-a.bin", "--help", "[b]"}), ElementsAre("-a.bin", "--help", "[b]"));
+  EXPECT_THAT(names({"a.bin", "--", "--"}), ElementsAre("a.bin", "--"));
+}
+
+TEST(CommandLine, refusesAnUnknownOption) {
+  for (const char* option : {"-a.bin", "--unknown", "-x"}) {
+    const CommandLine line = parseCommandLine({option});
+    EXPECT_EQ(line.exitStatus, 2) << option;
+    EXPECT_THAT(line.message, HasSubstr(option));
+  }
+}
+
+TEST(CommandLine, takesADashedNameBehindAFolder) {
+  EXPECT_THAT(names({"./-a.bin"}), ElementsAre("-a.bin"));
+}
+
+TEST(CommandLine, refusesAnEmptyName) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {""}, {"a.bin", ""}, {"--", ""}, {"--screenshot", "out.png", ""}}) {
+    const CommandLine line = parseCommandLine(arguments);
+    EXPECT_EQ(line.exitStatus, 2);
+    EXPECT_EQ(line.message, "quillmor: A file name is empty. See quillmor --help.\n");
+  }
+}
+
+TEST(CommandLine, takesMoreFilesThanAnyList) {
+  const std::vector<std::string> many(5000, "[a,b]");
+  EXPECT_EQ(names(many), many);
+}
+
+TEST(CommandLine, asksForAPictureWithASelection) {
+  const CommandLine line =
+      parseCommandLine({"--screenshot", "[o,u]t.png", "[a,b]", "--select", "0x10,16"});
+  EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
+  EXPECT_EQ(line.screenshotPath, "[o,u]t.png");
+  EXPECT_THAT(namesOf(line), ElementsAre("[a,b]"));
+  EXPECT_EQ(line.selection, (HexSelection{16, 16}));
+}
+
+TEST(CommandLine, keepsTheBytesOfAPicturesPath) {
+  EXPECT_EQ(parseCommandLine({"--screenshot", "[\xFF]", "a"}).screenshotPath, "[\xFF]");
+}
+
+TEST(CommandLine, refusesAPictureWithoutAName) {
+  EXPECT_EQ(parseCommandLine({"--screenshot", "", "a"}).exitStatus, 2);
+}
+
+}  // namespace
+}  // namespace quillmor::test

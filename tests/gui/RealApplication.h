@@ -1,0 +1,96 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+#include <stdexcept>
+#include <string>
+
+#include "app/AppDelegate.h"
+#include "app/ApplicationWindows.h"
+#include "editor/HexEditorView.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPlatform.h"
+#include "window/EditorWindow.h"
+#include "window/ElidedLabel.h"
+#include "window/ReportWindow.h"
+
+namespace quillmor::test {
+
+/// The base of tests with the real windows, menus and keys of the application on scripted services.
+class RealApplication : public testing::Test {
+ protected:
+  RealApplication() { windows.setDelegate(delegate); }
+
+  ~RealApplication() override { windows.destroyWindows(); }
+
+  /// A file with `content` in the window of the application, made when there is none.
+  EditorWindow& open(const std::string& content) {
+    delegate.openFiles({folder.write("data.bin", content)}, [](bool) {});
+    platform.executor.runAll();
+    return activate(*windows.editorWindows().back());
+  }
+
+  /// A file in a further window.
+  EditorWindow& openAnother(const std::string& content) {
+    delegate.newDocument();
+    EditorWindow& window = activate(*windows.editorWindows().back());
+    delegate.openFiles({folder.write("other.bin", content)}, [](bool) {});
+    platform.executor.runAll();
+    return window;
+  }
+
+  static void makeActive(QWidget& window) {
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+  }
+
+  static EditorWindow& activate(EditorWindow& window) {
+    makeActive(window);
+    window.editorView().setFocus();
+    return window;
+  }
+
+  /// The top-level window of a type; null when there is none.
+  template <class Window>
+  static Window* topLevel() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (auto* found = dynamic_cast<Window*>(widget)) return found;
+    }
+    return nullptr;
+  }
+
+  static QPushButton* button(QWidget& window, const QString& title) {
+    for (QPushButton* candidate : window.findChildren<QPushButton*>()) {
+      if (candidate->text() == title) return candidate;
+    }
+    ADD_FAILURE() << "no button " << title.toStdString();
+    return nullptr;
+  }
+
+  /// The line of the window that is for `purpose`, such as "Status".
+  static ElidedLabel& label(const EditorWindow& window, const QString& purpose) {
+    for (auto* label : window.findChildren<ElidedLabel*>()) {
+      if (label->accessibleDescription() == purpose) return *label;
+    }
+    throw std::logic_error("no line " + purpose.toStdString());
+  }
+
+  static QString line(const EditorWindow& window, const QString& purpose) {
+    return label(window, purpose).fullText();
+  }
+
+  static std::string text(EditorWindow& window) {
+    const auto bytes = window.controller().document().storage()->bytes.span();
+    return {bytes.begin(), bytes.end()};
+  }
+
+  TemporaryFolder folder;
+  TestPlatform platform;
+  ApplicationWindows windows{platform.services()};
+  AppDelegate delegate{platform.services(), windows};
+};
+
+}  // namespace quillmor::test

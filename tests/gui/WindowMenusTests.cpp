@@ -1,0 +1,130 @@
+// Shortcuts and menu items of several windows, and of text fields in them.
+
+#include "app/WindowMenus.h"
+
+#include <gmock/gmock.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+#include "gui/RealApplication.h"
+
+namespace quillmor::test {
+namespace {
+
+class WindowMenusTest : public RealApplication {
+ protected:
+  ReportWindow& showReport(EditorWindow& window) {
+    window.controller().showUtilityReport("Report", "some text");
+    auto* report = topLevel<ReportWindow>();
+    if (!report) throw std::logic_error("no report window");
+    makeActive(*report);
+    return *report;
+  }
+};
+
+TEST_F(WindowMenusTest, aShortcutGoesToTheActiveOfTwoWindows) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  activate(first);
+  QTest::keyClick(&first, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(first.controller().editor().insertMode());
+  EXPECT_FALSE(second.controller().editor().insertMode());
+  activate(second);
+  QTest::keyClick(&second, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(second.controller().editor().insertMode());
+  QTest::keyClick(&second, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(first.controller().editor().insertMode());
+  EXPECT_FALSE(second.controller().editor().insertMode());
+}
+
+TEST_F(WindowMenusTest, aToolbarButtonActsOnItsOwnWindowThoughAnotherIsActive) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  activate(second);
+  button(first, "Insert/Overwrite")->click();
+  EXPECT_TRUE(first.controller().editor().insertMode());
+  EXPECT_FALSE(second.controller().editor().insertMode());
+  QTest::keyClick(&second, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(second.controller().editor().insertMode());
+}
+
+TEST_F(WindowMenusTest, undoesTheLastEditFromAReportWindowOpenedBeforeIt) {
+  EditorWindow& window = open("hello");
+  ReportWindow& report = showReport(window);
+  QCoreApplication::processEvents();
+  activate(window);
+  QTest::keyClicks(&window.editorView(), "4a");
+  EXPECT_EQ(text(window), "Jello");
+  makeActive(report);
+  // The text has the focus, but a text that cannot be edited has nothing to undo.
+  report.text().clearFocus();
+  QTest::keyClick(&report, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(text(window), "hello");
+}
+
+TEST_F(WindowMenusTest, savesFromAReportWindowAfterTheEditorWasBusy) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  ReportWindow& report = showReport(window);
+  QCoreApplication::processEvents();
+  QTest::keyClick(&report, Qt::Key_S, Qt::ControlModifier);
+  EXPECT_FALSE(platform.executor.hasWork());
+  window.controller().endBusyStatus();
+  QTest::keyClick(&report, Qt::Key_S, Qt::ControlModifier);
+  platform.executor.runAll();
+  EXPECT_EQ(folder.read("data.bin"), "Jello");
+}
+
+TEST_F(WindowMenusTest, itemsFollowTheFocus) {
+  EditorWindow& window = open("hello");
+  WindowMenus& menus = *ApplicationWindows::menusOf(window);
+  QLineEdit field("text", &window);
+  field.show();
+  field.setFocus();
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(menus.find("forwardCopy:")->isEnabled());
+  field.selectAll();
+  window.editorView().setFocus();
+  field.setFocus();
+  field.selectAll();
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(menus.find("forwardCopy:")->isEnabled());
+}
+
+TEST_F(WindowMenusTest, theUndoKeyInATextFieldUndoesThereAndNotInTheEditor) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  QLineEdit field(&window);
+  field.show();
+  field.setFocus();
+  QTest::keyClicks(&field, "abc");
+  QTest::keyClick(&field, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(field.text(), "");
+  QTest::keyClick(&field, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(text(window), "Jello");
+}
+
+TEST_F(WindowMenusTest, theFieldOfAnEditablePopUpIsATextField) {
+  EditorWindow& window = open("hello");
+  QComboBox popUp(&window);
+  popUp.setEditable(true);
+  popUp.show();
+  popUp.setFocus();
+  QTest::keyClicks(&popUp, "abc");
+  ASSERT_TRUE(windows.focusedTextView().has_value());
+  EXPECT_TRUE(windows.focusedTextView()->canUndo);
+  delegate.perform("forwardUndo:");
+  EXPECT_EQ(popUp.currentText(), "");
+  delegate.perform("forwardSelectAll:");
+  EXPECT_EQ(window.controller().editor().selection(), HexSelection());
+  popUp.setEditable(false);
+  popUp.setFocus();
+  EXPECT_FALSE(windows.focusedTextView().has_value());
+}
+
+}  // namespace
+}  // namespace quillmor::test
