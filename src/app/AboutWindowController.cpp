@@ -12,6 +12,7 @@ namespace quillmor {
 
 namespace {
 
+constexpr int kButtonPadding = 12;
 constexpr const char* kWebSite = "https://quillmor.example/";
 
 QLabel* centred(const QString& text, int pixelSize, bool bold) {
@@ -32,6 +33,7 @@ AboutWindowController::AboutWindowController(std::function<void(const QRect&)> w
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(tr("About Quillmor"));
   auto* link = new QPushButton(tr("Quillmor on the Web"));
+  link->setMinimumWidth(link->sizeHint().width() + 2 * kButtonPadding);
   connect(link, &QPushButton::clicked, this, [] { QDesktopServices::openUrl(QUrl(kWebSite)); });
   new QShortcut(QKeySequence(Qt::Key_Escape), this, [this] { close(); });
 

@@ -126,6 +126,11 @@ void ApplicationWindows::showAboutWindow() {
   if (!aboutWindowController_) {
     aboutWindowController_ =
         new AboutWindowController([this](const QRect& frame) { aboutWindowFrame_ = frame; });
+    if (const QWidget* active = QApplication::activeWindow(); active && !aboutWindowFrame_) {
+      QRect frame = aboutWindowController_->geometry();
+      frame.moveCenter(active->geometry().center());
+      aboutWindowFrame_ = frame;
+    }
     if (aboutWindowFrame_) aboutWindowController_->setGeometry(*aboutWindowFrame_);
   }
   aboutWindowController_->show();
