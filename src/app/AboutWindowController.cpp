@@ -10,6 +10,7 @@ namespace quillmor {
 
 namespace {
 
+constexpr int kButtonPadding = 12;
 constexpr const char* kWebSite = "https://quillmor.example/";
 
 QLabel* centred(const QString& text, int pixelSize, bool bold) {
@@ -31,6 +32,7 @@ AboutWindowController::AboutWindowController(Workspace& workspace,
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(tr("About Quillmor"));
   auto* link = new QPushButton(tr("Quillmor on the Web"));
+  link->setMinimumWidth(link->sizeHint().width() + 2 * kButtonPadding);
   connect(link, &QPushButton::clicked, this, [&workspace] { workspace.openLink(kWebSite); });
   new QShortcut(QKeySequence(Qt::Key_Escape), this, [this] { close(); });
 

@@ -150,6 +150,11 @@ void ApplicationWindows::showAboutWindow() {
     aboutWindowController_ = new AboutWindowController(
         platform_.workspace, [this](const QRect& frame) { aboutWindowFrame_ = frame; });
     addMenus(*aboutWindowController_);
+    if (const QWidget* active = QApplication::activeWindow(); active && !aboutWindowFrame_) {
+      QRect frame = aboutWindowController_->geometry();
+      frame.moveCenter(active->geometry().center());
+      aboutWindowFrame_ = frame;
+    }
     if (aboutWindowFrame_) aboutWindowController_->setGeometry(*aboutWindowFrame_);
   }
   aboutWindowController_->show();

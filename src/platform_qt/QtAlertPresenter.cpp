@@ -15,6 +15,10 @@ namespace quillmor {
 
 namespace {
 
+constexpr int kMinimumTextWidth = 300;
+// The toolkit's own name for it.
+constexpr const char* kMessageLabelName = "qt_msgbox_label";
+
 QMessageBox::Icon iconFor(AlertStyle style) {
   switch (style) {
     case AlertStyle::warning:
@@ -41,6 +45,17 @@ std::vector<QAbstractButton*> addButtons(QMessageBox& box, const Alert& alert) {
   return buttons;
 }
 
+/// Sets the message off from the text below it, and keeps short texts from wrapping word by word.
+void layOutMessage(QMessageBox& box) {
+  auto* message = box.findChild<QLabel*>(kMessageLabelName);
+  if (message == nullptr) return;
+  QFont font = message->font();
+  font.setBold(true);
+  message->setFont(font);
+  // Only where the text leaves room: a smaller minimum than its own would have it cut.
+  if (message->sizeHint().width() < kMinimumTextWidth) message->setMinimumWidth(kMinimumTextWidth);
+}
+
 QPointer<QMessageBox> makeBox(const Alert& alert) {
   QPointer<QMessageBox> box = new QMessageBox(QApplication::activeWindow());
   box->setIcon(iconFor(alert.style));
@@ -49,6 +64,7 @@ QPointer<QMessageBox> makeBox(const Alert& alert) {
   box->setInformativeText(QString::fromStdString(alert.informativeText));
   // The box itself offers this for the message only, and file names may look like markup.
   for (QLabel* label : box->findChildren<QLabel*>()) label->setTextFormat(Qt::PlainText);
+  layOutMessage(*box);
   return box;
 }
 

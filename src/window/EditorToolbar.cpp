@@ -13,6 +13,7 @@ namespace quillmor {
 namespace {
 
 constexpr int kHeight = 44;
+constexpr int kButtonPadding = 12;
 
 }  // namespace
 
@@ -27,7 +28,10 @@ EditorToolbar::EditorToolbar(const Perform& perform, QWidget* parent) : QWidget(
     auto* button = new QPushButton(toQString(item.title), this);
     button->setAccessibleName(toQString(item.title));
     button->setFocusPolicy(Qt::TabFocus);
-    button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    // The style's own width is too wide for short titles and too narrow for long ones.
+    const int titleWidth = button->fontMetrics().horizontalAdvance(button->text());
+    button->setFixedWidth(titleWidth + 2 * kButtonPadding);
     connect(button, &QPushButton::clicked, this,
             [perform, action = item.action] { perform(action); });
     stack->addWidget(button);

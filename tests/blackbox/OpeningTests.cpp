@@ -15,12 +15,15 @@ namespace {
 
 class OpeningTest : public BlackBoxTest {
  protected:
-  /// The open document of `size` bytes gets "z" as its first byte and is saved.
-  void overwriteFirstByteAndSave(std::int64_t size) {
-    expectStatus(Status{.size = size});
+  /// The open document, "ABCD", gets "z" as its first byte and is saved as `file`.
+  void overwriteFirstByteAndSave(const FileLocation& file) {
+    expectStatus(Status{.size = 4});
     type("7a");
-    expectStatus(Status{.size = size, .offset = 1});
+    expectStatus(Status{.size = 4, .offset = 1});
     press({"ctrl+s"});
+    // The status line tells of the save from before the first byte is written until its end.
+    expectContent(file, "zBCD");
+    expectStatus(Status{.size = 4, .offset = 1});
     expectQuitBy({"ctrl+q"});
   }
 
@@ -66,8 +69,7 @@ TEST_F(OpeningTest, savingThroughALinkWritesTheRealFile) {
   const auto file = folder.write("real.bin", "ABCD");
   std::filesystem::create_symlink("real.bin", folder.path() / "link");
   start({folder.location("link").path()});
-  overwriteFirstByteAndSave(4);
-  EXPECT_EQ(TemporaryFolder::read(file), "zBCD");
+  overwriteFirstByteAndSave(file);
   EXPECT_EQ(std::filesystem::read_symlink(folder.path() / "link"), "real.bin");
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"link", "real.bin"}));
 }
@@ -75,16 +77,14 @@ TEST_F(OpeningTest, savingThroughALinkWritesTheRealFile) {
 TEST_F(OpeningTest, aNameThatIsNotUtf8OpensAndSaves) {
   const auto file = folder.write("na\xffme.bin", "ABCD");
   start({file.path()});
-  overwriteFirstByteAndSave(4);
-  EXPECT_EQ(TemporaryFolder::read(file), "zBCD");
+  overwriteFirstByteAndSave(file);
   EXPECT_EQ(folder.names(), std::vector<std::string>{"na\xffme.bin"});
 }
 
 TEST_F(OpeningTest, aNameWithADashOpensBehindTwoDashes) {
   const auto file = folder.write("-dash.bin", "ABCD");
   startThrough({"env", "-C", folder.path().native()}, {"--", "-dash.bin"});
-  overwriteFirstByteAndSave(4);
-  EXPECT_EQ(TemporaryFolder::read(file), "zBCD");
+  overwriteFirstByteAndSave(file);
 }
 
 TEST_F(OpeningTest, aFolderIsRefused) {

@@ -92,6 +92,23 @@ TEST(QtAlertPresenter, showsTheStyleOfTheAlert) {
   }
 }
 
+TEST(QtAlertPresenter, cutsNoTextHoweverLong) {
+  const std::string sentence = "Do you want to save the changes you made to \"data.bin\"? ";
+  for (const std::string& text : {std::string("Done"), sentence, sentence + sentence + sentence}) {
+    answer<QMessageBox>({.messageText = text, .informativeText = text}, [](QMessageBox& box) {
+      for (const QLabel* label : box.findChildren<QLabel*>()) {
+        if (label->text().isEmpty()) continue;
+        const int wrapping = label->wordWrap() ? int(Qt::TextWordWrap) : 0;
+        const QRect needed =
+            label->fontMetrics().boundingRect(label->contentsRect(), wrapping, label->text());
+        EXPECT_LE(needed.width(), label->width()) << label->text().toStdString();
+        EXPECT_LE(needed.height(), label->height()) << label->text().toStdString();
+      }
+      QTest::keyClick(&box, Qt::Key_Return);
+    });
+  }
+}
+
 TEST(QtAlertPresenter, reportsWhichOfThreeButtonsWasPressed) {
   for (std::size_t i = 0; i < kThreeButtons.buttons.size(); ++i) {
     const auto response = answer<QMessageBox>(kThreeButtons, [i](QMessageBox& box) {
