@@ -75,8 +75,8 @@ void AppDelegate::perform(std::string_view action) {
   const auto work = [&] { return route(action), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
-  platform_.alerts.runModal(
-      {.messageText = commandTitle(action) + " Failed", .informativeText = result.error().message()});
+  platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
+                             .informativeText = result.error().message()});
 }
 
 void AppDelegate::route(std::string_view action) {

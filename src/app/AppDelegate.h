@@ -35,8 +35,8 @@ class AppDelegate {
   /// The editor's window became the key window.
   void editorWindowDidBecomeKey(const HexWindowController& controller);
 
-  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails with
-  /// is shown as an alert titled with the command.
+  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails
+  /// with is shown as an alert titled with the command.
   void perform(std::string_view action);
 
   /// Whether the menu action is enabled now.

@@ -39,7 +39,8 @@ void applyDarkAppearance(QApplication& application) {
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
     palette.setColor(QPalette::Disabled, role, kDimText);
   }
-  // Disabled text would be embossed with this colour, which on a dark ground outshines enabled text.
+  // Disabled text would be embossed with this colour, which on a dark ground outshines enabled
+  // text.
   palette.setColor(QPalette::Disabled, QPalette::Light, Qt::transparent);
   application.setPalette(palette);
 }

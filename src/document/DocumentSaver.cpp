@@ -62,8 +62,9 @@ struct DocumentSaver::WriteOutcome {
 
 void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
                          DocumentSaveOperation operation, Hooks hooks) {
-  auto job = std::make_shared<Job>(Job{std::move(document), destination, operation,
-                                       std::move(hooks), nullptr, std::nullopt, ChangeCount::Token{}});
+  auto job =
+      std::make_shared<Job>(Job{std::move(document), destination, operation, std::move(hooks),
+                                nullptr, std::nullopt, ChangeCount::Token{}});
   const auto prepare = [destination] {
     Preparation preparation;
     preparation.reservation = SecureFileAccess::reserveOutputURL(destination);
@@ -96,8 +97,9 @@ void DocumentSaver::prepared(const std::shared_ptr<Job>& job, Result<Preparation
 bool DocumentSaver::isChangedByAnotherProgram(const Job& job) {
   const auto& location = job.document->location();
   const auto& known = job.document->fileStatus();
-  const bool isOwnFile = location && (job.operation == DocumentSaveOperation::save ||
-                                      SecureFileAccess::urlsReferToSameFile(*location, job.destination));
+  const bool isOwnFile =
+      location && (job.operation == DocumentSaveOperation::save ||
+                   SecureFileAccess::urlsReferToSameFile(*location, job.destination));
   return isOwnFile && known && job.statusBefore != known;
 }
 

@@ -24,8 +24,8 @@ struct DocumentSaveOutcome {
 
 /// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a
 /// save in their order: reserve the destination, compare it with the other open documents and with
-/// the file as it was read or saved, take the snapshot, write. Reserving and writing, which may wait
-/// for a disk, run on background threads, the others on the main thread.
+/// the file as it was read or saved, take the snapshot, write. Reserving and writing, which may
+/// wait for a disk, run on background threads, the others on the main thread.
 class DocumentSaver {
  public:
   /// What the owner of the window does during a save; all called on the main thread.

@@ -1,18 +1,12 @@
 #include <algorithm>
 #include <array>
 
+#include "base/HexText.h"
 #include "editor/HexEditorState.h"
 
 namespace quillmor {
 
 namespace {
-
-std::optional<std::uint8_t> hexDigitValue(char c) {
-  if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<std::uint8_t>(c - 'a' + 10);
-  if (c >= 'A' && c <= 'F') return static_cast<std::uint8_t>(c - 'A' + 10);
-  return std::nullopt;
-}
 
 std::uint8_t withHighNibble(std::uint8_t byte, std::uint8_t nibble) {
   return static_cast<std::uint8_t>((byte & 0x0F) | (nibble << 4));

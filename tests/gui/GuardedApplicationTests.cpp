@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <QEvent>
-#include <QTest>
 #include <QWidget>
 #include <cerrno>
 #include <functional>
@@ -18,13 +17,18 @@
 namespace quillmor::test {
 namespace {
 
-/// A window whose key handler does what a test says.
-class KeyHandler : public QWidget {
+/// A window that does what a test says. For an event of its own: the toolkit's delivery of keys
+/// does not free a pointer of its own when an exception passes, which a leak checker would see.
+class EventHandler : public QWidget {
  public:
   std::function<void()> handler;
 
  protected:
-  void keyPressEvent(QKeyEvent* /*event*/) override { handler(); }
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::User) return QWidget::event(event);
+    handler();
+    return true;
+  }
 };
 
 class GuardedApplicationTest : public testing::Test {
@@ -34,31 +38,32 @@ class GuardedApplicationTest : public testing::Test {
 
   static GuardedApplication& application() { return static_cast<GuardedApplication&>(*qApp); }
 
-  void pressKeyWith(std::function<void()> handler) {
+  void sendEventWith(std::function<void()> handler) {
     view.handler = std::move(handler);
-    QTest::keyClick(&view, Qt::Key_A);
+    QEvent event(QEvent::User);
+    QCoreApplication::sendEvent(&view, &event);
   }
 
   TestPlatform platform;
-  KeyHandler view;
+  EventHandler view;
 };
 
-TEST_F(GuardedApplicationTest, anErrorOfAKeyIsShownAndTheNextKeyWorks) {
+TEST_F(GuardedApplicationTest, anErrorOfAnEventIsShownAndTheNextEventArrives) {
   platform.alerts.expect("Operation Failed", "The disk is full.");
-  pressKeyWith([] { throw Error::posix(ENOSPC, "The disk is full."); });
+  sendEventWith([] { throw Error::posix(ENOSPC, "The disk is full."); });
   bool wasCalled = false;
-  pressKeyWith([&] { wasCalled = true; });
+  sendEventWith([&] { wasCalled = true; });
   EXPECT_TRUE(wasCalled);
 }
 
 TEST_F(GuardedApplicationTest, runningOutOfMemoryIsShownInTheSystemsWords) {
   platform.alerts.expect("Operation Failed", Error::posix(ENOMEM).message());
-  pressKeyWith([] { throw std::bad_alloc(); });
+  sendEventWith([] { throw std::bad_alloc(); });
 }
 
 TEST_F(GuardedApplicationTest, anyOtherExceptionIsShownWithItsText) {
   platform.alerts.expect("Operation Failed", "out of range");
-  pressKeyWith([] { throw std::runtime_error("out of range"); });
+  sendEventWith([] { throw std::runtime_error("out of range"); });
 }
 
 TEST_F(GuardedApplicationTest, aQueuedCompletionIsGuardedAsWell) {
@@ -70,8 +75,8 @@ TEST_F(GuardedApplicationTest, aQueuedCompletionIsGuardedAsWell) {
 
 TEST_F(GuardedApplicationTest, whatFailsWhileAnAlertIsShownDoesNotPileUpAlerts) {
   platform.alerts.expect("Operation Failed", "first");
-  platform.alerts.duringNext([&] { pressKeyWith([] { throw std::runtime_error("second"); }); });
-  pressKeyWith([] { throw std::runtime_error("first"); });
+  platform.alerts.duringNext([&] { sendEventWith([] { throw std::runtime_error("second"); }); });
+  sendEventWith([] { throw std::runtime_error("first"); });
   EXPECT_EQ(platform.alerts.shown().size(), 1U);
 }
 
