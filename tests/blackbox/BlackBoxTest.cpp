@@ -114,6 +114,26 @@ std::string BlackBoxTest::outline() const {
   return root ? root->outline() : "no program on the accessibility bus\n";
 }
 
+void BlackBoxTest::press(const std::vector<std::string>& keys) {
+  waitForFocus();
+  desktop_->press(keys);
+}
+
+void BlackBoxTest::type(const std::string& text) {
+  waitForFocus();
+  desktop_->type(text);
+}
+
+void BlackBoxTest::waitForFocus() {
+  // Keys go nowhere while the window manager moves the focus from one window to the next.
+  EXPECT_TRUE(waitUntil([this] {
+    const auto window = activeWindow();
+    return window && window->name() == desktop_->activeWindowTitle();
+  })) << desktop_->activeWindowTitle()
+      << "\n"
+      << outline();
+}
+
 void BlackBoxTest::clickHexCell(int row, int column) {
   clickCharacter(row, 10 + column * 3);
 }

@@ -38,8 +38,8 @@ class BlackBoxTest : public testing::Test {
   std::unique_ptr<ChildProcess> runWithoutDisplay(const std::vector<std::string>& arguments);
 
   /// Presses keys, types text and clicks like a user in front of the active window.
-  void press(const std::vector<std::string>& keys) { desktop_->press(keys); }
-  void type(const std::string& text) { desktop_->type(text); }
+  void press(const std::vector<std::string>& keys);
+  void type(const std::string& text);
   /// Clicks on a byte of the shown rows.
   void clickHexCell(int row, int column);
   void clickAsciiCell(int row, int column);
@@ -77,6 +77,7 @@ class BlackBoxTest : public testing::Test {
   std::optional<Accessible> dialog() const;
   std::optional<Accessible> hexView() const;
   std::string status() const;
+  void waitForFocus();
   void clickCharacter(int row, int columnInLine);
   std::string outline() const;
 

@@ -67,7 +67,7 @@ ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& 
   if (id_ < 0) throw std::runtime_error("no new process");
   if (id_ > 0) return;
   // Only calls that are safe after a fork from here on.
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  ::prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (::getppid() != parent) ::_exit(kCannotExecuteStatus);
   const int nothing = ::open("/dev/null", O_RDONLY);
   ::dup2(nothing, STDIN_FILENO);
@@ -78,7 +78,9 @@ ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& 
 }
 
 ChildProcess::~ChildProcess() {
-  if (isRunning()) {
+  // Asked first: one of the programs has a child of its own to take along.
+  if (isRunning()) ::kill(id_, SIGTERM);
+  if (!waitForExit()) {
     ::kill(id_, SIGKILL);
     ::waitpid(id_, nullptr, 0);
   }
