@@ -52,10 +52,14 @@ void AppDelegate::runNextOpenRequest() {
   if (request.locations.empty()) return finish(true);
   const FileLocation first = request.locations.front();
   request.locations.erase(request.locations.begin());
-  openURLInCurrentWindow(
-      first, [this, rest = std::move(request.locations), finish = std::move(finish)](bool opened) {
-        openAdditionalDocuments(rest, opened, finish);
-      });
+  try {
+    openURLInCurrentWindow(first,
+                           [this, rest = std::move(request.locations), finish = std::move(finish)](
+                               bool opened) { openAdditionalDocuments(rest, opened, finish); });
+  } catch (...) {
+    isOpening_ = false;
+    throw;
+  }
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& location) {

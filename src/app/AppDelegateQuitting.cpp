@@ -23,7 +23,12 @@ void AppDelegate::requestQuit() {
   // The review saves in the background; a second request while it runs changes nothing.
   if (isReviewing_ || !applicationShouldTerminate()) return;
   isReviewing_ = true;
-  reviewUnsavedDocuments({});
+  try {
+    reviewUnsavedDocuments({});
+  } catch (...) {
+    isReviewing_ = false;
+    throw;
+  }
 }
 
 void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <new>
 #include <optional>
+#include <stdexcept>
 
 #include "base/Error.h"
 
@@ -25,6 +26,10 @@ std::optional<std::string> failureOf(Work&& work) {
   }
 }
 
+void print(const std::string& message) {
+  std::fprintf(stderr, "quillmor: %s\n", message.c_str());
+}
+
 }  // namespace
 
 bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
@@ -38,17 +43,21 @@ bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
 }
 
 void GuardedApplication::report(const std::string& message) {
-  // What fails again and again, such as drawing, would cover the screen with alerts; and showing an
-  // alert may itself be what fails.
-  std::optional<std::string> unshown = message;
-  if (alerts_ && !isReporting_) {
-    isReporting_ = true;
-    unshown = failureOf([&] {
-      alerts_->runModal({.messageText = "Operation Failed", .informativeText = message});
-    });
-    isReporting_ = false;
-  }
-  if (unshown) std::fprintf(stderr, "quillmor: %s\n", unshown->c_str());
+  // What fails again and again, such as drawing, would cover the screen with alerts.
+  if (isReporting_) return print(message);
+  isReporting_ = true;
+  // The failed event may be half a repaint or a drag, in which no event loop may be started.
+  QMetaObject::invokeMethod(
+      this,
+      [this, message] {
+        const auto unshown = failureOf([&] {
+          if (!alerts_) throw std::runtime_error(message);
+          alerts_->runModal({.messageText = "Operation Failed", .informativeText = message});
+        });
+        isReporting_ = false;
+        if (unshown) print(*unshown);
+      },
+      Qt::QueuedConnection);
 }
 
 }  // namespace quillmor

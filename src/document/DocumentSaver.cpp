@@ -18,9 +18,13 @@ struct DocumentSaver::Job {
   std::shared_ptr<OutputReservation> reservation;
   /// The destination right before this save; absent when nothing was there.
   std::optional<StableFileStatus> statusBefore = {};
+  /// Whether the destination is the document's own file.
+  bool isOwnFile = false;
+  bool hasEnded = false;
   ChangeCount::Token token{};
 
   void end(DocumentSaveResult result, std::optional<Error> error = std::nullopt) {
+    if (std::exchange(hasEnded, true)) return;
     if (reservation) reservation->release();
     if (error && error->isStopped()) {
       // Who stopped the save knows of it.
@@ -63,8 +67,7 @@ struct DocumentSaver::WriteOutcome {
 void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
                          DocumentSaveOperation operation, Hooks hooks) {
   auto job =
-      std::make_shared<Job>(Job{std::move(document), destination, operation, std::move(hooks),
-                                nullptr, std::nullopt, ChangeCount::Token{}});
+      std::make_shared<Job>(Job{std::move(document), destination, operation, std::move(hooks), {}});
   const auto prepare = [destination] {
     Preparation preparation;
     preparation.reservation = SecureFileAccess::reserveOutputURL(destination);
@@ -73,34 +76,34 @@ void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocati
     return preparation;
   };
   runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
-                    prepared(job, std::move(preparation));
+                    endIfItFails(*job, [&] { prepared(job, std::move(preparation)); });
                   }));
 }
 
-void DocumentSaver::prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation) {
-  if (!preparation.isOk()) return job->end(DocumentSaveResult::failed, preparation.error());
-  job->reservation = preparation.value().reservation;
-  try {
-    SecureFileAccess::validateDistinctOutputURL(job->destination,
-                                                documents_.openDocumentURLs(job->document.get()));
-  } catch (const Error& error) {
-    return job->end(DocumentSaveResult::failed, error);
-  }
-  job->statusBefore = preparation.value().statusOnDisk;
-  if (isChangedByAnotherProgram(*job) && !job->hooks.confirmOverwritingChangedFile()) {
-    return job->end(DocumentSaveResult::cancelled);
-  }
-  write(job);
+template <class Step>
+void DocumentSaver::endIfItFails(Job& job, Step step) {
+  const auto outcome = resultOf([&] { return step(), Done(); });
+  if (outcome.isOk()) return;
+  if (job.hasEnded) throw outcome.error();
+  job.end(DocumentSaveResult::failed, outcome.error());
 }
 
-/// Whether the document's own file is no longer what the document was read from or saved to.
-bool DocumentSaver::isChangedByAnotherProgram(const Job& job) {
-  const auto& location = job.document->location();
-  const auto& known = job.document->fileStatus();
-  const bool isOwnFile =
-      location && (job.operation == DocumentSaveOperation::save ||
-                   SecureFileAccess::urlsReferToSameFile(*location, job.destination));
-  return isOwnFile && known && job.statusBefore != known;
+void DocumentSaver::prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation) {
+  if (!preparation.isOk()) throw preparation.error();
+  job->reservation = preparation.value().reservation;
+  SecureFileAccess::validateDistinctOutputURL(job->destination,
+                                              documents_.openDocumentURLs(job->document.get()));
+  const auto& location = job->document->location();
+  job->isOwnFile = location && (job->operation == DocumentSaveOperation::save ||
+                                SecureFileAccess::urlsReferToSameFile(*location, job->destination));
+  const auto& known = job->document->fileStatus();
+  job->statusBefore = preparation.value().statusOnDisk;
+  if (job->isOwnFile && known && job->statusBefore != known) {
+    if (!job->hooks.confirmOverwritingChangedFile()) return job->end(DocumentSaveResult::cancelled);
+    // The question may have stood for a long time.
+    job->statusBefore = SecureFileAccess::fileStatusIfExists(job->destination, FollowSymlinks::no);
+  }
+  write(job);
 }
 
 void DocumentSaver::write(const std::shared_ptr<Job>& job) {
@@ -109,31 +112,24 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
   job->document->canAsynchronouslyWrite();
   const auto work = [document = job->document, destination = job->destination,
                      statusBefore = job->statusBefore, progress = job->hooks.progress] {
-    WriteOutcome outcome;
-    try {
-      outcome.status = document->write(destination, progress.get());
-    } catch (const Error& error) {
-      outcome.error = error;
-      outcome.status = tornFile(destination, statusBefore);
-    }
-    return outcome;
+    const auto status = resultOf([&] { return document->write(destination, progress.get()); });
+    if (status.isOk()) return WriteOutcome{std::nullopt, status.value()};
+    return WriteOutcome{status.error(), tornFile(destination, statusBefore)};
   };
   runInBackground(executor_, work, std::function([this, job](Result<WriteOutcome> outcome) {
-                    written(job, std::move(outcome));
+                    endIfItFails(*job, [&] { written(job, outcome); });
                   }));
 }
 
-void DocumentSaver::written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome) {
-  if (!outcome.isOk()) return job->end(DocumentSaveResult::failed, outcome.error());
+void DocumentSaver::written(const std::shared_ptr<Job>& job, const Result<WriteOutcome>& outcome) {
+  if (!outcome.isOk()) throw outcome.error();
   const WriteOutcome& write = outcome.value();
-  if (write.error && write.status) {
+  if (write.error) {
     // What a failed write of ours left behind is no other program's change: the next try does not
     // ask.
-    const bool isOwnFile = job->document->fileStatus() &&
-                           job->statusBefore->identity() == job->document->fileStatus()->identity();
-    if (isOwnFile) job->document->setFileStatus(*write.status);
+    if (write.status && job->isOwnFile) job->document->setFileStatus(*write.status);
+    throw *write.error;
   }
-  if (write.error) return job->end(DocumentSaveResult::failed, write.error);
   job->document->didSave(job->destination, *write.status, job->token);
   job->end(DocumentSaveResult::success);
 }

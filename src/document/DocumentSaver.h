@@ -52,9 +52,11 @@ class DocumentSaver {
   struct Preparation;
   struct WriteOutcome;
   void prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation);
-  static bool isChangedByAnotherProgram(const Job& job);
+  /// Runs a step of the save on the main thread; what it throws is how the save ends.
+  template <class Step>
+  static void endIfItFails(Job& job, Step step);
   void write(const std::shared_ptr<Job>& job);
-  void written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome);
+  void written(const std::shared_ptr<Job>& job, const Result<WriteOutcome>& outcome);
 
   BackgroundExecutor& executor_;
   const DocumentController& documents_;

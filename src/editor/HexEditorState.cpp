@@ -107,8 +107,9 @@ void HexEditorState::announceEdit(std::int64_t start, std::int64_t removedCount,
 }
 
 void HexEditorState::didEdit() {
-  if (surface_ != nullptr) surface_->contentsChanged();
+  // The delegate first: whatever showing the change may fail with, the change is accounted for.
   if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
+  if (surface_ != nullptr) surface_->contentsChanged();
   redraw();
 }
 

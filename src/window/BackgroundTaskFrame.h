@@ -64,13 +64,23 @@ class BackgroundTaskFrame {
       return value;
     };
     std::weak_ptr<Activity> activity = activity_;
-    runInBackground(
-        executor_, std::move(task),
-        std::function([this, activity, completion = std::move(completion)](Result<T> result) {
-          if (activity.expired()) return;
-          endBusyStatus();
-          completion(std::move(result));
-        }));
+    start(std::move(task),
+          std::function([this, activity, completion = std::move(completion)](Result<T> result) {
+            if (activity.expired()) return;
+            endBusyStatus();
+            completion(std::move(result));
+          }));
+  }
+
+  /// Starts work of the busy state that is in force; ends it when the work cannot be started.
+  template <class Task, class T>
+  void start(Task task, std::function<void(Result<T>)> completion) {
+    try {
+      runInBackground(executor_, std::move(task), std::move(completion));
+    } catch (...) {
+      endBusyStatus();
+      throw;
+    }
   }
 
   /// 409 "Another operation is already running."

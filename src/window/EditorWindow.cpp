@@ -183,8 +183,10 @@ void EditorWindow::closeUtilityWindows() {
 
 void EditorWindow::closeEvent(QCloseEvent* event) {
   const QPointer<EditorWindow> guard(this);
-  const bool mayClose = closesWithoutAsking_ || mayCloseNow();
-  // A question runs the event loop, in which the window may have been closed and destroyed.
+  bool mayClose = closesWithoutAsking_ || mayCloseNow();
+  // A question runs the event loop, in which the window may have been closed and destroyed, or told
+  // to close without asking.
+  if (guard) mayClose = mayClose || closesWithoutAsking_;
   if (!guard || !mayClose) return event->ignore();
   controller_->windowWillClose();
   event->accept();

@@ -264,6 +264,7 @@ class HexWindowController : public DocumentWindow,
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
   void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                   const LoadCompletion& completion);
+  OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedFile& file);
   void startAtTheBeginning();
   void loadPreservingEditorState(const FileLocation& location, const std::string& failureTitle,
                                  std::function<void()> success);

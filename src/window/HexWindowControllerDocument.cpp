@@ -206,45 +206,48 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
     progress->checkpoint();
     return file;
   };
-  runInBackground(platform_.executor, work,
-                  std::function([weak = weak_from_this(), preservingEditorState,
-                                 completion = std::move(completion)](Result<LoadedFile> result) {
-                    const auto self = weak.lock();
-                    if (!self) return completion(windowClosedError());
-                    if (!self->window_) {
-                      self->endBusyStatus();
-                      return completion(windowClosedError());
-                    }
-                    self->finishLoad(preservingEditorState, std::move(result), completion);
-                  }));
+  frame_.start(work, std::function([weak = weak_from_this(), preservingEditorState,
+                                    completion = std::move(completion)](Result<LoadedFile> result) {
+                 const auto self = weak.lock();
+                 if (!self) return completion(windowClosedError());
+                 if (!self->window_) {
+                   self->endBusyStatus();
+                   result = windowClosedError();
+                   return completion(result.error());
+                 }
+                 self->finishLoad(preservingEditorState, std::move(result), completion);
+               }));
 }
 
 void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                                      const LoadCompletion& completion) {
-  const bool isStopped = frame_.progress()->stopRequested();
-  if (!result.isOk() || isStopped) {
-    endBusyStatus();
-    return completion(result.isOk() ? Error::stopped() : result.error());
+  Result<OpenCurrentResult> outcome = Error::stopped();
+  if (!result.isOk()) {
+    outcome = result.error();
+  } else if (!frame_.progress()->stopRequested()) {
+    outcome = resultOf([&] { return showLoadedFile(preservingEditorState, result.value()); });
   }
-  LoadedFile& file = result.value();
+  // From here on the document's own location keeps other operations of the editor from the file.
+  if (result.isOk()) result.value().reservation->release();
+  endBusyStatus();
+  completion(std::move(outcome));
+}
+
+OpenCurrentResult HexWindowController::showLoadedFile(bool preservingEditorState,
+                                                      LoadedFile& file) {
   if (const auto shown = documents_.documentShowing(file.location, hexDocument_.get())) {
-    file.reservation->release();
-    endBusyStatus();
     shown->activateOpenWindows();
-    return completion(OpenCurrentResult::broughtToFront);
+    return OpenCurrentResult::broughtToFront;
   }
-  if (!preservingEditorState) saveSessionOffset();
   auto storage = std::make_shared<HexStorage>();
   storage->bytes = std::move(file.snapshot.bytes);
+  if (!preservingEditorState) saveSessionOffset();
   hexDocument_->replaceContentsForSingleWindowOpen(std::move(storage), file.location,
                                                    file.snapshot.modificationDate);
   hexDocument_->setFileStatus(file.snapshot.status);
   hexDocument_->isPendingInitialLoad = false;
   preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
-  // From here on the document's own location keeps other operations of the editor from the file.
-  file.reservation->release();
-  endBusyStatus();
-  completion(OpenCurrentResult::opened);
+  return OpenCurrentResult::opened;
 }
 
 void HexWindowController::startAtTheBeginning() {

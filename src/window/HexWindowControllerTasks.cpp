@@ -45,9 +45,10 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffe
     return false;
   }
   // What may run out of memory comes before the change is recorded: after it nothing is allocated.
-  storage.bytes.mutableSpan();
+  const bool isWhole = range.length == storage.count();
+  if (!isWhole) storage.bytes.mutableSpan();
   const bool registered = registerUndoEdit(range.start, range.length, range.length, actionName);
-  if (range.length == storage.count()) {
+  if (isWhole) {
     storage.bytes = bytes;
   } else {
     storage.bytes.replace(range.start, range.length, bytes.span());

@@ -140,6 +140,17 @@ TEST_F(ApplicationTest, asksBeforeAWindowWithUnsavedChangesCloses) {
   EXPECT_TRUE(delegate.documents().documents().empty());
 }
 
+TEST_F(ApplicationTest, closesAWindowThatIsToldToWhileItAsks) {
+  EditorWindow& window = open("hello");
+  QTest::keyClicks(&window.editorView(), "4a");
+  const QPointer<EditorWindow> guard(&window);
+  platform.alerts.duringNext([&] { window.closeWindow(); });
+  platform.alerts.expect("Do you want to save the changes you made to \"data.bin\"?",
+                         "Your changes will be lost if you don't save them.", "Cancel");
+  window.close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return guard.isNull(); }));
+}
+
 TEST_F(ApplicationTest, refusesToCloseWhileBusy) {
   EditorWindow& window = open("hello");
   ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));

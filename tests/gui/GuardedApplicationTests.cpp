@@ -42,6 +42,8 @@ class GuardedApplicationTest : public testing::Test {
     view.handler = std::move(handler);
     QEvent event(QEvent::User);
     QCoreApplication::sendEvent(&view, &event);
+    // The alert comes once the failed event is over.
+    QCoreApplication::processEvents();
   }
 
   TestPlatform platform;
@@ -70,6 +72,16 @@ TEST_F(GuardedApplicationTest, aQueuedCompletionIsGuardedAsWell) {
   platform.alerts.expect("Operation Failed", "late");
   QMetaObject::invokeMethod(
       &view, [] { throw std::runtime_error("late"); }, Qt::QueuedConnection);
+  QCoreApplication::processEvents();
+  QCoreApplication::processEvents();
+}
+
+TEST_F(GuardedApplicationTest, noAlertRunsInsideTheEventThatFailed) {
+  view.handler = [] { throw std::runtime_error("half a repaint"); };
+  QEvent event(QEvent::User);
+  QCoreApplication::sendEvent(&view, &event);
+  EXPECT_TRUE(platform.alerts.shown().empty());
+  platform.alerts.expect("Operation Failed", "half a repaint");
   QCoreApplication::processEvents();
 }
 

@@ -98,6 +98,22 @@ TEST_F(WindowRobustness, savingAsOntoItsOwnChangedFileAsksToo) {
   EXPECT_EQ(folder.read("data.bin"), "another program's");
 }
 
+TEST_F(WindowRobustness, aSaveWhoseStepFailsUnforeseenStillEnds) {
+  auto document = documents.makeUntitledDocument(platform.executor);
+  std::optional<DocumentSaveOutcome> ended;
+  DocumentSaver::Hooks hooks;
+  hooks.confirmOverwritingChangedFile = [] { return true; };
+  hooks.willWrite = [] { throw std::bad_alloc(); };
+  hooks.completion = [&](const DocumentSaveOutcome& outcome) { ended = outcome; };
+  const auto file = folder.location("data.bin");
+  saver.save(document, file, DocumentSaveOperation::saveAs, std::move(hooks));
+  platform.executor.runAll();
+  ASSERT_TRUE(ended.has_value());
+  EXPECT_EQ(ended->result, DocumentSaveResult::failed);
+  EXPECT_EQ(ended->error->message(), Error::posix(ENOMEM).message());
+  EXPECT_NO_THROW(SecureFileAccess::reserveOutputURL(file));
+}
+
 TEST_F(WindowRobustness, reloadingAFileThatAnotherWindowShowsReportsNoSuccess) {
   const auto first = folder.write("first.bin", "first");
   const auto second = folder.write("second.bin", "second");
