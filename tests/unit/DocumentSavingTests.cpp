@@ -272,7 +272,7 @@ TEST_F(DocumentSaving, isRefusedWhileBusy) {
   editor->endBusyStatus();
 }
 
-TEST_F(DocumentSaving, aFailedWriteLeavesTheDocumentEditedAndTheNextTryAsksNothing) {
+TEST_F(DocumentSaving, aFailedWriteLeavesTheDocumentEdited) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEditor(file);
   type(editor, "J");
