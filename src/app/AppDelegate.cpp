@@ -162,7 +162,7 @@ void AppDelegate::openDocument() {
     directory = controller->document().location()->directory();
   auto locations =
       platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
-  if (!locations.empty()) openFiles(std::move(locations), [](bool) {});
+  if (!locations.empty()) openFiles(locations, [](bool) {});
 }
 
 void AppDelegate::showPreferences() {

@@ -52,7 +52,7 @@ class AppDelegate {
   // AppDelegateOpening.cpp: files handed to the application.
 
   /// Opens the first file into the current window and the others into new ones, one after another.
-  void openFiles(std::vector<FileLocation> locations, OpenReply reply);
+  void openFiles(const std::vector<FileLocation>& locations, OpenReply reply);
 
   /// Reads the file at once and shows it in a new window. Throws the reading layer's errors.
   std::shared_ptr<HexWindowController> openNow(const FileLocation& location);

@@ -20,7 +20,7 @@ struct AppDelegate::SharedReply {
   }
 };
 
-void AppDelegate::openFiles(std::vector<FileLocation> locations, OpenReply reply) {
+void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply) {
   const auto shared = std::make_shared<SharedReply>(SharedReply{std::move(reply)});
   const OpenReply part = [shared](bool opened) { shared->partDidEnd(opened); };
   std::vector<FileLocation> toOpen;

@@ -33,7 +33,7 @@ std::string joined(std::string directory, std::string_view rest) {
 }  // namespace
 
 std::string resolvedPath(const FileLocation& location) {
-  const std::string standard = location.standardizedPath();
+  std::string standard = location.standardizedPath();
   if (!location.isLocalFile() || !hasFileSystemRepresentation(standard)) return standard;
   std::size_t end = standard.size();
   while (end > 0 && end != std::string::npos) {

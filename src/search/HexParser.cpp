@@ -32,7 +32,7 @@ constexpr std::array<std::uint8_t, 256> kClasses = [] {
     table[ascii] = hexDigitValue(static_cast<char>(ascii)).value_or(kInvalid);
   }
   for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = kSeparator;
-  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<std::size_t>(c)] = kSeparator;
+  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<unsigned char>(c)] = kSeparator;
   table['x'] = table['X'] = kPrefixLetter;
   for (std::size_t high = 0x80; high < 256; ++high) table[high] = kNonAscii;
   return table;
