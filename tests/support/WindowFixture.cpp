@@ -71,6 +71,12 @@ EditorUnderTest WindowFixture::openEditor(const FileLocation& location) {
   return made;
 }
 
+EditorUnderTest WindowFixture::openEdited(const FileLocation& location) {
+  EditorUnderTest made = openEditor(location);
+  type(made, "J");
+  return made;
+}
+
 void WindowFixture::type(const EditorUnderTest& editor, std::string_view text) {
   editor.editor().setEditingArea(EditingArea::ascii);
   for (const char c : text) editor.editor().handleTextInput(std::string_view(&c, 1));

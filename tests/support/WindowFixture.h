@@ -75,6 +75,9 @@ class WindowFixture : public testing::Test {
   /// An editor that has loaded `location`.
   EditorUnderTest openEditor(const FileLocation& location);
 
+  /// The same with an unsaved change: its first byte is "J".
+  EditorUnderTest openEdited(const FileLocation& location);
+
   /// Types `text` into the ASCII column at the caret.
   static void type(const EditorUnderTest& editor, std::string_view text);
 

@@ -25,8 +25,7 @@ TEST_F(DocumentSaving, writesTheBytesAndKeepsInodeModeAndLinks) {
   std::filesystem::create_hard_link(file.path(), folder.location("second").path());
   ::chmod(file.path().c_str(), 0640);
   const auto before = statusOf(file);
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   EXPECT_TRUE(editor.window->isEdited);
   editor->saveDocument();
   EXPECT_TRUE(editor->isBusy());
@@ -42,8 +41,7 @@ TEST_F(DocumentSaving, writesTheBytesAndKeepsInodeModeAndLinks) {
 
 TEST_F(DocumentSaving, showsTheFileNameWhileItSaves) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   editor->saveDocument();
   platform.executor.runOneWork();
   platform.executor.runPosted();
@@ -55,8 +53,7 @@ TEST_F(DocumentSaving, showsTheFileNameWhileItSaves) {
 
 TEST_F(DocumentSaving, writesTheBytesAsTheyWereWhenItBegan) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   editor->saveDocument();
   platform.executor.runOneWork();
   platform.executor.runPosted();
@@ -89,8 +86,7 @@ TEST_F(DocumentSaving, cancelledInThePanelChangesNothing) {
 
 TEST_F(DocumentSaving, asMovesTheDocumentToTheNewFile) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   platform.filePanels.saveAnswers.push_back(folder.location("copy.bin"));
   editor->saveDocumentAs();
   platform.executor.runAll();
@@ -102,8 +98,7 @@ TEST_F(DocumentSaving, asMovesTheDocumentToTheNewFile) {
 
 TEST_F(DocumentSaving, asksBeforeItOverwritesAFileThatAnotherProgramChanged) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   folder.write("data.bin", "other program");
   platform.alerts.expect("The file has been changed by another program.",
                          "Saving now replaces those changes by the bytes in this window.",
@@ -126,8 +121,7 @@ TEST_F(DocumentSaving, asksBeforeItOverwritesAFileThatAnotherProgramChanged) {
 
 TEST_F(DocumentSaving, asksWhenTheFileHasGone) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   std::filesystem::remove(file.path());
   platform.alerts.expect("The file has been changed by another program.",
                          "Saving now replaces those changes by the bytes in this window.",
@@ -139,8 +133,7 @@ TEST_F(DocumentSaving, asksWhenTheFileHasGone) {
 
 TEST_F(DocumentSaving, twiceInARowAsksNothing) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   editor->saveDocument();
   platform.executor.runAll();
   type(editor, "E");
@@ -151,8 +144,7 @@ TEST_F(DocumentSaving, twiceInARowAsksNothing) {
 
 TEST_F(DocumentSaving, whileAnExportWritesTheFileFails) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   const auto writing = SecureFileAccess::reserveOutputURL(file);
   platform.alerts.expect(
       "Save Failed",
@@ -239,8 +231,7 @@ TEST_F(DocumentSaving, keepsFileNamesThatAreNotUtf8) {
 
 TEST_F(DocumentSaving, stoppedBeforeItTouchesTheFileIsCancelledWithoutAnAlert) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   std::optional<DocumentSaveOutcome> outcome;
   DocumentSaver::Hooks hooks;
   hooks.progress = std::make_shared<TaskProgress>();
@@ -274,8 +265,7 @@ TEST_F(DocumentSaving, isRefusedWhileBusy) {
 
 TEST_F(DocumentSaving, aFailedWriteLeavesTheDocumentEdited) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   // A folder in the file's place makes opening it for writing fail.
   std::filesystem::remove(file.path());
   std::filesystem::create_directory(file.path());
@@ -315,8 +305,7 @@ TEST_F(DocumentSaving, onTheMainThreadWritesTheCurrentBytes) {
 
 TEST_F(DocumentSaving, asksAgainOnlyUntilUndoLeadsBackToWhatWasSaved) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   editor->saveDocument();
   platform.executor.runAll();
   editor->undo();

@@ -70,8 +70,7 @@ TEST_F(WindowRobustness, stoppingAfterTheLastByteStillOpensNothing) {
 
 TEST_F(WindowRobustness, aSaveThatNeverTouchedTheFileAdoptsNobodysFile) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   std::filesystem::remove(file.path());
   std::filesystem::create_directory(file.path());
   platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Overwrite");
@@ -88,8 +87,7 @@ TEST_F(WindowRobustness, aSaveThatNeverTouchedTheFileAdoptsNobodysFile) {
 
 TEST_F(WindowRobustness, savingAsOntoItsOwnChangedFileAsksToo) {
   const auto file = folder.write("data.bin", "hello");
-  auto editor = openEditor(file);
-  type(editor, "J");
+  auto editor = openEdited(file);
   folder.write("data.bin", "another program's");
   platform.filePanels.saveAnswers.push_back(file);
   platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Cancel");
