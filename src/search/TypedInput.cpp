@@ -34,16 +34,16 @@ bool shouldTreatAutoInputAsHex(std::string_view text) {
 }
 
 std::optional<std::vector<std::uint8_t>> bytesFromInput(std::string_view text, int modeIndex,
-                                                        std::int64_t maxGeneratedInputBytes) {
+                                                        std::int64_t maxOutputBytes) {
   if (Unicode::hasMoreScalarsThan(text, maxTextInputCharacters)) return std::nullopt;
   const auto parsedAsHex = [&] {
-    return HexParser::parseHexBytes(text, maxGeneratedInputBytes, maxTextInputCharacters);
+    return HexParser::parseHexBytes(text, maxOutputBytes, maxTextInputCharacters);
   };
   if (modeIndex == kInputModeHex) return parsedAsHex();
   if (modeIndex == kInputModeAuto && shouldTreatAutoInputAsHex(text)) {
     if (auto bytes = parsedAsHex()) return bytes;
   }
-  return utf8Bytes(text, maxGeneratedInputBytes);
+  return utf8Bytes(text, maxOutputBytes);
 }
 
 std::vector<std::uint8_t> bytesForPastedText(std::string_view text, std::int64_t maxOutputBytes,

@@ -10,6 +10,9 @@ namespace quillmor {
 /// The most Unicode scalars a text typed as input may have.
 inline constexpr std::int64_t maxTextInputCharacters = 4'194'304;
 
+/// The most bytes that one command may make of typed input or of a selection.
+inline constexpr std::int64_t maxGeneratedInputBytes = 268'435'456;
+
 /// How typed input is read, in the order of the prompts' pop-up.
 enum InputMode : int { kInputModeAuto = 0, kInputModeHex = 1, kInputModeText = 2 };
 
@@ -19,9 +22,9 @@ bool shouldTreatAutoInputAsHex(std::string_view text);
 
 /// The bytes that input typed in the mode `modeIndex` denotes (see `InputMode`; other values read
 /// as text); absent when it is not valid in that mode, has more than `maxTextInputCharacters`
-/// scalars, or denotes more than `maxGeneratedInputBytes` bytes. Text may denote no bytes at all.
-std::optional<std::vector<std::uint8_t>> bytesFromInput(std::string_view text, int modeIndex,
-                                                        std::int64_t maxGeneratedInputBytes);
+/// scalars, or denotes more than `maxOutputBytes` bytes. Text may denote no bytes at all.
+std::optional<std::vector<std::uint8_t>> bytesFromInput(
+    std::string_view text, int modeIndex, std::int64_t maxOutputBytes = maxGeneratedInputBytes);
 
 /// The bytes that clipboard text pastes: those it denotes when it is valid hexadecimal within both
 /// limits, else its own UTF-8 bytes. Throws code 412 when they are more than `maxOutputBytes`.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "search/TypedInput.h"
 #include "window/HexWindowController.h"
 #include "window/UtilityReport.h"
 #include "window/WindowLimits.h"

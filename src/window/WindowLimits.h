@@ -9,7 +9,6 @@ namespace quillmor {
 
 // The safety limits of an editor window. Sizes are bytes unless the name says otherwise.
 
-inline constexpr std::int64_t maxGeneratedInputBytes = 268'435'456;  ///< one command's output
 inline constexpr std::int64_t backgroundEditThresholdBytes =
     1'048'576;  ///< transformed off the main thread
 inline constexpr std::int64_t maxClipboardTextSourceBytes =

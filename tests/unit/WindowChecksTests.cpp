@@ -1,6 +1,7 @@
 // What commands check before they start, and how a report is cut to what a window can show.
 
 #include "document/QuillmorResourceLimits.h"
+#include "search/TypedInput.h"
 #include "support/WindowFixture.h"
 #include "window/UtilityReport.h"
 #include "window/WindowLimits.h"

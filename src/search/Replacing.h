@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/TaskProgress.h"
+#include "search/CandidateScanner.h"
+#include "search/SearchCandidate.h"
+#include "search/SearchRequest.h"
+
+namespace quillmor {
+
+/// The replacement of each candidate of a list, in the same order; made once before a run.
+using ReplacementTable = std::vector<std::vector<std::uint8_t>>;
+
+/// A whole document with occurrences replaced.
+struct ReplaceAllComputation {
+  ByteBuffer bytes;
+  std::int64_t replacements = 0;
+  /// Behind the last replacement; 0 when there is none.
+  std::int64_t lastCaret = 0;
+  /// The bookmarks carried into `bytes`.
+  std::vector<std::int64_t> bookmarks;
+};
+
+/// What the replacement text of `request` becomes in the place of `candidate`; empty to delete the
+/// match, absent when the text is unusable for it.
+std::optional<std::vector<std::uint8_t>> replacementBytes(const SearchRequest& request,
+                                                          const SearchCandidate& candidate);
+
+/// The replacements of all candidates; absent when one of them is refused.
+std::optional<ReplacementTable> replacementTable(const SearchRequest& request,
+                                                 const std::vector<SearchCandidate>& candidateList);
+
+/// Replaces every occurrence that does not overlap the one before it. Throws code 2201 when the
+/// result would be more than `maximumGrowth` bytes longer than `original`. `progress` is used as in
+/// `CandidateScanner`. Memory: the result and little more.
+ReplaceAllComputation computeReplaceAll(const ByteBuffer& original, const SearchRequest& request,
+                                        const std::vector<SearchCandidate>& candidateList,
+                                        const ReplacementTable& replacementByPattern,
+                                        const std::vector<std::int64_t>& bookmarks,
+                                        std::int64_t maximumGrowth, TaskProgress& progress);
+
+}  // namespace quillmor

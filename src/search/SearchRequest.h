@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace quillmor {
+
+/// How the search text is read, in the order of the panels' tabs.
+enum class SearchMode { textString, hexValues, integerNumber, floatingPointNumber };
+
+enum class SearchDirection { all, forward, backward };
+
+/// How text becomes bytes, in the order of the panels' pop-up; `editor` is UTF-8.
+enum class SearchTextEncoding { editor, utf8, ascii, utf16LittleEndian, utf16BigEndian };
+
+/// What a user asks a panel to find or replace. Texts are UTF-8, as typed.
+struct SearchRequest {
+  SearchMode mode = SearchMode::textString;
+  std::string searchText = {};
+  std::string replaceText = {};
+  SearchTextEncoding textEncoding = SearchTextEncoding::editor;
+  SearchDirection direction = SearchDirection::forward;
+  bool caseSensitive = false;
+  bool promptOnReplace = false;
+
+  /// Whether ASCII letters match in either case: in text only.
+  bool ignoresASCIICase() const { return mode == SearchMode::textString && !caseSensitive; }
+
+  bool operator==(const SearchRequest&) const = default;
+};
+
+}  // namespace quillmor
