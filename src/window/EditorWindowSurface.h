@@ -4,8 +4,12 @@
 #include <string>
 
 #include "base/FileLocation.h"
+#include "search/SearchRequest.h"
 
 namespace quillmor {
+
+/// The two panels of an editor through which the user searches.
+enum class PanelKind { find, replace };
 
 /// The window that an editor's controller drives: what is shown, nothing decided. Main thread only.
 class EditorWindowSurface {
@@ -38,6 +42,11 @@ class EditorWindowSurface {
   /// Opens a report window that lives until it is closed or `closeUtilityWindows` is called.
   virtual void openReportWindow(const std::string& title, const std::string& report) = 0;
   virtual void closeUtilityWindows() = 0;
+
+  /// Brings the panel of this kind to the front; the first time it is made and filled from
+  /// `initialRequest`.
+  virtual void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) = 0;
+  virtual void closeFindReplacePanels() = 0;
 };
 
 }  // namespace quillmor

@@ -18,6 +18,7 @@
 #include "editor/HexEditorState.h"
 #include "fileaccess/StableReading.h"
 #include "platform/PlatformServices.h"
+#include "search/SearchRequest.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
 
@@ -215,6 +216,25 @@ class HexWindowController : public DocumentWindow,
   std::optional<std::string> sessionOffsetKey() const;
   void restoreLastSessionOffset();
 
+  // HexWindowControllerSearch.cpp: the panels and what they ask for, going to matches.
+
+  /// What was searched for last; the panels start with it, Find Next and Find Previous repeat it.
+  const SearchRequest& lastSearchRequest() const { return lastSearchRequest_; }
+
+  void find();
+  void replace();
+  void findNext();
+  void findPrevious();
+  void findWildcardMask();
+
+  void performFind(const SearchRequest& request, bool advanceFromCurrentSelection);
+  void performSearchAll(const SearchRequest& request);
+
+  // HexWindowControllerReplacing.cpp
+
+  void performReplace(const SearchRequest& request);
+  void performReplaceAll(const SearchRequest& request);
+
   // HexWindowControllerBookmarks.cpp
 
   void addBookmark();
@@ -278,6 +298,7 @@ class HexWindowController : public DocumentWindow,
   Bookmarks bookmarks_;
   UndoRecords undoRecords_;
   BackgroundTaskFrame frame_;
+  SearchRequest lastSearchRequest_;
   bool editorMutationWasAnnounced_ = false;
   bool editorMutationHasUndo_ = false;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.

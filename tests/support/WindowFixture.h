@@ -34,6 +34,8 @@ class FakeEditorWindow : public EditorWindowSurface {
   bool dragsUnregistered = false;
   bool utilityWindowsClosed = false;
   std::vector<std::pair<std::string, std::string>> reports;
+  std::vector<std::pair<PanelKind, SearchRequest>> panelsShown;
+  bool panelsClosed = false;
   HexWindowController* controller = nullptr;
 
   void setIdentity(const std::string& displayName, const std::optional<FileLocation>& location,
@@ -51,6 +53,10 @@ class FakeEditorWindow : public EditorWindowSurface {
     reports.emplace_back(reportTitle, report);
   }
   void closeUtilityWindows() override { utilityWindowsClosed = true; }
+  void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override {
+    panelsShown.emplace_back(kind, initialRequest);
+  }
+  void closeFindReplacePanels() override { panelsClosed = true; }
 };
 
 /// One editor with its fake window.
