@@ -1,16 +1,39 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
+
+#include "base/ByteBuffer.h"
 
 namespace quillmor {
 
-/// The general pasteboard (clipboard). Main thread only.
+/// The general pasteboard (clipboard). Main thread only; reading may wait for another program to
+/// hand over what it holds.
 class Pasteboard {
  public:
+  /// Text as far as it is allowed to be.
+  struct BoundedText {
+    std::string text;         ///< UTF-8; empty when it is too long
+    bool isTooLong = false;
+  };
+
   virtual ~Pasteboard() = default;
 
-  /// Replaces what the pasteboard holds by plain text (UTF-8).
-  virtual void setText(const std::string& text) = 0;
+  /// Replaces what the pasteboard holds by plain text (UTF-8); false when it refuses.
+  virtual bool setText(const std::string& text) = 0;
+
+  /// Replaces what the pasteboard holds by bytes, and by the text that other programs get of them;
+  /// false when it refuses either.
+  virtual bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) = 0;
+
+  /// The bytes held as bytes; absent when there are none.
+  virtual std::optional<ByteBuffer> bytes() const = 0;
+
+  /// The text held; absent when there is none. No text of more than `maximumByteCount` bytes of
+  /// UTF-8 is returned.
+  virtual std::optional<BoundedText> text(std::int64_t maximumByteCount) const = 0;
 };
 
 }  // namespace quillmor

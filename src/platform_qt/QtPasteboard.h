@@ -2,12 +2,20 @@
 
 #include "platform/Pasteboard.h"
 
+class QMimeData;
+
 namespace quillmor {
 
 /// The desktop's clipboard. Main thread only; needs the running application object.
+///
+/// Bytes are published under the program's own type and as "application/octet-stream", which other
+/// editors of bytes read; both are read, and a generic type of the same meaning.
 class QtPasteboard : public Pasteboard {
  public:
-  void setText(const std::string& text) override;
+  bool setText(const std::string& text) override;
+  bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) override;
+  std::optional<ByteBuffer> bytes() const override;
+  std::optional<BoundedText> text(std::int64_t maximumByteCount) const override;
 };
 
 }  // namespace quillmor

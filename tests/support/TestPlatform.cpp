@@ -77,6 +77,26 @@ std::optional<bool> FakeUserDefaults::boolean(const std::string& key) const {
   return found == booleans.end() ? std::nullopt : std::optional(found->second);
 }
 
+bool FakePasteboard::setText(const std::string& text) {
+  heldBytes.reset();
+  heldText.reset();
+  if (!refuses) heldText = text;
+  return !refuses;
+}
+
+bool FakePasteboard::setBytes(std::span<const std::uint8_t> bytes, const std::string& text) {
+  if (!setText(text)) return false;
+  heldBytes = ByteBuffer(bytes);
+  return true;
+}
+
+std::optional<Pasteboard::BoundedText> FakePasteboard::text(std::int64_t maximumByteCount) const {
+  if (!heldText) return std::nullopt;
+  if (static_cast<std::int64_t>(heldText->size()) > maximumByteCount)
+    return BoundedText{.isTooLong = true};
+  return BoundedText{.text = *heldText};
+}
+
 void ManualExecutor::runDetached(std::function<void()> work) {
   const std::lock_guard guard(lock_);
   work_.push_back(std::move(work));

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -56,10 +57,17 @@ class ScriptedFilePanels : public FilePanels {
                                            const std::optional<FileLocation>& directory) override;
 };
 
+/// A pasteboard in memory, which can be told to refuse what it is given.
 class FakePasteboard : public Pasteboard {
  public:
-  std::string text;
-  void setText(const std::string& newText) override { text = newText; }
+  std::optional<std::string> heldText;
+  std::optional<ByteBuffer> heldBytes;
+  bool refuses = false;
+
+  bool setText(const std::string& text) override;
+  bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) override;
+  std::optional<ByteBuffer> bytes() const override { return heldBytes; }
+  std::optional<BoundedText> text(std::int64_t maximumByteCount) const override;
 };
 
 class FakeUserDefaults : public UserDefaults {

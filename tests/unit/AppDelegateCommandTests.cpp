@@ -74,7 +74,7 @@ TEST_F(AppCommands, reachEveryCommandOfAnEditor) {
   EXPECT_EQ(editor.editor().bytesPerRow(), 32);
   delegate.perform("forwardGoToEnd:");
   delegate.perform("forwardCopyCurrentOffset:");
-  EXPECT_EQ(platform.pasteboard.text, "0x00000005");
+  EXPECT_EQ(platform.pasteboard.heldText, "0x00000005");
   delegate.perform("forwardGoToStart:");
   EXPECT_EQ(editor.editor().caretOffset(), 0);
   delegate.perform("forwardDeleteSelection:");

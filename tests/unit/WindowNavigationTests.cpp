@@ -173,7 +173,7 @@ TEST_F(WindowNavigation, deletesTheSelectionOrTheByteAtTheCaret) {
 TEST_F(WindowNavigation, copiesTheOffsetInAtLeastEightDigits) {
   editor.editor().setCaretOffset(0xAB);
   editor->copyCurrentOffset();
-  EXPECT_EQ(platform.pasteboard.text, "0x000000AB");
+  EXPECT_EQ(platform.pasteboard.heldText, "0x000000AB");
 }
 
 TEST_F(WindowNavigation, remembersBytesPerRow) {

@@ -129,7 +129,7 @@ TEST_F(WindowRobustness, copiesTheFilesPathAndRevealsIt) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEditor(file);
   editor->perform("forwardCopyFilePath:");
-  EXPECT_EQ(platform.pasteboard.text, file.path());
+  EXPECT_EQ(platform.pasteboard.heldText, file.path());
   editor->perform("forwardRevealInFinder:");
   EXPECT_EQ(platform.workspace.revealed, std::vector<FileLocation>{file});
 }
