@@ -65,6 +65,15 @@ void Bookmarks::keepWithin(std::int64_t count) {
   offsets_.erase(offsets_.begin(), std::lower_bound(offsets_.begin(), offsets_.end(), 0));
 }
 
+void Bookmarks::crop(HexSelection range, std::int64_t count) {
+  const std::int64_t end = range.start + range.length;
+  const auto isCutOff = [&](std::int64_t offset) {
+    return offset < range.start || offset > end || (offset == end && end < count);
+  };
+  std::erase_if(offsets_, isCutOff);
+  for (std::int64_t& offset : offsets_) offset -= range.start;
+}
+
 void Bookmarks::replaceAll(std::vector<std::int64_t> offsets) {
   const auto unordered =
       std::adjacent_find(offsets.begin(), offsets.end(), std::greater_equal<std::int64_t>());

@@ -5,6 +5,8 @@
 #include <optional>
 #include <vector>
 
+#include "document/HexSelection.h"
+
 namespace quillmor {
 
 /// The marked offsets of a document in strictly increasing order. An offset equal to the document's
@@ -32,6 +34,10 @@ class Bookmarks {
 
   /// Drops the bookmarks outside of 0...`count`.
   void keepWithin(std::int64_t count);
+
+  /// Keeps what lies on the bytes of `range` (within 0..<`count`), counted from its start; a
+  /// bookmark behind the last of the `count` bytes stays there when the range ends with them.
+  void crop(HexSelection range, std::int64_t count);
 
   /// Puts `offsets` in the place of the list. They are sorted and repeated ones dropped where
   /// necessary; of more than `maxBookmarkEntries` the lowest are kept.

@@ -172,6 +172,10 @@ class HexEditorState {
   // Replacing (HexEditorStateReplacing.cpp).
   /// Whether the document's size allows the edit; beeps when it does not.
   bool canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount);
+  /// How many bytes `insertedCount` bytes, pasted now, would take the place of.
+  std::int64_t byteCountReplacedBy(std::int64_t insertedCount) const {
+    return replacementFor(normalizedSelection(), insertedCount).removedCount;
+  }
   /// Puts `bytes` in place of the selection, or at the caret, and selects them. `bytes` must not be
   /// part of the storage.
   void replaceSelection(std::span<const std::uint8_t> bytes);

@@ -43,9 +43,12 @@ class ByteAccumulator final : public StableContents {
   std::size_t filledByteCount_ = 0;
 };
 
+constexpr int kExceedsLimitCode = 1205;
+
 Error exceedsLimitError(std::int64_t limit) {
-  return Error::quillmor(1205, "The selected file exceeds the safe in-memory limit of " +
-                                   std::to_string(limit) + " bytes.");
+  return Error::quillmor(
+      kExceedsLimitCode,
+      "The selected file exceeds the safe in-memory limit of " + std::to_string(limit) + " bytes.");
 }
 
 /// Reads at most `room.size()` bytes; 0 at the end of the file.
@@ -101,6 +104,10 @@ StableFileStatus stableContents(const FileLocation& location,
   if (taken != size || handleStatus != file.status || pathStatus != file.status)
     throw changedWhileReadingError();
   return file.status;
+}
+
+bool isExceededLimit(const Error& error) {
+  return error.domain() == ErrorDomain::quillmor && error.code() == kExceedsLimitCode;
 }
 
 ReadSnapshot stableBytes(const FileLocation& location, std::optional<std::int64_t> maximumByteCount,

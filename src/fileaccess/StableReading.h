@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/Error.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "fileaccess/FileDescriptor.h"
@@ -62,6 +63,9 @@ class StableContents {
 StableFileStatus stableContents(const FileLocation& location,
                                 std::optional<std::int64_t> maximumByteCount,
                                 StableContents& contents, TaskProgress* progress = nullptr);
+
+/// Whether a read failed because the file is larger than it was allowed to be (code 1205).
+bool isExceededLimit(const Error& error);
 
 /// `stableContents` into one array, read directly into its final place. For callers that hold the
 /// reservation and have called `validateReadableFileURL`.

@@ -23,8 +23,11 @@
 #include "search/Replacing.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
+#include "tools/ByteTransforms.h"
+#include "tools/ClipboardText.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
+#include "window/WindowLimits.h"
 
 namespace quillmor {
 
@@ -157,6 +160,23 @@ class HexWindowController : public DocumentWindow,
     runBackgroundSnapshotTask(statusText, selection, std::move(selected), std::move(completion));
   }
 
+  /// The same; but at once, without the busy state, when fewer than `backgroundEditThresholdBytes`
+  /// bytes are selected.
+  template <class Work,
+            class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
+  void runSelectionTask(const std::string& statusText, HexSelection selection, Work work,
+                        std::function<void(Result<T>)> completion) {
+    const HexSelection range = selection.normalized(byteCount());
+    if (range.length >= backgroundEditThresholdBytes) {
+      return runBackgroundSelectionSnapshotTask(statusText, range, std::move(work),
+                                                std::move(completion));
+    }
+    TaskProgress progress;
+    completion(resultOf([&] {
+      return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress);
+    }));
+  }
+
   using MutationWork = std::function<ByteBuffer(std::span<const std::uint8_t>, TaskProgress&)>;
   using MutationCompletion = std::function<void(Result<ByteBuffer>)>;
 
@@ -206,6 +226,42 @@ class HexWindowController : public DocumentWindow,
   void documentIdentityDidChange() override;
   void activate() override;
 
+  // HexWindowControllerClipboard.cpp
+
+  void copy();
+  void cut();
+  void paste();
+  void copySelectionAsText(const std::string& title, ClipboardTextStyle style);
+  void copyCurrentOffset();
+  void copySelectionRange();
+  void copyFilePath();
+
+  // HexWindowControllerTransforms.cpp: rewriting the selection in place, cropping to it.
+
+  void invertSelection();
+  void reverseSelection();
+  void swapSelection16();
+  void swapSelection32();
+  void xorSelection();
+  void andSelection();
+  void orSelection();
+  void cropToSelection();
+
+  // HexWindowControllerInserting.cpp: filling, inserting bytes and files.
+
+  void fillSelection();
+  void fillSelectionWithZero();
+  void fillSelectionWithFF();
+  void insertBytes();
+  void insertFileAtOffset();
+  void appendFileToEnd();
+
+  // HexWindowControllerValues.cpp: the values at the caret.
+
+  void showDataInspectorDetail();
+  void editCurrentValue();
+  void bitEditor();
+
   // HexWindowControllerNavigation.cpp: going to places, view settings, the session's offset.
 
   void goToOffset();
@@ -214,8 +270,6 @@ class HexWindowController : public DocumentWindow,
   void selectRange();
   void setBytesPerRow(std::int64_t bytesPerRow);
   void toggleInsertMode();
-  void copyCurrentOffset();
-  void copyFilePath();
   void revealInFinder();
   std::optional<std::string> sessionOffsetKey() const;
   void restoreLastSessionOffset();
@@ -265,6 +319,21 @@ class HexWindowController : public DocumentWindow,
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   HexSelection selectedRange() const { return editor_.selection().normalized(byteCount()); }
   void moveCaret(std::int64_t offset, HexSelection selection);
+
+  /// What an edit is called in the Edit menu, and the title of an alert about its failure.
+  struct EditTitles {
+    std::string actionName;
+    std::string failure;
+  };
+  /// Where an edit leaves the editor.
+  struct EditPlace {
+    std::int64_t caretOffset = 0;
+    HexSelection selection;
+  };
+  void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+                    const std::string& actionName);
+  void replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
+                    const EditTitles& titles, const EditPlace& after);
   void unannouncedEditDidHappen();
   void forgetAnnouncements();
   void withdrawEditThatDidNotHappen();
@@ -294,6 +363,48 @@ class HexWindowController : public DocumentWindow,
   bool refuseWithoutFile(const std::string& title);
   bool refuseWithoutBookmarks();
 
+  std::optional<HexSelection> rangeForClipboardOrAlert(const std::string& title,
+                                                       const std::string& tooLarge);
+  void copySelectionToPasteboard(bool deleteAfterCopy);
+  bool publishStandardClipboardPayload(const StandardClipboardPayload& payload);
+  std::optional<std::string> boundedPasteboardString();
+  void pastePreparedBytes(std::span<const std::uint8_t> bytes);
+
+  void transformSelection(const std::string& title, const std::string& statusText,
+                          HexSelection range, MutationWork work, std::function<void()> done = {});
+  void swapSelectionBytes(std::int64_t groupSize, const std::string& title);
+  void applyPatternOperationToSelection(const std::string& title, const std::string& statusText,
+                                        ByteOperation operation);
+  void installCrop(HexSelection range, ByteBuffer kept);
+
+  struct InsertedFileTexts {
+    std::string title;
+    std::string actionName;
+    std::string statusText;
+    std::string tooLarge;
+    std::string empty;
+  };
+  void generateRepeatedBytes(std::vector<std::uint8_t> pattern, std::int64_t count,
+                             const std::string& statusText,
+                             std::function<void(Result<ByteBuffer>)> completion);
+  void fillSelectionWithByte(std::uint8_t value, const std::string& title);
+  void generateFill(HexSelection range, std::vector<std::uint8_t> pattern, const std::string& title,
+                    const std::string& statusText);
+  void fillCurrentSelection(const Result<ByteBuffer>& bytes, HexSelection range,
+                            const std::string& title);
+  void insertFill();
+  void generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
+                         const std::string& title, const std::string& statusText);
+  void insertInto(std::int64_t offset, const ByteBuffer& bytes, const std::string& actionName,
+                  const std::string& failureTitle);
+  void insertFile(const InsertedFileTexts& texts, std::function<std::int64_t()> place);
+  void insertReadFile(const InsertedFileTexts& texts, const std::function<std::int64_t()>& place,
+                      const Result<ByteBuffer>& read);
+
+  bool refuseAtEnd(const std::string& title);
+  void overwriteAtCaret(const std::vector<std::uint8_t>& bytes, const std::string& title,
+                        const std::string& actionName);
+
   struct PromptedRun;
   enum class ReplaceDecision { replace, skip, cancel };
 
@@ -315,6 +426,8 @@ class HexWindowController : public DocumentWindow,
   void finishPromptReplaceAll(const PromptedRun& run, ReplaceAllComputation computation);
   void abandonPromptReplaceAll(const PromptedRun& run, const Error& error);
 
+  /// Where a file panel starts.
+  std::optional<FileLocation> documentDirectory() const;
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
   void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                   const LoadCompletion& completion);

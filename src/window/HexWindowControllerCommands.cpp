@@ -24,6 +24,23 @@ constexpr void setRow(HexWindowController& controller) {
   controller.setBytesPerRow(BytesPerRow);
 }
 
+struct CopyAs {
+  const char* title;
+  ClipboardTextStyle style;
+};
+
+constexpr CopyAs kCopyAsHex{"Copy as Hex", ClipboardTextStyle::hex};
+constexpr CopyAs kCopyAsCArray{"Copy as C Array", ClipboardTextStyle::cArray};
+constexpr CopyAs kCopyAsSwiftArray{"Copy as Swift Array", ClipboardTextStyle::swiftArray};
+constexpr CopyAs kCopyAsBase64{"Copy as Base64", ClipboardTextStyle::base64};
+constexpr CopyAs kCopyAsPythonBytes{"Copy as Python Bytes", ClipboardTextStyle::pythonBytes};
+constexpr CopyAs kCopyAsJSONByteArray{"Copy as JSON Byte Array", ClipboardTextStyle::jsonByteArray};
+
+template <const CopyAs& Copy>
+void copyAs(HexWindowController& controller) {
+  controller.copySelectionAsText(Copy.title, Copy.style);
+}
+
 constexpr auto kCommands = std::to_array<Command>({
     {"forwardSaveDocument:", call<&HexWindowController::saveDocument>},
     {"forwardSaveDocumentAs:", call<&HexWindowController::saveDocumentAs>},
@@ -33,8 +50,18 @@ constexpr auto kCommands = std::to_array<Command>({
     {"forwardCopyFilePath:", call<&HexWindowController::copyFilePath>},
     {"forwardUndo:", call<&HexWindowController::undo>},
     {"forwardRedo:", call<&HexWindowController::redo>},
+    {"forwardCut:", call<&HexWindowController::cut>},
+    {"forwardCopy:", call<&HexWindowController::copy>},
+    {"forwardPaste:", call<&HexWindowController::paste>},
+    {"forwardCopyAsHex:", copyAs<kCopyAsHex>},
+    {"forwardCopyAsCArray:", copyAs<kCopyAsCArray>},
+    {"forwardCopyAsSwiftArray:", copyAs<kCopyAsSwiftArray>},
+    {"forwardCopyAsBase64:", copyAs<kCopyAsBase64>},
+    {"forwardCopyAsPythonBytes:", copyAs<kCopyAsPythonBytes>},
+    {"forwardCopyAsJSONByteArray:", copyAs<kCopyAsJSONByteArray>},
     {"forwardDeleteSelection:", call<&HexWindowController::deleteSelection>},
     {"forwardCopyCurrentOffset:", call<&HexWindowController::copyCurrentOffset>},
+    {"forwardCopySelectionRange:", call<&HexWindowController::copySelectionRange>},
     {"forwardSelectAll:", call<&HexWindowController::selectAll>},
     {"forwardSelectRange:", call<&HexWindowController::selectRange>},
     {"forwardFind:", call<&HexWindowController::find>},
@@ -49,6 +76,23 @@ constexpr auto kCommands = std::to_array<Command>({
     {"forwardBytesPerRow16:", setRow<16>},
     {"forwardBytesPerRow32:", setRow<32>},
     {"forwardToggleInsertMode:", call<&HexWindowController::toggleInsertMode>},
+    {"forwardInsertBytes:", call<&HexWindowController::insertBytes>},
+    {"forwardInsertFileAtOffset:", call<&HexWindowController::insertFileAtOffset>},
+    {"forwardAppendFileToEnd:", call<&HexWindowController::appendFileToEnd>},
+    {"forwardCropToSelection:", call<&HexWindowController::cropToSelection>},
+    {"forwardFillSelection:", call<&HexWindowController::fillSelection>},
+    {"forwardFillSelectionWithZero:", call<&HexWindowController::fillSelectionWithZero>},
+    {"forwardFillSelectionWithFF:", call<&HexWindowController::fillSelectionWithFF>},
+    {"forwardInvertSelection:", call<&HexWindowController::invertSelection>},
+    {"forwardReverseSelection:", call<&HexWindowController::reverseSelection>},
+    {"forwardSwapSelection16:", call<&HexWindowController::swapSelection16>},
+    {"forwardSwapSelection32:", call<&HexWindowController::swapSelection32>},
+    {"forwardXorSelection:", call<&HexWindowController::xorSelection>},
+    {"forwardAndSelection:", call<&HexWindowController::andSelection>},
+    {"forwardOrSelection:", call<&HexWindowController::orSelection>},
+    {"forwardShowDataInspectorDetail:", call<&HexWindowController::showDataInspectorDetail>},
+    {"forwardEditCurrentValue:", call<&HexWindowController::editCurrentValue>},
+    {"forwardBitEditor:", call<&HexWindowController::bitEditor>},
     {"forwardAddBookmark:", call<&HexWindowController::addBookmark>},
     {"forwardNextBookmark:", call<&HexWindowController::nextBookmark>},
     {"forwardPreviousBookmark:", call<&HexWindowController::previousBookmark>},

@@ -38,12 +38,15 @@ void HexWindowController::saveCurrentDocumentBeforeReplacing(
                       std::move(completion));
 }
 
+std::optional<FileLocation> HexWindowController::documentDirectory() const {
+  if (!hexDocument_->location()) return std::nullopt;
+  return hexDocument_->location()->directory();
+}
+
 void HexWindowController::chooseDestinationAndSave(
     std::function<void(DocumentSaveResult)> completion) {
-  const auto& location = hexDocument_->location();
-  const auto directory = location ? std::optional(location->directory()) : std::nullopt;
-  const auto destination =
-      platform_.filePanels.runSavePanel("Save As", hexDocument_->displayName(), directory);
+  const auto destination = platform_.filePanels.runSavePanel("Save As", hexDocument_->displayName(),
+                                                             documentDirectory());
   if (!destination) return completion(DocumentSaveResult::cancelled);
   performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
                       std::move(completion));

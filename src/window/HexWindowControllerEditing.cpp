@@ -6,8 +6,13 @@ namespace quillmor {
 
 void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
                                        std::int64_t insertedCount) {
+  announceEdit(start, removedCount, insertedCount, "Edit");
+}
+
+void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
+                                       std::int64_t insertedCount, const std::string& actionName) {
   withdrawEditThatDidNotHappen();
-  editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, "Edit");
+  editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, actionName);
   editorMutationWasAnnounced_ = true;
   if (removedCount != insertedCount) bookmarksBeforeEdit_ = bookmarks_.offsets();
   if (editorMutationHasUndo_) newestRecordedEdit_ = HexSelection{start, insertedCount};
@@ -81,6 +86,21 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
   editor_.recalcMetrics();
   moveCaret(caretOffset, selection);
   hexEditorDidEdit(editor_);
+}
+
+/// Puts `bytes` in the place of `range` as one undoable step. When memory runs out nothing changes.
+void HexWindowController::replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
+                                       const EditTitles& titles, const EditPlace& after) {
+  const auto replaced = resultOf([&] {
+    announceEdit(range.start, range.length, static_cast<std::int64_t>(bytes.size()),
+                 titles.actionName);
+    hexDocument_->storage()->bytes.replace(range.start, range.length, bytes);
+    return Done{};
+  });
+  if (replaced.isOk())
+    return markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+  withdrawEditThatDidNotHappen();
+  showFailure(replaced.error(), titles.failure);
 }
 
 void HexWindowController::undo() {

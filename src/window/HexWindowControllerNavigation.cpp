@@ -1,6 +1,5 @@
 // Going to places, the settings of the view, and the offset remembered from the last session.
 
-#include "base/HexText.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 
@@ -54,15 +53,6 @@ void HexWindowController::toggleInsertMode() {
   editor_.setInsertMode(!editor_.insertMode());
   platform_.defaults.setBoolean(kInsertModeKey, editor_.insertMode());
   updateStatus();
-}
-
-void HexWindowController::copyCurrentOffset() {
-  platform_.pasteboard.setText("0x" + uppercaseHex(editor_.caretOffset(), 8));
-}
-
-void HexWindowController::copyFilePath() {
-  if (refuseWithoutFile("Copy File Path")) return;
-  platform_.pasteboard.setText(hexDocument_->location()->path());
 }
 
 void HexWindowController::revealInFinder() {

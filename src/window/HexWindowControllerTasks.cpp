@@ -13,16 +13,7 @@ void HexWindowController::runBackgroundSelectionMutationTask(const std::string& 
                                                              HexSelection selection,
                                                              MutationWork work,
                                                              MutationCompletion completion) {
-  const HexSelection range = selection.normalized(byteCount());
-  if (range.length >= backgroundEditThresholdBytes) {
-    runBackgroundSelectionSnapshotTask(statusText, range, std::move(work), std::move(completion));
-    return;
-  }
-  TaskProgress progress;
-  auto workAtOnce = [&] {
-    return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress);
-  };
-  completion(resultOf(workAtOnce));
+  runSelectionTask(statusText, selection, std::move(work), std::move(completion));
 }
 
 bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffer>& result,

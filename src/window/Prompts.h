@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "document/HexSelection.h"
 #include "platform/AlertPresenter.h"
@@ -23,5 +24,24 @@ std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::strin
 /// Asks for one text in `field`. Absent when cancelled.
 std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
                                       const std::string& message, FormField field);
+
+/// A byte pattern as typed, and a number beside it.
+struct PatternAndNumber {
+  std::vector<std::uint8_t> pattern;
+  std::int64_t number = 0;
+};
+
+/// Asks for a byte pattern of one byte or more, typed as text or as hexadecimal bytes. Absent when
+/// cancelled or, after an alert saying "Enter a valid byte pattern.", when the answer is none.
+std::optional<std::vector<std::uint8_t>> promptBytePattern(AlertPresenter& alerts,
+                                                           const std::string& title,
+                                                           const std::string& message);
+
+/// The same with a number, of any sign, in `numberField`; `invalidNumber` is said of what is none.
+std::optional<PatternAndNumber> promptBytePatternAndNumber(AlertPresenter& alerts,
+                                                           const std::string& title,
+                                                           const std::string& message,
+                                                           FormField numberField,
+                                                           const std::string& invalidNumber);
 
 }  // namespace quillmor

@@ -1,0 +1,150 @@
+// Copying, cutting and pasting.
+
+#include "base/HexText.h"
+#include "search/TypedInput.h"
+#include "window/HexWindowController.h"
+#include "window/WindowLimits.h"
+
+namespace quillmor {
+
+namespace {
+
+/// Clipboard text from this size on is read off the main thread.
+constexpr std::int64_t kBackgroundPasteBytes = 1'048'576;
+
+constexpr const char* kPaste = "Paste";
+constexpr const char* kPasteFailed = "Paste Failed";
+
+std::int64_t sizeOf(const std::string& text) {
+  return static_cast<std::int64_t>(text.size());
+}
+
+}  // namespace
+
+/// What a copying command takes; absent, after an alert saying `tooLarge`, when that is too much.
+std::optional<HexSelection> HexWindowController::rangeForClipboardOrAlert(
+    const std::string& title, const std::string& tooLarge) {
+  const auto range =
+      selectedRangeForClipboard(editor_.selection(), editor_.caretOffset(), byteCount());
+  if (!range || range->length <= maxClipboardTextSourceBytes) return range;
+  alert(title, tooLarge);
+  return std::nullopt;
+}
+
+void HexWindowController::copy() {
+  copySelectionToPasteboard(/*deleteAfterCopy=*/false);
+}
+
+void HexWindowController::cut() {
+  copySelectionToPasteboard(/*deleteAfterCopy=*/true);
+}
+
+void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
+  const std::string title = deleteAfterCopy ? "Cut" : "Copy";
+  if (refuseWhileBusy(title)) return;
+  const auto range = rangeForClipboardOrAlert(
+      title,
+      "The selected range is too large to place on the pasteboard safely. Export the selection to "
+      "a file instead.");
+  if (!range) return;
+  std::function completion = [this, title, range = *range,
+                              deleteAfterCopy](Result<StandardClipboardPayload> payload) {
+    if (failed(payload, title + " Failed")) return;
+    if (!publishStandardClipboardPayload(payload.value()) || !deleteAfterCopy) return;
+    editor_.setSelection(range);
+    editor_.deleteSelectionOrByte(/*backward=*/false);
+  };
+  constexpr auto payloadOf = [](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
+    return standardClipboardPayload(ByteBuffer(bytes), &progress);
+  };
+  runSelectionTask(deleteAfterCopy ? "Preparing cut…" : "Preparing copy…", *range, payloadOf,
+                   std::move(completion));
+}
+
+bool HexWindowController::publishStandardClipboardPayload(const StandardClipboardPayload& payload) {
+  if (platform_.pasteboard.setBytes(payload.data.span(), payload.hexString)) return true;
+  alert("Copy", "The pasteboard rejected the selected data. Nothing was removed.");
+  return false;
+}
+
+void HexWindowController::copySelectionAsText(const std::string& title, ClipboardTextStyle style) {
+  if (refuseWhileBusy(title)) return;
+  const auto range = rangeForClipboardOrAlert(
+      title,
+      "The selected range is too large to convert into clipboard text safely. Export the range to "
+      "a file instead.");
+  if (!range) return;
+  auto work = [style](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
+    return clipboardText(bytes, style, &progress);
+  };
+  std::function completion = [this, title](Result<std::string> text) {
+    if (failed(text, title + " Failed")) return;
+    if (!platform_.pasteboard.setText(text.value()))
+      alert(title, "The pasteboard rejected the converted text.");
+  };
+  runSelectionTask("Preparing copy…", *range, std::move(work), std::move(completion));
+}
+
+void HexWindowController::copyCurrentOffset() {
+  platform_.pasteboard.setText("0x" + uppercaseHex(editor_.caretOffset(), 8));
+}
+
+void HexWindowController::copySelectionRange() {
+  if (refuseWhileBusy("Copy Selection Range")) return;
+  const HexSelection range = selectedRange();
+  if (range.length < 1) return alert("Copy Selection Range", "Select one or more bytes first.");
+  platform_.pasteboard.setText("0x" + uppercaseHex(range.start, 8) + " - 0x" +
+                               uppercaseHex(range.start + range.length - 1, 8));
+}
+
+void HexWindowController::copyFilePath() {
+  if (refuseWithoutFile("Copy File Path")) return;
+  platform_.pasteboard.setText(hexDocument_->location()->path());
+}
+
+void HexWindowController::paste() {
+  if (isBusy()) return alert(kPasteFailed, BackgroundTaskFrame::busyError().message());
+  if (const auto bytes = platform_.pasteboard.bytes()) return pastePreparedBytes(bytes->span());
+  auto text = boundedPasteboardString();
+  if (!text) return;
+  const bool isLong = sizeOf(*text) >= kBackgroundPasteBytes;
+  auto work = [text = *std::move(text)](TaskProgress&) {
+    return bytesForPastedText(text, maxGeneratedInputBytes, maxTextInputCharacters);
+  };
+  std::function completion = [this](Result<std::vector<std::uint8_t>> bytes) {
+    if (!failed(bytes, kPasteFailed)) pastePreparedBytes(bytes.value());
+  };
+  if (isLong) return runBackgroundTask("Preparing paste…", std::move(work), std::move(completion));
+  TaskProgress progress;
+  completion(resultOf([&] { return work(progress); }));
+}
+
+/// The pasteboard's text. Absent with a beep when there is none, with an alert when it is too long.
+std::optional<std::string> HexWindowController::boundedPasteboardString() {
+  auto held = platform_.pasteboard.text(maxClipboardTextSourceBytes);
+  if (!held || (!held->isTooLong && held->text.empty())) {
+    platform_.beeper.beep();
+    return std::nullopt;
+  }
+  if (held->isTooLong) {
+    alert(kPaste, "Clipboard text is too large to paste safely. The text source limit is " +
+                      std::to_string(maxClipboardTextSourceBytes) + " bytes.");
+    return std::nullopt;
+  }
+  return std::move(held->text);
+}
+
+void HexWindowController::pastePreparedBytes(std::span<const std::uint8_t> bytes) {
+  const auto count = static_cast<std::int64_t>(bytes.size());
+  if (count < 1) return platform_.beeper.beep();
+  if (!validateGeneratedByteCount(count, kPaste)) return;
+  if (!validateResultingDocumentByteCount(editor_.byteCountReplacedBy(count), count, kPaste))
+    return;
+  const auto pasted = resultOf([&] {
+    editor_.paste(bytes);
+    return Done{};
+  });
+  failed(pasted, kPasteFailed);
+}
+
+}  // namespace quillmor

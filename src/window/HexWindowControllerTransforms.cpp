@@ -1,0 +1,130 @@
+// Rewriting the selected bytes in place, and cropping to them.
+
+#include "tools/ByteTransforms.h"
+#include "window/HexWindowController.h"
+#include "window/Prompts.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr const char* kPatternMessage =
+    "Enter a byte pattern. The pattern is repeated across the active selection.";
+constexpr const char* kCrop = "Crop to Selection";
+
+}  // namespace
+
+/// Rewrites the selection as one undoable step. `done` is called when the new bytes are in place,
+/// whether or not they differ.
+void HexWindowController::transformSelection(const std::string& title,
+                                             const std::string& statusText, HexSelection range,
+                                             MutationWork work, std::function<void()> done) {
+  runBackgroundSelectionMutationTask(
+      statusText, range, std::move(work),
+      [this, title, range, done = std::move(done)](const Result<ByteBuffer>& result) {
+        applyCompletedSelectionMutation(result, range, title);
+        if (result.isOk() && window_ && done) done();
+      });
+}
+
+void HexWindowController::invertSelection() {
+  constexpr const char* kTitle = "Invert Selection";
+  if (const auto range = activeSelectionOrAlert(kTitle))
+    transformSelection(kTitle, "Inverting selection…", *range, ByteTransforms::inverted);
+}
+
+void HexWindowController::reverseSelection() {
+  constexpr const char* kTitle = "Reverse Selection";
+  if (const auto range = activeSelectionOrAlert(kTitle))
+    transformSelection(kTitle, "Reversing selection…", *range, ByteTransforms::reversed);
+}
+
+void HexWindowController::swapSelection16() {
+  swapSelectionBytes(2, "Swap Selection 16-bit Endian");
+}
+
+void HexWindowController::swapSelection32() {
+  swapSelectionBytes(4, "Swap Selection 32-bit Endian");
+}
+
+void HexWindowController::swapSelectionBytes(std::int64_t groupSize, const std::string& title) {
+  if (groupSize < 2) return;
+  const auto range = activeSelectionOrAlert(title);
+  if (!range) return;
+  const std::string size = std::to_string(groupSize);
+  if (range->length < groupSize)
+    return alert(title, "Selection must contain at least " + size + " bytes.");
+  auto swap = [groupSize](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
+    return ByteTransforms::groupsSwapped(bytes, groupSize, progress);
+  };
+  auto done = [this, title, size, trailing = range->length % groupSize] {
+    if (trailing == 0) return;
+    alert(title, "Completed. " + std::to_string(trailing) +
+                     " trailing byte(s) were left unchanged because the selection length is not "
+                     "divisible by " +
+                     size + ".");
+  };
+  transformSelection(title, "Swapping selection bytes…", *range, std::move(swap), std::move(done));
+}
+
+void HexWindowController::xorSelection() {
+  applyPatternOperationToSelection("XOR Selection", "Applying XOR…", ByteOperation::exclusiveOr);
+}
+
+void HexWindowController::andSelection() {
+  applyPatternOperationToSelection("AND Selection", "Processing selection…",
+                                   ByteOperation::bitwiseAnd);
+}
+
+void HexWindowController::orSelection() {
+  applyPatternOperationToSelection("OR Selection", "Processing selection…",
+                                   ByteOperation::bitwiseOr);
+}
+
+void HexWindowController::applyPatternOperationToSelection(const std::string& title,
+                                                           const std::string& statusText,
+                                                           ByteOperation operation) {
+  if (!activeSelectionOrAlert(title)) return;
+  auto pattern = promptBytePattern(platform_.alerts, title, kPatternMessage);
+  if (!pattern || !window_) return;
+  // The question ran the event loop: the selection may be another one by now.
+  const auto range = activeSelectionOrAlert(title);
+  if (!range) return;
+  auto combine = [operation, pattern = *std::move(pattern)](std::span<const std::uint8_t> bytes,
+                                                            TaskProgress& progress) {
+    return ByteTransforms::combined(bytes, operation, pattern, progress);
+  };
+  transformSelection(title, statusText, *range, std::move(combine));
+}
+
+void HexWindowController::cropToSelection() {
+  const auto asked = activeSelectionOrAlert(kCrop);
+  if (!asked) return;
+  const auto response = platform_.alerts.runModal(
+      {.messageText = kCrop,
+       .informativeText = "Keep only the selected " + std::to_string(asked->length) +
+                          " byte(s) and remove everything else?",
+       .style = AlertStyle::warning,
+       .buttons = {"Crop", "Cancel"}});
+  if (response.button != 0 || !window_ || refuseWhileBusy(kCrop)) return;
+  auto copy = [](const ByteBuffer& bytes, HexSelection range, TaskProgress&) {
+    return bytes.slice(range.start, range.length);
+  };
+  std::function completion = [this, range = *asked](Result<ByteBuffer> kept) {
+    if (failed(kept, std::string(kCrop) + " Failed")) return;
+    installCrop(range, std::move(kept.value()));
+  };
+  runBackgroundSnapshotTask("Cropping to selection…", *asked, std::move(copy),
+                            std::move(completion));
+}
+
+/// Makes the bytes of `range` the whole document, as one undoable step.
+void HexWindowController::installCrop(HexSelection range, ByteBuffer kept) {
+  if (kept.size() == byteCount()) return updateStatus();
+  const bool registered = registerUndoSnapshot(kCrop, kept.size());
+  bookmarks_.crop(range, byteCount());
+  hexDocument_->storage()->bytes = std::move(kept);
+  markManualEdit(0, {}, registered);
+}
+
+}  // namespace quillmor
