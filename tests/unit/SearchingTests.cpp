@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "base/SaturatingMath.h"
+#include "search/SearchCandidates.h"
 #include "support/ErrorMatchers.h"
 #include "support/SearchFixture.h"
 
@@ -237,6 +238,39 @@ TEST(SelectionMatch, takesTheFirstCandidateAndTheSelectedBytesWhereCaseIsIgnored
   const auto match = selected("..Ab", {2, 2}, {"aB", "ab"}, foldingRequest());
   EXPECT_EQ(match, (SearchMatch{2, searchBytes("Ab"), rawCandidates({"aB"}).front()}));
   EXPECT_EQ(selected("..Ab", {2, 2}, {"aB", "ab"}), std::nullopt);
+}
+
+/// Counts what a whole request stands for.
+SearchAllSummary countedRequest(const SearchRequest& request, const SearchBytes& bytes) {
+  TaskProgress progress;
+  return searchAllSummary(bytes, request, candidates(request), progress);
+}
+
+TEST(SearchRequests, countHexadecimalBytes) {
+  const SearchRequest request{.mode = SearchMode::hexValues, .searchText = "41 41"};
+  EXPECT_EQ(countedRequest(request, {0x41, 0x41, 0x41, 0x41}).count, 2);
+}
+
+TEST(SearchRequests, countTheWidestFormOfANumberAtEachPlace) {
+  const SearchRequest request{.mode = SearchMode::integerNumber, .searchText = "1"};
+  // Little-endian: four bytes, then two, which also begin the four.
+  const auto summary = countedRequest(request, {9, 1, 0, 0, 0, 1, 0, 9});
+  EXPECT_EQ(summary.count, 2);
+  EXPECT_EQ(summary.firstMatch->bytes, (SearchBytes{1, 0, 0, 0}));
+  EXPECT_EQ(summary.firstMatch->offset, 1);
+}
+
+TEST(SearchRequests, ignoreCaseInTextOnly) {
+  const SearchRequest text{.mode = SearchMode::textString, .searchText = "aB"};
+  const SearchBytes bytes{'A', 'b', 'a', 'B', 'a', 'b'};
+  EXPECT_EQ(countedRequest(text, bytes).count, 3);
+  EXPECT_EQ(countedRequest(text, bytes).firstMatch->bytes, (SearchBytes{'A', 'b'}));
+  SearchRequest sensitive = text;
+  sensitive.caseSensitive = true;
+  EXPECT_EQ(countedRequest(sensitive, bytes).count, 1);
+  const SearchRequest hex{.mode = SearchMode::hexValues, .searchText = "61 42"};
+  EXPECT_EQ(countedRequest(hex, bytes).count, 1);
+  EXPECT_EQ(countedRequest({}, bytes).count, 0);
 }
 
 TEST(SearchingModel, agreesWithComparingEverywhere) {
