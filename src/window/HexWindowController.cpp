@@ -59,6 +59,10 @@ void HexWindowController::alert(const std::string& title, const std::string& tex
   platform_.alerts.runModal({.messageText = title, .informativeText = text});
 }
 
+void HexWindowController::showFailure(const Error& error, const std::string& title) {
+  if (window_ && !error.isStopped()) alert(title, error.message());
+}
+
 bool HexWindowController::refuseWhileBusy(const std::string& title) {
   if (!isBusy()) return false;
   alert(title, "Another operation is already running. Wait for it to finish before editing.");
@@ -134,6 +138,8 @@ void HexWindowController::windowWillClose() {
   saveSessionOffset();
   removeUndoActions();
   window.unregisterDrags();
+  lastSearchRequest_ = {};
+  window.closeFindReplacePanels();
   window.closeUtilityWindows();
   editor_.setDelegate(nullptr);
   editor_.setSurface(nullptr);

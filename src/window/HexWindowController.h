@@ -4,8 +4,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/ByteBuffer.h"
 #include "base/Result.h"
@@ -18,6 +20,8 @@
 #include "editor/HexEditorState.h"
 #include "fileaccess/StableReading.h"
 #include "platform/PlatformServices.h"
+#include "search/Replacing.h"
+#include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
@@ -259,6 +263,7 @@ class HexWindowController : public DocumentWindow,
   void hideProgress() override;
 
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
+  HexSelection selectedRange() const { return editor_.selection().normalized(byteCount()); }
   void moveCaret(std::int64_t offset, HexSelection selection);
   void unannouncedEditDidHappen();
   void forgetAnnouncements();
@@ -276,10 +281,39 @@ class HexWindowController : public DocumentWindow,
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
 
   void alert(const std::string& title, const std::string& text);
+  /// Shows what went wrong, unless the user stopped it or the window has gone.
+  void showFailure(const Error& error, const std::string& title);
+  /// Whether work of a command failed; the failure is shown.
+  template <class T>
+  bool failed(const Result<T>& result, const std::string& title) {
+    if (!result.isOk()) showFailure(result.error(), title);
+    return !result.isOk() || !window_;
+  }
   /// Alerts and returns true when a running operation forbids to start an editing command.
   bool refuseWhileBusy(const std::string& title);
   bool refuseWithoutFile(const std::string& title);
   bool refuseWithoutBookmarks();
+
+  struct PromptedRun;
+  enum class ReplaceDecision { replace, skip, cancel };
+
+  void search(const SearchRequest& request, bool advanceFromCurrentSelection,
+              const std::string& failureTitle);
+  void selectMatch(const SearchMatch& match);
+  void showCount(std::int64_t count, const std::string& title, const std::string& textBehindCount,
+                 const std::string& none);
+  std::optional<SearchMatch> currentSelectionMatch(
+      const SearchRequest& request, const std::vector<SearchCandidate>& candidateList) const;
+  bool applyReplacement(const SearchMatch& match, std::span<const std::uint8_t> replacement);
+  void installReplaceAll(ReplaceAllComputation computation);
+  void showReplacedCount(std::int64_t count);
+  void performReplaceAllWithPrompt(PromptedRun run);
+  void offerNextOccurrence(const std::shared_ptr<PromptedRun>& run);
+  bool takeDecision(PromptedRun& run, const SearchMatch& match);
+  ReplaceDecision promptForReplace(const SearchMatch& match);
+  void computePromptReplaceAll(const std::shared_ptr<PromptedRun>& run);
+  void finishPromptReplaceAll(const PromptedRun& run, ReplaceAllComputation computation);
+  void abandonPromptReplaceAll(const PromptedRun& run, const Error& error);
 
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
   void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
@@ -299,6 +333,7 @@ class HexWindowController : public DocumentWindow,
   UndoRecords undoRecords_;
   BackgroundTaskFrame frame_;
   SearchRequest lastSearchRequest_;
+  std::string lastWildcardText_;
   bool editorMutationWasAnnounced_ = false;
   bool editorMutationHasUndo_ = false;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.

@@ -55,9 +55,8 @@ void HexWindowController::showBookmarks() {
     return bookmarkReport(offsets);
   };
   runBackgroundTask("Listing bookmarks…", work, std::function([this](Result<std::string> report) {
-                      if (report.isOk()) return showUtilityReport(kTitle, report.value());
-                      if (!report.error().isStopped())
-                        alert("Show Bookmarks Failed", report.error().message());
+                      if (failed(report, "Show Bookmarks Failed")) return;
+                      showUtilityReport(kTitle, report.value());
                     }));
 }
 

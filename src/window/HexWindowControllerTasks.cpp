@@ -28,10 +28,7 @@ void HexWindowController::runBackgroundSelectionMutationTask(const std::string& 
 bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
                                                           HexSelection originalSelection,
                                                           const std::string& actionName) {
-  if (!result.isOk()) {
-    if (!result.error().isStopped()) alert(actionName + " Failed", result.error().message());
-    return false;
-  }
+  if (failed(result, actionName + " Failed")) return false;
   const ByteBuffer& bytes = result.value();
   const HexSelection range = originalSelection.normalized(byteCount());
   if (range.length != bytes.size()) {
@@ -60,7 +57,7 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffe
 
 std::optional<HexSelection> HexWindowController::activeSelectionOrAlert(const std::string& title) {
   if (refuseWhileBusy(title)) return std::nullopt;
-  const HexSelection range = editor_.selection().normalized(byteCount());
+  const HexSelection range = selectedRange();
   if (range.length < 1) {
     alert(title, "Select one or more bytes first.");
     return std::nullopt;

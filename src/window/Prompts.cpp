@@ -51,4 +51,11 @@ std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::strin
   return HexSelection{*start, *length};
 }
 
+std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
+                                      const std::string& message, FormField field) {
+  auto answers = runForm(alerts, title, message, {std::move(field)});
+  if (!answers) return std::nullopt;
+  return std::move(answers->at(0));
+}
+
 }  // namespace quillmor

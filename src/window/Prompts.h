@@ -20,4 +20,8 @@ std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::stri
 std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::string& title,
                                         const std::string& message);
 
+/// Asks for one text in `field`. Absent when cancelled.
+std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
+                                      const std::string& message, FormField field);
+
 }  // namespace quillmor

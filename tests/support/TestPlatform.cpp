@@ -108,6 +108,9 @@ void ManualExecutor::postToMainAfter(std::chrono::milliseconds delay,
 bool ManualExecutor::runOneWork() {
   auto work = takeFrom(work_);
   if (!work) return false;
+  if (auto around = std::exchange(aroundNextWork_, nullptr)) {
+    work = [around = std::move(around), inner = std::move(work)] { around(inner); };
+  }
   std::thread(std::move(work)).join();
   return true;
 }

@@ -99,6 +99,11 @@ class ManualExecutor : public BackgroundExecutor {
   /// none.
   bool runOneWork();
 
+  /// Runs the next background work through `around`, on the thread of the work.
+  void aroundNextWork(std::function<void(const std::function<void()>& work)> around) {
+    aroundNextWork_ = std::move(around);
+  }
+
   /// Runs what was posted to the main thread; false when there was nothing.
   bool runPosted();
 
@@ -124,6 +129,7 @@ class ManualExecutor : public BackgroundExecutor {
   Queue work_;
   Queue posted_;
   std::vector<Delayed> delayed_;
+  std::function<void(const std::function<void()>&)> aroundNextWork_;
   std::chrono::milliseconds now_{0};
 };
 

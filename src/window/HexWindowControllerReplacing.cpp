@@ -1,0 +1,196 @@
+// Replacing one match, and all of them with or without a question for each.
+
+#include <algorithm>
+
+#include "base/HexText.h"
+#include "search/PromptedReplaceAll.h"
+#include "search/Replacing.h"
+#include "search/SearchCandidates.h"
+#include "search/Searching.h"
+#include "search/TypedInput.h"
+#include "window/HexWindowController.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr const char* kReplaceAll = "Replace All";
+constexpr const char* kReplaceAllFailed = "Replace All Failed";
+constexpr const char* kReplacingAll = "Replacing all…";
+
+}  // namespace
+
+/// A Replace All that asks about every match, and where the editor stood before it.
+struct HexWindowController::PromptedRun {
+  PromptedReplaceAll replacing;
+  std::int64_t maximumGrowth;
+  std::int64_t caretOffset;
+  HexSelection selection;
+};
+
+std::optional<SearchMatch> HexWindowController::currentSelectionMatch(
+    const SearchRequest& request, const std::vector<SearchCandidate>& candidateList) const {
+  return selectionMatch(hexDocument_->storage()->bytes.span(), selectedRange(), request,
+                        candidateList);
+}
+
+void HexWindowController::performReplace(const SearchRequest& request) {
+  if (refuseWhileBusy("Replace")) return;
+  const auto candidateList = candidates(request);
+  if (candidateList.empty()) return platform_.beeper.beep();
+  if (const auto match = currentSelectionMatch(request, candidateList)) {
+    const auto replacement = replacementBytes(request, match->candidate);
+    if (!replacement) return platform_.beeper.beep();
+    const auto applied = resultOf([&] { return applyReplacement(*match, *replacement); });
+    if (failed(applied, "Replace Failed") || !applied.value()) return;
+  }
+  lastSearchRequest_ = request;
+  // What a deleted match leaves at the caret may itself begin the next match.
+  search(request, /*advanceFromCurrentSelection=*/selectedRange().length > 0, "Replace Failed");
+}
+
+/// Puts `replacement` in the place of `match`; false when the document may not grow so far.
+bool HexWindowController::applyReplacement(const SearchMatch& match,
+                                           std::span<const std::uint8_t> replacement) {
+  const auto length = static_cast<std::int64_t>(match.bytes.size());
+  const HexSelection matched{match.offset, length};
+  if (std::ranges::equal(match.bytes, replacement)) {
+    moveCaret(match.offset + length, matched);
+    return true;
+  }
+  if (!editor_.canApplyEdit(length, static_cast<std::int64_t>(replacement.size()))) return false;
+  moveCaret(match.offset, matched);
+  editor_.replaceSelection(replacement);
+  return true;
+}
+
+void HexWindowController::performReplaceAll(const SearchRequest& request) {
+  if (refuseWhileBusy(kReplaceAll)) return;
+  auto candidateList = candidates(request);
+  if (candidateList.empty()) return platform_.beeper.beep();
+  auto table = replacementTable(request, candidateList);
+  if (!table) return platform_.beeper.beep();
+  const std::int64_t room = std::max<std::int64_t>(editor_.maximumByteCount() - byteCount(), 0);
+  const std::int64_t maximumGrowth = std::min(room, maxGeneratedInputBytes);
+  if (request.promptOnReplace) {
+    return performReplaceAllWithPrompt(
+        {.replacing = {hexDocument_->storage()->bytes, request, std::move(candidateList),
+                       *std::move(table), bookmarks_.offsets(), maximumGrowth},
+         .maximumGrowth = maximumGrowth,
+         .caretOffset = editor_.caretOffset(),
+         .selection = editor_.selection()});
+  }
+  auto work = [request, candidateList = std::move(candidateList), table = *std::move(table),
+               bookmarks = bookmarks_.offsets(),
+               maximumGrowth](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return computeReplaceAll(bytes, request, candidateList, table, bookmarks, maximumGrowth,
+                             progress);
+  };
+  std::function completion = [this](Result<ReplaceAllComputation> result) {
+    if (failed(result, kReplaceAllFailed)) return;
+    const std::int64_t count = result.value().replacements;
+    installReplaceAll(std::move(result.value()));
+    showReplacedCount(count);
+  };
+  runBackgroundSnapshotTask(kReplacingAll, {}, std::move(work), std::move(completion));
+}
+
+/// Makes the result the document, as one step of undo.
+void HexWindowController::installReplaceAll(ReplaceAllComputation computation) {
+  if (computation.replacements < 1) return;
+  const bool registered = registerUndoSnapshot(kReplaceAll, computation.bytes.size());
+  hexDocument_->storage()->bytes = std::move(computation.bytes);
+  bookmarks_.replaceAll(std::move(computation.bookmarks));
+  markManualEdit(std::min(computation.lastCaret, byteCount()), {}, registered);
+}
+
+void HexWindowController::showReplacedCount(std::int64_t count) {
+  showCount(count, kReplaceAll, " occurrence(s) replaced.", "No matches were replaced.");
+}
+
+void HexWindowController::performReplaceAllWithPrompt(PromptedRun run) {
+  if (!frame_.beginBusyStatus(kReplacingAll, BackgroundTaskFrame::Stopping::allowed)) return;
+  offerNextOccurrence(std::make_shared<PromptedRun>(std::move(run)));
+}
+
+/// Looks for the next match off the main thread, asks about it, and goes on.
+void HexWindowController::offerNextOccurrence(const std::shared_ptr<PromptedRun>& run) {
+  auto work = [run, progress = frame_.progress()] {
+    auto match = run->replacing.findNext(*progress);
+    progress->checkpoint();
+    return match;
+  };
+  using Match = std::optional<SearchMatch>;
+  auto completion = [this, run](Result<Match> result) {
+    if (!result.isOk()) return abandonPromptReplaceAll(*run, result.error());
+    const bool goesOn = result.value() && takeDecision(*run, *result.value());
+    // The question ran the event loop.
+    if (!window_) return endBusyStatus();
+    if (goesOn) return offerNextOccurrence(run);
+    computePromptReplaceAll(run);
+  };
+  frame_.start(std::move(work), guarded(std::function<void(Result<Match>)>(std::move(completion))));
+}
+
+/// Asks about one match; false when the run ends with it.
+bool HexWindowController::takeDecision(PromptedRun& run, const SearchMatch& match) {
+  selectMatch(match);
+  switch (promptForReplace(match)) {
+    case ReplaceDecision::replace:
+      return run.replacing.replaceCurrent();
+    case ReplaceDecision::skip:
+      run.replacing.skipCurrent();
+      return true;
+    case ReplaceDecision::cancel:
+      break;
+  }
+  return false;
+}
+
+HexWindowController::ReplaceDecision HexWindowController::promptForReplace(
+    const SearchMatch& match) {
+  const auto response = platform_.alerts.runModal(
+      {.messageText = "Replace This Occurrence?",
+       .informativeText = "Offset: 0x" + uppercaseHex(match.offset, 8) +
+                          "\nMatch length: " + std::to_string(match.bytes.size()) + " bytes",
+       .buttons = {"Replace", "Skip", "Cancel"}});
+  if (response.button == 0) return ReplaceDecision::replace;
+  return response.button == 1 ? ReplaceDecision::skip : ReplaceDecision::cancel;
+}
+
+void HexWindowController::computePromptReplaceAll(const std::shared_ptr<PromptedRun>& run) {
+  auto work = [run, progress = frame_.progress()] {
+    auto computation = run->replacing.finish(*progress);
+    progress->checkpoint();
+    return computation;
+  };
+  std::function<void(Result<ReplaceAllComputation>)> completion =
+      [this, run](Result<ReplaceAllComputation> result) {
+        if (!result.isOk()) return abandonPromptReplaceAll(*run, result.error());
+        finishPromptReplaceAll(*run, std::move(result.value()));
+      };
+  frame_.start(std::move(work), guarded(std::move(completion)));
+}
+
+void HexWindowController::finishPromptReplaceAll(const PromptedRun& run,
+                                                 ReplaceAllComputation computation) {
+  const std::int64_t count = computation.replacements;
+  if (count < 1) moveCaret(run.caretOffset, run.selection);
+  installReplaceAll(std::move(computation));
+  endBusyStatus();
+  if (run.replacing.stoppedAtGrowthLimit()) {
+    alert(kReplaceAll,
+          "Replacement stopped before the document could grow beyond the safe limit of " +
+              std::to_string(run.maximumGrowth) + " additional bytes for the current document.");
+  }
+  showReplacedCount(count);
+}
+
+/// Ends a run that was stopped or failed: nothing is replaced.
+void HexWindowController::abandonPromptReplaceAll(const PromptedRun& run, const Error& error) {
+  moveCaret(run.caretOffset, run.selection);
+  endBusyStatus();
+  showFailure(error, kReplaceAllFailed);
+}
+
+}  // namespace quillmor

@@ -1,0 +1,138 @@
+// The panels' searches, repeating them, and the search for a pattern with wildcards.
+
+#include "base/Unicode.h"
+#include "search/SearchCandidates.h"
+#include "search/Searching.h"
+#include "search/TypedInput.h"
+#include "search/WildcardHexPattern.h"
+#include "window/HexWindowController.h"
+#include "window/Prompts.h"
+#include "window/WindowLimits.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr const char* kSearching = "Searching…";
+constexpr const char* kWildcardTitle = "Find Wildcard/Mask";
+
+}  // namespace
+
+void HexWindowController::find() {
+  if (refuseWhileBusy("Find") || !window_) return;
+  window_->showFindReplacePanel(PanelKind::find, lastSearchRequest_);
+}
+
+void HexWindowController::replace() {
+  if (refuseWhileBusy("Replace") || !window_) return;
+  window_->showFindReplacePanel(PanelKind::replace, lastSearchRequest_);
+}
+
+void HexWindowController::findNext() {
+  if (refuseWhileBusy("Find Next")) return;
+  SearchRequest request = lastSearchRequest_;
+  if (request.direction == SearchDirection::all) request.direction = SearchDirection::forward;
+  search(request, /*advanceFromCurrentSelection=*/true, "Search Failed");
+}
+
+void HexWindowController::findPrevious() {
+  if (refuseWhileBusy("Find Previous")) return;
+  SearchRequest request = lastSearchRequest_;
+  request.direction = SearchDirection::backward;
+  search(request, /*advanceFromCurrentSelection=*/true, "Search Failed");
+}
+
+void HexWindowController::performFind(const SearchRequest& request,
+                                      bool advanceFromCurrentSelection) {
+  if (refuseWhileBusy("Find")) return;
+  if (request.searchText.empty()) return platform_.beeper.beep();
+  lastSearchRequest_ = request;
+  search(request, advanceFromCurrentSelection, "Search Failed");
+}
+
+void HexWindowController::search(const SearchRequest& request, bool advanceFromCurrentSelection,
+                                 const std::string& failureTitle) {
+  const auto plan = searchPlan(request.direction, advanceFromCurrentSelection,
+                               {.caretOffset = editor_.caretOffset(),
+                                .selection = selectedRange(),
+                                .byteCount = byteCount()});
+  auto candidateList = candidates(request);
+  if (!plan || candidateList.empty()) return platform_.beeper.beep();
+  using Match = std::optional<SearchMatch>;
+  auto work = [request, plan = *plan, candidateList = std::move(candidateList)](
+                  const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return nextMatch(bytes.span(), request, candidateList, plan, progress);
+  };
+  std::function completion = [this, failureTitle](Result<Match> result) {
+    if (failed(result, failureTitle)) return;
+    if (!result.value()) return platform_.beeper.beep();
+    selectMatch(*result.value());
+  };
+  if (byteCount() >= backgroundSearchThresholdBytes) {
+    return runBackgroundSnapshotTask(kSearching, {}, std::move(work), std::move(completion));
+  }
+  TaskProgress progress;
+  completion(resultOf([&] { return work(hexDocument_->storage()->bytes, {}, progress); }));
+}
+
+void HexWindowController::performSearchAll(const SearchRequest& request) {
+  if (refuseWhileBusy("Search All")) return;
+  auto candidateList = candidates(request);
+  if (candidateList.empty()) return platform_.beeper.beep();
+  lastSearchRequest_ = request;
+  auto work = [request, candidateList = std::move(candidateList)](
+                  const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return searchAllSummary(bytes.span(), request, candidateList, progress);
+  };
+  std::function completion = [this](Result<SearchAllSummary> result) {
+    if (failed(result, "Search Failed")) return;
+    const SearchAllSummary& summary = result.value();
+    if (summary.firstMatch) selectMatch(*summary.firstMatch);
+    showCount(summary.count, "Search Results", " occurrence(s) found.", "No matches found.");
+  };
+  runBackgroundSnapshotTask(kSearching, {}, std::move(work), std::move(completion));
+}
+
+void HexWindowController::selectMatch(const SearchMatch& match) {
+  moveCaret(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
+}
+
+/// Says how many there were, or with a beep that there were none.
+void HexWindowController::showCount(std::int64_t count, const std::string& title,
+                                    const std::string& textBehindCount, const std::string& none) {
+  if (count > 0) return alert(title, std::to_string(count) + textBehindCount);
+  alert(title, none);
+  platform_.beeper.beep();
+}
+
+void HexWindowController::findWildcardMask() {
+  if (refuseWhileBusy(kWildcardTitle)) return;
+  const auto text = askForText(
+      platform_.alerts, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
+      {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_});
+  if (!text) return;
+  if (Unicode::hasMoreScalarsThan(*text, maxTextInputCharacters))
+    return alert(kWildcardTitle, "Pattern is too large to process safely.");
+  auto pattern = WildcardHexPattern::parse(*text);
+  if (!pattern)
+    return alert(kWildcardTitle, "Invalid pattern. Use byte tokens such as DE AD ?? EF.");
+  lastWildcardText_ = *text;
+  const std::int64_t length = pattern->length();
+  // Behind the selection, so that asking again goes to the next match.
+  const HexSelection selected = selectedRange();
+  const std::int64_t from =
+      selected.length > 0 ? selected.start + selected.length : editor_.caretOffset();
+  auto work = [pattern = *std::move(pattern), from](const ByteBuffer& bytes, HexSelection,
+                                                    TaskProgress& progress) {
+    return pattern.firstMatchWrapped(bytes.span(), from, progress);
+  };
+  std::function completion = [this, length](Result<std::optional<std::int64_t>> result) {
+    if (failed(result, std::string(kWildcardTitle) + " Failed")) return;
+    if (!result.value()) return alert(kWildcardTitle, "No match found.");
+    moveCaret(*result.value(), {*result.value(), length});
+  };
+  runBackgroundSnapshotTask("Searching wildcard pattern…", {}, std::move(work),
+                            std::move(completion));
+}
+
+}  // namespace quillmor
