@@ -1,5 +1,8 @@
 #include "base/Unicode.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace quillmor::Unicode {
 
 namespace {
@@ -33,6 +36,28 @@ std::string_view droppingScalars(std::string_view text, std::int64_t limit) {
   return text;
 }
 
+/// The length in bytes of the white space that `text` ends with, one scalar of it; 0 when it ends
+/// with none. No reading from the front is needed: a lead byte begins a scalar wherever it stands.
+std::size_t lastWhiteSpaceLength(std::string_view text) {
+  constexpr std::size_t kLongestWhiteSpace = 3;
+  for (std::size_t length = 1; length <= std::min(kLongestWhiteSpace, text.size()); ++length) {
+    const DecodedScalar last = decodeFirst(text.substr(text.size() - length));
+    if (last.length == length && isWhiteSpace(last.scalar)) return length;
+  }
+  return 0;
+}
+
+/// How many bytes at the start of `text` are ASCII, in steps of eight: long texts are mostly ASCII.
+std::size_t asciiBlocksLength(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
+  std::size_t length = 0;
+  for (std::uint64_t block = 0; text.size() - length >= sizeof block; length += sizeof block) {
+    std::memcpy(&block, text.data() + length, sizeof block);
+    if ((block & kHighBits) != 0) break;
+  }
+  return length;
+}
+
 }  // namespace
 
 DecodedScalar decodeFirst(std::string_view text) {
@@ -47,6 +72,17 @@ DecodedScalar decodeFirst(std::string_view text) {
     scalar = scalar << 6 | (byte & 0x3FU);
   }
   return {scalar, lead.length, true};
+}
+
+bool isValid(std::string_view text) {
+  while (!text.empty()) {
+    text.remove_prefix(asciiBlocksLength(text));
+    if (text.empty()) break;
+    const DecodedScalar next = decodeFirst(text);
+    if (!next.isValid) return false;
+    text.remove_prefix(next.length);
+  }
+  return true;
 }
 
 bool isWhiteSpace(char32_t scalar) {
@@ -74,13 +110,8 @@ std::string_view trimmedOfWhiteSpace(std::string_view text) {
     if (!isWhiteSpace(first.scalar)) break;
     text.remove_prefix(first.length);
   }
-  std::size_t end = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const DecodedScalar next = decodeFirst(text.substr(at));
-    at += next.length;
-    if (!isWhiteSpace(next.scalar)) end = at;
-  }
-  return text.substr(0, end);
+  while (const std::size_t length = lastWhiteSpaceLength(text)) text.remove_suffix(length);
+  return text;
 }
 
 }  // namespace quillmor::Unicode

@@ -20,6 +20,9 @@ struct DecodedScalar {
 /// The scalar at the start of `text`, which must not be empty.
 DecodedScalar decodeFirst(std::string_view text);
 
+/// Whether all of `text` is UTF-8.
+bool isValid(std::string_view text);
+
 /// The White_Space property of the Unicode Character Database (PropList.txt).
 bool isWhiteSpace(char32_t scalar);
 

@@ -12,13 +12,11 @@
 
 namespace quillmor {
 
-/// Walks the occurrences of several candidates through bytes, front to back. Each candidate's next
-/// occurrence is kept until it is passed, so that the whole walk looks at each byte about once for
-/// each candidate, however many occurrences there are.
+/// Walks the occurrences of several candidates through bytes, front to back. What is known of each
+/// candidate, its next occurrence or how far there is none, is kept until it is passed, so that the
+/// whole walk looks at each byte about once for each candidate, however many occurrences there are.
 ///
-/// Haystack, candidates and progress outlive the scanner. For one thread at a time. Every few
-/// milliseconds of work `progress` advances (its total is haystack size x candidates) and is asked
-/// whether to stop; then `Error::stopped()` is thrown.
+/// The haystack outlives the scanner; candidates are copied. For one thread at a time.
 class CandidateScanner {
  public:
   struct Hit {
@@ -30,14 +28,41 @@ class CandidateScanner {
     bool operator==(const Hit&) const = default;
   };
 
+  /// Positions of one candidate that are searched in one step. Small enough that all candidates of
+  /// a number find the same bytes in the cache.
+  static constexpr std::int64_t kPieceBytes = std::int64_t{256} * 1024;
+
+  /// For a walk that begins at `start`, 0 or more.
   CandidateScanner(std::span<const std::uint8_t> haystack,
                    const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
-                   TaskProgress& progress);
+                   std::int64_t start = 0);
 
-  /// The earliest occurrence of any candidate at or behind `position` (0 or more, never less than
-  /// in the call before). Where several begin, the longest; among equally long ones the first in
-  /// the list.
-  std::optional<Hit> next(std::int64_t position);
+  /// The earliest occurrence of any candidate at or behind `position` (never less than in the call
+  /// before). Where several begin, the longest; among equally long ones the first in the list.
+  ///
+  /// Every few milliseconds `progress` advances, by the bytes between `start` and the end of the
+  /// haystack in all, and is asked whether to stop: then `Error::stopped()` is thrown, and the call
+  /// may be repeated.
+  std::optional<Hit> next(std::int64_t position, TaskProgress& progress);
+
+ private:
+  /// A candidate, and where it may occur next.
+  struct Cursor {
+    ByteMatcher matcher;
+    std::size_t candidate = 0;
+    std::int64_t length = 0;
+    std::int64_t bound = 0;  ///< no occurrence begins before it
+    bool isHit = false;      ///< whether one begins at `bound`
+  };
+
+  Cursor* earliestBehind(std::int64_t position);
+  void searchPiece(Cursor& cursor, TaskProgress& progress);
+  void report(std::int64_t walkedTo, TaskProgress& progress);
+
+  std::span<const std::uint8_t> haystack_;
+  std::vector<Cursor> cursors_;  // the longest first, equal lengths in the order of the list
+  std::int64_t reported_ = 0;    // the position `progress` has been told of
+  std::int64_t unreportedWork_ = 0;
 };
 
 }  // namespace quillmor

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <limits>
-#include <system_error>
 
 #include "base/HexText.h"
 #include "base/Unicode.h"
+#include "search/IntegerText.h"
 
 namespace quillmor::HexParser {
 
@@ -162,29 +161,6 @@ class OffsetText {
   std::size_t length_ = 0;
 };
 
-/// The integer `digits` denotes, with at most one leading sign; absent on overflow.
-std::optional<std::int64_t> parseInteger(std::string_view digits, int radix) {
-  if (digits.starts_with('+')) {
-    digits.remove_prefix(1);
-    // The library's conversion takes a minus sign, so "+-5" must end here.
-    if (digits.starts_with('-')) return std::nullopt;
-  }
-  std::int64_t value = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, value, radix);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return value;
-}
-
-bool isHexDigits(std::string_view text) {
-  return !text.empty() &&
-         std::all_of(text.begin(), text.end(), [](char c) { return isDigit(classOf(c)); });
-}
-
-bool hasHexLetter(std::string_view hexDigits) {
-  return std::any_of(hexDigits.begin(), hexDigits.end(), [](char c) { return c > '9'; });
-}
-
 }  // namespace
 
 std::optional<Bytes> parseHexBytes(std::string_view text,
@@ -217,12 +193,13 @@ std::optional<std::int64_t> parseOffset(std::string_view text) {
   OffsetText kept;
   if (!kept.read(text)) return std::nullopt;
   const std::string_view t = kept.view();
-  if (t.starts_with("0x") || t.starts_with("0X")) return parseInteger(t.substr(2), 16);
+  if (t.starts_with("0x") || t.starts_with("0X"))
+    return integerFromText<std::int64_t>(t.substr(2), 16);
   if (t.ends_with('h') && isHexDigits(t.substr(0, t.size() - 1))) {
-    return parseInteger(t.substr(0, t.size() - 1), 16);
+    return integerFromText<std::int64_t>(t.substr(0, t.size() - 1), 16);
   }
-  if (isHexDigits(t) && hasHexLetter(t)) return parseInteger(t, 16);
-  return parseInteger(t, 10);
+  if (isHexDigits(t) && hasHexLetter(t)) return integerFromText<std::int64_t>(t, 16);
+  return integerFromText<std::int64_t>(t, 10);
 }
 
 }  // namespace quillmor::HexParser

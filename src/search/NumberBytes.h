@@ -6,12 +6,13 @@
 
 namespace quillmor {
 
-enum class Endianness { little, big };
+// Numbers as the bytes they are stored in. Integers are written in two's complement,
+// floating-point numbers in the IEEE 754 binary32 and binary64 formats. `width` is in bytes: 1, 2,
+// 4 or 8 for integers, 4 or 8 for floating-point numbers; any other is a programming fault. Pure
+// functions, safe from any thread.
 
-/// Numbers as the bytes they are stored in. Integers are written in two's complement,
-/// floating-point numbers in the IEEE 754 binary32 and binary64 formats. `width` is in bytes: 1, 2,
-/// 4 or 8 for integers, 4 or 8 for floating-point numbers; any other is a programming fault. Pure
-/// functions.
+/// `little` puts the least significant byte first, `big` the most significant one.
+enum class Endianness { little, big };
 
 /// `value` as an integer of `width` bytes, absent when it does not fit: signed ones hold
 /// -2^(8w-1)...2^(8w-1)-1, unsigned ones 0...2^(8w)-1.

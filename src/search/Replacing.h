@@ -36,9 +36,13 @@ std::optional<std::vector<std::uint8_t>> replacementBytes(const SearchRequest& r
 std::optional<ReplacementTable> replacementTable(const SearchRequest& request,
                                                  const std::vector<SearchCandidate>& candidateList);
 
-/// Replaces every occurrence that does not overlap the one before it. Throws code 2201 when the
-/// result would be more than `maximumGrowth` bytes longer than `original`. `progress` is used as in
-/// `CandidateScanner`. Memory: the result and little more.
+/// Replaces every occurrence that does not overlap the one before it. `bookmarks` are strictly
+/// increasing. Throws code 2201 when the result would be more than `maximumGrowth` bytes longer
+/// than `original` (or lie beyond 64-bit offsets), std::bad_alloc when memory runs out, and, asked
+/// every few milliseconds, `Error::stopped()` when `progress` says so.
+///
+/// Memory: the result and little more, whatever the number of occurrences; none when no occurrence
+/// changes, because then the result shares the memory of `original`.
 ReplaceAllComputation computeReplaceAll(const ByteBuffer& original, const SearchRequest& request,
                                         const std::vector<SearchCandidate>& candidateList,
                                         const ReplacementTable& replacementByPattern,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -40,16 +41,24 @@ std::optional<SearchPlan> searchPlan(SearchDirection direction, bool advanceFrom
                                      const SearchOrigin& origin);
 
 /// The next occurrence from the plan's start on; it does not wrap around. At equal offsets the
-/// longest candidate wins, then the first in the list. `progress` is used as in `CandidateScanner`.
+/// longest candidate wins, then the first in the list. Every few milliseconds `progress` advances
+/// towards the bytes that lie in the search's way and is asked whether to stop: then
+/// `Error::stopped()` is thrown.
 std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
                                      const SearchRequest& request,
                                      const std::vector<SearchCandidate>& candidateList,
                                      const SearchPlan& plan, TaskProgress& progress);
 
-/// Counts the occurrences that do not overlap, from the start of the data on.
+/// Counts the occurrences that do not overlap, from the start of the data on. `progress` is used as
+/// in `nextMatch`.
 SearchAllSummary searchAllSummary(std::span<const std::uint8_t> bytes, const SearchRequest& request,
                                   const std::vector<SearchCandidate>& candidateList,
                                   TaskProgress& progress);
+
+/// The match that `candidateList[candidate]` is at `offset` of `bytes`, where it occurs.
+SearchMatch matchOf(std::span<const std::uint8_t> bytes, const SearchRequest& request,
+                    const std::vector<SearchCandidate>& candidateList, std::size_t candidate,
+                    std::int64_t offset);
 
 /// The match that the bytes of `selection` (normalised) are; absent when they are none.
 std::optional<SearchMatch> selectionMatch(std::span<const std::uint8_t> bytes,

@@ -307,7 +307,7 @@ class HexWindowController : public DocumentWindow,
   bool applyReplacement(const SearchMatch& match, std::span<const std::uint8_t> replacement);
   void installReplaceAll(ReplaceAllComputation computation);
   void showReplacedCount(std::int64_t count);
-  void performReplaceAllWithPrompt(PromptedRun run);
+  void performReplaceAllWithPrompt(const std::shared_ptr<PromptedRun>& run);
   void offerNextOccurrence(const std::shared_ptr<PromptedRun>& run);
   bool takeDecision(PromptedRun& run, const SearchMatch& match);
   ReplaceDecision promptForReplace(const SearchMatch& match);

@@ -73,12 +73,12 @@ void HexWindowController::performReplaceAll(const SearchRequest& request) {
   const std::int64_t room = std::max<std::int64_t>(editor_.maximumByteCount() - byteCount(), 0);
   const std::int64_t maximumGrowth = std::min(room, maxGeneratedInputBytes);
   if (request.promptOnReplace) {
-    return performReplaceAllWithPrompt(
-        {.replacing = {hexDocument_->storage()->bytes, request, std::move(candidateList),
-                       *std::move(table), bookmarks_.offsets(), maximumGrowth},
-         .maximumGrowth = maximumGrowth,
-         .caretOffset = editor_.caretOffset(),
-         .selection = editor_.selection()});
+    return performReplaceAllWithPrompt(std::shared_ptr<PromptedRun>(new PromptedRun{
+        .replacing = {hexDocument_->storage()->bytes, request, std::move(candidateList),
+                      *std::move(table), bookmarks_.offsets(), maximumGrowth},
+        .maximumGrowth = maximumGrowth,
+        .caretOffset = editor_.caretOffset(),
+        .selection = editor_.selection()}));
   }
   auto work = [request, candidateList = std::move(candidateList), table = *std::move(table),
                bookmarks = bookmarks_.offsets(),
@@ -108,9 +108,9 @@ void HexWindowController::showReplacedCount(std::int64_t count) {
   showCount(count, kReplaceAll, " occurrence(s) replaced.", "No matches were replaced.");
 }
 
-void HexWindowController::performReplaceAllWithPrompt(PromptedRun run) {
-  if (!frame_.beginBusyStatus(kReplacingAll, BackgroundTaskFrame::Stopping::allowed)) return;
-  offerNextOccurrence(std::make_shared<PromptedRun>(std::move(run)));
+void HexWindowController::performReplaceAllWithPrompt(const std::shared_ptr<PromptedRun>& run) {
+  if (frame_.beginBusyStatus(kReplacingAll, BackgroundTaskFrame::Stopping::allowed))
+    offerNextOccurrence(run);
 }
 
 /// Looks for the next match off the main thread, asks about it, and goes on.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -130,6 +132,51 @@ TEST(Unicode, trimsWhiteSpaceAtBothEndsOnly) {
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace(" \t\u3000\n"), "");
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace("\u00A0 a \u2003 b \u2028"), "a \u2003 b");
   EXPECT_EQ(Unicode::trimmedOfWhiteSpace("\xFF "), "\xFF");
+}
+
+/// The end found by reading every scalar from the front.
+std::string_view obviouslyTrimmed(std::string_view text) {
+  std::size_t begin = text.size();
+  std::size_t end = text.size();
+  for (std::size_t at = 0; at < text.size();) {
+    const auto next = Unicode::decodeFirst(text.substr(at));
+    if (!Unicode::isWhiteSpace(next.scalar)) {
+      begin = std::min(begin, at);
+      end = at + next.length;
+    }
+    at += next.length;
+  }
+  return text.substr(begin, end - begin);
+}
+
+TEST(Unicode, trimsTheSameReadFromEitherEnd) {
+  constexpr unsigned kSeed = 20240611;
+  SCOPED_TRACE(testing::Message() << "seed " << kSeed);
+  std::mt19937 random(kSeed);
+  const std::vector<std::string> pieces = {" ",      "\n",       "\u0085", "\u00A0", "\u2003",
+                                           "\u3000", "a",        "\u20AC", "\xE2",   "\x80",
+                                           "\x83",   "\xE3\x80", "\xC2",   "\xA0",   "\xF0\x9F"};
+  for (int i = 0; i < 20'000; ++i) {
+    std::string text;
+    for (auto left = random() % 8; left > 0; --left) text += pieces[random() % pieces.size()];
+    const auto trimmed = Unicode::trimmedOfWhiteSpace(text);
+    ASSERT_EQ(trimmed, obviouslyTrimmed(text)) << testing::PrintToString(text);
+  }
+}
+
+TEST(Unicode, tellsWhetherATextIsUtf8) {
+  EXPECT_TRUE(Unicode::isValid(""));
+  EXPECT_TRUE(Unicode::isValid("plain text of more than eight bytes\x7F"));
+  EXPECT_TRUE(Unicode::isValid("a\0b"sv));
+  EXPECT_TRUE(Unicode::isValid("\u00E4\u20AC\uFFFD\U0010FFFF and more text \u00E4"));
+  for (const char* broken :
+       {"\x80", "\xFF", "\xC0\xA0", "\xE2\x82", "\xED\xA0\x80", "\xF4\x90\x80\x80"}) {
+    EXPECT_FALSE(Unicode::isValid(broken)) << testing::PrintToString(std::string(broken));
+    for (std::size_t before = 0; before < 20; ++before) {
+      const std::string text = std::string(before, 'a') + broken + "after";
+      EXPECT_FALSE(Unicode::isValid(text)) << before;
+    }
+  }
 }
 
 }  // namespace

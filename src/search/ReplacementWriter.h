@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/TaskProgress.h"
+#include "search/Replacing.h"
+
+namespace quillmor {
+
+/// Where the bytes of a document come to lie while parts of it are replaced, front to back, by
+/// others, and how far the result may grow. Offsets that do not fit 64 bits, and output more than
+/// `maximumGrowth` (negative counts as 0) bytes longer than the document, throw code 2201 and leave
+/// everything as it was.
+class OutputExtent {
+ public:
+  OutputExtent(std::int64_t originalSize, std::int64_t maximumGrowth);
+
+  /// The output offset of the original byte `originalOffset`, which lies behind what was replaced:
+  /// also the length of the output when it ends there.
+  std::int64_t outputOffset(std::int64_t originalOffset) const;
+
+  /// Counts `inserted` bytes in the place of `removed` ones from `originalOffset`.
+  void replace(std::int64_t originalOffset, std::int64_t removed, std::int64_t inserted);
+
+ private:
+  std::int64_t lengthened(std::int64_t output, std::int64_t count) const;
+
+  std::int64_t maximumGrowth_;
+  std::int64_t limit_;
+  std::int64_t shift_ = 0;
+};
+
+/// Carries bookmarks along with replacements, front to back: in one pass what
+/// `adjustBookmarksForEdit` does for each of them.
+class BookmarkCarrier {
+ public:
+  /// `offsets` are strictly increasing and lie within the document or at its end.
+  explicit BookmarkCarrier(std::vector<std::int64_t> offsets);
+
+  /// Follows `inserted` bytes in the place of `removed` ones (1 or more) from the original offset
+  /// `offset`, behind what was replaced before.
+  void replace(std::int64_t offset, std::int64_t removed, std::int64_t inserted);
+
+  /// The carried bookmarks; the carrier is used up.
+  std::vector<std::int64_t> finish();
+
+ private:
+  void keepBefore(std::int64_t offset);
+
+  std::vector<std::int64_t> offsets_;  // the first `kept_` carried, those from `next_` on as given
+  std::size_t kept_ = 0;
+  std::size_t next_ = 0;
+  std::int64_t shift_ = 0;
+};
+
+/// Writes a document anew with parts of it replaced. Takes no memory before a part really changes,
+/// and a result without changes shares the memory of the original.
+///
+/// The result is written once, into address space for `largestOutput` bytes, of which what stays
+/// unwritten is given back: so it never has to be moved, and its size need not be known beforehand.
+class ReplacementWriter {
+ public:
+  /// No result is longer than `largestOutput` bytes. `progress` outlives the writer; it advances by
+  /// the size of `original` in all, and every few milliseconds of work is asked whether to stop:
+  /// then `Error::stopped()` is thrown. Growth is limited as by `OutputExtent`.
+  ReplacementWriter(const ByteBuffer& original, std::vector<std::int64_t> bookmarks,
+                    std::int64_t maximumGrowth, std::int64_t largestOutput, TaskProgress& progress);
+
+  /// Puts `replacement` in the place of the `length` bytes (1 or more) from `offset`, which lie
+  /// behind those of the call before.
+  void replace(std::int64_t offset, std::int64_t length, std::span<const std::uint8_t> replacement);
+
+  /// The whole result; the writer is used up.
+  ReplaceAllComputation finish();
+
+ private:
+  bool isUnchanged(std::int64_t offset, std::int64_t length,
+                   std::span<const std::uint8_t> replacement) const;
+  void startOutput();
+  void copyOriginalUpTo(std::int64_t end);
+  void write(std::span<const std::uint8_t> bytes);
+  void report();
+
+  ByteBuffer original_;
+  ByteBuffer result_;
+  BookmarkCarrier bookmarks_;
+  OutputExtent extent_;
+  std::int64_t largestOutput_;
+  TaskProgress& progress_;
+  bool hasOutput_ = false;          // whether anything has changed yet
+  std::uint8_t* output_ = nullptr;  // where the next byte goes
+  std::int64_t copiedTo_ = 0;       // the original offset up to which the output is written
+  std::int64_t reported_ = 0;       // the original offset `progress_` has been told of
+  std::int64_t unreportedWork_ = 0;
+  std::int64_t replacements_ = 0;
+  std::int64_t lastCaret_ = 0;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,145 @@
+#include "search/Searching.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/SaturatingMath.h"
+#include "search/ByteMatcher.h"
+#include "search/CandidateScanner.h"
+
+namespace quillmor {
+
+namespace {
+
+std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
+  return static_cast<std::int64_t>(bytes.size());
+}
+
+/// Walks the occurrences of several candidates back to front, in pieces that are searched for all
+/// candidates before the piece in front of them is looked at.
+class BackwardSearch {
+ public:
+  struct Hit {
+    std::int64_t offset = 0;
+    std::size_t candidate = 0;
+  };
+
+  BackwardSearch(std::span<const std::uint8_t> haystack,
+                 const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase)
+      : haystack_(haystack) {
+    for (const SearchCandidate& candidate : candidateList) {
+      matchers_.emplace_back(candidate.bytes, ignoresASCIICase);
+      pieceBytes_ = std::max(pieceBytes_, matchers_.back().needleLength());
+    }
+  }
+
+  /// The last occurrence that begins at or before `start`.
+  std::optional<Hit> lastBefore(std::int64_t start, TaskProgress& progress) {
+    for (std::int64_t end = start + 1; end > 0;) {
+      const std::int64_t begin = std::max<std::int64_t>(end - pieceBytes_, 0);
+      if (const std::optional<Hit> hit = lastIn(begin, end - 1)) return hit;
+      progress.advance(end - begin);
+      progress.checkpoint();
+      end = begin;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  std::optional<Hit> lastIn(std::int64_t from, std::int64_t through) {
+    std::optional<Hit> best;
+    for (std::size_t i = 0; i < matchers_.size(); ++i) {
+      const bool winsTies =
+          best && matchers_[i].needleLength() > matchers_[best->candidate].needleLength();
+      // What begins before the best so far does not matter.
+      const std::int64_t lowest = !best ? from : winsTies ? best->offset : best->offset + 1;
+      if (lowest > through) continue;
+      if (const auto offset = matchers_[i].last(haystack_, lowest, through)) best = {*offset, i};
+    }
+    return best;
+  }
+
+  std::span<const std::uint8_t> haystack_;
+  std::vector<ByteMatcher> matchers_;
+  std::int64_t pieceBytes_ = CandidateScanner::kPieceBytes;
+};
+
+}  // namespace
+
+std::optional<SearchPlan> searchPlan(SearchDirection direction, bool advanceFromCurrentSelection,
+                                     const SearchOrigin& origin) {
+  const bool forward = direction != SearchDirection::backward;
+  if (!advanceFromCurrentSelection) {
+    return SearchPlan{std::max<std::int64_t>(origin.caretOffset, 0), forward};
+  }
+  const HexSelection selection = origin.selection;
+  const bool selected = selection.length > 0;
+  if (!forward) {
+    const std::int64_t anchor = selected ? selection.start : origin.caretOffset;
+    if (anchor <= 0) return std::nullopt;
+    return SearchPlan{anchor - 1, false};
+  }
+  const std::int64_t behind = selected ? saturatingAdd(selection.start, selection.length)
+                                       : saturatingAdd(origin.caretOffset, 1);
+  return SearchPlan{std::min(behind, origin.byteCount), true};
+}
+
+std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
+                                     const SearchRequest& request,
+                                     const std::vector<SearchCandidate>& candidateList,
+                                     const SearchPlan& plan, TaskProgress& progress) {
+  progress.checkpoint();
+  const bool folds = request.ignoresASCIICase();
+  const std::int64_t start = clampedToCount(plan.startOffset, sizeOf(bytes));
+  if (plan.forceForward) {
+    progress.setTotal(sizeOf(bytes) - start);
+    const auto hit = CandidateScanner(bytes, candidateList, folds, start).next(start, progress);
+    if (!hit) return std::nullopt;
+    return matchOf(bytes, request, candidateList, hit->candidate, hit->offset);
+  }
+  progress.setTotal(start + 1);
+  const auto hit = BackwardSearch(bytes, candidateList, folds).lastBefore(start, progress);
+  if (!hit) return std::nullopt;
+  return matchOf(bytes, request, candidateList, hit->candidate, hit->offset);
+}
+
+SearchAllSummary searchAllSummary(std::span<const std::uint8_t> bytes, const SearchRequest& request,
+                                  const std::vector<SearchCandidate>& candidateList,
+                                  TaskProgress& progress) {
+  progress.checkpoint();
+  progress.setTotal(sizeOf(bytes));
+  CandidateScanner scanner(bytes, candidateList, request.ignoresASCIICase());
+  SearchAllSummary summary;
+  std::int64_t position = 0;
+  while (const auto hit = scanner.next(position, progress)) {
+    if (summary.count++ == 0) {
+      summary.firstMatch = matchOf(bytes, request, candidateList, hit->candidate, hit->offset);
+    }
+    position = hit->end();
+  }
+  return summary;
+}
+
+SearchMatch matchOf(std::span<const std::uint8_t> bytes, const SearchRequest& request,
+                    const std::vector<SearchCandidate>& candidateList, std::size_t candidate,
+                    std::int64_t offset) {
+  const SearchCandidate& found = candidateList[candidate];
+  if (!request.ignoresASCIICase()) return {offset, found.bytes, found};
+  const auto own = bytes.subspan(static_cast<std::size_t>(offset), found.bytes.size());
+  return {offset, {own.begin(), own.end()}, found};
+}
+
+std::optional<SearchMatch> selectionMatch(std::span<const std::uint8_t> bytes,
+                                          HexSelection selection, const SearchRequest& request,
+                                          const std::vector<SearchCandidate>& candidateList) {
+  if (selection.length <= 0) return std::nullopt;
+  for (std::size_t i = 0; i < candidateList.size(); ++i) {
+    if (std::cmp_not_equal(candidateList[i].bytes.size(), selection.length)) continue;
+    ByteMatcher matcher(candidateList[i].bytes, request.ignoresASCIICase());
+    if (!matcher.first(bytes, selection.start, selection.start)) continue;
+    return matchOf(bytes, request, candidateList, i, selection.start);
+  }
+  return std::nullopt;
+}
+
+}  // namespace quillmor
