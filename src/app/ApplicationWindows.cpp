@@ -94,7 +94,9 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
     reportWindows_.emplace_back(&window);
     addMenus(window);
   };
-  auto* window = new EditorWindow(controller, std::move(handlers));
+  handlers.didMakePanel = [this](FindReplacePanelController& panel) { addMenus(panel); };
+  auto* window =
+      new EditorWindow(controller, {platform_.beeper, searchHistories_}, std::move(handlers));
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
   addMenus(*window, window->menuBar());

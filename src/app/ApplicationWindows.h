@@ -9,6 +9,7 @@
 
 #include "app/ApplicationSurface.h"
 #include "platform/PlatformServices.h"
+#include "window/SearchHistory.h"
 
 class QMenuBar;
 class QWidget;
@@ -52,6 +53,7 @@ class ApplicationWindows : public ApplicationSurface {
   void performIn(HexWindowController& controller, std::string_view action);
 
   const PlatformServices platform_;
+  SearchHistories searchHistories_;
   AppDelegate* delegate_ = nullptr;
   std::vector<QPointer<EditorWindow>> editorWindows_;
   std::vector<QPointer<ReportWindow>> reportWindows_;

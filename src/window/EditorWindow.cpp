@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "editor/HexEditorView.h"
 #include "editor/HexFileDropView.h"
@@ -31,8 +32,11 @@ QString titleFor(const std::string& displayName) {
 
 }  // namespace
 
-EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers)
-    : controller_(std::move(controller)), handlers_(std::move(handlers)) {
+EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller,
+                           const FindReplacePanelServices& panelServices, Handlers handlers)
+    : controller_(std::move(controller)),
+      panelServices_(panelServices),
+      handlers_(std::move(handlers)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setGeometry(QRect(kInitialOrigin, kInitialSize));
   setupUI();
@@ -179,6 +183,30 @@ void EditorWindow::closeUtilityWindows() {
     if (window) window->close();
   }
   retainedUtilityWindows_.clear();
+}
+
+void EditorWindow::showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) {
+  auto& panel = kind == PanelKind::find ? findPanelController_ : replacePanelController_;
+  if (!panel) panel = makePanel(kind, initialRequest);
+  panel->showWindow();
+}
+
+FindReplacePanelController* EditorWindow::makePanel(PanelKind kind,
+                                                    const SearchRequest& initialRequest) {
+  auto* panel = new FindReplacePanelController(
+      kind, controller_, panelServices_, [this] { handlers_.didBecomeKey(*this); }, this);
+  panel->apply(initialRequest);
+  handlers_.didMakePanel(*panel);
+  return panel;
+}
+
+void EditorWindow::closeFindReplacePanels() {
+  for (FindReplacePanelController** panel : {&findPanelController_, &replacePanelController_}) {
+    if (!*panel) continue;
+    (*panel)->close();
+    // One of its buttons may have led here.
+    std::exchange(*panel, nullptr)->deleteLater();
+  }
 }
 
 void EditorWindow::closeEvent(QCloseEvent* event) {

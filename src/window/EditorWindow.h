@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "window/EditorWindowSurface.h"
+#include "window/FindReplacePanelController.h"
 #include "window/HexWindowController.h"
 
 class QProgressBar;
@@ -32,12 +33,14 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
     std::function<void(EditorWindow&)> menusNeedValidation;
     std::function<void(EditorWindow&, std::string_view action)> perform;
     std::function<void(ReportWindow&)> didOpenReportWindow;
+    std::function<void(FindReplacePanelController&)> didMakePanel;
   };
 
   /// The content size of a new window, as far as the screen has room for it.
   static constexpr QSize kInitialSize{1120, 760};
 
-  EditorWindow(std::shared_ptr<HexWindowController> controller, Handlers handlers);
+  EditorWindow(std::shared_ptr<HexWindowController> controller,
+               const FindReplacePanelServices& panelServices, Handlers handlers);
   ~EditorWindow() override;
 
   HexWindowController& controller() { return *controller_; }
@@ -56,6 +59,8 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void unregisterDrags() override;
   void openReportWindow(const std::string& title, const std::string& report) override;
   void closeUtilityWindows() override;
+  void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override;
+  void closeFindReplacePanels() override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -68,8 +73,10 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void acceptDrops();
   void keepOnScreen();
   bool mayCloseNow();
+  FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
 
   const std::shared_ptr<HexWindowController> controller_;
+  const FindReplacePanelServices panelServices_;
   const Handlers handlers_;
   HexFileDropView* content_ = nullptr;
   EditorToolbar* toolbar_ = nullptr;
@@ -80,6 +87,8 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   QPushButton* stop_ = nullptr;
   QShortcut* stopShortcut_ = nullptr;
   std::vector<QPointer<ReportWindow>> retainedUtilityWindows_;
+  FindReplacePanelController* findPanelController_ = nullptr;
+  FindReplacePanelController* replacePanelController_ = nullptr;
   bool closesWithoutAsking_ = false;
   bool hasPresentedInitialWindow_ = false;
 };

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "search/SearchRequest.h"
+#include "window/EditorWindowSurface.h"
+
+class QBoxLayout;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QPushButton;
+class QRadioButton;
+class QTabBar;
+
+namespace quillmor {
+
+class Beeper;
+class HexWindowController;
+class HistoryComboBox;
+class SearchHistory;
+struct SearchHistories;
+
+/// What the panels of all editors use. Both outlive the panels.
+struct FindReplacePanelServices {
+  Beeper& beeper;
+  SearchHistories& histories;
+};
+
+/// The small window through which a user searches, and in its other kind replaces. It stands above
+/// its editor's window without blocking it, collects a request and hands it to the editor's
+/// controller, which does all the searching. Closing only hides it.
+class FindReplacePanelController : public QDialog {
+ public:
+  /// `ownerWindow` owns the panel; `owner` is its controller. `didBecomeKey` hears of the panel
+  /// becoming the active window.
+  FindReplacePanelController(PanelKind kind, std::weak_ptr<HexWindowController> owner,
+                             const FindReplacePanelServices& services,
+                             std::function<void()> didBecomeKey, QWidget* ownerWindow);
+
+  PanelKind kind() const { return kind_; }
+
+  /// Brings the panel to the front with the search text selected for the next one to replace it. A
+  /// hidden panel appears over its owner, a visible one stays where the user put it.
+  void showWindow();
+
+  /// Centres the panel over its owner's window, inside the visible frame of the owner's screen.
+  void positionRelativeToOwner();
+
+  SearchMode selectedMode() const;
+
+  /// What the controls ask for; absent when there is nothing to search for: no text, or in the
+  /// modes that read numbers nothing but white space.
+  std::optional<SearchRequest> buildRequest() const;
+
+  /// Fills the controls from a request; of the replacement a find panel has no controls.
+  void apply(const SearchRequest& request);
+
+  // Nothing happens in the next two once the owner has gone; without a request they beep.
+
+  /// Find, or replace. The OK button, and Return anywhere in the panel.
+  void handlePrimaryAction();
+
+  /// Find all, or replace all.
+  void handleSecondaryAction();
+
+  /// Closes the panel and stops what its editor is doing, as Escape in the editor does.
+  void handleCancel();
+
+  /// Turns one of the radio buttons for the direction on and the other two off.
+  void handleDirectionSelection(QRadioButton& chosen);
+
+  /// Another mode was chosen: controls that only text has come or go.
+  void tabViewDidSelect(int index);
+
+  /// Escape.
+  void reject() override { handleCancel(); }
+
+ protected:
+  void changeEvent(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  using Operation = void (*)(HexWindowController& owner, const SearchRequest& request);
+
+  void setupUI();
+  QTabBar* makeTabView();
+  QBoxLayout* makeForm();
+  QBoxLayout* makeRow(QLabel* label, QWidget* field);
+  QLabel* makeLabel(const QString& text, QWidget* buddy);
+  QWidget* makeEncodingRow();
+  QGroupBox* makeOptionsBox();
+  QGroupBox* makeDirectionBox();
+  QBoxLayout* makeButtonRow();
+  void nameControls();
+  SearchDirection selectedDirection() const;
+  void handOver(Operation operation);
+  void remember(const SearchRequest& request);
+
+  const PanelKind kind_;
+  const std::weak_ptr<HexWindowController> hexWindowController_;
+  const FindReplacePanelServices services_;
+  const std::function<void()> didBecomeKey_;
+
+  QTabBar* tabView_ = nullptr;
+  QLabel* searchLabel_ = nullptr;
+  HistoryComboBox* searchField_ = nullptr;
+  QLabel* replaceLabel_ = nullptr;           ///< null in a find panel
+  HistoryComboBox* replaceField_ = nullptr;  ///< null in a find panel
+  QWidget* encodingRow_ = nullptr;
+  QLabel* encodingLabel_ = nullptr;
+  QComboBox* encodingPopup_ = nullptr;
+  QGroupBox* optionsBox_ = nullptr;
+  QCheckBox* caseSensitiveCheckbox_ = nullptr;
+  QCheckBox* promptCheckbox_ = nullptr;  ///< null in a find panel
+  QGroupBox* directionBox_ = nullptr;
+  QRadioButton* allRadio_ = nullptr;
+  QRadioButton* forwardRadio_ = nullptr;
+  QRadioButton* backwardRadio_ = nullptr;
+  QPushButton* primaryButton_ = nullptr;
+  QPushButton* secondaryButton_ = nullptr;
+  QPushButton* cancelButton_ = nullptr;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,148 @@
+#include "search/CandidateScanner.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/ErrorMatchers.h"
+#include "support/SearchFixture.h"
+
+namespace quillmor {
+namespace {
+
+using test::rawCandidates;
+using test::SearchBytes;
+using test::searchBytes;
+using Hit = CandidateScanner::Hit;
+
+constexpr std::int64_t kMiB = 1024 * 1024;
+constexpr std::int64_t kPiece = CandidateScanner::kPieceBytes;
+
+/// Occurrences that do not overlap.
+std::vector<Hit> walk(const SearchBytes& bytes, const std::vector<SearchCandidate>& candidateList,
+                      std::int64_t start = 0) {
+  TaskProgress progress;
+  CandidateScanner scanner(bytes, candidateList, false, start);
+  std::vector<Hit> hits;
+  std::int64_t position = start;
+  while (const auto hit = scanner.next(position, progress)) {
+    hits.push_back(*hit);
+    position = hit->end();
+  }
+  return hits;
+}
+
+void put(SearchBytes& bytes, std::int64_t offset, std::string_view text) {
+  std::ranges::copy(text, bytes.begin() + offset);
+}
+
+TEST(CandidateScanner, findsNothingWhereNothingCanBe) {
+  EXPECT_TRUE(walk({}, rawCandidates({"a"})).empty());
+  EXPECT_TRUE(walk(searchBytes("abc"), {}).empty());
+  EXPECT_TRUE(walk(searchBytes("abc"), rawCandidates({"abcd"})).empty());
+  EXPECT_TRUE(walk(searchBytes("abc"), rawCandidates({"a"}), 1).empty());
+  EXPECT_TRUE(walk(searchBytes("abc"), rawCandidates({"a"}), 99).empty());
+}
+
+TEST(CandidateScanner, prefersTheLongestOfThoseThatBeginTogether) {
+  EXPECT_THAT(walk(searchBytes("abcdab"), rawCandidates({"ab", "abcd"})),
+              testing::ElementsAre(Hit{0, 1, 4}, Hit{4, 0, 2}));
+  EXPECT_THAT(walk(searchBytes("abcdab"), rawCandidates({"abcd", "ab"})),
+              testing::ElementsAre(Hit{0, 0, 4}, Hit{4, 1, 2}));
+}
+
+TEST(CandidateScanner, prefersTheFirstInTheListOfEquallyLongOnes) {
+  TaskProgress progress;
+  const auto folded = rawCandidates({"x", "aB", "Ab"});
+  const SearchBytes bytes = searchBytes("zab");
+  EXPECT_EQ(CandidateScanner(bytes, folded, true).next(0, progress), (Hit{1, 1, 2}));
+}
+
+TEST(CandidateScanner, prefersTheEarlierToTheLonger) {
+  EXPECT_THAT(walk(searchBytes("xabcd"), rawCandidates({"abcd", "xa"})),
+              testing::ElementsAre(Hit{0, 1, 2}));
+}
+
+TEST(CandidateScanner, repeatsAnOccurrenceThatWasNotPassed) {
+  TaskProgress progress;
+  const SearchBytes bytes = searchBytes("..ab..ab");
+  CandidateScanner scanner(bytes, rawCandidates({"ab"}), false);
+  EXPECT_EQ(scanner.next(0, progress), (Hit{2, 0, 2}));
+  EXPECT_EQ(scanner.next(2, progress), (Hit{2, 0, 2}));
+  EXPECT_EQ(scanner.next(3, progress), (Hit{6, 0, 2}));
+  EXPECT_EQ(scanner.next(7, progress), std::nullopt);
+  EXPECT_EQ(scanner.next(8, progress), std::nullopt);
+}
+
+TEST(CandidateScanner, findsWhatLiesAtAndAcrossTheEndsOfPieces) {
+  for (const std::int64_t offset :
+       {kPiece - 3, kPiece - 2, kPiece - 1, kPiece, kPiece + 1, 2 * kPiece - 1, 2 * kPiece}) {
+    SearchBytes bytes(static_cast<std::size_t>(2 * kPiece + 3), '.');
+    put(bytes, offset, "abc");
+    EXPECT_THAT(walk(bytes, rawCandidates({"zz", "abc", "q"})),
+                testing::ElementsAre(Hit{offset, 1, 3}));
+  }
+}
+
+TEST(CandidateScanner, findsCandidatesLongerThanAPiece) {
+  SearchBytes needle(static_cast<std::size_t>(kPiece + 10), 'n');
+  SearchBytes bytes(static_cast<std::size_t>(kPiece + 5), '.');
+  bytes.insert(bytes.end(), needle.begin(), needle.end());
+  const std::vector<SearchCandidate> candidateList{{needle, SearchCandidateKind::Raw()}};
+  EXPECT_THAT(walk(bytes, candidateList), testing::ElementsAre(Hit{kPiece + 5, 0, kPiece + 10}));
+}
+
+TEST(CandidateScanner, tellsOfTheWholeWay) {
+  const SearchBytes bytes(static_cast<std::size_t>(3 * kMiB), '.');
+  TaskProgress progress;
+  progress.setTotal(3 * kMiB);
+  EXPECT_EQ(CandidateScanner(bytes, rawCandidates({"a", "bcd"}), false).next(0, progress),
+            std::nullopt);
+  EXPECT_EQ(progress.fraction(), 1.0);
+
+  TaskProgress half;
+  half.setTotal(2 * kMiB);
+  EXPECT_EQ(CandidateScanner(bytes, rawCandidates({"a"}), false, 2 * kMiB).next(2 * kMiB, half),
+            std::nullopt);
+  EXPECT_EQ(half.fraction(), 0.5);
+}
+
+TEST(CandidateScanner, stopsWithinAMegabyteOfFrequentOccurrences) {
+  const SearchBytes bytes(static_cast<std::size_t>(3 * kMiB), 'a');
+  TaskProgress progress;
+  CandidateScanner scanner(bytes, rawCandidates({"a", "aa", "b"}), false);
+  std::int64_t position = 0;
+  for (int i = 0; i < 10; ++i) position = scanner.next(position, progress)->end();
+  progress.requestStop();
+  const auto goOn = [&] {
+    while (const auto hit = scanner.next(position, progress)) position = hit->end();
+  };
+  EXPECT_THAT(goOn, testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_LT(position, kMiB + 100);
+}
+
+TEST(CandidateScanner, stopsWithinAMegabyteOfNothingFound) {
+  const SearchBytes bytes(static_cast<std::size_t>(8 * kMiB), '.');
+  TaskProgress progress;
+  progress.setTotal(8 * kMiB);
+  progress.requestStop();
+  CandidateScanner scanner(bytes, rawCandidates({"a", "b", "cd", "e"}), false);
+  EXPECT_THAT([&] { scanner.next(0, progress); },
+              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_LE(progress.fraction(), 1.0 / 8);
+}
+
+TEST(CandidateScanner, goesOnAfterAStopAsIfItHadNotBeen) {
+  SearchBytes bytes(static_cast<std::size_t>(4 * kMiB), '.');
+  put(bytes, 4 * kMiB - 7, "abc");
+  CandidateScanner scanner(bytes, rawCandidates({"abc", "q"}), false);
+  TaskProgress stopped;
+  stopped.requestStop();
+  EXPECT_THROW(scanner.next(0, stopped), Error);
+  TaskProgress progress;
+  EXPECT_EQ(scanner.next(0, progress), (Hit{4 * kMiB - 7, 0, 3}));
+}
+
+}  // namespace
+}  // namespace quillmor
