@@ -40,6 +40,10 @@ AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
   response.texts = expected.answers;
   response.texts.resize(alert.fields.size());
   response.selectedChoices.resize(alert.fields.size());
+  if (nextChoice_ && nextChoice_->first < alert.fields.size()) {
+    response.selectedChoices[nextChoice_->first] = nextChoice_->second;
+    nextChoice_.reset();
+  }
   return response;
 }
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/PlatformServices.h"
@@ -23,6 +24,9 @@ class ScriptedAlerts : public AlertPresenter {
   /// The next alert has these texts; it is answered with `button`, a title among its buttons.
   void expect(const std::string& messageText, const std::string& informativeText,
               const std::string& button = "OK", std::vector<std::string> answers = {});
+
+  /// In the next alert with a form, the pop-up `field` is set to its entry `choice`.
+  void chooseInNext(std::size_t field, std::size_t choice) { nextChoice_ = {field, choice}; }
 
   /// Runs while the next alert is on screen, as the event loop of a real one would.
   void duringNext(std::function<void()> action) { duringNext_ = std::move(action); }
@@ -41,6 +45,7 @@ class ScriptedAlerts : public AlertPresenter {
   std::deque<Expected> script_;
   std::vector<Alert> shown_;
   std::function<void()> duringNext_;
+  std::optional<std::pair<std::size_t, std::size_t>> nextChoice_;
 };
 
 /// File panels with answers prepared; a panel without one fails the test.
