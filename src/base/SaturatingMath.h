@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace quillmor {
 
@@ -21,6 +22,13 @@ constexpr std::int64_t saturatingMultiply(std::int64_t a, std::int64_t b) {
   std::int64_t product = 0;
   if (!__builtin_mul_overflow(a, b, &product)) return product;
   return (a < 0) == (b < 0) ? kMaxInt64 : kMinInt64;
+}
+
+/// `a * b`; none when either is negative or the product does not fit.
+constexpr std::optional<std::int64_t> safeProduct(std::int64_t a, std::int64_t b) {
+  std::int64_t product = 0;
+  if (a < 0 || b < 0 || __builtin_mul_overflow(a, b, &product)) return std::nullopt;
+  return product;
 }
 
 /// `value` limited to 0...`count`; `count` is not negative.

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <system_error>
+#include <thread>
 
 #include "base/Error.h"
 #include "fileaccess/UrlReservations.h"
@@ -91,6 +93,17 @@ std::string inRestrictedProcess(std::int64_t maximumFileSize,
   ::waitpid(child, &status, 0);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
   return text;
+}
+
+bool forbidThreads() {
+  const rlimit none = {.rlim_cur = 0, .rlim_max = 0};
+  if (::setrlimit(RLIMIT_NPROC, &none) != 0) return false;
+  try {
+    std::thread([] {}).join();
+    return false;
+  } catch (const std::system_error&) {
+    return true;
+  }
 }
 
 std::string errorText(const std::function<void()>& body) {

@@ -46,6 +46,9 @@ inline constexpr std::int64_t kNoSizeLimit = std::numeric_limits<std::int64_t>::
 std::string inRestrictedProcess(std::int64_t maximumFileSize,
                                 const std::function<std::string()>& body);
 
+/// Forbids this process, which must not be root's, to start threads; false when it still can.
+bool forbidThreads();
+
 /// `body`'s error as "code message"; "no error" when there is none.
 std::string errorText(const std::function<void()>& body);
 

@@ -24,17 +24,17 @@ GuardedBytes::~GuardedBytes() {
   ::munmap(mapping_, capacity_ + 2 * pageSize_);
 }
 
-std::span<const std::uint8_t> GuardedBytes::copied(std::span<const std::uint8_t> bytes,
-                                                   std::uint8_t* to) {
+std::span<std::uint8_t> GuardedBytes::copied(std::span<const std::uint8_t> bytes,
+                                             std::uint8_t* to) {
   std::ranges::copy(bytes, to);
   return {to, bytes.size()};
 }
 
-std::span<const std::uint8_t> GuardedBytes::atStart(std::span<const std::uint8_t> bytes) {
+std::span<std::uint8_t> GuardedBytes::atStart(std::span<const std::uint8_t> bytes) {
   return copied(bytes, mapping_ + pageSize_);
 }
 
-std::span<const std::uint8_t> GuardedBytes::atEnd(std::span<const std::uint8_t> bytes) {
+std::span<std::uint8_t> GuardedBytes::atEnd(std::span<const std::uint8_t> bytes) {
   return copied(bytes, mapping_ + pageSize_ + capacity_ - bytes.size());
 }
 

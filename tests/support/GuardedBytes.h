@@ -17,13 +17,13 @@ class GuardedBytes {
   GuardedBytes& operator=(const GuardedBytes&) = delete;
 
   /// `bytes` copied right behind the page before.
-  std::span<const std::uint8_t> atStart(std::span<const std::uint8_t> bytes);
+  std::span<std::uint8_t> atStart(std::span<const std::uint8_t> bytes);
 
   /// `bytes` copied right before the page behind.
-  std::span<const std::uint8_t> atEnd(std::span<const std::uint8_t> bytes);
+  std::span<std::uint8_t> atEnd(std::span<const std::uint8_t> bytes);
 
  private:
-  std::span<const std::uint8_t> copied(std::span<const std::uint8_t> bytes, std::uint8_t* to);
+  std::span<std::uint8_t> copied(std::span<const std::uint8_t> bytes, std::uint8_t* to);
 
   std::size_t pageSize_;
   std::size_t capacity_;

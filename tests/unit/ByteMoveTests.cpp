@@ -1,12 +1,9 @@
 #include "base/ByteMove.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstring>
 #include <random>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 #include "support/FileAccessTest.h"
@@ -42,22 +39,10 @@ TEST(ByteMove, equalsThePlainMoveWhetherSharedBetweenThreadsOrNot) {
   }
 }
 
-/// Forbids this process, which must not be root's, to start threads.
-bool forbidThreads() {
-  const rlimit none = {.rlim_cur = 0, .rlim_max = 0};
-  if (::setrlimit(RLIMIT_NPROC, &none) != 0) return false;
-  try {
-    std::thread([] {}).join();
-    return false;
-  } catch (const std::system_error&) {
-    return true;
-  }
-}
-
 TEST(ByteMove, isDoneByOneThreadWhereThereIsNoSecond) {
   EXPECT_EQ(test::inRestrictedProcess(test::kNoSizeLimit,
                                       [] {
-                                        if (!forbidThreads()) return "threads can be started";
+                                        if (!test::forbidThreads()) return "threads can be started";
                                         compareWithMemmove(kParallelMoveThreshold, 1);
                                         compareWithMemmove(kParallelMoveThreshold, -1);
                                         return testing::Test::HasFailure() ? "moved wrongly"

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quillmor {
+
+/// How two bytes become one.
+enum class ByteOperation { exclusiveOr, bitwiseAnd, bitwiseOr };
+
+/// The inner loops of the byte transforms, once per kind of processor. All read `count` bytes from
+/// `from` and write as many to `to`, which overlaps nothing that is read; any alignment; 0 bytes
+/// are fine. They allocate nothing and throw nothing, and any thread may call them.
+struct ByteKernels {
+  using Unary = void (*)(std::uint8_t* to, const std::uint8_t* from, std::size_t count);
+  using Binary = void (*)(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,
+                          std::size_t count);
+
+  const char* name;
+  Unary invert;   ///< every byte's complement
+  Unary reverse;  ///< the last byte first
+  Unary swap16;   ///< each group of two bytes reversed; `count` is a multiple of 2
+  Unary swap32;   ///< each group of four bytes reversed; `count` is a multiple of 4
+  Binary exclusiveOr;
+  Binary bitwiseAnd;
+  Binary bitwiseOr;
+
+  Binary combining(ByteOperation operation) const {
+    if (operation == ByteOperation::exclusiveOr) return exclusiveOr;
+    return operation == ByteOperation::bitwiseAnd ? bitwiseAnd : bitwiseOr;
+  }
+};
+
+/// The kernels that every processor runs.
+const ByteKernels& portableByteKernels();
+
+/// The best kernels this processor runs, chosen on first use.
+const ByteKernels& fastestByteKernels();
+
+/// All kernels this processor runs, the portable ones first.
+std::vector<const ByteKernels*> availableByteKernels();
+
+/// The kernels for processors with AVX2; null when this is another one.
+const ByteKernels* avx2ByteKernels();
+
+}  // namespace quillmor

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "base/ByteBuffer.h"
+#include "base/TaskProgress.h"
+
+namespace quillmor {
+
+/// Exactly `count` bytes, byte i being `pattern[i mod pattern length]`. Empty, and nothing is
+/// allocated, when the pattern is empty, `count` is below 1 or above `maximumCount`.
+///
+/// Any thread. Throws std::bad_alloc when memory runs out.
+ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
+                         std::int64_t maximumCount);
+
+/// The same, telling `progress` the bytes done of `count`. Throws `Error::stopped()` when a stop
+/// was requested.
+ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
+                         std::int64_t maximumCount, TaskProgress& progress);
+
+/// A pattern as an endless sequence of bytes that can be read in long runs, whatever the length of
+/// the pattern. A pattern of more than half `kBlockSize` is not copied and has to outlive this.
+/// Reading is safe from any thread.
+class RepeatingPattern {
+ public:
+  /// Small enough to stay in a core's nearest cache while it is combined with other bytes.
+  static constexpr std::int64_t kBlockSize = 16 * 1024;
+
+  /// `pattern` holds at least one byte.
+  explicit RepeatingPattern(std::span<const std::uint8_t> pattern);
+
+  /// Bytes `position` (0 or more) and following of the sequence: 1 to `maximumCount` (at least 1)
+  /// of them. Valid as long as this object.
+  std::span<const std::uint8_t> run(std::int64_t position, std::int64_t maximumCount) const;
+
+ private:
+  ByteBuffer copies_;
+  std::span<const std::uint8_t> block_;
+};
+
+}  // namespace quillmor
