@@ -7,6 +7,7 @@
 
 #include "base/HexText.h"
 #include "base/Unicode.h"
+#include "search/AsciiHexBytes.h"
 #include "search/IntegerText.h"
 
 namespace quillmor::HexParser {
@@ -15,38 +16,34 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Classes of ASCII characters; values below 16 are those of hexadecimal digits.
+/// Classes of characters; values below 16 are those of hexadecimal digits.
 constexpr std::uint8_t kSeparator = 16;
 constexpr std::uint8_t kPrefixLetter = 17;
 constexpr std::uint8_t kInvalid = 18;
-constexpr std::uint8_t kNonAscii = 19;
 
 constexpr bool isDigit(std::uint8_t characterClass) {
   return characterClass < kSeparator;
 }
 
-constexpr std::array<std::uint8_t, 256> kClasses = [] {
-  std::array<std::uint8_t, 256> table{};
-  for (std::size_t ascii = 0; ascii < 0x80; ++ascii) {
-    table[ascii] = hexDigitValue(static_cast<char>(ascii)).value_or(kInvalid);
-  }
-  for (std::size_t space = 0x09; space <= 0x0D; ++space) table[space] = kSeparator;
-  for (const char c : {' ', ',', '-', ':', ';'}) table[static_cast<unsigned char>(c)] = kSeparator;
-  table['x'] = table['X'] = kPrefixLetter;
-  for (std::size_t high = 0x80; high < 256; ++high) table[high] = kNonAscii;
-  return table;
-}();
+std::uint8_t classOf(char32_t scalar) {
+  if (Unicode::isWhiteSpace(scalar)) return kSeparator;
+  if (scalar >= 0x80) return kInvalid;
+  const char character = static_cast<char>(scalar);
+  if (isAsciiSeparator(character)) return kSeparator;
+  if (character == 'x' || character == 'X') return kPrefixLetter;
+  return hexDigitValue(character).value_or(kInvalid);
+}
 
-std::uint8_t classOf(char character) {
-  return kClasses[static_cast<unsigned char>(character)];
+std::uint64_t byteLimit(std::optional<std::int64_t> maxOutputBytes) {
+  if (!maxOutputBytes) return std::numeric_limits<std::uint64_t>::max();
+  return static_cast<std::uint64_t>(*maxOutputBytes);
 }
 
 /// The grammar of the byte list, fed one character class at a time.
 class ByteCollector {
  public:
   ByteCollector(std::size_t textLength, std::optional<std::int64_t> maxOutputBytes)
-      : limit_(maxOutputBytes ? static_cast<std::uint64_t>(*maxOutputBytes)
-                              : std::numeric_limits<std::uint64_t>::max()) {
+      : limit_(byteLimit(maxOutputBytes)) {
     const std::size_t longest = textLength / 2 + textLength % 2;
     bytes_.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(longest, limit_)));
   }
@@ -57,16 +54,6 @@ class ByteCollector {
     if (characterClass == kSeparator) return endToken();
     return characterClass == kPrefixLetter && acceptPrefix();
   }
-
-  /// The same as accepting two digits, in one step; only where a pair begins.
-  bool acceptPair(std::uint8_t high, std::uint8_t low) {
-    digitCount_ += 2;
-    pendingDigit_ = high;
-    return append(static_cast<std::uint8_t>(high << 4 | low));
-  }
-
-  /// Whether the next digit is the first of a pair.
-  bool isAtPair() const { return digitCount_ % 2 == 0; }
 
   std::optional<Bytes> finish() {
     if (!endToken() || bytes_.empty()) return std::nullopt;
@@ -121,16 +108,10 @@ std::optional<Bytes> parseHexBytesUnicode(std::string_view text,
     if (maxInputCharacters && scalarsRead == *maxInputCharacters) return std::nullopt;
     ++scalarsRead;
     const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
-    std::uint8_t characterClass = Unicode::isWhiteSpace(next.scalar) ? kSeparator : kInvalid;
-    if (next.scalar < 0x80) characterClass = classOf(text.front());
-    if (!collector.accept(characterClass)) return std::nullopt;
+    if (!collector.accept(classOf(next.scalar))) return std::nullopt;
     text.remove_prefix(next.length);
   }
   return collector.finish();
-}
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return classOf(c) != kNonAscii; });
 }
 
 /// The text between the white space at its ends, as long as it is one run of at most 128 ASCII
@@ -168,25 +149,11 @@ std::optional<Bytes> parseHexBytes(std::string_view text,
                                    std::optional<std::int64_t> maxInputCharacters) {
   if (maxInputCharacters && *maxInputCharacters < 0) return std::nullopt;
   if (maxOutputBytes && *maxOutputBytes < 1) return std::nullopt;
+  if (!isAscii(text)) return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
   if (maxInputCharacters && text.size() > static_cast<std::uint64_t>(*maxInputCharacters)) {
-    // More bytes than characters allowed is too long only when every character is one byte.
-    if (isAscii(text)) return std::nullopt;
-    return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
+    return std::nullopt;
   }
-  ByteCollector collector(text.size(), maxOutputBytes);
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::uint8_t first = classOf(text[i]);
-    if (first == kNonAscii) {
-      return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
-    }
-    const std::uint8_t second = i + 1 < text.size() ? classOf(text[i + 1]) : kSeparator;
-    const bool isPair = isDigit(first) && isDigit(second) && collector.isAtPair();
-    if (!(isPair ? collector.acceptPair(first, second) : collector.accept(first))) {
-      return std::nullopt;
-    }
-    if (isPair) ++i;
-  }
-  return collector.finish();
+  return parseAsciiHexBytes(text, byteLimit(maxOutputBytes));
 }
 
 std::optional<std::int64_t> parseOffset(std::string_view text) {

@@ -1,8 +1,16 @@
 #include "tools/DataInspector.h"
 
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <concepts>
 #include <cstddef>
+#include <limits>
 #include <string_view>
+#include <system_error>
 
+#include "base/Check.h"
 #include "base/HexText.h"
 
 namespace quillmor::DataInspector {
@@ -11,16 +19,27 @@ namespace {
 
 constexpr std::string_view kJoint = "  |  ";
 
-std::uint32_t littleEndian(std::span<const std::uint8_t> bytes) {
-  std::uint32_t value = 0;
+std::uint64_t littleEndian(std::span<const std::uint8_t> bytes) {
+  std::uint64_t value = 0;
   for (std::size_t i = bytes.size(); i > 0; --i) value = value << 8 | bytes[i - 1];
   return value;
 }
 
-std::uint32_t bigEndian(std::span<const std::uint8_t> bytes) {
-  std::uint32_t value = 0;
+std::uint64_t bigEndian(std::span<const std::uint8_t> bytes) {
+  std::uint64_t value = 0;
   for (const std::uint8_t byte : bytes) value = value << 8 | byte;
   return value;
+}
+
+/// The bytes from `offset` on; none when `offset` is no offset of a byte.
+std::span<const std::uint8_t> bytesFrom(std::span<const std::uint8_t> bytes, std::int64_t offset) {
+  if (offset < 0 || static_cast<std::uint64_t>(offset) >= bytes.size()) return {};
+  return bytes.subspan(static_cast<std::size_t>(offset));
+}
+
+/// `value` as `digits` hexadecimal digits; the sign of the conversion is none of the text.
+std::string hexDigits(std::uint64_t value, int digits) {
+  return uppercaseHex(static_cast<std::int64_t>(value), digits);
 }
 
 /// "U16LE: 0x…  |  U16BE: 0x…" for two bytes, and so on.
@@ -28,17 +47,57 @@ std::string unsignedParts(std::span<const std::uint8_t> bytes) {
   const std::string bits = std::to_string(bytes.size() * 8);
   const auto digits = static_cast<int>(bytes.size() * 2);
   std::string text;
-  text.append("U").append(bits).append("LE: 0x").append(uppercaseHex(littleEndian(bytes), digits));
+  text.append("U").append(bits).append("LE: 0x").append(hexDigits(littleEndian(bytes), digits));
   text.append(kJoint);
-  text.append("U").append(bits).append("BE: 0x").append(uppercaseHex(bigEndian(bytes), digits));
+  text.append("U").append(bits).append("BE: 0x").append(hexDigits(bigEndian(bytes), digits));
+  return text;
+}
+
+/// "UInt16 LE: 0x… / …" for two bytes, and so on.
+std::string unsignedLine(std::size_t width, std::string_view order, std::uint64_t value) {
+  std::string line = "UInt" + std::to_string(width * 8);
+  line.append(" ").append(order).append(": 0x");
+  line.append(hexDigits(value, static_cast<int>(width * 2)));
+  return line.append(" / ").append(std::to_string(value));
+}
+
+/// The form with an exponent begins where the digits before the point stop being exact (2^53, 2^24
+/// for 32 bits) and below 0.0001.
+template <std::floating_point Float>
+bool needsExponent(Float value) {
+  constexpr auto kExactBelow = static_cast<Float>(1ULL << std::numeric_limits<Float>::digits);
+  const Float magnitude = std::abs(value);
+  return magnitude != 0 && (magnitude > kExactBelow || magnitude < static_cast<Float>(1e-4));
+}
+
+template <std::floating_point Float>
+std::string shortestText(Float value) {
+  if (std::isnan(value)) return "nan";
+  if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
+  const bool hasExponent = needsExponent(value);
+  std::array<char, 64> characters;
+  const auto [end, error] =
+      std::to_chars(characters.data(), characters.data() + characters.size(), value,
+                    hasExponent ? std::chars_format::scientific : std::chars_format::fixed);
+  checkPrecondition(error == std::errc(), "room for the digits of a floating-point number");
+  std::string text(characters.data(), end);
+  if (!hasExponent && text.find('.') == std::string::npos) text.append(".0");
   return text;
 }
 
 }  // namespace
 
+std::string floatText(float value) {
+  return shortestText(value);
+}
+
+std::string floatText(double value) {
+  return shortestText(value);
+}
+
 std::string inspectorText(std::span<const std::uint8_t> bytes, std::int64_t offset) {
-  if (offset < 0 || static_cast<std::uint64_t>(offset) >= bytes.size()) return "EOF";
-  const auto rest = bytes.subspan(static_cast<std::size_t>(offset));
+  const auto rest = bytesFrom(bytes, offset);
+  if (rest.empty()) return "EOF";
   const std::uint8_t byte = rest.front();
   std::string text = "UInt8: " + std::to_string(byte);
   text.append(kJoint).append("Int8: ");
@@ -48,6 +107,31 @@ std::string inspectorText(std::span<const std::uint8_t> bytes, std::int64_t offs
     if (rest.size() >= width) text.append(kJoint).append(unsignedParts(rest.first(width)));
   }
   return text;
+}
+
+std::optional<std::string> detailReport(std::span<const std::uint8_t> bytes, std::int64_t offset) {
+  const auto rest = bytesFrom(bytes, offset);
+  if (rest.empty()) return std::nullopt;
+  const std::uint8_t byte = rest.front();
+  std::string report = "Offset: 0x" + uppercaseHex(offset, 8);
+  const auto addLine = [&report](const std::string& line) { report.append("\n").append(line); };
+  addLine("UInt8: " + std::to_string(byte));
+  addLine("Int8: " + std::to_string(static_cast<std::int8_t>(byte)));
+  addLine("Hex: 0x" + std::string(uppercaseHexByteStrings[byte]));
+  for (const std::size_t width : {2U, 4U, 8U}) {
+    if (rest.size() < width) break;
+    addLine(unsignedLine(width, "LE", littleEndian(rest.first(width))));
+    addLine(unsignedLine(width, "BE", bigEndian(rest.first(width))));
+  }
+  if (rest.size() >= 4) {
+    const auto bits = static_cast<std::uint32_t>(littleEndian(rest.first(4)));
+    addLine("Float32 LE: " + floatText(std::bit_cast<float>(bits)));
+  }
+  if (rest.size() >= 8) {
+    const std::uint64_t bits = littleEndian(rest.first(8));
+    addLine("Float64 LE: " + floatText(std::bit_cast<double>(bits)));
+  }
+  return report;
 }
 
 }  // namespace quillmor::DataInspector

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -10,5 +11,17 @@ namespace quillmor::DataInspector {
 /// The one-line interpretation of the bytes from `offset` on: 8, 16 and 32 bits, the wider ones as
 /// far as enough bytes follow; "EOF" when `offset` is no offset of a byte.
 std::string inspectorText(std::span<const std::uint8_t> bytes, std::int64_t offset);
+
+/// The report of the bytes from `offset` on, lines joined with a line feed: unsigned integers of 8
+/// to 64 bits in both byte orders and little-endian floating-point numbers, the wider ones as far
+/// as enough bytes follow. Absent when `offset` is no offset of a byte.
+std::optional<std::string> detailReport(std::span<const std::uint8_t> bytes, std::int64_t offset);
+
+/// The shortest decimal text that reads back as `value`, such as "1.0", "-0.5", "1e+16", "5e-324",
+/// "-0.0", "inf", "-inf"; "nan" for all values that are no number. It always has a point or an
+/// exponent, and an exponent (of two digits at least) only below 0.0001 and above the integers the
+/// type holds without gaps, up to 2^53, or 2^24 for 32 bits.
+std::string floatText(float value);
+std::string floatText(double value);
 
 }  // namespace quillmor::DataInspector

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace quillmor::HexParser {
+
+/// Whether all of `text` is 7-bit ASCII.
+bool isAscii(std::string_view text);
+
+/// Whether an ASCII character stands between the tokens of a byte list.
+constexpr bool isAsciiSeparator(char character) {
+  if (character >= 0x09 && character <= 0x0D) return true;
+  return std::string_view(" ,-:;").find(character) != std::string_view::npos;
+}
+
+/// `parseHexBytes` for text that `isAscii`, with at most `maxOutputBytes` (1 or more) bytes.
+std::optional<std::vector<std::uint8_t>> parseAsciiHexBytes(std::string_view text,
+                                                            std::uint64_t maxOutputBytes);
+
+}  // namespace quillmor::HexParser
