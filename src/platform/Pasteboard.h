@@ -15,7 +15,7 @@ class Pasteboard {
  public:
   /// Text as far as it is allowed to be.
   struct BoundedText {
-    std::string text;  ///< UTF-8; empty when it is too long
+    std::string text = {};  ///< UTF-8; empty when it is too long
     bool isTooLong = false;
   };
 

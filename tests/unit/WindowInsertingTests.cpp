@@ -69,7 +69,9 @@ TEST_F(WindowInserting, fillsWithZeroAndFF) {
   EXPECT_EQ(editor.text(), std::string("a\0\0def", 6));
   EXPECT_EQ(undoName(editor), "Fill Selection with 00");
   editor->fillSelectionWithFF();
-  EXPECT_EQ(editor.text(), "a\xFF\xFF" "def");
+  EXPECT_EQ(editor.text(),
+            "a\xFF\xFF"
+            "def");
   EXPECT_EQ(undoName(editor), "Fill Selection with FF");
 }
 
@@ -86,17 +88,17 @@ TEST_F(WindowInserting, insertsAFillWhereNothingIsSelected) {
 TEST_F(WindowInserting, refusesFillsWithoutLength) {
   auto editor = makeEditor("abc");
   for (const char* length : {"0", "-1"}) {
-    platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "00", length});
+    platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", length});
     platform.alerts.expect("Fill Selection", "Length must be greater than zero.");
     editor->fillSelection();
   }
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "00", "many"});
+  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", "many"});
   platform.alerts.expect("Fill Selection", "Enter a valid length.");
   editor->fillSelection();
   platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "", "1"});
   platform.alerts.expect("Fill Selection", "Enter a valid byte pattern.");
   editor->fillSelection();
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "Cancel", {"", "00", "1"});
+  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "Cancel", {"", "0x00", "1"});
   editor->fillSelection();
   EXPECT_EQ(editor.text(), "abc");
 }
@@ -104,13 +106,13 @@ TEST_F(WindowInserting, refusesFillsWithoutLength) {
 TEST_F(WindowInserting, fillsInTheBackgroundFromOneMebibyteOn) {
   auto editor = makeEditor(std::string(backgroundEditThresholdBytes, 'a'));
   editor.editor().setSelection({0, backgroundEditThresholdBytes});
-  fill(editor, "62");
+  fill(editor, "0x62");
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Generating fill bytes…");
   platform.executor.runAll();
-  EXPECT_EQ(editor.text(), std::string(backgroundEditThresholdBytes, 'b'));
+  EXPECT_TRUE(editor.text() == std::string(backgroundEditThresholdBytes, 'b'));
   editor.editor().setSelection({});
-  insertFill(editor, "63", "0x100000");
+  insertFill(editor, "0x63", "0x100000");
   EXPECT_EQ(editor.window->statusText, "Generating fill bytes…");
   editor->stopCurrentOperation();
   platform.executor.runAll();
@@ -125,7 +127,7 @@ TEST_F(WindowInserting, saysThatFillingFailed) {
     work();
   };
   platform.executor.aroundNextWork(runOutOfMemory);
-  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "62"});
+  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "0x62"});
   platform.alerts.expect("Fill Selection Failed", "Cannot allocate memory");
   editor->fillSelection();
   platform.executor.runAll();
@@ -134,7 +136,7 @@ TEST_F(WindowInserting, saysThatFillingFailed) {
   editor->fillSelectionWithFF();
   platform.executor.runAll();
   platform.executor.aroundNextWork(runOutOfMemory);
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "61", "0x400000"});
+  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x61", "0x400000"});
   platform.alerts.expect("Insert Bytes Failed", "Cannot allocate memory");
   editor->insertBytes();
   platform.executor.runAll();
@@ -144,7 +146,7 @@ TEST_F(WindowInserting, saysThatFillingFailed) {
 TEST_F(WindowInserting, saysWhenTheSelectionChangedMeanwhile) {
   auto editor = makeEditor(std::string(backgroundEditThresholdBytes, 'a'));
   editor.editor().setSelection({0, backgroundEditThresholdBytes});
-  fill(editor, "62");
+  fill(editor, "0x62");
   editor.document->storage()->bytes.truncate(10);
   platform.alerts.expect("Fill Selection Failed",
                          "The selected range changed before the operation completed.");
@@ -170,16 +172,16 @@ TEST_F(WindowInserting, insertsBytesAndMovesBookmarks) {
 
 TEST_F(WindowInserting, saysWhenNothingWouldBeInserted) {
   auto editor = makeEditor("abc");
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00", "0"});
+  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "0"});
   platform.alerts.expect("Insert Bytes", "No bytes were generated.");
   editor->insertBytes();
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00", "-1"});
+  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "-1"});
   platform.alerts.expect("Insert Bytes", "Enter a valid repeat count.");
   editor->insertBytes();
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00", "x"});
+  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "x"});
   platform.alerts.expect("Insert Bytes", "Enter a valid repeat count.");
   editor->insertBytes();
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "Cancel", {"", "00", "1"});
+  platform.alerts.expect("Insert Bytes", kInsertQuestion, "Cancel", {"", "0x00", "1"});
   editor->insertBytes();
   EXPECT_EQ(editor.text(), "abc");
 }
@@ -206,23 +208,23 @@ TEST_F(WindowInserting, refusesTooMuchBeforeTakingMemory) {
   platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00 01", "2"});
   platform.alerts.expect("Insert Bytes", refused);
   editor->insertBytes();
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "00", "4"});
+  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", "4"});
   platform.alerts.expect("Fill Selection", refused);
   editor->fillSelection();
   EXPECT_EQ(editor.text(), "abc");
-  insertFill(editor, "2E", "3");
+  insertFill(editor, "0x2E", "3");
   EXPECT_EQ(editor.text(), "...abc");
 }
 
 TEST_F(WindowInserting, insertsManyBytesInTheBackground) {
   auto editor = makeEditor("abc");
-  insert(editor, "2E", "0xFFFFF");
+  insert(editor, "0x2E", "0xFFFFF");
   EXPECT_FALSE(editor->isBusy());
   editor->undo();
-  insert(editor, "2E", "0x100000");
+  insert(editor, "0x2E", "0x100000");
   EXPECT_EQ(editor.window->statusText, "Generating bytes…");
   platform.executor.runAll();
-  EXPECT_EQ(editor.text(), std::string(0x100000, '.') + "abc");
+  EXPECT_TRUE(editor.text() == std::string(0x100000, '.') + "abc");
 }
 
 TEST_F(WindowInserting, refusesWhileBusy) {

@@ -59,16 +59,24 @@ TEST_F(WindowValues, areWrittenOverTheBytesAtTheCaret) {
   auto editor = makeEditor("abcdef");
   editor.editor().setCaretOffset(1);
   edit(editor, 4, "0x11223344");
-  EXPECT_EQ(editor.text(), "a\x11\x22\x33\x44" "f");
+  EXPECT_EQ(editor.text(),
+            "a\x11\x22\x33\x44"
+            "f");
   EXPECT_EQ(editor.editor().caretOffset(), 1);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 4}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Edit Value");
   edit(editor, 3, "0x11223344");
-  EXPECT_EQ(editor.text(), "a\x44\x33\x22\x11" "f");
+  EXPECT_EQ(editor.text(),
+            "a\x44\x33\x22\x11"
+            "f");
   edit(editor, 0, "FFh");
-  EXPECT_EQ(editor.text(), "a\xFF\x33\x22\x11" "f");
+  EXPECT_EQ(editor.text(),
+            "a\xFF\x33\x22\x11"
+            "f");
   edit(editor, 5, "A");
-  EXPECT_EQ(editor.text(), "aA\x33\x22\x11" "f");
+  EXPECT_EQ(editor.text(),
+            "aA\x33\x22\x11"
+            "f");
   for (int step = 0; step < 4; ++step) editor->undo();
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->isDocumentEdited());
