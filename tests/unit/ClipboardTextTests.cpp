@@ -315,6 +315,17 @@ TEST(PastedText, isWhatWasCopiedInTheHexadecimalStyle) {
   }
 }
 
+/// Large texts stand on memory of another kind.
+TEST(PastedText, isWhatWasCopiedWhateverItsSize) {
+  std::mt19937_64 random(4);
+  const Bytes bytes = randomBytes(random, 3'000'000);
+  const std::string text = clipboardText(bytes, Style::hex);
+  EXPECT_EQ(text.size(), 3 * bytes.size() - 1);
+  EXPECT_TRUE(bytesForPastedText(text, maxGeneratedInputBytes, kMaxInt64) == bytes);
+  // Beyond the number of characters that is read as hexadecimal, a text is itself.
+  EXPECT_TRUE(pasted(text) == utf8Of(text));
+}
+
 /// Source code is no list of hexadecimal bytes: brackets and quotes are no separators.
 TEST(PastedText, isTheTextItselfInTheStylesForSourceCode) {
   for (const Style style :
