@@ -5,6 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "search/NeedleSearch.h"
+
 namespace quillmor {
 
 /// A byte sequence prepared to be found many times. Whatever the data, finding takes time in
@@ -12,27 +14,38 @@ namespace quillmor {
 ///
 /// All positions are of a match's first byte. `haystack` is passed with every call, so that the
 /// bytes may be searched in pieces: only the positions are limited, a match may reach beyond them.
+/// Each match found is compared in full, so a walk over matches that overlap costs a needle's
+/// length for each of them.
 class ByteMatcher {
  public:
   /// With `caseInsensitiveASCII` a letter A...Z equals its lower-case form, in needle and haystack.
-  ByteMatcher(std::span<const std::uint8_t> needle, bool caseInsensitiveASCII);
+  /// A needle longer than `limits.longestNeedle` is never found, unless it is a single byte.
+  ByteMatcher(std::span<const std::uint8_t> needle, bool caseInsensitiveASCII,
+              const SearchLimits& limits = {})
+      : needle_(needle.begin(), needle.end()), search_(caseInsensitiveASCII, limits) {}
 
-  std::int64_t needleLength() const { return static_cast<std::int64_t>(needle_.size()); }
+  std::int64_t needleLength() const { return std::ssize(needle_); }
 
   /// The smallest match position in `from`...`through`, of which any part may lie outside of the
   /// haystack; absent when there is none or the needle is empty.
   std::optional<std::int64_t> first(std::span<const std::uint8_t> haystack, std::int64_t from,
-                                    std::int64_t through);
+                                    std::int64_t through) {
+    return search_.first(needle_, haystack, from, through);
+  }
 
   /// The greatest match position in `from`...`through`.
   std::optional<std::int64_t> last(std::span<const std::uint8_t> haystack, std::int64_t from,
-                                   std::int64_t through);
+                                   std::int64_t through) {
+    return search_.last(needle_, haystack, from, through);
+  }
+
+  /// The work done so far: bytes compared in vain, and bytes read by the linear search.
+  std::int64_t comparisons() const { return search_.comparisons(); }
+  std::int64_t linearBytes() const { return search_.linearBytes(); }
 
  private:
-  bool matchesAt(std::span<const std::uint8_t> haystack, std::int64_t position) const;
-
   std::vector<std::uint8_t> needle_;
-  bool folds_ = false;
+  NeedleSearch search_;
 };
 
 }  // namespace quillmor

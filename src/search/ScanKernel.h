@@ -1,0 +1,110 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace quillmor {
+
+/// The ways the bytes of a haystack can be scanned. All give the same answers.
+enum class ScanPath { portable, sse2, avx2 };
+
+/// The fastest path this machine has; found out once.
+ScanPath fastestScanPath();
+
+/// Whether this program holds the path and this machine can run it.
+bool isAvailable(ScanPath path);
+
+/// How the bytes of a pattern are compared with those of a haystack.
+enum class PatternKind {
+  exact,   ///< equal
+  folded,  ///< equal, or the same ASCII letter in the other case
+  masked,  ///< equal in the bits that the mask has
+};
+
+/// Bytes to be found, which somebody else owns.
+struct PatternView {
+  const std::uint8_t* values = nullptr;
+  /// For `PatternKind::masked` one mask for each value, else unused: 0xFF for a byte that must be
+  /// equal; 0, with a value of 0, for one that may be any.
+  const std::uint8_t* masks = nullptr;
+  std::int64_t length = 0;  ///< 1 or more
+  PatternKind kind = PatternKind::exact;
+};
+
+/// One position of a pattern, as looked for while scanning: `(byte & mask) == value`.
+struct ScanProbe {
+  std::int64_t offset = 0;  ///< from the start of the pattern
+  std::uint8_t value = 0;
+  std::uint8_t mask = 0xFF;
+
+  bool operator==(const ScanProbe&) const = default;
+};
+
+inline constexpr int kMaxProbes = 8;
+
+/// The positions of a pattern that decide whether it is compared at all. The first two are tried at
+/// every position of the haystack, the others where these two fit.
+struct ScanFilter {
+  std::array<ScanProbe, kMaxProbes> probes{};
+  int count = 0;             ///< 1 or more
+  bool provesMatch = false;  ///< whether the probes are all that the pattern asks for
+};
+
+inline constexpr int kCulprits = 3;
+
+/// What a scan knows from those before it, and how much it may still do.
+struct ScanState {
+  /// Comparisons that may be made in vain beyond those that the credit pays for, in sixteenths.
+  /// One byte of the pattern is one comparison, and a candidate costs `kCandidateCost` in addition.
+  std::int64_t allowance = 0;
+  /// What each position passed adds to the allowance, in sixteenths of a comparison.
+  std::int64_t credit = 0;
+  /// Where in the pattern the last comparison failed; it is compared first.
+  std::int64_t failedOffset = 0;
+  /// Where in the haystack comparisons failed: such bytes ruin one candidate after another.
+  std::array<std::int64_t, kCulprits> culprits{};
+  int oldestCulprit = 0;
+  /// All comparisons ever made in vain.
+  std::int64_t comparisons = 0;
+};
+
+inline constexpr std::int64_t kCandidateCost = 16;
+
+struct ScanResult {
+  enum class Outcome {
+    found,     ///< a match at `position`
+    absent,    ///< no match in the range
+    exhausted  ///< the allowance is used up; the scan is to go on from `position`
+  };
+  Outcome outcome = Outcome::absent;
+  std::int64_t position = 0;
+};
+
+/// A pattern looked for in a haystack.
+struct ScanTask {
+  const PatternView& pattern;
+  const ScanFilter& filter;
+  const std::uint8_t* haystack = nullptr;
+  std::int64_t last = 0;  ///< the greatest position where the pattern still fits in, 0 or more
+};
+
+/// Finds the first match in `from`...`through` or, scanning down, the last one. Positions are those
+/// of a match's first byte and 0 <= `from` <= `through` <= `task.last`. Reads no byte behind the
+/// haystack. A pure function but for `state`.
+using ScanFunction = ScanResult (*)(const ScanTask& task, std::int64_t from, std::int64_t through,
+                                    ScanState& state);
+
+struct ScanKernel {
+  ScanFunction forward = nullptr;
+  ScanFunction backward = nullptr;
+};
+
+/// The kernel of a path that is available.
+const ScanKernel& scanKernel(ScanPath path);
+
+/// The kernels themselves; without functions where the program was built for another processor.
+extern const ScanKernel portableScanKernel;
+extern const ScanKernel sse2ScanKernel;
+extern const ScanKernel avx2ScanKernel;
+
+}  // namespace quillmor

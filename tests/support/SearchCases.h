@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "search/SearchLimits.h"
+
+namespace quillmor {
+
+/// The scan paths that this machine has.
+std::vector<ScanPath> availableScanPaths();
+
+/// Limits that make searches go every way they can: by each path, with a budget that is soon used
+/// up, and by the linear search alone.
+std::vector<SearchLimits> everyKindOfLimits();
+
+/// Small searches that are likely to find something, and to almost find much more.
+class RandomSearches {
+ public:
+  explicit RandomSearches(std::uint64_t seed) : random_(seed) {}
+
+  /// A number of 0...`most`.
+  std::int64_t upTo(std::int64_t most);
+
+  /// Bytes from an alphabet of one to four letters in both cases, or of all 256 values; now and
+  /// then the repetition of a few bytes with a fault in it.
+  std::vector<std::uint8_t> haystack(std::int64_t maxLength);
+
+  /// Part of `haystack`, often changed in one place or in its case, or bytes of its own.
+  std::vector<std::uint8_t> needle(const std::vector<std::uint8_t>& haystack,
+                                   std::int64_t maxLength);
+
+ private:
+  std::uint8_t letter(int alphabet);
+
+  std::mt19937_64 random_;
+};
+
+}  // namespace quillmor
