@@ -420,7 +420,7 @@ TEST(UniqueCandidates, agreeWithTheObviousWalkOnRandomLists) {
   std::mt19937_64 random(kSeed);
   for (int i = 0; i < 5'000; ++i) {
     Candidates list;
-    for (auto left = random() % 12; left > 0; --left) {
+    for (auto left = random() % 60; left > 0; --left) {
       Bytes bytes(1 + random() % 3);
       for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random() % 3 * 0x7F);
       // The kind tells which of equal sequences was kept.
