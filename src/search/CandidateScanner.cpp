@@ -1,6 +1,7 @@
 #include "search/CandidateScanner.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/SaturatingMath.h"
 
@@ -12,14 +13,24 @@ namespace {
 /// candidate are made to be slow to tell apart.
 constexpr std::int64_t kWorkBetweenReports = std::int64_t{1024} * 1024;
 
+constexpr std::int64_t kPieceOfOneCandidate = std::int64_t{4} * 1024 * 1024;
+constexpr std::int64_t kPieceOfSeveral = std::int64_t{256} * 1024;
+
 constexpr std::int64_t kNowhere = kMaxInt64;
 
 }  // namespace
 
+std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList) {
+  std::int64_t bytes = candidateList.size() > 1 ? kPieceOfSeveral : kPieceOfOneCandidate;
+  // A piece shorter than a candidate would have most of its bytes looked at twice.
+  for (const auto& candidate : candidateList) bytes = std::max(bytes, std::ssize(candidate.bytes));
+  return bytes;
+}
+
 CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                                    const std::vector<SearchCandidate>& candidateList,
                                    bool ignoresASCIICase, std::int64_t start)
-    : haystack_(haystack), reported_(start) {
+    : haystack_(haystack), pieceBytes_(searchedPieceBytes(candidateList)), reported_(start) {
   cursors_.reserve(candidateList.size());
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
     const std::vector<std::uint8_t>& bytes = candidateList[i].bytes;
@@ -61,8 +72,7 @@ CandidateScanner::Cursor* CandidateScanner::earliestBehind(std::int64_t position
 void CandidateScanner::searchPiece(Cursor& cursor, TaskProgress& progress) {
   const std::int64_t from = cursor.bound;
   const std::int64_t last = static_cast<std::int64_t>(haystack_.size()) - cursor.length;
-  // A piece shorter than the candidate would have most of its bytes looked at twice.
-  const std::int64_t end = saturatingAdd(from, std::max(kPieceBytes, cursor.length));
+  const std::int64_t end = saturatingAdd(from, pieceBytes_);
   const std::optional<std::int64_t> found = cursor.matcher.first(haystack_, from, end - 1);
   cursor.isHit = found.has_value();
   cursor.bound = found ? *found : end <= last ? end : kNowhere;

@@ -12,6 +12,11 @@
 
 namespace quillmor {
 
+/// How many positions of `candidateList` are searched for one candidate before something else is
+/// done: few enough that several candidates, which are short, find the same bytes in the cache, and
+/// that a search in slow data is asked every few milliseconds whether to stop.
+std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList);
+
 /// Walks the occurrences of several candidates through bytes, front to back. What is known of each
 /// candidate, its next occurrence or how far there is none, is kept until it is passed, so that the
 /// whole walk looks at each byte about once for each candidate, however many occurrences there are.
@@ -27,10 +32,6 @@ class CandidateScanner {
     std::int64_t end() const { return offset + length; }
     bool operator==(const Hit&) const = default;
   };
-
-  /// Positions of one candidate that are searched in one step. Small enough that all candidates of
-  /// a number find the same bytes in the cache.
-  static constexpr std::int64_t kPieceBytes = std::int64_t{256} * 1024;
 
   /// For a walk that begins at `start`, 0 or more.
   CandidateScanner(std::span<const std::uint8_t> haystack,
@@ -60,6 +61,7 @@ class CandidateScanner {
   void report(std::int64_t walkedTo, TaskProgress& progress);
 
   std::span<const std::uint8_t> haystack_;
+  std::int64_t pieceBytes_;
   std::vector<Cursor> cursors_;  // the longest first, equal lengths in the order of the list
   std::int64_t reported_ = 0;    // the position `progress` has been told of
   std::int64_t unreportedWork_ = 0;

@@ -17,7 +17,6 @@ using test::searchBytes;
 using Hit = CandidateScanner::Hit;
 
 constexpr std::int64_t kMiB = 1024 * 1024;
-constexpr std::int64_t kPiece = CandidateScanner::kPieceBytes;
 
 /// Occurrences that do not overlap.
 std::vector<Hit> walk(const SearchBytes& bytes, const std::vector<SearchCandidate>& candidateList,
@@ -76,21 +75,23 @@ TEST(CandidateScanner, repeatsAnOccurrenceThatWasNotPassed) {
 }
 
 TEST(CandidateScanner, findsWhatLiesAtAndAcrossTheEndsOfPieces) {
+  const std::int64_t piece = searchedPieceBytes(rawCandidates({"zz", "abc", "q"}));
   for (const std::int64_t offset :
-       {kPiece - 3, kPiece - 2, kPiece - 1, kPiece, kPiece + 1, 2 * kPiece - 1, 2 * kPiece}) {
-    SearchBytes bytes(static_cast<std::size_t>(2 * kPiece + 3), '.');
+       {piece - 3, piece - 2, piece - 1, piece, piece + 1, 2 * piece - 1, 2 * piece}) {
+    SearchBytes bytes(static_cast<std::size_t>(2 * piece + 3), '.');
     put(bytes, offset, "abc");
     EXPECT_THAT(walk(bytes, rawCandidates({"zz", "abc", "q"})),
                 testing::ElementsAre(Hit{offset, 1, 3}));
   }
 }
 
-TEST(CandidateScanner, findsCandidatesLongerThanAPiece) {
-  SearchBytes needle(static_cast<std::size_t>(kPiece + 10), 'n');
-  SearchBytes bytes(static_cast<std::size_t>(kPiece + 5), '.');
+TEST(CandidateScanner, findsCandidatesLongerThanTheUsualPiece) {
+  const std::int64_t piece = searchedPieceBytes(rawCandidates({"n"}));
+  SearchBytes needle(static_cast<std::size_t>(piece + 10), 'n');
+  SearchBytes bytes(static_cast<std::size_t>(piece + 5), '.');
   bytes.insert(bytes.end(), needle.begin(), needle.end());
   const std::vector<SearchCandidate> candidateList{{needle, SearchCandidateKind::Raw()}};
-  EXPECT_THAT(walk(bytes, candidateList), testing::ElementsAre(Hit{kPiece + 5, 0, kPiece + 10}));
+  EXPECT_THAT(walk(bytes, candidateList), testing::ElementsAre(Hit{piece + 5, 0, piece + 10}));
 }
 
 TEST(CandidateScanner, tellsOfTheWholeWay) {
@@ -131,6 +132,9 @@ TEST(CandidateScanner, stopsWithinAMegabyteOfNothingFound) {
   EXPECT_THAT([&] { scanner.next(0, progress); },
               testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
   EXPECT_LE(progress.fraction(), 1.0 / 8);
+  CandidateScanner single(bytes, rawCandidates({"abc"}), false);
+  EXPECT_THROW(single.next(0, progress), Error);
+  EXPECT_LE(progress.fraction(), 5.0 / 8);
 }
 
 TEST(CandidateScanner, goesOnAfterAStopAsIfItHadNotBeen) {
