@@ -142,6 +142,8 @@ void repeated(benchmark::internal::Benchmark* bench) {
       ->ReportAggregatesOnly()
       ->ComputeStatistics(
           "min", [](const std::vector<double>& values) { return std::ranges::min(values); })
+      ->ComputeStatistics(
+          "max", [](const std::vector<double>& values) { return std::ranges::max(values); })
       ->UseManualTime()
       ->Unit(benchmark::kMillisecond);
 }

@@ -43,7 +43,15 @@ const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction di
 
 std::optional<std::int64_t> NeedleSearch::first(Bytes needle, Bytes haystack, std::int64_t from,
                                                 std::int64_t through) {
-  return firstAccepted(needle, haystack, from, through, [](std::int64_t) { return true; });
+  if (!canBeFound(needle, haystack)) return std::nullopt;
+  from = std::max<std::int64_t>(from, 0);
+  through = std::min(through, std::ssize(haystack) - std::ssize(needle));
+  const PatternView pattern = view(needle);
+  const ScanResult result = scanner_.first(pattern, haystack, from, through);
+  if (result.outcome == Outcome::found) return result.position;
+  if (result.outcome == Outcome::absent) return std::nullopt;
+  return firstAccepted(needle, haystack, result.position, through,
+                       [](std::int64_t) { return true; });
 }
 
 std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes haystack,

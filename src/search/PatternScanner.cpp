@@ -55,7 +55,7 @@ ScanResult PatternScanner::scan(const PatternView& pattern, std::span<const std:
                                 std::int64_t from, std::int64_t through, MatchList* list) {
   if (filter_.count == 0) filter_ = usualProbes(pattern);
   const ScanTask task = {.pattern = pattern,
-                         .filter = &filter_,
+                         .filter = filter_,
                          .haystack = haystack.data(),
                          .last = std::ssize(haystack) - pattern.length,
                          .list = list};

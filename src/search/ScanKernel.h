@@ -96,8 +96,8 @@ struct MatchList {
 
 /// A pattern looked for in a haystack.
 struct ScanTask {
-  PatternView pattern;
-  const ScanFilter* filter = nullptr;
+  const PatternView& pattern;
+  const ScanFilter& filter;
   const std::uint8_t* haystack = nullptr;
   std::int64_t last = 0;  ///< the greatest position where the pattern still fits in, 0 or more
   /// Where a scan forward puts all matches until it is full, with the last of them as its result;

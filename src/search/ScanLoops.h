@@ -48,29 +48,26 @@ class Scan {
  public:
   Scan(const ScanTask& task, ScanState& state)
       : pattern_(task.pattern),
-        filter_(*task.filter),
+        filter_(task.filter),
         haystack_(task.haystack),
         last_(task.last),
         list_(task.list),
         state_(state),
-        first_(filter_.probes[0]),
-        second_(filter_.probes[kHasOneProbe ? 0 : 1]),
-        firstAt_(haystack_ + first_.offset),
-        secondAt_(haystack_ + second_.offset),
-        firstValue_(Lanes::all(first_.value)),
-        secondValue_(Lanes::all(second_.value)),
-        firstMask_(Lanes::all(first_.mask)),
-        secondMask_(Lanes::all(second_.mask)) {}
+        firstAt_(haystack_ + first().offset),
+        secondAt_(haystack_ + second().offset),
+        firstValue_(Lanes::all(first().value)),
+        secondValue_(Lanes::all(second().value)),
+        firstMask_(Lanes::all(first().mask)),
+        secondMask_(Lanes::all(second().mask)) {}
 
   ScanResult forward(std::int64_t from, std::int64_t through) {
     start_ = from;
-    if (last_ + 1 < Lanes::kCount) return settled(forwardOneByOne(from, through), through);
+    if (last_ + 1 < kSpan) return settled(forwardOneByOne(from, through), through);
     std::int64_t at = from;
     while (at <= through) {
-      // Matches may be frequent, so the blocks nearby are looked at one by one to begin with.
-      for (int block = 0; block < kGroup && at <= through; ++block, at += Lanes::kCount) {
-        if (endsInBlockAbove(at, through)) return settled(result_, result_.position);
-      }
+      if (endsInSpanAbove(at, through)) return settled(result_, result_.position);
+      at += kSpan;
+      if (through - at >= kGroupCount - 1) at -= misalignment(at);
       while (through - at >= kGroupCount - 1 && !hasCandidates(at)) at += kGroupCount;
     }
     return settled({}, through);
@@ -78,12 +75,13 @@ class Scan {
 
   ScanResult backward(std::int64_t from, std::int64_t through) {
     start_ = through;
-    if (last_ + 1 < Lanes::kCount) return settled(backwardOneByOne(from, through), from);
+    if (last_ + 1 < kSpan) return settled(backwardOneByOne(from, through), from);
     std::int64_t at = through;
     while (at >= from) {
-      for (int block = 0; block < kGroup && at >= from; ++block, at -= Lanes::kCount) {
-        if (endsInBlockBelow(at, from)) return settled(result_, result_.position);
-      }
+      if (endsInSpanBelow(at, from)) return settled(result_, result_.position);
+      at -= kSpan;
+      if (at - from >= kGroupCount - 1)
+        at += (Lanes::kCount - misalignment(at + 1)) % Lanes::kCount;
       while (at - from >= kGroupCount - 1 && !hasCandidates(at - kGroupCount + 1)) {
         at -= kGroupCount;
       }
@@ -93,58 +91,85 @@ class Scan {
 
  private:
   using Block = typename Lanes::Block;
-  /// A bit for every lane, the first lane in the lowest.
-  using Bits = std::uint32_t;
-  static constexpr int kGroup = 4;
-  static constexpr std::int64_t kGroupCount = kGroup * Lanes::kCount;
+  /// A bit for each of `kSpan` neighbouring positions, the first one in the lowest.
+  using Bits = std::uint64_t;
+  static constexpr std::int64_t kSpan = 64;
+  /// The positions that are passed together as long as none of them is a candidate.
+  static constexpr std::int64_t kGroupCount = 4 * Lanes::kCount;
   static constexpr std::int64_t kWord = 8;
 
-  static Block difference(const std::uint8_t* at, Block value, Block mask) {
-    Block bytes = Lanes::load(at);
+  const ScanProbe& first() const { return filter_.probes[0]; }
+  const ScanProbe& second() const { return filter_.probes[kHasOneProbe ? 0 : 1]; }
+
+  static Block difference(Block bytes, Block value, Block mask) {
     if constexpr (kKind == PatternKind::folded) bytes = Lanes::both(bytes, mask);
     return Lanes::differing(bytes, value);
   }
 
-  Block difference(std::int64_t at) const {
-    const Block block = difference(firstAt_ + at, firstValue_, firstMask_);
+  /// What keeps the positions from `at` on from being candidates; the first probe's `bytes` are
+  /// loaded already.
+  Block difference(std::int64_t at, Block bytes) const {
+    const Block block = difference(bytes, firstValue_, firstMask_);
     if constexpr (kHasOneProbe) return block;
-    return Lanes::either(block, difference(secondAt_ + at, secondValue_, secondMask_));
+    return Lanes::either(block, difference(Lanes::load(secondAt_ + at), secondValue_, secondMask_));
   }
 
+  Block difference(std::int64_t at) const { return difference(at, Lanes::load(firstAt_ + at)); }
+
+  Block alignedDifference(std::int64_t at) const {
+    return difference(at, Lanes::loadAligned(firstAt_ + at));
+  }
+
+  /// How far before `at` the first probe's bytes lie as blocks are best loaded. Going there looks
+  /// again at a few positions that were passed already.
+  std::int64_t misalignment(std::int64_t at) const {
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(firstAt_ + at) %
+                                     static_cast<std::uintptr_t>(Lanes::kCount));
+  }
+
+  /// Where the first probe's bytes are aligned.
   bool hasCandidates(std::int64_t at) const {
-    auto zeros = Lanes::zeros(difference(at));
-    for (int block = 1; block < kGroup; ++block) {
-      zeros = Lanes::either(zeros, Lanes::zeros(difference(at + block * Lanes::kCount)));
-    }
-    return Lanes::bits(zeros) != 0;
+    return Lanes::anyZero(alignedDifference(at), alignedDifference(at + Lanes::kCount),
+                          alignedDifference(at + 2 * Lanes::kCount),
+                          alignedDifference(at + 3 * Lanes::kCount));
   }
 
   Bits candidates(std::int64_t at) const {
-    Block block = difference(at);
-    Bits bits = Lanes::bits(Lanes::zeros(block));
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference(at + lane)))} << lane;
+    }
     for (int i = 2; i < filter_.count && bits != 0; ++i) {
-      const ScanProbe& probe = filter_.probes[static_cast<std::size_t>(i)];
-      block = Lanes::either(block, difference(haystack_ + probe.offset + at,
-                                              Lanes::all(probe.value), Lanes::all(probe.mask)));
-      bits = Lanes::bits(Lanes::zeros(block));
+      bits &= fitting(filter_.probes[static_cast<std::size_t>(i)], at);
     }
     return bits;
   }
 
-  /// The bits of lanes `lowest`...`highest`; both may lie outside.
-  static Bits lanesBetween(std::int64_t lowest, std::int64_t highest) {
-    Bits bits = ~Bits{0} << (lowest > 0 ? lowest : 0);
-    if (highest < 31) bits &= (Bits{2} << highest) - 1;
+  Bits fitting(const ScanProbe& probe, std::int64_t at) const {
+    const Block value = Lanes::all(probe.value);
+    const Block mask = Lanes::all(probe.mask);
+    const std::uint8_t* const bytes = haystack_ + probe.offset + at;
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference(Lanes::load(bytes + lane), value, mask)))}
+              << lane;
+    }
     return bits;
   }
 
-  /// Looks at the positions of a block from `at` on, which the scan has reached, up to `through`.
-  bool endsInBlockAbove(std::int64_t at, std::int64_t through) {
-    const std::int64_t highest = last_ - Lanes::kCount + 1;
+  /// The bits of positions `lowest`...`highest`, of which `lowest` may be negative and `highest`
+  /// beyond the span.
+  static Bits bitsBetween(std::int64_t lowest, std::int64_t highest) {
+    Bits bits = ~Bits{0} << (lowest > 0 ? lowest : 0);
+    if (highest < kSpan - 1) bits &= (Bits{2} << highest) - 1;
+    return bits;
+  }
+
+  /// Looks at the next positions from `at` on, which the scan has reached, up to `through`.
+  bool endsInSpanAbove(std::int64_t at, std::int64_t through) {
+    const std::int64_t highest = last_ - kSpan + 1;
     const std::int64_t base = at < highest ? at : highest;
-    Bits bits = candidates(base);
-    if (bits == 0) return false;
-    bits &= lanesBetween(at - base, through - base);
+    Bits bits = candidates(base) & bitsBetween(at - base, through - base);
     for (; bits != 0; bits &= bits - 1) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
@@ -152,13 +177,11 @@ class Scan {
     return false;
   }
 
-  bool endsInBlockBelow(std::int64_t at, std::int64_t from) {
-    const std::int64_t base = at - Lanes::kCount + 1 > 0 ? at - Lanes::kCount + 1 : 0;
-    Bits bits = candidates(base);
-    if (bits == 0) return false;
-    bits &= lanesBetween(from - base, at - base);
+  bool endsInSpanBelow(std::int64_t at, std::int64_t from) {
+    const std::int64_t base = at - kSpan + 1 > 0 ? at - kSpan + 1 : 0;
+    Bits bits = candidates(base) & bitsBetween(from - base, at - base);
     while (bits != 0) {
-      const int lane = 31 - std::countl_zero(bits);
+      const int lane = 63 - std::countl_zero(bits);
       bits &= ~(Bits{1} << lane);
       if (endsAt(base + lane, base + lane - 1)) return true;
     }
@@ -186,7 +209,7 @@ class Scan {
     return ++list_->count < MatchList::kCapacity;
   }
 
-  /// Haystacks shorter than a block.
+  /// Haystacks with fewer positions than a span.
   ScanResult forwardOneByOne(std::int64_t from, std::int64_t through) {
     for (std::int64_t at = from; at <= through; ++at) {
       if (fitsProbes(at) && endsAt(at, at + 1)) return result_;
@@ -281,14 +304,12 @@ class Scan {
     return result;
   }
 
-  const PatternView pattern_;
+  const PatternView& pattern_;
   const ScanFilter& filter_;
   const std::uint8_t* const haystack_;
   const std::int64_t last_;
   MatchList* const list_;
   ScanState& state_;
-  const ScanProbe first_;
-  const ScanProbe second_;
   const std::uint8_t* const firstAt_;
   const std::uint8_t* const secondAt_;
   const Block firstValue_;
@@ -307,7 +328,7 @@ struct ScanLoops {
   template <PatternKind kKind, bool kIsForward>
   static ScanResult scanKind(const ScanTask& task, std::int64_t from, std::int64_t through,
                              ScanState& state) {
-    if (task.filter->count == 1) {
+    if (task.filter.count == 1) {
       Scan<Lanes, kKind, true> scan(task, state);
       return kIsForward ? scan.forward(from, through) : scan.backward(from, through);
     }

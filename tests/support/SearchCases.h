@@ -11,8 +11,8 @@ namespace quillmor {
 /// The scan paths that this machine has.
 std::vector<ScanPath> availableScanPaths();
 
-/// Limits that make searches go every way they can: each path with the usual budget, with one that
-/// is soon used up, and by the linear search alone.
+/// Limits that make searches go every way they can: by each path, with a budget that is soon used
+/// up, and by the linear search alone.
 std::vector<SearchLimits> everyKindOfLimits();
 
 /// Small searches that are likely to find something, and to almost find much more.

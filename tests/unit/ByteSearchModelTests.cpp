@@ -20,7 +20,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
-constexpr std::int64_t kMaxHaystack = 200;
+constexpr std::int64_t kMaxHaystack = 130;
 constexpr std::int64_t kMaxNeedle = 70;
 
 /// One seed for each test, told so that a failure can be seen again.

@@ -278,7 +278,7 @@ TEST(SearchingModel, agreesWithComparingEverywhere) {
   constexpr int kRounds = 50000;  // of ten searches each
   SCOPED_TRACE(kSeed);
   RecordProperty("seed", static_cast<int>(kSeed));
-  test::RandomSearches random(kSeed);
+  test::RandomRequests random(kSeed);
   for (int round = 0; round < kRounds; ++round) {
     random.choose();
     const SearchBytes& bytes = random.bytes;
