@@ -80,12 +80,29 @@ struct ScanResult {
   std::int64_t position = 0;
 };
 
+/// The first matches of a range that do not overlap each other, collected in one scan.
+struct MatchList {
+  static constexpr int kCapacity = 64;
+
+  std::array<std::int64_t, kCapacity> positions{};
+  int count = 0;
+
+  bool isFull() const { return count == kCapacity; }
+  /// The list is not full.
+  void add(std::int64_t position) { positions[static_cast<std::size_t>(count++)] = position; }
+  /// The list is not empty.
+  std::int64_t last() const { return positions[static_cast<std::size_t>(count - 1)]; }
+};
+
 /// A pattern looked for in a haystack.
 struct ScanTask {
   const PatternView& pattern;
   const ScanFilter& filter;
   const std::uint8_t* haystack = nullptr;
   std::int64_t last = 0;  ///< the greatest position where the pattern still fits in, 0 or more
+  /// Where a scan forward puts all matches until it is full, with the last of them as its result;
+  /// null to end with the first match.
+  MatchList* list = nullptr;
 };
 
 /// Finds the first match in `from`...`through` or, scanning down, the last one. Positions are those

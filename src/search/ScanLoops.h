@@ -51,6 +51,7 @@ class Scan {
         filter_(task.filter),
         haystack_(task.haystack),
         last_(task.last),
+        list_(task.list),
         state_(state),
         firstAt_(haystack_ + first().offset),
         secondAt_(haystack_ + second().offset),
@@ -189,13 +190,23 @@ class Scan {
 
   /// Whether the scan is over with the candidate `position`.
   bool endsAt(std::int64_t position, std::int64_t next) {
+    if (position < free_) return false;
     if (filter_.provesMatch || matches(position)) {
+      if (isListed(position)) return false;
       result_ = {ScanResult::Outcome::found, position};
       return true;
     }
     if (allowanceLeft(position) >= 0) return false;
     result_ = {ScanResult::Outcome::exhausted, next};
     return true;
+  }
+
+  /// Whether the scan goes on for more matches, behind the one at `position`.
+  bool isListed(std::int64_t position) {
+    if (list_ == nullptr) return false;
+    list_->positions[static_cast<std::size_t>(list_->count)] = position;
+    free_ = position + pattern_.length;
+    return ++list_->count < MatchList::kCapacity;
   }
 
   /// Haystacks with fewer positions than a span.
@@ -297,6 +308,7 @@ class Scan {
   const ScanFilter& filter_;
   const std::uint8_t* const haystack_;
   const std::int64_t last_;
+  MatchList* const list_;
   ScanState& state_;
   const std::uint8_t* const firstAt_;
   const std::uint8_t* const secondAt_;
@@ -305,6 +317,7 @@ class Scan {
   const Block firstMask_;
   const Block secondMask_;
   std::int64_t start_ = 0;
+  std::int64_t free_ = 0;  // where the last match listed ends
   std::int64_t spent_ = 0;
   ScanResult result_;
 };
