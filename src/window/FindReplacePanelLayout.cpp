@@ -201,7 +201,12 @@ QGroupBox* FindReplacePanelController::makeDirectionBox() {
   forwardRadio_ = new QRadioButton(tr("&Forward"));
   backwardRadio_ = new QRadioButton(tr("&Backward"));
   directionBox_ = boxOf(tr("Search direction"), {allRadio_, forwardRadio_, backwardRadio_}, this);
-  handleDirectionSelection(*forwardRadio_);
+  for (QRadioButton* radio : {allRadio_, forwardRadio_, backwardRadio_}) {
+    connect(radio, &QRadioButton::toggled, this, [this, radio](bool isOn) {
+      if (isOn) handleDirectionSelection(*radio);
+    });
+  }
+  forwardRadio_->setChecked(true);
   return directionBox_;
 }
 
