@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QGroupBox>
-#include <set>
-
 #include "gui/PanelFixture.h"
 
 namespace quillmor::test {

@@ -6,15 +6,13 @@
 
 #include <QAccessible>
 #include <QGroupBox>
+#include <QScopeGuard>
 #include <QScreen>
-#include <set>
 
 #include "gui/PanelFixture.h"
 
 namespace quillmor::test {
 namespace {
-
-using testing::ElementsAre;
 
 class FindReplacePanelTest : public PanelFixture {
  protected:
@@ -36,8 +34,24 @@ class FindReplacePanelTest : public PanelFixture {
   static void forEachControl(const Panel& panel, Visit visit) {
     for (QWidget* widget : panel.findChildren<QWidget*>()) {
       if (widget->isVisibleTo(&panel) && !widget->objectName().isEmpty() &&
-          !widget->objectName().startsWith("qt_"))
+          !widget->objectName().startsWith("qt_") && !widget->objectName().startsWith("Scroll"))
         visit(*widget);
+    }
+  }
+
+  static void expectEverythingWhole(const Panel& panel) {
+    forEachControl(panel, [&](const QWidget& widget) {
+      const QRect frame(widget.mapTo(&panel, QPoint()), widget.size());
+      const std::string name = widget.objectName().toStdString();
+      EXPECT_TRUE(panel.rect().contains(frame)) << name;
+      EXPECT_GE(widget.width(), widget.minimumSizeHint().width()) << name;
+      EXPECT_GE(widget.height(), widget.minimumSizeHint().height()) << name;
+    });
+    const QFontMetrics metrics = tabs(panel).fontMetrics();
+    for (int i = 0; i < tabs(panel).count(); ++i) {
+      const QRect tab = tabs(panel).tabRect(i);
+      EXPECT_GE(tab.width(), metrics.horizontalAdvance(shown(tabs(panel).tabText(i))));
+      EXPECT_TRUE(tabs(panel).rect().contains(tab)) << i;
     }
   }
 };
@@ -142,23 +156,20 @@ TEST_F(FindReplacePanelTest, keepsTheStatedMeasures) {
 
 TEST_F(FindReplacePanelTest, showsEveryControlWhole) {
   EditorWindow& window = open("hello");
-  for (const PanelKind kind : {PanelKind::find, PanelKind::replace}) {
-    Panel& panel = openPanel(window, kind);
-    forEachControl(panel, [&](QWidget& widget) {
-      if (widget.objectName().startsWith("Scroll")) return;
-      const QRect frame(widget.mapTo(&panel, QPoint()), widget.size());
-      EXPECT_TRUE(panel.rect().contains(frame)) << widget.objectName().toStdString();
-      EXPECT_GE(widget.width(), widget.minimumSizeHint().width())
-          << widget.objectName().toStdString();
-      EXPECT_GE(widget.height(), widget.minimumSizeHint().height())
-          << widget.objectName().toStdString();
-    });
-    for (int i = 0; i < tabs(panel).count(); ++i) {
-      EXPECT_GE(tabs(panel).tabRect(i).width(),
-                tabs(panel).fontMetrics().horizontalAdvance(shown(tabs(panel).tabText(i))));
-      EXPECT_TRUE(tabs(panel).rect().contains(tabs(panel).tabRect(i)));
-    }
-  }
+  expectEverythingWhole(openPanel(window, PanelKind::find));
+  expectEverythingWhole(openPanel(window, PanelKind::replace));
+}
+
+TEST_F(FindReplacePanelTest, growsForALargeFont) {
+  const QFont usual = QApplication::font();
+  const auto restore = qScopeGuard([&] { QApplication::setFont(usual); });
+  QFont large = usual;
+  large.setPointSizeF(usual.pointSizeF() * 1.6);
+  QApplication::setFont(large);
+  const Panel& panel = openReplace();
+  expectEverythingWhole(panel);
+  EXPECT_GT(panel.height(), 372);
+  EXPECT_EQ(panel.minimumSize(), panel.maximumSize());
 }
 
 TEST_F(FindReplacePanelTest, namesEveryControlForAssistiveTechnology) {
