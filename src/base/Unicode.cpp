@@ -65,7 +65,7 @@ DecodedScalar decodeFirst(std::string_view text) {
   if (lead.length == 0) return {kReplacementScalar, 1, false};
   char32_t scalar = lead.payload;
   for (std::size_t i = 1; i < lead.length; ++i) {
-    const auto byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+    const unsigned byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
     const unsigned char low = i == 1 ? lead.secondMin : 0x80;
     const unsigned char high = i == 1 ? lead.secondMax : 0xBF;
     if (byte < low || byte > high) return {kReplacementScalar, i, false};

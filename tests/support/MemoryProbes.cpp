@@ -1,6 +1,7 @@
 #include "support/MemoryProbes.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -21,10 +22,21 @@ std::int64_t residentBytes(const std::uint8_t* begin, const std::uint8_t* end) {
   return static_cast<std::int64_t>(resident) * static_cast<std::int64_t>(pageSize);
 }
 
+namespace {
+
+/// Large allocations always take a mapping of their own. Left to itself, the allocator keeps what
+/// was freed once, and reserves address space for threads; it would give out both although the
+/// system refuses.
+const bool largeAllocationsAreMapped =
+    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024) != 0 && ::mallopt(M_ARENA_MAX, 1) != 0;
+
+}  // namespace
+
 NoMoreAddressSpace::NoMoreAddressSpace() {
   std::int64_t pagesInUse = 0;
   std::ifstream("/proc/self/statm") >> pagesInUse;
   EXPECT_GT(pagesInUse, 0);
+  EXPECT_TRUE(largeAllocationsAreMapped);
   EXPECT_EQ(::getrlimit(RLIMIT_AS, &before_), 0);
   ::rlimit little = before_;
   little.rlim_cur = static_cast<::rlim_t>(pagesInUse * ::sysconf(_SC_PAGESIZE) + kRoomLeft);

@@ -5,10 +5,9 @@
 
 #include <limits>
 #include <random>
-#include <regex>
 #include <string>
 
-#include "base/Unicode.h"
+#include "fuzz/ReferenceParsers.h"
 
 namespace quillmor {
 namespace {
@@ -229,80 +228,7 @@ TEST(ParseOffset, behavesTheSameForASlice) {
   EXPECT_THAT(parseOffset(std::string_view(text).substr(2, 2)), Optional(12));
 }
 
-// --- comparison with slow and obvious versions ----------------------------------------------
-
-std::vector<std::u32string> tokensOf(std::string_view text) {
-  std::vector<std::u32string> tokens(1);
-  while (!text.empty()) {
-    const auto next = Unicode::decodeFirst(text);
-    text.remove_prefix(next.length);
-    if (Unicode::isWhiteSpace(next.scalar) || U",-:;"sv.find(next.scalar) != std::u32string::npos) {
-      tokens.emplace_back();
-    } else {
-      tokens.back().push_back(next.scalar);
-    }
-  }
-  std::erase_if(tokens, [](const auto& token) { return token.empty(); });
-  return tokens;
-}
-
-std::optional<Bytes> bytesOfToken(std::u32string token) {
-  if (token.starts_with(U"0x") || token.starts_with(U"0X")) token.erase(0, 2);
-  if (token.empty() || (token.size() > 1 && token.size() % 2 == 1)) return kNone;
-  if (token.find_first_not_of(U"0123456789abcdefABCDEF") != std::u32string::npos) return kNone;
-  if (token.size() == 1) token.insert(0, U"0");
-  Bytes bytes;
-  for (std::size_t i = 0; i < token.size(); i += 2) {
-    const std::string pair(token.begin() + static_cast<std::ptrdiff_t>(i),
-                           token.begin() + static_cast<std::ptrdiff_t>(i + 2));
-    bytes.push_back(static_cast<std::uint8_t>(std::stoi(pair, nullptr, 16)));
-  }
-  return bytes;
-}
-
-std::int64_t scalarCount(std::string_view text) {
-  std::int64_t count = 0;
-  for (; !text.empty(); ++count) text.remove_prefix(Unicode::decodeFirst(text).length);
-  return count;
-}
-
-std::optional<Bytes> obviousHexBytes(std::string_view text, std::optional<std::int64_t> maxOutput,
-                                     std::optional<std::int64_t> maxInput) {
-  if (maxInput && scalarCount(text) > *maxInput) return kNone;
-  Bytes all;
-  for (const auto& token : tokensOf(text)) {
-    const auto bytes = bytesOfToken(token);
-    if (!bytes) return kNone;
-    all.insert(all.end(), bytes->begin(), bytes->end());
-  }
-  if (all.empty() || (maxOutput && static_cast<std::int64_t>(all.size()) > *maxOutput))
-    return kNone;
-  return all;
-}
-
-std::optional<std::int64_t> obviousInteger(const std::string& text, int radix) {
-  static const std::regex decimal("[+-]?[0-9]+");
-  static const std::regex hexadecimal("[+-]?[0-9a-fA-F]+");
-  if (!std::regex_match(text, radix == 10 ? decimal : hexadecimal)) return kNone;
-  try {
-    return std::stoll(text, nullptr, radix);
-  } catch (const std::out_of_range&) {
-    return kNone;
-  }
-}
-
-std::optional<std::int64_t> obviousOffset(std::string_view text) {
-  static const std::regex suffixed("^[0-9a-fA-F]+h$");
-  static const std::regex bare("^[0-9a-fA-F]+$");
-  static const std::regex hasLetter("[a-fA-F]");
-  const std::string t(Unicode::trimmedOfWhiteSpace(text));
-  if (scalarCount(t) > 128) return kNone;
-  if (t.starts_with("0x") || t.starts_with("0X")) return obviousInteger(t.substr(2), 16);
-  if (std::regex_match(t, suffixed)) return obviousInteger(t.substr(0, t.size() - 1), 16);
-  if (std::regex_match(t, bare))
-    return obviousInteger(t, std::regex_search(t, hasLetter) ? 16 : 10);
-  return obviousInteger(t, 10);
-}
+// --- comparison with the reference parsers ---------------------------------------------------
 
 class RandomText {
  public:
@@ -323,7 +249,7 @@ class RandomText {
   std::vector<std::string> pieces_;
 };
 
-TEST(ParseHexBytes, agreesWithTheObviousParserOnRandomText) {
+TEST(ParseHexBytes, agreesWithTheReferenceParserOnRandomText) {
   RandomText ascii({"0", "A", "7", "f", "12", "C0DE", " ", ",", "\n", "0x", " 0X"});
   RandomText mixed({"0", "f", "12", "BE", "C0DE", " ", "-", "\u00A0", "\u3000", " 0x"});
   RandomText wild({"12", " ", "x", "0x", "\u00E4", "\u2003", "\xFF", "\xE2\x80", "g", "\xC2"});
@@ -336,13 +262,14 @@ TEST(ParseHexBytes, agreesWithTheObviousParserOnRandomText) {
     if (source.below(3) == 0) maxOutput = static_cast<std::int64_t>(source.below(8));
     if (source.below(3) == 0) maxInput = static_cast<std::int64_t>(source.below(16));
     const auto parsed = parseHexBytes(text, maxOutput, maxInput);
-    ASSERT_EQ(parsed, obviousHexBytes(text, maxOutput, maxInput)) << testing::PrintToString(text);
+    ASSERT_EQ(parsed, reference::hexBytes(text, maxOutput, maxInput))
+        << testing::PrintToString(text);
     accepted += parsed ? 1 : 0;
   }
   EXPECT_GT(accepted, 10'000) << "the random texts are too often invalid to prove anything";
 }
 
-TEST(ParseOffset, agreesWithTheObviousParserOnRandomText) {
+TEST(ParseOffset, agreesWithTheReferenceParserOnRandomText) {
   RandomText source({"0", "1", "9", "a", "F", "h", "H", "0x", "-", "+", " ", "\u00A0", "7fffffff",
                      "99999999", "\u00E4", "\xFF"});
   RandomText tame({"0", "1", "a", "7f", "99999", "0x"});
@@ -350,7 +277,7 @@ TEST(ParseOffset, agreesWithTheObviousParserOnRandomText) {
   for (int i = 0; i < 60'000; ++i) {
     const std::string text = i % 2 == 0 ? source.next(6) : tame.next(6) + (i % 4 == 1 ? "h" : "");
     const auto parsed = parseOffset(text);
-    ASSERT_EQ(parsed, obviousOffset(text)) << testing::PrintToString(text);
+    ASSERT_EQ(parsed, reference::offset(text)) << testing::PrintToString(text);
     accepted += parsed ? 1 : 0;
   }
   EXPECT_GT(accepted, 10'000) << "the random texts are too often invalid to prove anything";

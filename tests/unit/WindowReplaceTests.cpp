@@ -164,7 +164,7 @@ TEST_F(WindowReplace, searchesInTheBackgroundFromOneMebibyteOn) {
 }
 
 TEST_F(WindowReplace, saysThatItFailed) {
-  auto editor = makeEditor("x" + std::string(backgroundSearchThresholdBytes, '.'));
+  auto editor = makeEditor("x" + std::string(2 * maxTextInputCharacters, '.'));
   const auto runOutOfMemory = [](const std::function<void()>& work) {
     const NoMoreAddressSpace none;
     work();
@@ -418,15 +418,24 @@ TEST_F(WindowPromptedReplace, isSilentWhenTheWindowGoesDuringAQuestion) {
 
 TEST_F(WindowPromptedReplace, saysThatItFailed) {
   auto editor = makeEditor("a.a");
-  platform.executor.aroundNextWork([](const std::function<void()>& work) {
-    const NoMoreAddressSpace none;
-    work();
+  editor.editor().setCaretOffset(1);
+  expectQuestion("00000000", 1, "Replace");
+  expectQuestion("00000002", 1, "Cancel");
+  platform.alerts.duringNext([this] {
+    // The first question is answered; the next work but one makes the new document.
+    platform.alerts.duringNext([this] {
+      platform.executor.aroundNextWork([](const std::function<void()>& work) {
+        const NoMoreAddressSpace none;
+        work();
+      });
+    });
   });
   platform.alerts.expect("Replace All Failed", "Cannot allocate memory");
-  editor->performReplaceAll(prompted(std::string(maxTextInputCharacters, 'a'), "b"));
+  editor->performReplaceAll(prompted("a", std::string(maxTextInputCharacters, 'b')));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "a.a");
   EXPECT_FALSE(editor->isBusy());
+  expectPlace(editor, 1, {});
 }
 
 }  // namespace

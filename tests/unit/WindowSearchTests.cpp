@@ -254,7 +254,7 @@ TEST_F(WindowSearch, forgetsTheRequestAndClosesThePanelsWithTheWindow) {
 }
 
 TEST_F(WindowSearch, saysThatItFailed) {
-  auto editor = makeEditor(std::string(2 * backgroundSearchThresholdBytes, '.'));
+  auto editor = makeEditor(std::string(2 * maxTextInputCharacters, '.'));
   const auto runOutOfMemory = [](const std::function<void()>& work) {
     const NoMoreAddressSpace none;
     work();
@@ -364,13 +364,6 @@ TEST_F(WindowWildcardSearch, refusesPatternsTooLarge) {
   platform.alerts.expect(kTitle, "Pattern is too large to process safely.");
   editor->findWildcardMask();
   EXPECT_FALSE(editor->isBusy());
-}
-
-TEST_F(WindowWildcardSearch, saysThatItFailed) {
-  auto editor = makeEditor("abc");
-  platform.executor.aroundNextWork([](const std::function<void()>&) { throw std::bad_alloc(); });
-  platform.alerts.expect("Find Wildcard/Mask Failed", "Cannot allocate memory");
-  ask(editor, "61 ??");
 }
 
 TEST_F(WindowWildcardSearch, saysWhenThereIsNoMatch) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace quillmor::fuzz {
+
+// A target takes any bytes at all, reads from them what it hands to the code it tries, and stops
+// the process when an invariant does not hold. The head of each file lists the invariants.
+
+void fuzzHexParser(std::span<const std::uint8_t> input);
+void fuzzOffsetParser(std::span<const std::uint8_t> input);
+void fuzzCandidates(std::span<const std::uint8_t> input);
+
+struct Target {
+  std::string_view name;  ///< of its folder in corpus/
+  void (*run)(std::span<const std::uint8_t> input);
+};
+
+inline constexpr std::array kTargets{
+    Target{"hex-parser", fuzzHexParser},
+    Target{"offset-parser", fuzzOffsetParser},
+    Target{"candidates", fuzzCandidates},
+};
+
+}  // namespace quillmor::fuzz
