@@ -160,7 +160,10 @@ void FindReplacePanelController::handleCancel() {
 }
 
 void FindReplacePanelController::handleDirectionSelection(QRadioButton& chosen) {
-  chosen.setChecked(true);
+  for (QRadioButton* radio : {allRadio_, forwardRadio_, backwardRadio_}) {
+    radio->setChecked(radio == &chosen);
+    radio->setFocusPolicy(radio == &chosen ? Qt::StrongFocus : Qt::ClickFocus);
+  }
 }
 
 void FindReplacePanelController::tabViewDidSelect(int index) {
