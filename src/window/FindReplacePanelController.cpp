@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QRadioButton>
 #include <QScreen>
@@ -170,6 +171,7 @@ void FindReplacePanelController::tabViewDidSelect(int index) {
   const bool isText = static_cast<SearchMode>(index) == SearchMode::textString;
   encodingRow_->setVisible(isText);
   caseSensitiveCheckbox_->setVisible(isText);
+  optionsBox_->setVisible(isText || kind_ == PanelKind::replace);
 }
 
 void FindReplacePanelController::changeEvent(QEvent* event) {

@@ -120,6 +120,13 @@ QString shownText(QString text) {
   return text.remove('&');
 }
 
+/// What stands below the widget stays where it is while the widget is hidden.
+void keepPlaceWhenHidden(QWidget& widget) {
+  QSizePolicy policy = widget.sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  widget.setSizePolicy(policy);
+}
+
 }  // namespace
 
 void FindReplacePanelController::setupUI() {
@@ -188,10 +195,7 @@ QWidget* FindReplacePanelController::makeEncodingRow() {
   row->setStretch(1, 0);
   row->addStretch(1);
   encodingRow_->setLayout(row);
-  // What stands below stays where it is while the row is hidden.
-  QSizePolicy policy = encodingRow_->sizePolicy();
-  policy.setRetainSizeWhenHidden(true);
-  encodingRow_->setSizePolicy(policy);
+  keepPlaceWhenHidden(*encodingRow_);
   return encodingRow_;
 }
 
@@ -199,6 +203,7 @@ QGroupBox* FindReplacePanelController::makeOptionsBox() {
   caseSensitiveCheckbox_ = new QCheckBox(tr("&Case sensitive"));
   if (kind_ == PanelKind::replace) promptCheckbox_ = new QCheckBox(tr("&Prompt on replace"));
   optionsBox_ = boxOf(tr("Options"), {caseSensitiveCheckbox_, promptCheckbox_}, this);
+  keepPlaceWhenHidden(*optionsBox_);
   return optionsBox_;
 }
 

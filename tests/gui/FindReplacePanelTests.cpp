@@ -215,6 +215,19 @@ TEST_F(FindReplacePanelTest, otherModesHideWhatOnlyTextHasAndTextShowsItAgain) {
   EXPECT_TRUE(caseSensitive(panel).isChecked());
 }
 
+TEST_F(FindReplacePanelTest, showsNoBoxWithoutOptions) {
+  Panel& panel = openFind();
+  const QRect direction = control<QGroupBox>(panel, "directionBox").geometry();
+  for (const int mode : {1, 2, 3}) {
+    tabs(panel).setCurrentIndex(mode);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(control<QGroupBox>(panel, "optionsBox").isVisible());
+    EXPECT_EQ(control<QGroupBox>(panel, "directionBox").geometry(), direction);
+  }
+  tabs(panel).setCurrentIndex(0);
+  EXPECT_TRUE(control<QGroupBox>(panel, "optionsBox").isVisible());
+}
+
 TEST_F(FindReplacePanelTest, buildsEveryRequestThatItWasFilledWith) {
   Panel& panel = openReplace();
   for (int bits = 0; bits < 4 * 5 * 3 * 4; ++bits) {
