@@ -12,6 +12,7 @@ namespace quillmor::fuzz {
 
 void fuzzHexParser(std::span<const std::uint8_t> input);
 void fuzzOffsetParser(std::span<const std::uint8_t> input);
+void fuzzWildcardPattern(std::span<const std::uint8_t> input);
 void fuzzCandidates(std::span<const std::uint8_t> input);
 
 struct Target {
@@ -22,6 +23,7 @@ struct Target {
 inline constexpr std::array kTargets{
     Target{"hex-parser", fuzzHexParser},
     Target{"offset-parser", fuzzOffsetParser},
+    Target{"wildcard-pattern", fuzzWildcardPattern},
     Target{"candidates", fuzzCandidates},
 };
 

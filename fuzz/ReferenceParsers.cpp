@@ -77,10 +77,15 @@ bool isUnsigned64(WideInteger value) {
   return value >= 0 && value <= std::numeric_limits<std::uint64_t>::max();
 }
 
-std::vector<std::u32string> tokensOf(const std::u32string& scalars) {
+std::uint8_t byteOf(std::u32string_view pair) {
+  return static_cast<std::uint8_t>(digitValue(pair[0]) * 16 + digitValue(pair[1]));
+}
+
+std::vector<std::u32string> tokensOf(const std::u32string& scalars,
+                                     std::u32string_view separators) {
   std::vector<std::u32string> tokens(1);
   for (const char32_t scalar : scalars) {
-    if (Unicode::isWhiteSpace(scalar) || contains(U",-:;", scalar)) {
+    if (Unicode::isWhiteSpace(scalar) || contains(separators, scalar)) {
       tokens.emplace_back();
     } else {
       tokens.back().push_back(scalar);
@@ -97,8 +102,7 @@ std::optional<Bytes> bytesOfToken(std::u32string token) {
   if (token.size() % 2 == 1) return std::nullopt;
   Bytes bytes;
   for (std::size_t i = 0; i < token.size(); i += 2) {
-    bytes.push_back(
-        static_cast<std::uint8_t>(digitValue(token[i]) * 16 + digitValue(token[i + 1])));
+    bytes.push_back(byteOf(token.substr(i, 2)));
   }
   return bytes;
 }
@@ -122,7 +126,7 @@ std::optional<Bytes> hexBytes(std::string_view text, std::optional<std::int64_t>
     return std::nullopt;
   }
   Bytes all;
-  for (const auto& token : tokensOf(scalars)) {
+  for (const auto& token : tokensOf(scalars, U",-:;")) {
     const auto bytes = bytesOfToken(token);
     if (!bytes) return std::nullopt;
     all.insert(all.end(), bytes->begin(), bytes->end());
@@ -130,6 +134,20 @@ std::optional<Bytes> hexBytes(std::string_view text, std::optional<std::int64_t>
   if (all.empty()) return std::nullopt;
   if (maxOutputBytes && static_cast<std::int64_t>(all.size()) > *maxOutputBytes)
     return std::nullopt;
+  return all;
+}
+
+std::optional<std::vector<std::optional<std::uint8_t>>> wildcardBytes(std::string_view text) {
+  std::vector<std::optional<std::uint8_t>> all;
+  for (const auto& token : tokensOf(scalarsOf(text), U",;")) {
+    if (token.size() % 2 == 1) return std::nullopt;
+    for (std::size_t i = 0; i < token.size(); i += 2) {
+      const std::u32string pair = token.substr(i, 2);
+      if (pair != U"??" && !consistsOf(pair, kHexDigits)) return std::nullopt;
+      all.push_back(pair == U"??" ? std::nullopt : std::optional(byteOf(pair)));
+    }
+  }
+  if (all.empty()) return std::nullopt;
   return all;
 }
 

@@ -21,6 +21,10 @@ std::optional<std::vector<std::uint8_t>> hexBytes(std::string_view text,
                                                   std::optional<std::int64_t> maxOutputBytes,
                                                   std::optional<std::int64_t> maxInputCharacters);
 
+/// One entry for each position of a pattern, absent for a wildcard; see
+/// `WildcardHexPattern::parse`.
+std::optional<std::vector<std::optional<std::uint8_t>>> wildcardBytes(std::string_view text);
+
 /// See `HexParser::parseOffset`.
 std::optional<std::int64_t> offset(std::string_view text);
 

@@ -33,6 +33,14 @@ class ByteMatcher {
     return search_.first(needle_, haystack, from, through);
   }
 
+  /// Puts into `list` the first match positions in `from`...`through` that do not overlap each
+  /// other: all of them when it is not full afterwards. Much faster than one by one where matches
+  /// are frequent.
+  void collect(std::span<const std::uint8_t> haystack, std::int64_t from, std::int64_t through,
+               MatchList& list) {
+    search_.collect(needle_, haystack, from, through, list);
+  }
+
   /// The greatest match position in `from`...`through`.
   std::optional<std::int64_t> last(std::span<const std::uint8_t> haystack, std::int64_t from,
                                    std::int64_t through) {

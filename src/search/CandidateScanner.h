@@ -12,11 +12,16 @@
 
 namespace quillmor {
 
+/// How many positions of `candidateList` are searched for one candidate before something else is
+/// done: few enough that several candidates, which are short, find the same bytes in the cache, and
+/// that a search in slow data is asked every few milliseconds whether to stop.
+std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList);
+
 /// Walks the occurrences of several candidates through bytes, front to back. What is known of each
 /// candidate, its next occurrence or how far there is none, is kept until it is passed, so that the
 /// whole walk looks at each byte about once for each candidate, however many occurrences there are.
 ///
-/// The haystack outlives the scanner; candidates are copied. For one thread at a time.
+/// Haystack and candidates outlive the scanner. For one thread at a time.
 class CandidateScanner {
  public:
   struct Hit {
@@ -28,17 +33,14 @@ class CandidateScanner {
     bool operator==(const Hit&) const = default;
   };
 
-  /// Positions of one candidate that are searched in one step. Small enough that all candidates of
-  /// a number find the same bytes in the cache.
-  static constexpr std::int64_t kPieceBytes = std::int64_t{256} * 1024;
-
   /// For a walk that begins at `start`, 0 or more.
   CandidateScanner(std::span<const std::uint8_t> haystack,
                    const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
                    std::int64_t start = 0);
 
-  /// The earliest occurrence of any candidate at or behind `position` (never less than in the call
-  /// before). Where several begin, the longest; among equally long ones the first in the list.
+  /// The earliest occurrence of any candidate at or behind `position`: that of the call before, or
+  /// the end of the occurrence it found; `start` at first. Where several begin, the longest; among
+  /// equally long ones the first in the list.
   ///
   /// Every few milliseconds `progress` advances, by the bytes between `start` and the end of the
   /// haystack in all, and is asked whether to stop: then `Error::stopped()` is thrown, and the call
@@ -48,18 +50,27 @@ class CandidateScanner {
  private:
   /// A candidate, and where it may occur next.
   struct Cursor {
-    ByteMatcher matcher;
-    std::size_t candidate = 0;
-    std::int64_t length = 0;
     std::int64_t bound = 0;  ///< no occurrence begins before it
     bool isHit = false;      ///< whether one begins at `bound`
+    bool isBatched = false;  ///< whether occurrences are found many at a time
+    std::size_t candidate = 0;
+    std::int64_t length = 0;
+    std::int64_t searchedTo = 0;  ///< no occurrence begins before it but those in the list
+    MatchList list;
+    int listed = 0;  ///< how many of the list have been come to
+    ByteMatcher matcher;
   };
 
   Cursor* earliestBehind(std::int64_t position);
-  void searchPiece(Cursor& cursor, TaskProgress& progress);
+  void pass(Cursor& cursor, std::int64_t position);
+  bool occursAt(const Cursor& cursor, std::int64_t position) const;
+  void searchPiece(Cursor& cursor);
   void report(std::int64_t walkedTo, TaskProgress& progress);
 
   std::span<const std::uint8_t> haystack_;
+  const std::vector<SearchCandidate>& candidateList_;
+  bool folds_;
+  std::int64_t pieceBytes_;
   std::vector<Cursor> cursors_;  // the longest first, equal lengths in the order of the list
   std::int64_t reported_ = 0;    // the position `progress` has been told of
   std::int64_t unreportedWork_ = 0;

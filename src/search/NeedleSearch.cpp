@@ -25,6 +25,8 @@ bool NeedleSearch::canBeFound(Bytes needle, Bytes haystack) const {
 PatternView NeedleSearch::view(Bytes needle) const {
   return {.values = needle.data(),
           .masks = nullptr,
+          .reversedValues = nullptr,
+          .reversedMasks = nullptr,
           .length = std::ssize(needle),
           .kind = folds_ ? PatternKind::folded : PatternKind::exact};
 }
@@ -37,13 +39,24 @@ std::int64_t NeedleSearch::stretchLength(Bytes needle) const {
 
 const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction direction) {
   auto& table = direction == Direction::forward ? forward_ : backward_;
-  if (table.empty()) table = LinearSearch::failureTable(needle, folds_, direction);
+  if (table.empty()) {
+    table = LinearSearch::failureTable(needle, folds_, direction);
+    LinearSearch::addShortcuts(table, needle, folds_, direction);
+  }
   return table;
 }
 
 std::optional<std::int64_t> NeedleSearch::first(Bytes needle, Bytes haystack, std::int64_t from,
                                                 std::int64_t through) {
-  return firstAccepted(needle, haystack, from, through, [](std::int64_t) { return true; });
+  if (!canBeFound(needle, haystack)) return std::nullopt;
+  from = std::max<std::int64_t>(from, 0);
+  through = std::min(through, std::ssize(haystack) - std::ssize(needle));
+  const PatternView pattern = view(needle);
+  const ScanResult result = scanner_.first(pattern, haystack, from, through);
+  if (result.outcome == Outcome::found) return result.position;
+  if (result.outcome == Outcome::absent) return std::nullopt;
+  return firstAccepted(needle, haystack, result.position, through,
+                       [](std::int64_t) { return true; });
 }
 
 std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes haystack,
@@ -63,15 +76,46 @@ std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes hays
       ++at;
     } else if (at <= end) {
       const std::int64_t stretchEnd = at + std::min(stretchLength(needle) - 1, end - at);
-      const auto found = LinearSearch::first(needle, table(needle, Direction::forward), folds_,
-                                             haystack, at, stretchEnd, accepting);
-      linearBytes_ += (found ? *found : stretchEnd) + std::ssize(needle) - at;
+      const auto found = firstInStretch(needle, haystack, at, stretchEnd, accepting);
       if (found) return found;
       scanner_.refill();
       at = stretchEnd + 1;
     }
   }
   return std::nullopt;
+}
+
+void NeedleSearch::collect(Bytes needle, Bytes haystack, std::int64_t from, std::int64_t through,
+                           MatchList& list) {
+  list.count = 0;
+  if (!canBeFound(needle, haystack)) return;
+  std::int64_t at = std::max<std::int64_t>(from, 0);
+  const std::int64_t end = std::min(through, std::ssize(haystack) - std::ssize(needle));
+  while (at <= end && !list.isFull()) {
+    const ScanResult result = scanner_.collect(view(needle), haystack, at, end, list);
+    if (result.outcome != Outcome::exhausted) break;
+    at = result.position;
+    if (at > end) break;
+    const std::int64_t stretchEnd = at + std::min(stretchLength(needle) - 1, end - at);
+    const auto found =
+        firstInStretch(needle, haystack, at, stretchEnd, [](std::int64_t) { return true; });
+    if (found) {
+      list.add(*found);
+      at = *found + std::ssize(needle);
+    } else {
+      scanner_.refill();
+      at = stretchEnd + 1;
+    }
+  }
+}
+
+std::optional<std::int64_t> NeedleSearch::firstInStretch(Bytes needle, Bytes haystack,
+                                                         std::int64_t from, std::int64_t through,
+                                                         PositionPredicate accepting) {
+  const auto found = LinearSearch::first(needle, table(needle, Direction::forward), folds_,
+                                         haystack, from, through, accepting);
+  linearBytes_ += (found ? *found : through) + std::ssize(needle) - from;
+  return found;
 }
 
 std::optional<std::int64_t> NeedleSearch::last(Bytes needle, Bytes haystack, std::int64_t from,

@@ -29,6 +29,11 @@ class NeedleSearch {
   std::optional<std::int64_t> first(Bytes needle, Bytes haystack, std::int64_t from,
                                     std::int64_t through);
 
+  /// Puts into `list` the first match positions in `from`...`through` that do not overlap each
+  /// other: all of them when it is not full afterwards.
+  void collect(Bytes needle, Bytes haystack, std::int64_t from, std::int64_t through,
+               MatchList& list);
+
   /// The greatest match position in `from`...`through`.
   std::optional<std::int64_t> last(Bytes needle, Bytes haystack, std::int64_t from,
                                    std::int64_t through);
@@ -46,6 +51,8 @@ class NeedleSearch {
   bool canBeFound(Bytes needle, Bytes haystack) const;
   PatternView view(Bytes needle) const;
   std::int64_t stretchLength(Bytes needle) const;
+  std::optional<std::int64_t> firstInStretch(Bytes needle, Bytes haystack, std::int64_t from,
+                                             std::int64_t through, PositionPredicate accepting);
   const LinearSearch::FailureTable& table(Bytes needle, LinearSearch::Direction direction);
 
   bool folds_;

@@ -52,12 +52,13 @@ void PatternScanner::reject(const PatternView& pattern) {
 
 template <bool kIsForward>
 ScanResult PatternScanner::scan(const PatternView& pattern, std::span<const std::uint8_t> haystack,
-                                std::int64_t from, std::int64_t through) {
+                                std::int64_t from, std::int64_t through, MatchList* list) {
   if (filter_.count == 0) filter_ = usualProbes(pattern);
   const ScanTask task = {.pattern = pattern,
-                         .filter = &filter_,
+                         .filter = filter_,
                          .haystack = haystack.data(),
-                         .last = std::ssize(haystack) - pattern.length};
+                         .last = std::ssize(haystack) - pattern.length,
+                         .list = list};
   const ScanKernel& kernel = scanKernel(limits_.path);
   while (from <= through) {
     ScanResult result = {Outcome::exhausted, kIsForward ? from : through};
@@ -76,6 +77,12 @@ ScanResult PatternScanner::scan(const PatternView& pattern, std::span<const std:
 ScanResult PatternScanner::first(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                                  std::int64_t from, std::int64_t through) {
   return scan<true>(pattern, haystack, from, through);
+}
+
+ScanResult PatternScanner::collect(const PatternView& pattern,
+                                   std::span<const std::uint8_t> haystack, std::int64_t from,
+                                   std::int64_t through, MatchList& list) {
+  return scan<true>(pattern, haystack, from, through, &list);
 }
 
 ScanResult PatternScanner::last(const PatternView& pattern, std::span<const std::uint8_t> haystack,

@@ -22,6 +22,11 @@ class PatternScanner {
   ScanResult first(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                    std::int64_t from, std::int64_t through);
 
+  /// Adds the matches in `from`...`through` that do not overlap to `list`, which is not full. Found
+  /// means that it is full now; exhausted, that it may be filled on from there.
+  ScanResult collect(const PatternView& pattern, std::span<const std::uint8_t> haystack,
+                     std::int64_t from, std::int64_t through, MatchList& list);
+
   /// The last match in `from`...`through`. Exhausted, it is to go on downward.
   ScanResult last(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                   std::int64_t from, std::int64_t through);
@@ -40,7 +45,7 @@ class PatternScanner {
  private:
   template <bool kIsForward>
   ScanResult scan(const PatternView& pattern, std::span<const std::uint8_t> haystack,
-                  std::int64_t from, std::int64_t through);
+                  std::int64_t from, std::int64_t through, MatchList* list = nullptr);
   void enterStage(int stage);
 
   SearchLimits limits_;

@@ -29,28 +29,15 @@ OutputExtent::OutputExtent(std::int64_t originalSize, std::int64_t maximumGrowth
     : maximumGrowth_(std::max<std::int64_t>(maximumGrowth, 0)),
       limit_(saturatingAdd(originalSize, maximumGrowth_)) {}
 
-std::int64_t OutputExtent::outputOffset(std::int64_t originalOffset) const {
-  return lengthened(originalOffset, shift_);
+void OutputExtent::failBeyondAddresses() {
+  throw Error::quillmor(kReplaceAllFailed,
+                        "Replace All output offset exceeded the supported address range.");
 }
 
-void OutputExtent::replace(std::int64_t originalOffset, std::int64_t removed,
-                           std::int64_t inserted) {
-  const std::int64_t end = lengthened(outputOffset(originalOffset), inserted);
-  shift_ = end - (originalOffset + removed);
-}
-
-std::int64_t OutputExtent::lengthened(std::int64_t output, std::int64_t count) const {
-  std::int64_t sum = 0;
-  if (__builtin_add_overflow(output, count, &sum)) {
-    throw Error::quillmor(kReplaceAllFailed,
-                          "Replace All output offset exceeded the supported address range.");
-  }
-  if (sum > limit_) {
-    throw Error::quillmor(kReplaceAllFailed,
-                          "Replace All output would grow beyond the safe per-operation limit of " +
-                              std::to_string(maximumGrowth_) + " additional bytes.");
-  }
-  return sum;
+void OutputExtent::failBeyondGrowth() const {
+  throw Error::quillmor(kReplaceAllFailed,
+                        "Replace All output would grow beyond the safe per-operation limit of " +
+                            std::to_string(maximumGrowth_) + " additional bytes.");
 }
 
 BookmarkCarrier::BookmarkCarrier(std::vector<std::int64_t> offsets)
@@ -88,7 +75,7 @@ ReplacementWriter::ReplacementWriter(const ByteBuffer& original,
 
 void ReplacementWriter::replace(std::int64_t offset, std::int64_t length,
                                 std::span<const std::uint8_t> replacement) {
-  extent_.replace(offset, length, sizeOf(replacement));
+  lastCaret_ = extent_.replace(offset, length, sizeOf(replacement));
   if (!isUnchanged(offset, length, replacement)) {
     if (!hasOutput_) startOutput();
     copyOriginalUpTo(offset);
@@ -97,7 +84,6 @@ void ReplacementWriter::replace(std::int64_t offset, std::int64_t length,
     if (unreportedWork_ >= kWorkBetweenReports) report();
   }
   bookmarks_.replace(offset, length, sizeOf(replacement));
-  lastCaret_ = extent_.outputOffset(offset + length);
   ++replacements_;
 }
 
@@ -120,7 +106,7 @@ ReplaceAllComputation ReplacementWriter::finish() {
 
 bool ReplacementWriter::isUnchanged(std::int64_t offset, std::int64_t length,
                                     std::span<const std::uint8_t> replacement) const {
-  if (sizeOf(replacement) != length) return false;
+  if (sizeOf(replacement) != length || original_.data()[offset] != replacement[0]) return false;
   return std::memcmp(original_.data() + offset, replacement.data(), replacement.size()) == 0;
 }
 

@@ -21,13 +21,27 @@ class OutputExtent {
 
   /// The output offset of the original byte `originalOffset`, which lies behind what was replaced:
   /// also the length of the output when it ends there.
-  std::int64_t outputOffset(std::int64_t originalOffset) const;
+  std::int64_t outputOffset(std::int64_t originalOffset) const {
+    return lengthened(originalOffset, shift_);
+  }
 
-  /// Counts `inserted` bytes in the place of `removed` ones from `originalOffset`.
-  void replace(std::int64_t originalOffset, std::int64_t removed, std::int64_t inserted);
+  /// Counts `inserted` bytes in the place of `removed` ones from `originalOffset`. Returns the
+  /// output offset behind them.
+  std::int64_t replace(std::int64_t originalOffset, std::int64_t removed, std::int64_t inserted) {
+    const std::int64_t end = lengthened(outputOffset(originalOffset), inserted);
+    shift_ = end - (originalOffset + removed);
+    return end;
+  }
 
  private:
-  std::int64_t lengthened(std::int64_t output, std::int64_t count) const;
+  std::int64_t lengthened(std::int64_t output, std::int64_t count) const {
+    std::int64_t sum = 0;
+    if (__builtin_add_overflow(output, count, &sum)) failBeyondAddresses();
+    if (sum > limit_) failBeyondGrowth();
+    return sum;
+  }
+  [[noreturn]] static void failBeyondAddresses();
+  [[noreturn]] void failBeyondGrowth() const;
 
   std::int64_t maximumGrowth_;
   std::int64_t limit_;

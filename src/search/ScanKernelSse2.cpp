@@ -21,10 +21,18 @@ struct Sse2Lanes {
   static Block load(const std::uint8_t* at) {
     return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(at))};
   }
+  static Block loadAligned(const std::uint8_t* at) {
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(at))};
+  }
   static Block both(Block a, Block b) { return {_mm_and_si128(a.bytes, b.bytes)}; }
   static Block either(Block a, Block b) { return {_mm_or_si128(a.bytes, b.bytes)}; }
   static Block differing(Block a, Block b) { return {_mm_xor_si128(a.bytes, b.bytes)}; }
   static Block zeros(Block block) { return {_mm_cmpeq_epi8(block.bytes, _mm_setzero_si128())}; }
+  static bool anyZero(Block a, Block b, Block c, Block d) {
+    const __m128i least =
+        _mm_min_epu8(_mm_min_epu8(a.bytes, b.bytes), _mm_min_epu8(c.bytes, d.bytes));
+    return bits(zeros({least})) != 0;
+  }
   static std::uint32_t bits(Block zeros) {
     return static_cast<std::uint32_t>(_mm_movemask_epi8(zeros.bytes));
   }

@@ -48,28 +48,26 @@ class Scan {
  public:
   Scan(const ScanTask& task, ScanState& state)
       : pattern_(task.pattern),
-        filter_(*task.filter),
+        filter_(task.filter),
         haystack_(task.haystack),
         last_(task.last),
+        list_(task.list),
         state_(state),
-        first_(filter_.probes[0]),
-        second_(filter_.probes[kHasOneProbe ? 0 : 1]),
-        firstAt_(haystack_ + first_.offset),
-        secondAt_(haystack_ + second_.offset),
-        firstValue_(Lanes::all(first_.value)),
-        secondValue_(Lanes::all(second_.value)),
-        firstMask_(Lanes::all(first_.mask)),
-        secondMask_(Lanes::all(second_.mask)) {}
+        firstAt_(haystack_ + first().offset),
+        secondAt_(haystack_ + second().offset),
+        firstValue_(Lanes::all(first().value)),
+        secondValue_(Lanes::all(second().value)),
+        firstMask_(Lanes::all(first().mask)),
+        secondMask_(Lanes::all(second().mask)) {}
 
   ScanResult forward(std::int64_t from, std::int64_t through) {
     start_ = from;
-    if (last_ + 1 < Lanes::kCount) return settled(forwardOneByOne(from, through), through);
+    if (last_ + 1 < kSpan) return settled(forwardOneByOne(from, through), through);
     std::int64_t at = from;
     while (at <= through) {
-      // Matches may be frequent, so the blocks nearby are looked at one by one to begin with.
-      for (int block = 0; block < kGroup && at <= through; ++block, at += Lanes::kCount) {
-        if (endsInBlockAbove(at, through)) return settled(result_, result_.position);
-      }
+      if (endsInSpanAbove(at, through)) return settled(result_, result_.position);
+      at += kSpan;
+      if (through - at >= kGroupCount - 1) at -= misalignment(at);
       while (through - at >= kGroupCount - 1 && !hasCandidates(at)) at += kGroupCount;
     }
     return settled({}, through);
@@ -77,12 +75,13 @@ class Scan {
 
   ScanResult backward(std::int64_t from, std::int64_t through) {
     start_ = through;
-    if (last_ + 1 < Lanes::kCount) return settled(backwardOneByOne(from, through), from);
+    if (last_ + 1 < kSpan) return settled(backwardOneByOne(from, through), from);
     std::int64_t at = through;
     while (at >= from) {
-      for (int block = 0; block < kGroup && at >= from; ++block, at -= Lanes::kCount) {
-        if (endsInBlockBelow(at, from)) return settled(result_, result_.position);
-      }
+      if (endsInSpanBelow(at, from)) return settled(result_, result_.position);
+      at -= kSpan;
+      if (at - from >= kGroupCount - 1)
+        at += (Lanes::kCount - misalignment(at + 1)) % Lanes::kCount;
       while (at - from >= kGroupCount - 1 && !hasCandidates(at - kGroupCount + 1)) {
         at -= kGroupCount;
       }
@@ -92,81 +91,139 @@ class Scan {
 
  private:
   using Block = typename Lanes::Block;
-  /// A bit for every lane, the first lane in the lowest.
-  using Bits = std::uint32_t;
-  static constexpr int kGroup = 4;
-  static constexpr std::int64_t kGroupCount = kGroup * Lanes::kCount;
+  /// A bit for each of `kSpan` neighbouring positions, the first one in the lowest.
+  using Bits = std::uint64_t;
+  static constexpr std::int64_t kSpan = 64;
+  /// The positions that are passed together as long as none of them is a candidate.
+  static constexpr std::int64_t kGroupCount = 4 * Lanes::kCount;
   static constexpr std::int64_t kWord = 8;
 
-  static Block difference(const std::uint8_t* at, Block value, Block mask) {
-    Block bytes = Lanes::load(at);
+  const ScanProbe& first() const { return filter_.probes[0]; }
+  const ScanProbe& second() const { return filter_.probes[kHasOneProbe ? 0 : 1]; }
+
+  static Block difference(Block bytes, Block value, Block mask) {
     if constexpr (kKind == PatternKind::folded) bytes = Lanes::both(bytes, mask);
     return Lanes::differing(bytes, value);
   }
 
-  Block difference(std::int64_t at) const {
-    const Block block = difference(firstAt_ + at, firstValue_, firstMask_);
+  /// What keeps the positions from `at` on from being candidates; the first probe's `bytes` are
+  /// loaded already.
+  Block difference(std::int64_t at, Block bytes) const {
+    const Block block = difference(bytes, firstValue_, firstMask_);
     if constexpr (kHasOneProbe) return block;
-    return Lanes::either(block, difference(secondAt_ + at, secondValue_, secondMask_));
+    return Lanes::either(block, difference(Lanes::load(secondAt_ + at), secondValue_, secondMask_));
   }
 
+  Block difference(std::int64_t at) const { return difference(at, Lanes::load(firstAt_ + at)); }
+
+  Block alignedDifference(std::int64_t at) const {
+    return difference(at, Lanes::loadAligned(firstAt_ + at));
+  }
+
+  /// How far before `at` the first probe's bytes lie as blocks are best loaded. Going there looks
+  /// again at a few positions that were passed already.
+  std::int64_t misalignment(std::int64_t at) const {
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(firstAt_ + at) %
+                                     static_cast<std::uintptr_t>(Lanes::kCount));
+  }
+
+  /// Where the first probe's bytes are aligned.
   bool hasCandidates(std::int64_t at) const {
-    auto zeros = Lanes::zeros(difference(at));
-    for (int block = 1; block < kGroup; ++block) {
-      zeros = Lanes::either(zeros, Lanes::zeros(difference(at + block * Lanes::kCount)));
-    }
-    return Lanes::bits(zeros) != 0;
+    return Lanes::anyZero(alignedDifference(at), alignedDifference(at + Lanes::kCount),
+                          alignedDifference(at + 2 * Lanes::kCount),
+                          alignedDifference(at + 3 * Lanes::kCount));
   }
 
   Bits candidates(std::int64_t at) const {
-    Block block = difference(at);
-    Bits bits = Lanes::bits(Lanes::zeros(block));
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference(at + lane)))} << lane;
+    }
     for (int i = 2; i < filter_.count && bits != 0; ++i) {
-      const ScanProbe& probe = filter_.probes[static_cast<std::size_t>(i)];
-      block = Lanes::either(block, difference(haystack_ + probe.offset + at,
-                                              Lanes::all(probe.value), Lanes::all(probe.mask)));
-      bits = Lanes::bits(Lanes::zeros(block));
+      bits &= fitting(filter_.probes[static_cast<std::size_t>(i)], at);
+    }
+    if constexpr (kKind == PatternKind::masked) {
+      for (std::size_t i = 0; i < kCulprits && bits != 0; ++i) {
+        bits &= unruined(state_.culprits[i], at);
+      }
     }
     return bits;
   }
 
-  /// The bits of lanes `lowest`...`highest`; both may lie outside.
-  static Bits lanesBetween(std::int64_t lowest, std::int64_t highest) {
-    Bits bits = ~Bits{0} << (lowest > 0 ? lowest : 0);
-    if (highest < 31) bits &= (Bits{2} << highest) - 1;
+  /// The positions from `at` on that the haystack's byte at `culprit` lets the pattern lie at. One
+  /// further position is one place further back in the pattern.
+  Bits unruined(std::int64_t culprit, std::int64_t at) const {
+    const std::int64_t offset = culprit - at;
+    if (offset < 0 || offset >= pattern_.length + kSpan - 1) return ~Bits{0};
+    const std::int64_t reversed = pattern_.length - 1 - offset + kReversedMargin;
+    const Block byte = Lanes::all(haystack_[culprit]);
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      const Block value = Lanes::load(pattern_.reversedValues + reversed + lane);
+      const Block mask = Lanes::load(pattern_.reversedMasks + reversed + lane);
+      const Block difference = Lanes::both(Lanes::differing(byte, value), mask);
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference))} << lane;
+    }
     return bits;
   }
 
-  /// Looks at the positions of a block from `at` on, which the scan has reached, up to `through`.
-  bool endsInBlockAbove(std::int64_t at, std::int64_t through) {
-    const std::int64_t highest = last_ - Lanes::kCount + 1;
+  /// `bits` without those that what has just ruined one of them ruins as well.
+  Bits withoutRuined(Bits bits, std::int64_t at) const {
+    if constexpr (kKind != PatternKind::masked) return bits;
+    return bits & unruined(state_.culprits[static_cast<std::size_t>(newestCulprit())], at);
+  }
+
+  int newestCulprit() const { return (state_.oldestCulprit + kCulprits - 1) % kCulprits; }
+
+  Bits fitting(const ScanProbe& probe, std::int64_t at) const {
+    const Block value = Lanes::all(probe.value);
+    const Block mask = Lanes::all(probe.mask);
+    const std::uint8_t* const bytes = haystack_ + probe.offset + at;
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference(Lanes::load(bytes + lane), value, mask)))}
+              << lane;
+    }
+    return bits;
+  }
+
+  /// The bits of positions `lowest`...`highest`, of which `lowest` may be negative and `highest`
+  /// beyond the span.
+  static Bits bitsBetween(std::int64_t lowest, std::int64_t highest) {
+    Bits bits = ~Bits{0} << (lowest > 0 ? lowest : 0);
+    if (highest < kSpan - 1) bits &= (Bits{2} << highest) - 1;
+    return bits;
+  }
+
+  /// Looks at the next positions from `at` on, which the scan has reached, up to `through`.
+  bool endsInSpanAbove(std::int64_t at, std::int64_t through) {
+    const std::int64_t highest = last_ - kSpan + 1;
     const std::int64_t base = at < highest ? at : highest;
-    Bits bits = candidates(base);
-    if (bits == 0) return false;
-    bits &= lanesBetween(at - base, through - base);
-    for (; bits != 0; bits &= bits - 1) {
+    Bits bits = candidates(base) & bitsBetween(at - base, through - base);
+    while (bits != 0) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
+      bits = withoutRuined(bits & (bits - 1), base);
     }
     return false;
   }
 
-  bool endsInBlockBelow(std::int64_t at, std::int64_t from) {
-    const std::int64_t base = at - Lanes::kCount + 1 > 0 ? at - Lanes::kCount + 1 : 0;
-    Bits bits = candidates(base);
-    if (bits == 0) return false;
-    bits &= lanesBetween(from - base, at - base);
+  bool endsInSpanBelow(std::int64_t at, std::int64_t from) {
+    const std::int64_t base = at - kSpan + 1 > 0 ? at - kSpan + 1 : 0;
+    Bits bits = candidates(base) & bitsBetween(from - base, at - base);
     while (bits != 0) {
-      const int lane = 31 - std::countl_zero(bits);
-      bits &= ~(Bits{1} << lane);
+      const int lane = 63 - std::countl_zero(bits);
       if (endsAt(base + lane, base + lane - 1)) return true;
+      bits = withoutRuined(bits & ~(Bits{1} << lane), base);
     }
     return false;
   }
 
   /// Whether the scan is over with the candidate `position`.
   bool endsAt(std::int64_t position, std::int64_t next) {
+    if (position < free_) return false;
     if (filter_.provesMatch || matches(position)) {
+      if (isListed(position)) return false;
       result_ = {ScanResult::Outcome::found, position};
       return true;
     }
@@ -175,7 +232,15 @@ class Scan {
     return true;
   }
 
-  /// Haystacks shorter than a block.
+  /// Whether the scan goes on for more matches, behind the one at `position`.
+  bool isListed(std::int64_t position) {
+    if (list_ == nullptr) return false;
+    list_->positions[static_cast<std::size_t>(list_->count)] = position;
+    free_ = position + pattern_.length;
+    return ++list_->count < MatchList::kCapacity;
+  }
+
+  /// Haystacks with fewer positions than a span.
   ScanResult forwardOneByOne(std::int64_t from, std::int64_t through) {
     for (std::int64_t at = from; at <= through; ++at) {
       if (fitsProbes(at) && endsAt(at, at + 1)) return result_;
@@ -212,50 +277,34 @@ class Scan {
   }
 
   bool matches(std::int64_t position) {
-    spent_ += kCandidateCost;
     const std::int64_t lastWord = pattern_.length - kWord;
     const std::int64_t around = state_.failedOffset - kWord / 2;
     const std::int64_t likely = around < 0 ? 0 : around > lastWord ? lastWord : around;
-    if (differsAt(position, likely)) return false;
-    if (kKind == PatternKind::masked && isRuined(position)) return false;
-    for (std::int64_t offset = 0; offset < lastWord; offset += kWord) {
-      if (!differsAt(position, offset)) continue;
-      spent_ += offset;
-      rememberCulprit(position);
-      return false;
+    if (differsAt(position, likely)) return failed(position, 0);
+    if (differsAt(position, lastWord)) return failed(position, kWord);
+    // From the end on, since what differs there goes on to be in the way for longest when scanning
+    // forward.
+    for (std::int64_t offset = lastWord - kWord; offset > 0; offset -= kWord) {
+      if (differsAt(position, offset)) return failed(position, lastWord - offset);
     }
-    if (!differsAt(position, lastWord)) {
-      spent_ -= kCandidateCost;
-      return true;
+    return !differsAt(position, 0) || failed(position, lastWord);
+  }
+
+  bool failed(std::int64_t position, std::int64_t comparisons) {
+    spent_ += kCandidateCost + comparisons;
+    if constexpr (kKind == PatternKind::masked) {
+      state_.culprits[static_cast<std::size_t>(state_.oldestCulprit)] =
+          position + state_.failedOffset;
+      state_.oldestCulprit = (state_.oldestCulprit + 1) % kCulprits;
     }
-    spent_ += lastWord;
-    rememberCulprit(position);
     return false;
   }
 
   bool differsAt(std::int64_t position, std::int64_t offset) {
     const std::uint64_t difference = wordDifference(position, offset);
     if (difference == 0) return false;
-    state_.failedOffset = offset + std::countr_zero(difference) / 8;
+    state_.failedOffset = offset + (63 - std::countl_zero(difference)) / 8;
     return true;
-  }
-
-  void rememberCulprit(std::int64_t position) {
-    if constexpr (kKind != PatternKind::masked) return;
-    state_.culprits[static_cast<std::size_t>(state_.oldestCulprit)] =
-        position + state_.failedOffset;
-    state_.oldestCulprit = (state_.oldestCulprit + 1) % kCulprits;
-  }
-
-  bool isRuined(std::int64_t position) const {
-    for (const std::int64_t culprit : state_.culprits) {
-      const std::int64_t offset = culprit - position;
-      if (offset < 0 || offset >= pattern_.length) continue;
-      if (((haystack_[culprit] ^ pattern_.values[offset]) & pattern_.masks[offset]) != 0) {
-        return true;
-      }
-    }
-    return false;
   }
 
   std::int64_t allowanceLeft(std::int64_t position) const {
@@ -270,13 +319,12 @@ class Scan {
     return result;
   }
 
-  const PatternView pattern_;
+  const PatternView& pattern_;
   const ScanFilter& filter_;
   const std::uint8_t* const haystack_;
   const std::int64_t last_;
+  MatchList* const list_;
   ScanState& state_;
-  const ScanProbe first_;
-  const ScanProbe second_;
   const std::uint8_t* const firstAt_;
   const std::uint8_t* const secondAt_;
   const Block firstValue_;
@@ -284,6 +332,7 @@ class Scan {
   const Block firstMask_;
   const Block secondMask_;
   std::int64_t start_ = 0;
+  std::int64_t free_ = 0;  // where the last match listed ends
   std::int64_t spent_ = 0;
   ScanResult result_;
 };
@@ -294,7 +343,7 @@ struct ScanLoops {
   template <PatternKind kKind, bool kIsForward>
   static ScanResult scanKind(const ScanTask& task, std::int64_t from, std::int64_t through,
                              ScanState& state) {
-    if (task.filter->count == 1) {
+    if (task.filter.count == 1) {
       Scan<Lanes, kKind, true> scan(task, state);
       return kIsForward ? scan.forward(from, through) : scan.backward(from, through);
     }

@@ -26,10 +26,9 @@ class BackwardSearch {
 
   BackwardSearch(std::span<const std::uint8_t> haystack,
                  const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase)
-      : haystack_(haystack) {
+      : haystack_(haystack), pieceBytes_(searchedPieceBytes(candidateList)) {
     for (const SearchCandidate& candidate : candidateList) {
       matchers_.emplace_back(candidate.bytes, ignoresASCIICase);
-      pieceBytes_ = std::max(pieceBytes_, matchers_.back().needleLength());
     }
   }
 
@@ -60,8 +59,8 @@ class BackwardSearch {
   }
 
   std::span<const std::uint8_t> haystack_;
+  std::int64_t pieceBytes_;
   std::vector<ByteMatcher> matchers_;
-  std::int64_t pieceBytes_ = CandidateScanner::kPieceBytes;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QRadioButton>
 #include <QScreen>
@@ -160,13 +161,17 @@ void FindReplacePanelController::handleCancel() {
 }
 
 void FindReplacePanelController::handleDirectionSelection(QRadioButton& chosen) {
-  chosen.setChecked(true);
+  for (QRadioButton* radio : {allRadio_, forwardRadio_, backwardRadio_}) {
+    radio->setChecked(radio == &chosen);
+    radio->setFocusPolicy(radio == &chosen ? Qt::StrongFocus : Qt::ClickFocus);
+  }
 }
 
 void FindReplacePanelController::tabViewDidSelect(int index) {
   const bool isText = static_cast<SearchMode>(index) == SearchMode::textString;
   encodingRow_->setVisible(isText);
   caseSensitiveCheckbox_->setVisible(isText);
+  optionsBox_->setVisible(isText || kind_ == PanelKind::replace);
 }
 
 void FindReplacePanelController::changeEvent(QEvent* event) {

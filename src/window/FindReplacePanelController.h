@@ -71,7 +71,8 @@ class FindReplacePanelController : public QDialog {
   /// Closes the panel and stops what its editor is doing, as Escape in the editor does.
   void handleCancel();
 
-  /// Turns one of the radio buttons for the direction on and the other two off.
+  /// Turns one of the radio buttons for the direction on and the other two off; the Tab key stops
+  /// at the one that is on.
   void handleDirectionSelection(QRadioButton& chosen);
 
   /// Another mode was chosen: controls that only text has come or go.

@@ -98,6 +98,12 @@ QGroupBox* boxOf(const QString& title, std::initializer_list<QWidget*> controls,
   return box;
 }
 
+/// Makes the control at least `width` wide and as high as all controls of a row, and no smaller
+/// than its font needs.
+void makeLarge(QWidget& control, int width) {
+  control.setMinimumSize(QSize(width, kControlHeight).expandedTo(control.minimumSizeHint()));
+}
+
 /// Gives the labels one width; a font larger than usual may need more than the usual one.
 void alignFields(std::initializer_list<QLabel*> labels) {
   int width = kLabelWidth;
@@ -112,6 +118,13 @@ void alignFields(std::initializer_list<QLabel*> labels) {
 /// The text as it is shown: without the marks of access keys.
 QString shownText(QString text) {
   return text.remove('&');
+}
+
+/// What stands below the widget stays where it is while the widget is hidden.
+void keepPlaceWhenHidden(QWidget& widget) {
+  QSizePolicy policy = widget.sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  widget.setSizePolicy(policy);
 }
 
 }  // namespace
@@ -151,7 +164,7 @@ QLabel* FindReplacePanelController::makeLabel(const QString& text, QWidget* budd
 QBoxLayout* FindReplacePanelController::makeRow(QLabel* label, QWidget* field) {
   auto* row = withoutMargins<QHBoxLayout>(kRowSpacing);
   setGround(*field, kFieldGround);
-  field->setMinimumHeight(kControlHeight);
+  makeLarge(*field, field->minimumWidth());
   row->addWidget(label);
   row->addWidget(field, 1);
   return row;
@@ -182,10 +195,7 @@ QWidget* FindReplacePanelController::makeEncodingRow() {
   row->setStretch(1, 0);
   row->addStretch(1);
   encodingRow_->setLayout(row);
-  // What stands below stays where it is while the row is hidden.
-  QSizePolicy policy = encodingRow_->sizePolicy();
-  policy.setRetainSizeWhenHidden(true);
-  encodingRow_->setSizePolicy(policy);
+  keepPlaceWhenHidden(*encodingRow_);
   return encodingRow_;
 }
 
@@ -193,6 +203,7 @@ QGroupBox* FindReplacePanelController::makeOptionsBox() {
   caseSensitiveCheckbox_ = new QCheckBox(tr("&Case sensitive"));
   if (kind_ == PanelKind::replace) promptCheckbox_ = new QCheckBox(tr("&Prompt on replace"));
   optionsBox_ = boxOf(tr("Options"), {caseSensitiveCheckbox_, promptCheckbox_}, this);
+  keepPlaceWhenHidden(*optionsBox_);
   return optionsBox_;
 }
 
@@ -201,7 +212,12 @@ QGroupBox* FindReplacePanelController::makeDirectionBox() {
   forwardRadio_ = new QRadioButton(tr("&Forward"));
   backwardRadio_ = new QRadioButton(tr("&Backward"));
   directionBox_ = boxOf(tr("Search direction"), {allRadio_, forwardRadio_, backwardRadio_}, this);
-  handleDirectionSelection(*forwardRadio_);
+  for (QRadioButton* radio : {allRadio_, forwardRadio_, backwardRadio_}) {
+    connect(radio, &QRadioButton::toggled, this, [this, radio](bool isOn) {
+      if (isOn) handleDirectionSelection(*radio);
+    });
+  }
+  forwardRadio_->setChecked(true);
   return directionBox_;
 }
 
@@ -213,7 +229,7 @@ QBoxLayout* FindReplacePanelController::makeButtonRow() {
   auto* row = withoutMargins<QHBoxLayout>(10);
   row->addStretch(1);
   for (QPushButton* button : {primaryButton_, secondaryButton_, cancelButton_}) {
-    button->setMinimumSize(kButtonWidth, kControlHeight);
+    makeLarge(*button, kButtonWidth);
     // Return is the primary button's wherever the focus is; Space presses a focused button.
     button->setAutoDefault(false);
     row->addWidget(button);

@@ -11,9 +11,18 @@ namespace quillmor {
 /// The scan paths that this machine has.
 std::vector<ScanPath> availableScanPaths();
 
-/// Limits that make searches go every way they can: each path with the usual budget, with one that
-/// is soon used up, and by the linear search alone.
+/// Limits that make searches go every way they can: by each path, with a budget that is soon used
+/// up, and by the linear search alone.
 std::vector<SearchLimits> everyKindOfLimits();
+
+/// `count` random searches, or fewer where a sanitizer makes each of them slow.
+constexpr int modelCount(int count) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return count / 8;
+#else
+  return count;
+#endif
+}
 
 /// Small searches that are likely to find something, and to almost find much more.
 class RandomSearches {

@@ -117,7 +117,7 @@ Replaced replaceOneByOne(SearchBytes bytes, const std::vector<CandidateScanner::
 
 }  // namespace naive
 
-SearchBytes RandomSearches::text(std::int64_t minimum, std::int64_t maximum) {
+SearchBytes RandomRequests::text(std::int64_t minimum, std::int64_t maximum) {
   SearchBytes result(static_cast<std::size_t>(minimum + upTo(maximum - minimum)));
   for (std::uint8_t& byte : result) {
     byte = static_cast<std::uint8_t>((upTo(1) == 0 ? 'a' : 'A') + upTo(alphabet_));
@@ -125,7 +125,7 @@ SearchBytes RandomSearches::text(std::int64_t minimum, std::int64_t maximum) {
   return result;
 }
 
-void RandomSearches::choose() {
+void RandomRequests::choose() {
   alphabet_ = upTo(2);
   request = upTo(1) == 0 ? exactRequest() : foldingRequest();
   bytes = text(0, upTo(3) == 0 ? 80 : 20);

@@ -63,9 +63,9 @@ Replaced replaceOneByOne(SearchBytes bytes, const std::vector<CandidateScanner::
 }  // namespace naive
 
 /// Small random documents with small alphabets, in which candidates meet, overlap and repeat.
-class RandomSearches {
+class RandomRequests {
  public:
-  explicit RandomSearches(unsigned seed) : random_(seed) {}
+  explicit RandomRequests(unsigned seed) : random_(seed) {}
 
   /// 0...`limit`.
   std::int64_t upTo(std::int64_t limit) {

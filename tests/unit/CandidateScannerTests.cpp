@@ -17,7 +17,6 @@ using test::searchBytes;
 using Hit = CandidateScanner::Hit;
 
 constexpr std::int64_t kMiB = 1024 * 1024;
-constexpr std::int64_t kPiece = CandidateScanner::kPieceBytes;
 
 /// Occurrences that do not overlap.
 std::vector<Hit> walk(const SearchBytes& bytes, const std::vector<SearchCandidate>& candidateList,
@@ -67,30 +66,65 @@ TEST(CandidateScanner, prefersTheEarlierToTheLonger) {
 TEST(CandidateScanner, repeatsAnOccurrenceThatWasNotPassed) {
   TaskProgress progress;
   const SearchBytes bytes = searchBytes("..ab..ab");
-  CandidateScanner scanner(bytes, rawCandidates({"ab"}), false);
+  const auto candidateList = rawCandidates({"ab"});
+  CandidateScanner scanner(bytes, candidateList, false);
   EXPECT_EQ(scanner.next(0, progress), (Hit{2, 0, 2}));
   EXPECT_EQ(scanner.next(2, progress), (Hit{2, 0, 2}));
-  EXPECT_EQ(scanner.next(3, progress), (Hit{6, 0, 2}));
-  EXPECT_EQ(scanner.next(7, progress), std::nullopt);
+  EXPECT_EQ(scanner.next(4, progress), (Hit{6, 0, 2}));
   EXPECT_EQ(scanner.next(8, progress), std::nullopt);
 }
 
 TEST(CandidateScanner, findsWhatLiesAtAndAcrossTheEndsOfPieces) {
+  const std::int64_t piece = searchedPieceBytes(rawCandidates({"zz", "abc", "q"}));
   for (const std::int64_t offset :
-       {kPiece - 3, kPiece - 2, kPiece - 1, kPiece, kPiece + 1, 2 * kPiece - 1, 2 * kPiece}) {
-    SearchBytes bytes(static_cast<std::size_t>(2 * kPiece + 3), '.');
+       {piece - 3, piece - 2, piece - 1, piece, piece + 1, 2 * piece - 1, 2 * piece}) {
+    SearchBytes bytes(static_cast<std::size_t>(2 * piece + 3), '.');
     put(bytes, offset, "abc");
     EXPECT_THAT(walk(bytes, rawCandidates({"zz", "abc", "q"})),
                 testing::ElementsAre(Hit{offset, 1, 3}));
   }
 }
 
-TEST(CandidateScanner, findsCandidatesLongerThanAPiece) {
-  SearchBytes needle(static_cast<std::size_t>(kPiece + 10), 'n');
-  SearchBytes bytes(static_cast<std::size_t>(kPiece + 5), '.');
+TEST(CandidateScanner, findsCandidatesLongerThanTheUsualPiece) {
+  const std::int64_t piece = searchedPieceBytes(rawCandidates({"n"}));
+  SearchBytes needle(static_cast<std::size_t>(piece + 10), 'n');
+  SearchBytes bytes(static_cast<std::size_t>(piece + 5), '.');
   bytes.insert(bytes.end(), needle.begin(), needle.end());
   const std::vector<SearchCandidate> candidateList{{needle, SearchCandidateKind::Raw()}};
-  EXPECT_THAT(walk(bytes, candidateList), testing::ElementsAre(Hit{kPiece + 5, 0, kPiece + 10}));
+  EXPECT_THAT(walk(bytes, candidateList), testing::ElementsAre(Hit{piece + 5, 0, piece + 10}));
+}
+
+TEST(CandidateScanner, findsManyOfOneAmongFewOfAnother) {
+  SearchBytes bytes(10'000, '.');
+  std::vector<Hit> expected;
+  for (std::int64_t offset = 1; offset < 9'990; offset += 3) {
+    const bool isLong = offset % 100 == 1;
+    put(bytes, offset, isLong ? "abab" : "a");
+    expected.push_back(isLong ? Hit{offset, 1, 4} : Hit{offset, 0, 1});
+    if (isLong) offset += 3;
+  }
+  EXPECT_EQ(walk(bytes, rawCandidates({"a", "abab"})), expected);
+  EXPECT_EQ(walk(bytes, rawCandidates({"a"})).size(),
+            static_cast<std::size_t>(std::ranges::count(bytes, 'a')));
+}
+
+TEST(CandidateScanner, findsOccurrencesThatFollowUponEachOther) {
+  const SearchBytes bytes(1000, 'a');
+  const auto hits = walk(bytes, rawCandidates({"aaa", "a", "aa", "aaa"}));
+  ASSERT_EQ(hits.size(), 334U);
+  for (std::int64_t i = 0; i < 333; ++i) {
+    EXPECT_EQ(hits[static_cast<std::size_t>(i)], (Hit{3 * i, 0, 3}));
+  }
+  EXPECT_EQ(hits.back(), (Hit{999, 1, 1}));
+  EXPECT_EQ(walk(bytes, rawCandidates({"aaa"})).size(), 333U);
+}
+
+TEST(CandidateScanner, countsOccurrencesThatOverlapFromTheEndOfTheOneBefore) {
+  // The first "aba" ends in the middle of what "aba" would be next.
+  EXPECT_THAT(walk(searchBytes("abababa"), rawCandidates({"aba"})),
+              testing::ElementsAre(Hit{0, 0, 3}, Hit{4, 0, 3}));
+  EXPECT_THAT(walk(searchBytes("xabababa"), rawCandidates({"aba", "xab"})),
+              testing::ElementsAre(Hit{0, 1, 3}, Hit{3, 0, 3}));
 }
 
 TEST(CandidateScanner, tellsOfTheWholeWay) {
@@ -111,7 +145,8 @@ TEST(CandidateScanner, tellsOfTheWholeWay) {
 TEST(CandidateScanner, stopsWithinAMegabyteOfFrequentOccurrences) {
   const SearchBytes bytes(static_cast<std::size_t>(3 * kMiB), 'a');
   TaskProgress progress;
-  CandidateScanner scanner(bytes, rawCandidates({"a", "aa", "b"}), false);
+  const auto candidateList = rawCandidates({"a", "aa", "b"});
+  CandidateScanner scanner(bytes, candidateList, false);
   std::int64_t position = 0;
   for (int i = 0; i < 10; ++i) position = scanner.next(position, progress)->end();
   progress.requestStop();
@@ -127,16 +162,22 @@ TEST(CandidateScanner, stopsWithinAMegabyteOfNothingFound) {
   TaskProgress progress;
   progress.setTotal(8 * kMiB);
   progress.requestStop();
-  CandidateScanner scanner(bytes, rawCandidates({"a", "b", "cd", "e"}), false);
+  const auto several = rawCandidates({"a", "b", "cd", "e"});
+  CandidateScanner scanner(bytes, several, false);
   EXPECT_THAT([&] { scanner.next(0, progress); },
               testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
   EXPECT_LE(progress.fraction(), 1.0 / 8);
+  const auto one = rawCandidates({"abc"});
+  CandidateScanner single(bytes, one, false);
+  EXPECT_THROW(single.next(0, progress), Error);
+  EXPECT_LE(progress.fraction(), 5.0 / 8);
 }
 
 TEST(CandidateScanner, goesOnAfterAStopAsIfItHadNotBeen) {
   SearchBytes bytes(static_cast<std::size_t>(4 * kMiB), '.');
   put(bytes, 4 * kMiB - 7, "abc");
-  CandidateScanner scanner(bytes, rawCandidates({"abc", "q"}), false);
+  const auto candidateList = rawCandidates({"abc", "q"});
+  CandidateScanner scanner(bytes, candidateList, false);
   TaskProgress stopped;
   stopped.requestStop();
   EXPECT_THROW(scanner.next(0, stopped), Error);

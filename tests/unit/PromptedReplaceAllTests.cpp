@@ -178,7 +178,7 @@ TEST(PromptedReplaceAllModel, agreesWithReplacingTheAcceptedOnesOneByOne) {
   constexpr int kRounds = 250'000;
   SCOPED_TRACE(kSeed);
   testing::Test::RecordProperty("seed", static_cast<int>(kSeed));
-  test::RandomSearches random(kSeed);
+  test::RandomRequests random(kSeed);
   for (int round = 0; round < kRounds; ++round) {
     random.choose();
     const std::int64_t allowed = random.upTo(12);

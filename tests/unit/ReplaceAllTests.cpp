@@ -200,7 +200,7 @@ TEST(ReplaceAllModel, agreesWithReplacingOneByOne) {
   constexpr int kRounds = 250'000;
   SCOPED_TRACE(kSeed);
   RecordProperty("seed", static_cast<int>(kSeed));
-  test::RandomSearches random(kSeed);
+  test::RandomRequests random(kSeed);
   for (int round = 0; round < kRounds; ++round) {
     random.choose();
     const ByteBuffer original{std::span<const std::uint8_t>(random.bytes)};

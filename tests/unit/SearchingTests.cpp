@@ -137,12 +137,12 @@ TEST(NextMatch, hasTheDocumentsOwnBytesWhereCaseWasIgnored) {
 }
 
 TEST(NextMatch, findsAcrossPiecesInBothDirections) {
-  constexpr std::int64_t kPiece = CandidateScanner::kPieceBytes;
-  SearchBytes bytes(static_cast<std::size_t>(4 * kPiece), '.');
-  for (const std::int64_t offset : {std::int64_t{0}, kPiece - 2, kPiece - 1, kPiece, 2 * kPiece}) {
+  const std::int64_t piece = searchedPieceBytes(rawCandidates({"xy", "abc", "q"}));
+  SearchBytes bytes(static_cast<std::size_t>(4 * piece), '.');
+  for (const std::int64_t offset : {std::int64_t{0}, piece - 2, piece - 1, piece, 2 * piece}) {
     const auto place = bytes.begin() + offset;
     std::ranges::copy(searchBytes("abc"), place);
-    for (const SearchPlan plan : {SearchPlan{0, true}, SearchPlan{4 * kPiece, false}}) {
+    for (const SearchPlan plan : {SearchPlan{0, true}, SearchPlan{4 * piece, false}}) {
       TaskProgress progress;
       const auto match =
           nextMatch(bytes, exactRequest(), rawCandidates({"xy", "abc", "q"}), plan, progress);
@@ -278,7 +278,7 @@ TEST(SearchingModel, agreesWithComparingEverywhere) {
   constexpr int kRounds = 50000;  // of ten searches each
   SCOPED_TRACE(kSeed);
   RecordProperty("seed", static_cast<int>(kSeed));
-  test::RandomSearches random(kSeed);
+  test::RandomRequests random(kSeed);
   for (int round = 0; round < kRounds; ++round) {
     random.choose();
     const SearchBytes& bytes = random.bytes;

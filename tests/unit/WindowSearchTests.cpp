@@ -1,6 +1,7 @@
 // Finding from an editor window: the panels' requests, repeating them, and what they refuse.
 
 #include <functional>
+#include <random>
 #include <utility>
 
 #include "search/TypedInput.h"
@@ -363,6 +364,26 @@ TEST_F(WindowWildcardSearch, refusesPatternsTooLarge) {
   platform.alerts.expect(kTitle, question, "OK", {largest + " "});
   platform.alerts.expect(kTitle, "Pattern is too large to process safely.");
   editor->findWildcardMask();
+  EXPECT_FALSE(editor->isBusy());
+}
+
+TEST_F(WindowWildcardSearch, saysThatItFailed) {
+  // Of two values only, so that beginnings of the pattern are everywhere: the search needs a table.
+  std::mt19937 random(1);
+  std::string content(16'000'000, 'a');
+  for (char& byte : content) byte = random() % 2 == 0 ? 'a' : 'b';
+  std::string pattern;
+  for (int i = 0; i < 2'000'000; ++i) pattern += random() % 2 == 0 ? "61" : "62";
+  auto editor = makeEditor(content);
+  platform.executor.aroundNextWork([](const std::function<void()>& work) {
+    const NoMoreAddressSpace none;
+    work();
+  });
+  platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK",
+                         {pattern});
+  platform.alerts.expect("Find Wildcard/Mask Failed", "Cannot allocate memory");
+  editor->findWildcardMask();
+  platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
 }
 
