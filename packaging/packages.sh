@@ -4,4 +4,4 @@
 build_packages=(g++ cmake ninja-build ccache qt6-base-dev libgl-dev libcli11-dev fonts-dejavu-core)
 
 # What the tests need on top: the test framework, and an X server that real key events go to.
-test_packages=(libgtest-dev libgmock-dev xvfb xdotool openbox x11-utils dbus-bin dbus-daemon at-spi2-core)
+test_packages=(libgtest-dev libgmock-dev xvfb xdotool xclip openbox x11-utils dbus-bin dbus-daemon at-spi2-core)

@@ -6,6 +6,7 @@
 #include <QDBusServer>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
 #include <memory>
@@ -123,12 +124,82 @@ TEST(QtWorkspace, opensLinksAsTheyAre) {
   EXPECT_EQ(opened[0][0].toUrl().toEncoded(), "https://quillmor.example/a%20b");
 }
 
+QClipboard& clipboard() {
+  return *QGuiApplication::clipboard();
+}
+
+std::string stringOf(const std::optional<ByteBuffer>& bytes) {
+  if (!bytes) return "none";
+  return {bytes->span().begin(), bytes->span().end()};
+}
+
+/// Puts `data` on the clipboard as another program would, under `type`.
+void offer(const char* type, const QByteArray& data) {
+  auto* offered = new QMimeData;
+  offered->setData(type, data);
+  clipboard().setMimeData(offered);
+}
+
 TEST(QtPasteboard, replacesTheClipboardByText) {
   QtPasteboard pasteboard;
-  pasteboard.setText("DE AD");
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), "DE AD");
-  pasteboard.setText("\u00E4 \U0001F600\n");
-  EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "\u00E4 \U0001F600\n");
+  EXPECT_TRUE(pasteboard.setText("DE AD"));
+  EXPECT_EQ(clipboard().text(), "DE AD");
+  EXPECT_TRUE(pasteboard.setText("\u00E4 \U0001F600\n"));
+  EXPECT_EQ(clipboard().text().toStdString(), "\u00E4 \U0001F600\n");
+  EXPECT_FALSE(pasteboard.bytes());
+}
+
+TEST(QtPasteboard, publishesBytesAndTheirText) {
+  QtPasteboard pasteboard;
+  const std::uint8_t bytes[] = {0x00, 0xDE, 0xFF};
+  EXPECT_TRUE(pasteboard.setBytes(bytes, "00 DE FF"));
+  EXPECT_EQ(clipboard().text(), "00 DE FF");
+  const QByteArray expected("\x00\xDE\xFF", 3);
+  EXPECT_EQ(clipboard().mimeData()->data("com.tenvale.Quillmor.binary-data"), expected);
+  EXPECT_EQ(clipboard().mimeData()->data("application/octet-stream"), expected);
+  EXPECT_EQ(stringOf(pasteboard.bytes()), expected.toStdString());
+  EXPECT_EQ(pasteboard.text(100)->text, "00 DE FF");
+}
+
+TEST(QtPasteboard, readsBytesOfEveryKindItKnows) {
+  QtPasteboard pasteboard;
+  for (const char* type : {"com.tenvale.Quillmor.binary-data", "com.tenvale.binary-data",
+                           "application/octet-stream"}) {
+    offer(type, QByteArray("a\0b", 3));
+    EXPECT_EQ(stringOf(pasteboard.bytes()), std::string("a\0b", 3)) << type;
+    EXPECT_FALSE(pasteboard.text(100)) << type;
+  }
+  offer("image/png", "no bytes for an editor");
+  EXPECT_FALSE(pasteboard.bytes());
+}
+
+TEST(QtPasteboard, prefersTheProgramsOwnBytes) {
+  QtPasteboard pasteboard;
+  auto* offered = new QMimeData;
+  offered->setData("application/octet-stream", "third");
+  offered->setData("com.tenvale.binary-data", "second");
+  offered->setData("com.tenvale.Quillmor.binary-data", "first");
+  clipboard().setMimeData(offered);
+  EXPECT_EQ(stringOf(pasteboard.bytes()), "first");
+}
+
+TEST(QtPasteboard, returnsTextUpToALimitOnly) {
+  QtPasteboard pasteboard;
+  pasteboard.setText("a\u00E4\u20AC");
+  EXPECT_EQ(pasteboard.text(6)->text, "a\u00E4\u20AC");
+  EXPECT_FALSE(pasteboard.text(6)->isTooLong);
+  for (const std::int64_t limit : {5, 2, 0}) {
+    EXPECT_TRUE(pasteboard.text(limit)->isTooLong) << limit;
+    EXPECT_EQ(pasteboard.text(limit)->text, "") << limit;
+  }
+}
+
+TEST(QtPasteboard, hasNothingWhenTheClipboardIsEmpty) {
+  clipboard().clear();
+  QtPasteboard pasteboard;
+  EXPECT_FALSE(pasteboard.bytes());
+  const auto text = pasteboard.text(100);
+  EXPECT_TRUE(!text || text->text.empty());
 }
 
 TEST(QtLocations, carriesEveryByteOfAPathThroughAUrl) {
