@@ -16,7 +16,8 @@ UndoRecords::UndoRecords(std::function<HexStorage&()> storage, UndoManager* mana
       target_(target) {}
 
 bool UndoRecords::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
-                                   std::int64_t insertedCount, const std::string& actionName) {
+                                   std::int64_t insertedCount, const std::string& actionName,
+                                   std::optional<ByteBuffer> removedBytes) {
   if (manager_ == nullptr) return false;
   if (!manager_->isUndoRegistrationEnabled()) return forgetHistory();
   const std::int64_t count = storage_().count();
@@ -26,9 +27,9 @@ bool UndoRecords::registerUndoEdit(std::int64_t start, std::int64_t removedCount
     return forgetHistory();
   }
   const std::int64_t replacementLength = std::max<std::int64_t>(insertedCount, 0);
-  registerEditRecord(
-      captureEdit({clampedStart, removed}, replacementLength, removed != replacementLength),
-      actionName);
+  registerEditRecord(captureEdit({clampedStart, removed}, replacementLength,
+                                 removed != replacementLength, std::move(removedBytes)),
+                     actionName);
   return true;
 }
 
@@ -67,10 +68,11 @@ void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
 }
 
 UndoEditRecord UndoRecords::captureEdit(HexSelection range, std::int64_t replacementLength,
-                                        bool withBookmarks) const {
+                                        bool withBookmarks,
+                                        std::optional<ByteBuffer> removed) const {
   UndoEditRecord record{.start = range.start,
                         .replacementLength = replacementLength,
-                        .restoreBytes = storage_().slice(range),
+                        .restoreBytes = removed ? *std::move(removed) : storage_().slice(range),
                         .bookmarks = std::nullopt,
                         .caretOffset = editor_.caretOffset(),
                         .selection = editor_.selection()};

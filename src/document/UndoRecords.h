@@ -67,8 +67,9 @@ class UndoRecords {
 
   /// To be called before an edit that replaces `removedCount` bytes from `start` by `insertedCount`
   /// others. Returns whether the edit can be undone; otherwise all steps of the target are gone.
+  /// `removed`, where given, are the bytes removed, so that they need not be copied once more.
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
-                        const std::string& actionName);
+                        const std::string& actionName, std::optional<ByteBuffer> removed = {});
 
   /// To be called before an operation that changes bytes all over and leaves `resultingByteCount`
   /// of them (as many as now when absent). Returns the same.
@@ -79,8 +80,8 @@ class UndoRecords {
   void restoreEditRecord(const UndoEditRecord& record, const std::string& actionName);
   void restoreStorageSnapshot(const UndoSnapshot& snapshot, const std::string& actionName);
 
-  UndoEditRecord captureEdit(HexSelection range, std::int64_t replacementLength,
-                             bool withBookmarks) const;
+  UndoEditRecord captureEdit(HexSelection range, std::int64_t replacementLength, bool withBookmarks,
+                             std::optional<ByteBuffer> removed = {}) const;
   UndoSnapshot captureSnapshot() const;
   void registerEditRecord(UndoEditRecord record, const std::string& actionName);
   void registerSnapshot(UndoSnapshot snapshot, const std::string& actionName);

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 
 #include "base/ByteBuffer.h"
@@ -26,7 +25,7 @@ class Pasteboard {
 
   /// Replaces what the pasteboard holds by bytes, and by the text that other programs get of them;
   /// false when it refuses either.
-  virtual bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) = 0;
+  virtual bool setBytes(ByteBuffer bytes, std::string text) = 0;
 
   /// The bytes held as bytes; absent when there are none.
   virtual std::optional<ByteBuffer> bytes() const = 0;

@@ -17,9 +17,27 @@ constexpr const char* kPlainText = "text/plain";
 /// In the order in which they are looked for.
 constexpr const char* kReadTypes[] = {kBinaryData, kGenericBinaryData, kOctetStream};
 
-QByteArray byteArray(std::span<const std::uint8_t> bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())};
-}
+/// Bytes and their text, copied for the toolkit only when some program asks for them: tens of MiB
+/// that would hold up the window.
+class BytesOnClipboard : public QMimeData {
+ public:
+  BytesOnClipboard(ByteBuffer bytes, std::string text)
+      : bytes_(std::move(bytes)), text_(std::move(text)) {}
+
+  QStringList formats() const override { return {kBinaryData, kOctetStream, kPlainText}; }
+
+ protected:
+  QVariant retrieveData(const QString& mimeType, QMetaType) const override {
+    if (mimeType == kPlainText) return QByteArray::fromStdString(text_);
+    if (!formats().contains(mimeType)) return {};
+    return QByteArray(reinterpret_cast<const char*>(bytes_.data()),
+                      static_cast<qsizetype>(bytes_.size()));
+  }
+
+ private:
+  const ByteBuffer bytes_;
+  const std::string text_;
+};
 
 /// Hands `data` to the desktop; the toolkit tells of a refusal only by holding something else
 /// afterwards.
@@ -41,14 +59,8 @@ bool QtPasteboard::setText(const std::string& text) {
   return publish(std::move(data));
 }
 
-bool QtPasteboard::setBytes(std::span<const std::uint8_t> bytes, const std::string& text) {
-  auto data = std::make_unique<QMimeData>();
-  const QByteArray shared = byteArray(bytes);
-  data->setData(kBinaryData, shared);
-  data->setData(kOctetStream, shared);
-  // As UTF-8, which is a third of what a QString of it would take.
-  data->setData(kPlainText, QByteArray::fromStdString(text));
-  return publish(std::move(data));
+bool QtPasteboard::setBytes(ByteBuffer bytes, std::string text) {
+  return publish(std::make_unique<BytesOnClipboard>(std::move(bytes), std::move(text)));
 }
 
 std::optional<ByteBuffer> QtPasteboard::bytes() const {

@@ -2,8 +2,6 @@
 
 #include "platform/Pasteboard.h"
 
-class QMimeData;
-
 namespace quillmor {
 
 /// The desktop's clipboard. Main thread only; needs the running application object.
@@ -13,7 +11,7 @@ namespace quillmor {
 class QtPasteboard : public Pasteboard {
  public:
   bool setText(const std::string& text) override;
-  bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) override;
+  bool setBytes(ByteBuffer bytes, std::string text) override;
   std::optional<ByteBuffer> bytes() const override;
   std::optional<BoundedText> text(std::int64_t maximumByteCount) const override;
 };

@@ -27,6 +27,7 @@
 #include "tools/ClipboardText.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
+#include "window/SelectionMutation.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
@@ -112,7 +113,7 @@ class HexWindowController : public DocumentWindow,
   void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) override;
 
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
-                        const std::string& actionName);
+                        const std::string& actionName, std::optional<ByteBuffer> removed = {});
   bool registerUndoSnapshot(const std::string& actionName,
                             std::optional<std::int64_t> resultingByteCount);
 
@@ -160,25 +161,23 @@ class HexWindowController : public DocumentWindow,
     runBackgroundSnapshotTask(statusText, selection, std::move(selected), std::move(completion));
   }
 
-  /// The same; but at once, without the busy state, when fewer than `backgroundEditThresholdBytes`
-  /// bytes are selected.
+  /// Runs `work(bytes, range, TaskProgress&)` on all bytes and the selected range: in the
+  /// background as above, but at once and without the busy state when fewer than
+  /// `backgroundEditThresholdBytes` bytes are selected.
   template <class Work,
-            class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
+            class T = std::invoke_result_t<Work&, const ByteBuffer&, HexSelection, TaskProgress&>>
   void runSelectionTask(const std::string& statusText, HexSelection selection, Work work,
                         std::function<void(Result<T>)> completion) {
     const HexSelection range = selection.normalized(byteCount());
     if (range.length >= backgroundEditThresholdBytes) {
-      return runBackgroundSelectionSnapshotTask(statusText, range, std::move(work),
-                                                std::move(completion));
+      return runBackgroundSnapshotTask(statusText, range, std::move(work), std::move(completion));
     }
     TaskProgress progress;
-    completion(resultOf([&] {
-      return work(hexDocument_->storage()->bytes.span(range.start, range.length), progress);
-    }));
+    completion(resultOf([&] { return work(hexDocument_->storage()->bytes, range, progress); }));
   }
 
   using MutationWork = std::function<ByteBuffer(std::span<const std::uint8_t>, TaskProgress&)>;
-  using MutationCompletion = std::function<void(Result<ByteBuffer>)>;
+  using MutationCompletion = std::function<void(Result<SelectionMutation>)>;
 
   /// Transforms the selected bytes: at once when they are fewer than
   /// `backgroundEditThresholdBytes`, in the background otherwise.
@@ -186,7 +185,7 @@ class HexWindowController : public DocumentWindow,
                                           MutationWork work, MutationCompletion completion);
 
   /// Puts transformed bytes into the document as one undoable step; false when nothing was changed.
-  bool applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
+  bool applyCompletedSelectionMutation(const Result<SelectionMutation>& result,
                                        HexSelection originalSelection,
                                        const std::string& actionName);
 
@@ -366,7 +365,7 @@ class HexWindowController : public DocumentWindow,
   std::optional<HexSelection> rangeForClipboardOrAlert(const std::string& title,
                                                        const std::string& tooLarge);
   void copySelectionToPasteboard(bool deleteAfterCopy);
-  bool publishStandardClipboardPayload(const StandardClipboardPayload& payload);
+  bool publishStandardClipboardPayload(StandardClipboardPayload payload);
   std::optional<std::string> boundedPasteboardString();
   void pastePreparedBytes(std::span<const std::uint8_t> bytes);
 
@@ -388,10 +387,8 @@ class HexWindowController : public DocumentWindow,
                              const std::string& statusText,
                              std::function<void(Result<ByteBuffer>)> completion);
   void fillSelectionWithByte(std::uint8_t value, const std::string& title);
-  void generateFill(HexSelection range, std::vector<std::uint8_t> pattern, const std::string& title,
-                    const std::string& statusText);
-  void fillCurrentSelection(const Result<ByteBuffer>& bytes, HexSelection range,
-                            const std::string& title);
+  void fillCurrentSelection(HexSelection range, std::vector<std::uint8_t> pattern,
+                            const std::string& title, const std::string& statusText);
   void insertFill();
   void generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                          const std::string& title, const std::string& statusText);

@@ -50,19 +50,21 @@ void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
   std::function completion = [this, title, range = *range,
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
     if (failed(payload, title + " Failed")) return;
-    if (!publishStandardClipboardPayload(payload.value()) || !deleteAfterCopy) return;
+    if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
     editor_.setSelection(range);
     editor_.deleteSelectionOrByte(/*backward=*/false);
   };
-  constexpr auto payloadOf = [](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-    return standardClipboardPayload(ByteBuffer(bytes), &progress);
+  constexpr auto payloadOf = [](const ByteBuffer& bytes, HexSelection selected,
+                                TaskProgress& progress) {
+    return standardClipboardPayload(bytes.slice(selected.start, selected.length), &progress);
   };
   runSelectionTask(deleteAfterCopy ? "Preparing cut…" : "Preparing copy…", *range, payloadOf,
                    std::move(completion));
 }
 
-bool HexWindowController::publishStandardClipboardPayload(const StandardClipboardPayload& payload) {
-  if (platform_.pasteboard.setBytes(payload.data.span(), payload.hexString)) return true;
+bool HexWindowController::publishStandardClipboardPayload(StandardClipboardPayload payload) {
+  if (platform_.pasteboard.setBytes(std::move(payload.data), std::move(payload.hexString)))
+    return true;
   alert("Copy", "The pasteboard rejected the selected data. Nothing was removed.");
   return false;
 }
@@ -74,8 +76,8 @@ void HexWindowController::copySelectionAsText(const std::string& title, Clipboar
       "The selected range is too large to convert into clipboard text safely. Export the range to "
       "a file instead.");
   if (!range) return;
-  auto work = [style](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-    return clipboardText(bytes, style, &progress);
+  auto work = [style](const ByteBuffer& bytes, HexSelection selected, TaskProgress& progress) {
+    return clipboardText(bytes.span(selected.start, selected.length), style, &progress);
   };
   std::function completion = [this, title](Result<std::string> text) {
     if (failed(text, title + " Failed")) return;

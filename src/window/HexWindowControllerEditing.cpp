@@ -66,10 +66,12 @@ void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelect
 
 bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
                                            std::int64_t insertedCount,
-                                           const std::string& actionName) {
+                                           const std::string& actionName,
+                                           std::optional<ByteBuffer> removed) {
   withdrawEditThatDidNotHappen();
   newestRecordedEdit_.reset();
-  return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName);
+  return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName,
+                                       std::move(removed));
 }
 
 bool HexWindowController::registerUndoSnapshot(const std::string& actionName,

@@ -43,7 +43,7 @@ void HexWindowController::fillSelection() {
                                    "Enter a pattern to repeat across the selected bytes.");
   if (!pattern || !window_) return;
   if (const auto range = activeSelectionOrAlert(kFill))
-    generateFill(*range, *std::move(pattern), kFill, "Generating fill bytes…");
+    fillCurrentSelection(*range, *std::move(pattern), kFill, "Generating fill bytes…");
 }
 
 void HexWindowController::fillSelectionWithZero() {
@@ -56,23 +56,23 @@ void HexWindowController::fillSelectionWithFF() {
 
 void HexWindowController::fillSelectionWithByte(std::uint8_t value, const std::string& title) {
   if (const auto range = activeSelectionOrAlert(title))
-    generateFill(*range, {value}, title, "Filling selection…");
+    fillCurrentSelection(*range, {value}, title, "Filling selection…");
 }
 
-void HexWindowController::generateFill(HexSelection range, std::vector<std::uint8_t> pattern,
-                                       const std::string& title, const std::string& statusText) {
+void HexWindowController::fillCurrentSelection(HexSelection range,
+                                               std::vector<std::uint8_t> pattern,
+                                               const std::string& title,
+                                               const std::string& statusText) {
   if (!validateGeneratedByteCount(range.length, title)) return;
-  generateRepeatedBytes(std::move(pattern), range.length, statusText,
-                        [this, range, title](const Result<ByteBuffer>& bytes) {
-                          fillCurrentSelection(bytes, range, title);
-                        });
-}
-
-void HexWindowController::fillCurrentSelection(const Result<ByteBuffer>& bytes, HexSelection range,
-                                               const std::string& title) {
-  const bool stillFits =
-      !bytes.isOk() || range.normalized(byteCount()).length == bytes.value().size();
-  applyCompletedSelectionMutation(bytes, range, stillFits ? title : title + " Failed");
+  auto repeat = [pattern = std::move(pattern)](std::span<const std::uint8_t> bytes,
+                                               TaskProgress& progress) {
+    return repeatedBytes(pattern, std::ssize(bytes), maxGeneratedInputBytes, progress);
+  };
+  runBackgroundSelectionMutationTask(
+      statusText, range, std::move(repeat), [this, range, title](const auto& result) {
+        const bool stillFits = range.normalized(byteCount()) == range;
+        applyCompletedSelectionMutation(result, range, stillFits ? title : title + " Failed");
+      });
 }
 
 /// Fills bytes of its own where there is no selection.

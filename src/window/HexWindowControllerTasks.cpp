@@ -9,38 +9,52 @@
 
 namespace quillmor {
 
+namespace {
+
+Error rangeChangedError() {
+  return Error::quillmor(411, "The selected range changed before the operation completed.");
+}
+
+}  // namespace
+
 void HexWindowController::runBackgroundSelectionMutationTask(const std::string& statusText,
                                                              HexSelection selection,
                                                              MutationWork work,
                                                              MutationCompletion completion) {
-  runSelectionTask(statusText, selection, std::move(work), std::move(completion));
+  auto mutate = [work = std::move(work)](const ByteBuffer& bytes, HexSelection range,
+                                         TaskProgress& progress) {
+    auto newBytes = work(bytes.span(range.start, range.length), progress);
+    if (newBytes.size() != range.length) throw rangeChangedError();
+    return prepareMutation(bytes, range, std::move(newBytes), progress);
+  };
+  runSelectionTask(statusText, selection, std::move(mutate), std::move(completion));
 }
 
-bool HexWindowController::applyCompletedSelectionMutation(const Result<ByteBuffer>& result,
+bool HexWindowController::applyCompletedSelectionMutation(const Result<SelectionMutation>& result,
                                                           HexSelection originalSelection,
                                                           const std::string& actionName) {
   if (failed(result, actionName + " Failed")) return false;
-  const ByteBuffer& bytes = result.value();
+  const SelectionMutation& mutation = result.value();
   const HexSelection range = originalSelection.normalized(byteCount());
-  if (range.length != bytes.size()) {
-    alert(actionName,
-          Error::quillmor(411, "The selected range changed before the operation completed.")
-              .message());
+  HexStorage& storage = *hexDocument_->storage();
+  const bool stillFits = range.length == mutation.bytes.size() &&
+                         (!mutation.document || mutation.document->size() == storage.count());
+  if (!stillFits) {
+    alert(actionName, rangeChangedError().message());
     return false;
   }
-  HexStorage& storage = *hexDocument_->storage();
-  if (storage.bytesEqual(range, bytes.span())) {
+  if (mutation.changesNothing) {
     updateStatus();
     return false;
   }
   // What may run out of memory comes before the change is recorded: after it nothing is allocated.
-  const bool isWhole = range.length == storage.count();
-  if (!isWhole) storage.bytes.mutableSpan();
-  const bool registered = registerUndoEdit(range.start, range.length, range.length, actionName);
-  if (isWhole) {
-    storage.bytes = bytes;
+  if (!mutation.document) storage.bytes.mutableSpan();
+  const bool registered =
+      registerUndoEdit(range.start, range.length, range.length, actionName, mutation.before);
+  if (mutation.document) {
+    storage.bytes = *mutation.document;
   } else {
-    storage.bytes.replace(range.start, range.length, bytes.span());
+    storage.bytes.replace(range.start, range.length, mutation.bytes.span());
   }
   markManualEdit(range.start, range, registered);
   return true;

@@ -21,7 +21,7 @@ void HexWindowController::transformSelection(const std::string& title,
                                              MutationWork work, std::function<void()> done) {
   runBackgroundSelectionMutationTask(
       statusText, range, std::move(work),
-      [this, title, range, done = std::move(done)](const Result<ByteBuffer>& result) {
+      [this, title, range, done = std::move(done)](const Result<SelectionMutation>& result) {
         applyCompletedSelectionMutation(result, range, title);
         if (result.isOk() && window_ && done) done();
       });

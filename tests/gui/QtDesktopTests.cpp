@@ -151,8 +151,7 @@ TEST(QtPasteboard, replacesTheClipboardByText) {
 
 TEST(QtPasteboard, publishesBytesAndTheirText) {
   QtPasteboard pasteboard;
-  const std::uint8_t bytes[] = {0x00, 0xDE, 0xFF};
-  EXPECT_TRUE(pasteboard.setBytes(bytes, "00 DE FF"));
+  EXPECT_TRUE(pasteboard.setBytes({0x00, 0xDE, 0xFF}, "00 DE FF"));
   EXPECT_EQ(clipboard().text(), "00 DE FF");
   const QByteArray expected("\x00\xDE\xFF", 3);
   EXPECT_EQ(clipboard().mimeData()->data("com.tenvale.Quillmor.binary-data"), expected);

@@ -88,9 +88,9 @@ bool FakePasteboard::setText(const std::string& text) {
   return !refuses;
 }
 
-bool FakePasteboard::setBytes(std::span<const std::uint8_t> bytes, const std::string& text) {
+bool FakePasteboard::setBytes(ByteBuffer bytes, std::string text) {
   if (!setText(text)) return false;
-  heldBytes = ByteBuffer(bytes);
+  heldBytes = std::move(bytes);
   return true;
 }
 

@@ -70,7 +70,7 @@ class FakePasteboard : public Pasteboard {
   bool refuses = false;
 
   bool setText(const std::string& text) override;
-  bool setBytes(std::span<const std::uint8_t> bytes, const std::string& text) override;
+  bool setBytes(ByteBuffer bytes, std::string text) override;
   std::optional<ByteBuffer> bytes() const override { return heldBytes; }
   std::optional<BoundedText> text(std::int64_t maximumByteCount) const override;
 };

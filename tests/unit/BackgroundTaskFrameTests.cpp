@@ -31,7 +31,8 @@ class BackgroundTasks : public WindowFixture {
   void transform(HexWindowController::MutationWork work) {
     const HexSelection all{0, editor.document->storage()->count()};
     editor->runBackgroundSelectionMutationTask(
-        "Transforming…", all, std::move(work), [this, all](const Result<ByteBuffer>& result) {
+        "Transforming…", all, std::move(work),
+        [this, all](const Result<SelectionMutation>& result) {
           applied = editor->applyCompletedSelectionMutation(result, all, "Invert");
         });
   }
@@ -279,7 +280,7 @@ TEST_F(BackgroundTasks, refusedWhileBusyTellTheCompletion) {
   std::optional<Error> error;
   editor->runBackgroundSelectionMutationTask(
       "Transforming…", {0, backgroundEditThresholdBytes}, inverted,
-      [&](const Result<ByteBuffer>& result) { error = result.error(); });
+      [&](const Result<SelectionMutation>& result) { error = result.error(); });
   ASSERT_TRUE(error.has_value());
   EXPECT_EQ(error->code(), 409);
   EXPECT_EQ(editor.window->statusText, "First…");
@@ -289,7 +290,7 @@ TEST_F(BackgroundTasks, refusedWhileBusyTellTheCompletion) {
 TEST_F(BackgroundTasks, recordOneUndoStepAndSelectTheResult) {
   editor.editor().setCaretOffset(4);
   editor->runBackgroundSelectionMutationTask(
-      "Transforming…", {1, 2}, inverted, [this](const Result<ByteBuffer>& result) {
+      "Transforming…", {1, 2}, inverted, [this](const Result<SelectionMutation>& result) {
         applied = editor->applyCompletedSelectionMutation(result, {1, 2}, "Invert");
       });
   EXPECT_EQ(applied, true);

@@ -59,8 +59,7 @@ TEST_F(WindowClipboard, copyPublishesBytesAndTheirHexText) {
 
 TEST_F(WindowClipboard, pasteTakesTheBytesBeforeTheText) {
   auto editor = editorWithSelection("ab", {0, 2});
-  const std::uint8_t bytes[] = {0x31, 0x32};
-  platform.pasteboard.setBytes(bytes, "DE AD BE EF");
+  platform.pasteboard.setBytes({0x31, 0x32}, "DE AD BE EF");
   editor->paste();
   EXPECT_EQ(editor.text(), "12");
   editor->undo();

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "base/ByteBuffer.h"
+#include "base/TaskProgress.h"
+#include "document/HexSelection.h"
+
+namespace quillmor {
+
+/// New bytes for a range, with all that putting them in place of the old ones would otherwise cost
+/// the main thread.
+struct SelectionMutation {
+  ByteBuffer bytes;
+  /// Whether the old bytes are the same.
+  bool changesNothing = false;
+  /// The old bytes, for undo; absent when there are more than undo keeps.
+  std::optional<ByteBuffer> before = {};
+  /// The whole document with the new bytes, where they are so many that writing them into it would
+  /// hold up the window.
+  std::optional<ByteBuffer> document = {};
+};
+
+/// The largest range that is written into the document in place: a few milliseconds.
+inline constexpr std::int64_t kLargestRangeWrittenInPlace = 8 * 1024 * 1024;
+
+/// Prepares `bytes` to take the place of as many bytes of `original` at `range`. Any thread; throws
+/// `Error::stopped()` when a stop was requested, and std::bad_alloc.
+SelectionMutation prepareMutation(const ByteBuffer& original, HexSelection range, ByteBuffer bytes,
+                                  TaskProgress& progress);
+
+}  // namespace quillmor
