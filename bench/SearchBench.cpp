@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <random>
@@ -20,11 +21,13 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "base/ByteBuffer.h"
 #include "search/ByteMatcher.h"
 #include "search/ByteSearch.h"
+#include "search/WildcardHexPattern.h"
 
 namespace {
 
@@ -32,6 +35,7 @@ using quillmor::ByteBuffer;
 using quillmor::ByteMatcher;
 using quillmor::ScanPath;
 using quillmor::SearchLimits;
+using quillmor::WildcardHexPattern;
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
@@ -42,6 +46,7 @@ enum class Data { random, text, zeros, frequent };
 /// A byte that none of the documents has.
 constexpr std::uint8_t kAbsentByte = 0xA7;
 constexpr ScanPath kAllPaths[] = {ScanPath::avx2, ScanPath::sse2, ScanPath::portable};
+constexpr std::string_view kWildcards[] = {"F0 ?? E6 0F", "AA ?? BB ?? CC"};
 constexpr Data kAllData[] = {Data::random, Data::text, Data::zeros};
 
 const char* nameOf(Data data) {
@@ -58,6 +63,7 @@ std::int64_t documentSize() {
   return std::max<std::int64_t>(mib, 1) * kMiB;
 }
 
+/// Bytes of all values but `kAbsentByte`, without a match of the patterns.
 void fillRandom(std::span<std::uint8_t> bytes) {
   std::mt19937_64 random(1);
   for (std::size_t i = 0; i + 8 <= bytes.size(); i += 8) {
@@ -65,6 +71,14 @@ void fillRandom(std::span<std::uint8_t> bytes) {
     std::memcpy(&bytes[i], &word, 8);
   }
   std::ranges::replace(bytes, kAbsentByte, std::uint8_t{0xA6});
+  for (const std::string_view text : kWildcards) {
+    const auto pattern = *WildcardHexPattern::parse(text);
+    std::int64_t from = 0;
+    while (const auto at = pattern.firstMatchWrapped(bytes, from)) {
+      bytes[static_cast<std::size_t>(*at)] ^= 1;
+      from = *at;
+    }
+  }
 }
 
 /// Words in sentences, their letters as frequent as in English prose.
@@ -259,19 +273,173 @@ void countFrequent(benchmark::State& state, ScanPath path) {
   }
 }
 
+Search wildcardSearch(std::string_view text, const SearchLimits& limits) {
+  const auto pattern = *WildcardHexPattern::parse(text);
+  return [=](View bytes) {
+    quillmor::TaskProgress progress;
+    return pattern.firstMatchWrapped(bytes, 0, progress, limits);
+  };
+}
+
+void addWildcards(Data data, ScanPath path) {
+  const std::string prefix = std::string(nameOf(data)) + "/" + nameOf(path) + "/wildcard/";
+  for (const std::string_view text : kWildcards) {
+    add<Data, const Search&>(prefix + std::string(text, 0, 2), absent, data,
+                             wildcardSearch(text, {.path = path}));
+  }
+}
+
+/// Hostile data: nothing of it is found.
+struct Hostile {
+  std::string name;
+  Bytes haystack;
+  Search search;
+};
+
+constexpr std::size_t kHostileSize = 64 * kMiB;
+
+Bytes repeated(std::string_view period, std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i)
+    bytes[i] = static_cast<std::uint8_t>(period[i % period.size()]);
+  return bytes;
+}
+
+Bytes changedAt(Bytes bytes, std::size_t place) {
+  bytes[place] ^= 3;
+  return bytes;
+}
+
+/// `period` repeated, with a fault every `spacing` bytes on average.
+Bytes faulty(std::string_view period, std::size_t size, std::uint32_t spacing) {
+  Bytes bytes = repeated(period, size);
+  std::mt19937 random(4);
+  for (std::size_t at = 0; at < size; at += 1 + random() % (2 * spacing)) bytes[at] ^= 3;
+  return bytes;
+}
+
+/// The word that does not change when every a becomes ab and every b becomes a.
+Bytes fibonacciWord(std::size_t size) {
+  Bytes before = bytesOf("a");
+  Bytes word = bytesOf("ab");
+  while (word.size() < size) {
+    Bytes next = word;
+    next.insert(next.end(), before.begin(), before.end());
+    before = std::exchange(word, std::move(next));
+  }
+  word.resize(size);
+  return word;
+}
+
+Bytes fewLetters(std::size_t size) {
+  Bytes bytes(size);
+  std::mt19937 random(5);
+  for (auto& byte : bytes) byte = "ab"[random() & 1];
+  return bytes;
+}
+
+/// `count` runs of one or two bytes, a wildcard between them.
+std::string shortRuns(int count, std::string_view run, std::string_view lastRun) {
+  std::string text;
+  for (int i = 1; i < count; ++i) text.append(run).append(" ?? ");
+  return text.append(lastRun);
+}
+
+void hostile(benchmark::State& state, const std::function<Bytes()>& make, const Search& search) {
+  const Bytes bytes = make();
+  for (auto _ : state) {
+    bool isFound = false;
+    const double seconds = bestSeconds(3, [&] { isFound = isFound || search(bytes).has_value(); });
+    if (isFound) return state.SkipWithError("the needle is in the data");
+    report(state, seconds, bytes);
+  }
+}
+
+void addHostile(const std::string& name, const std::function<Bytes()>& make, const Search& search) {
+  add<const std::function<Bytes()>&, const Search&>("hostile/" + name, hostile, make, search);
+}
+
+void addHostileBothWays(const std::string& name, const std::function<Bytes()>& make,
+                        const Bytes& needle) {
+  for (const bool backwards : {false, true}) {
+    const std::string way = name + (backwards ? "/backward" : "/forward");
+    addHostile(way, make, needleSearch(needle, backwards, false, {}));
+    addHostile(way + "/linear", make, needleSearch(needle, backwards, false, {.workBudget = 0}));
+  }
+}
+
+void addHostileNeedles() {
+  const auto oneByte = [] { return Bytes(kHostileSize, 'A'); };
+  for (const std::size_t place : {0, 2048, 4096}) {
+    addHostileBothWays("one_byte/other_at_" + std::to_string(place), oneByte,
+                       changedAt(Bytes(4097, 'A'), place));
+  }
+  addHostileBothWays(
+      "two_letters/other_period", [] { return repeated("ab", kHostileSize); },
+      changedAt(repeated("ab", 4096), 3000));
+  addHostileBothWays(
+      "faults", [] { return faulty("a", kHostileSize, 1000); }, Bytes(4096, 'a'));
+  addHostileBothWays(
+      "faults_in_period", [] { return faulty("abcab", kHostileSize, 500); },
+      repeated("abcab", 4095));
+  addHostileBothWays(
+      "fibonacci", [] { return fibonacciWord(kHostileSize); },
+      changedAt(fibonacciWord(4097), 4000));
+  addHostileBothWays(
+      "two_letters/random", [] { return fewLetters(kHostileSize); }, repeated("ab", 64));
+}
+
+/// Ones with faults, `width` bytes each and up to `spacing` apart.
+Bytes onesWithFaults(std::size_t spacing, std::size_t width) {
+  Bytes bytes(kHostileSize, 1);
+  std::mt19937 random(6);
+  for (std::size_t at = spacing; at + width < bytes.size();
+       at += spacing / 2 + random() % (spacing / 2)) {
+    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), width, 2);
+  }
+  return bytes;
+}
+
+void addHostilePatterns() {
+  const auto ones = [] { return Bytes(kHostileSize, 1); };
+  for (const int count : {65, 129, 1000}) {
+    const std::string name = std::to_string(count) + "_runs/";
+    const auto runs = static_cast<std::size_t>(count);
+    addHostile(name + "absent_byte", ones, wildcardSearch(shortRuns(count, "01", "02"), {}));
+    addHostile(
+        name + "fibonacci", [] { return fibonacciWord(kHostileSize); },
+        wildcardSearch(shortRuns(count, "61 62", "61 61"), {}));
+    // Faults so far apart that nearly the whole pattern fits between them, and wide enough to leave
+    // no match; the narrow ones hit every second or third way the pattern can lie.
+    for (const auto& [kind, make] :
+         std::initializer_list<std::pair<std::string, std::function<Bytes()>>>{
+             {"wide_faults", [=] { return onesWithFaults(2 * runs - 8, 3); }},
+             {"narrow_faults", [=] { return onesWithFaults(2 * runs / 16, 1); }}}) {
+      addHostile(name + kind + "/short", make, wildcardSearch(shortRuns(count, "01", "01"), {}));
+      addHostile(name + kind + "/mixed", make, wildcardSearch(shortRuns(count, "01 01", "01"), {}));
+      addHostile(name + kind + "/planned", make,
+                 wildcardSearch(shortRuns(count, "01", "01"), {.workBudget = 0}));
+    }
+  }
+}
+
 const bool isRegistered = [] {
   for (const Data data : kAllData) {
     const std::string name = nameOf(data);
     add<Data, double (*)(View)>(name + "/memchr", yardstick, data, memchrSeconds);
     add<Data, double (*)(View)>(name + "/memcpy", yardstick, data, memcpySeconds);
     for (const ScanPath path : kAllPaths) {
-      if (isAvailable(path)) addAbsent(data, path);
+      if (!isAvailable(path)) continue;
+      addAbsent(data, path);
+      addWildcards(data, path);
     }
   }
   for (const ScanPath path : kAllPaths) {
     if (isAvailable(path))
       add<ScanPath>(std::string("frequent/") + nameOf(path), countFrequent, path);
   }
+  addHostileNeedles();
+  addHostilePatterns();
   return true;
 }();
 

@@ -49,6 +49,17 @@ FailureTable makeTable(Bytes bytes) {
   return table;
 }
 
+/// After `length` bytes the needle goes on as it does after `border` bytes, so a byte that differed
+/// in the one place differs in the other. Entries of shorter lengths are shortcuts already.
+template <bool kFolds, Direction kDirection>
+void shorten(FailureTable& table, Bytes bytes) {
+  const DirectedNeedle<kFolds, kDirection> needle(bytes);
+  for (std::size_t length = 1; length < table.size(); ++length) {
+    const std::uint32_t border = table[length - 1];
+    if (border > 0 && needle[border] == needle[length]) table[length - 1] = table[border - 1];
+  }
+}
+
 template <bool kFolds>
 std::optional<std::int64_t> firstMatch(Bytes bytes, const FailureTable& table, Bytes haystack,
                                        std::int64_t from, std::int64_t through,
@@ -88,6 +99,15 @@ FailureTable failureTable(Bytes needle, bool folds, Direction direction) {
   }
   return folds ? makeTable<true, Direction::backward>(needle)
                : makeTable<false, Direction::backward>(needle);
+}
+
+void addShortcuts(FailureTable& table, Bytes needle, bool folds, Direction direction) {
+  if (direction == Direction::forward) {
+    return folds ? shorten<true, Direction::forward>(table, needle)
+                 : shorten<false, Direction::forward>(table, needle);
+  }
+  return folds ? shorten<true, Direction::backward>(table, needle)
+               : shorten<false, Direction::backward>(table, needle);
 }
 
 std::optional<std::int64_t> first(Bytes needle, const FailureTable& forward, bool folds,

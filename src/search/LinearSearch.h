@@ -19,6 +19,11 @@ enum class Direction { forward, backward };
 using FailureTable = std::vector<std::uint32_t>;
 FailureTable failureTable(std::span<const std::uint8_t> needle, bool folds, Direction direction);
 
+/// Leads every entry but the last past the lengths at which the byte that has just failed would
+/// only fail again. Searches find the same with the table as with the one before, in fewer steps.
+void addShortcuts(FailureTable& table, std::span<const std::uint8_t> needle, bool folds,
+                  Direction direction);
+
 /// The smallest match position in `from`...`through` that is accepted; overlapping matches are
 /// offered one after another. 0 <= `from`, and `through` <= haystack size - needle length.
 std::optional<std::int64_t> first(std::span<const std::uint8_t> needle, const FailureTable& forward,

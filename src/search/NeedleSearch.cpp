@@ -25,6 +25,8 @@ bool NeedleSearch::canBeFound(Bytes needle, Bytes haystack) const {
 PatternView NeedleSearch::view(Bytes needle) const {
   return {.values = needle.data(),
           .masks = nullptr,
+          .reversedValues = nullptr,
+          .reversedMasks = nullptr,
           .length = std::ssize(needle),
           .kind = folds_ ? PatternKind::folded : PatternKind::exact};
 }
@@ -37,7 +39,10 @@ std::int64_t NeedleSearch::stretchLength(Bytes needle) const {
 
 const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction direction) {
   auto& table = direction == Direction::forward ? forward_ : backward_;
-  if (table.empty()) table = LinearSearch::failureTable(needle, folds_, direction);
+  if (table.empty()) {
+    table = LinearSearch::failureTable(needle, folds_, direction);
+    LinearSearch::addShortcuts(table, needle, folds_, direction);
+  }
   return table;
 }
 

@@ -21,12 +21,18 @@ enum class PatternKind {
   masked,  ///< equal in the bits that the mask has
 };
 
+inline constexpr std::int64_t kReversedMargin = 64;
+
 /// Bytes to be found, which somebody else owns.
 struct PatternView {
   const std::uint8_t* values = nullptr;
   /// For `PatternKind::masked` one mask for each value, else unused: 0xFF for a byte that must be
   /// equal; 0, with a value of 0, for one that may be any.
   const std::uint8_t* masks = nullptr;
+  /// For `PatternKind::masked` both once more from back to front, with `kReversedMargin` entries of
+  /// 0 before and behind: where neighbouring positions of a haystack meet the same byte.
+  const std::uint8_t* reversedValues = nullptr;
+  const std::uint8_t* reversedMasks = nullptr;
   std::int64_t length = 0;  ///< 1 or more
   PatternKind kind = PatternKind::exact;
 };
@@ -50,7 +56,7 @@ struct ScanFilter {
   bool provesMatch = false;  ///< whether the probes are all that the pattern asks for
 };
 
-inline constexpr int kCulprits = 3;
+inline constexpr int kCulprits = 8;
 
 /// What a scan knows from those before it, and how much it may still do.
 struct ScanState {
@@ -61,7 +67,8 @@ struct ScanState {
   std::int64_t credit = 0;
   /// Where in the pattern the last comparison failed; it is compared first.
   std::int64_t failedOffset = 0;
-  /// Where in the haystack comparisons failed: such bytes ruin one candidate after another.
+  /// Where in the haystack comparisons with a masked pattern failed: such bytes ruin one candidate
+  /// after another.
   std::array<std::int64_t, kCulprits> culprits{};
   int oldestCulprit = 0;
   /// All comparisons ever made in vain.

@@ -141,8 +141,38 @@ class Scan {
     for (int i = 2; i < filter_.count && bits != 0; ++i) {
       bits &= fitting(filter_.probes[static_cast<std::size_t>(i)], at);
     }
+    if constexpr (kKind == PatternKind::masked) {
+      for (std::size_t i = 0; i < kCulprits && bits != 0; ++i) {
+        bits &= unruined(state_.culprits[i], at);
+      }
+    }
     return bits;
   }
+
+  /// The positions from `at` on that the haystack's byte at `culprit` lets the pattern lie at. One
+  /// further position is one place further back in the pattern.
+  Bits unruined(std::int64_t culprit, std::int64_t at) const {
+    const std::int64_t offset = culprit - at;
+    if (offset < 0 || offset >= pattern_.length + kSpan - 1) return ~Bits{0};
+    const std::int64_t reversed = pattern_.length - 1 - offset + kReversedMargin;
+    const Block byte = Lanes::all(haystack_[culprit]);
+    Bits bits = 0;
+    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
+      const Block value = Lanes::load(pattern_.reversedValues + reversed + lane);
+      const Block mask = Lanes::load(pattern_.reversedMasks + reversed + lane);
+      const Block difference = Lanes::both(Lanes::differing(byte, value), mask);
+      bits |= Bits{Lanes::bits(Lanes::zeros(difference))} << lane;
+    }
+    return bits;
+  }
+
+  /// `bits` without those that what has just ruined one of them ruins as well.
+  Bits withoutRuined(Bits bits, std::int64_t at) const {
+    if constexpr (kKind != PatternKind::masked) return bits;
+    return bits & unruined(state_.culprits[static_cast<std::size_t>(newestCulprit())], at);
+  }
+
+  int newestCulprit() const { return (state_.oldestCulprit + kCulprits - 1) % kCulprits; }
 
   Bits fitting(const ScanProbe& probe, std::int64_t at) const {
     const Block value = Lanes::all(probe.value);
@@ -169,9 +199,10 @@ class Scan {
     const std::int64_t highest = last_ - kSpan + 1;
     const std::int64_t base = at < highest ? at : highest;
     Bits bits = candidates(base) & bitsBetween(at - base, through - base);
-    for (; bits != 0; bits &= bits - 1) {
+    while (bits != 0) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
+      bits = withoutRuined(bits & (bits - 1), base);
     }
     return false;
   }
@@ -181,8 +212,8 @@ class Scan {
     Bits bits = candidates(base) & bitsBetween(from - base, at - base);
     while (bits != 0) {
       const int lane = 63 - std::countl_zero(bits);
-      bits &= ~(Bits{1} << lane);
       if (endsAt(base + lane, base + lane - 1)) return true;
+      bits = withoutRuined(bits & ~(Bits{1} << lane), base);
     }
     return false;
   }
@@ -235,50 +266,34 @@ class Scan {
   }
 
   bool matches(std::int64_t position) {
-    spent_ += kCandidateCost;
     const std::int64_t lastWord = pattern_.length - kWord;
     const std::int64_t around = state_.failedOffset - kWord / 2;
     const std::int64_t likely = around < 0 ? 0 : around > lastWord ? lastWord : around;
-    if (differsAt(position, likely)) return false;
-    if (kKind == PatternKind::masked && isRuined(position)) return false;
-    for (std::int64_t offset = 0; offset < lastWord; offset += kWord) {
-      if (!differsAt(position, offset)) continue;
-      spent_ += offset;
-      rememberCulprit(position);
-      return false;
+    if (differsAt(position, likely)) return failed(position, 0);
+    if (differsAt(position, lastWord)) return failed(position, kWord);
+    // From the end on, since what differs there goes on to be in the way for longest when scanning
+    // forward.
+    for (std::int64_t offset = lastWord - kWord; offset > 0; offset -= kWord) {
+      if (differsAt(position, offset)) return failed(position, lastWord - offset);
     }
-    if (!differsAt(position, lastWord)) {
-      spent_ -= kCandidateCost;
-      return true;
+    return !differsAt(position, 0) || failed(position, lastWord);
+  }
+
+  bool failed(std::int64_t position, std::int64_t comparisons) {
+    spent_ += kCandidateCost + comparisons;
+    if constexpr (kKind == PatternKind::masked) {
+      state_.culprits[static_cast<std::size_t>(state_.oldestCulprit)] =
+          position + state_.failedOffset;
+      state_.oldestCulprit = (state_.oldestCulprit + 1) % kCulprits;
     }
-    spent_ += lastWord;
-    rememberCulprit(position);
     return false;
   }
 
   bool differsAt(std::int64_t position, std::int64_t offset) {
     const std::uint64_t difference = wordDifference(position, offset);
     if (difference == 0) return false;
-    state_.failedOffset = offset + std::countr_zero(difference) / 8;
+    state_.failedOffset = offset + (63 - std::countl_zero(difference)) / 8;
     return true;
-  }
-
-  void rememberCulprit(std::int64_t position) {
-    if constexpr (kKind != PatternKind::masked) return;
-    state_.culprits[static_cast<std::size_t>(state_.oldestCulprit)] =
-        position + state_.failedOffset;
-    state_.oldestCulprit = (state_.oldestCulprit + 1) % kCulprits;
-  }
-
-  bool isRuined(std::int64_t position) const {
-    for (const std::int64_t culprit : state_.culprits) {
-      const std::int64_t offset = culprit - position;
-      if (offset < 0 || offset >= pattern_.length) continue;
-      if (((haystack_[culprit] ^ pattern_.values[offset]) & pattern_.masks[offset]) != 0) {
-        return true;
-      }
-    }
-    return false;
   }
 
   std::int64_t allowanceLeft(std::int64_t position) const {

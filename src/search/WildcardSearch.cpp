@@ -22,7 +22,29 @@ std::uint64_t wordAt(const std::uint8_t* at) {
   return word;
 }
 
+std::vector<std::uint8_t> reversedWithMargins(const std::vector<std::uint8_t>& bytes) {
+  std::vector<std::uint8_t> reversed(bytes.size() + 2 * kReversedMargin);
+  std::ranges::reverse_copy(bytes, reversed.begin() + kReversedMargin);
+  return reversed;
+}
+
 }  // namespace
+
+WildcardSearch::WildcardSearch(const WildcardHexPattern& pattern,
+                               std::span<const std::uint8_t> haystack, TaskProgress& progress,
+                               const SearchLimits& limits)
+    : pattern_(pattern),
+      haystack_(haystack),
+      progress_(progress),
+      reversedValues_(reversedWithMargins(pattern.values_)),
+      reversedMasks_(reversedWithMargins(pattern.masks_)),
+      view_{.values = pattern.values_.data(),
+            .masks = pattern.masks_.data(),
+            .reversedValues = reversedValues_.data(),
+            .reversedMasks = reversedMasks_.data(),
+            .length = pattern.length(),
+            .kind = PatternKind::masked},
+      scanner_(limits) {}
 
 std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_t through) {
   while (from <= through) {
@@ -36,24 +58,31 @@ std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_
 }
 
 std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std::int64_t through) {
-  const PatternView view = {.values = pattern_.values_.data(),
-                            .masks = pattern_.masks_.data(),
-                            .length = pattern_.length(),
-                            .kind = PatternKind::masked};
-  const ScanResult result = scanner_.first(view, haystack_, from, through);
-  if (result.outcome == Outcome::found) return result.position;
-  if (result.outcome == Outcome::absent || result.position > through) return std::nullopt;
-  scanner_.refill();
-  return firstAnchored(result.position, through);
+  while (from <= through) {
+    const ScanResult result = scanner_.first(view_, haystack_, from, through);
+    if (result.outcome == Outcome::found) return result.position;
+    if (result.outcome == Outcome::absent) return std::nullopt;
+    progress_.checkpoint();
+    scanner_.refill();
+    from = result.position;
+    if (!plan_) plan_ = pattern_.anchorPlan(haystack_, progress_);
+    if (std::holds_alternative<WildcardHexPattern::Impossible>(*plan_)) return std::nullopt;
+    if (isAnchorWorthSearching()) return firstAnchored(from, through);
+  }
+  return std::nullopt;
+}
+
+bool WildcardSearch::isAnchorWorthSearching() const {
+  constexpr std::size_t kFewBytes = 2;
+  return scanner_.limits().workBudget == 0 ||
+         std::get<WildcardHexPattern::Anchored>(*plan_).exactBytes.size() > kFewBytes;
 }
 
 std::optional<std::int64_t> WildcardSearch::firstAnchored(std::int64_t from, std::int64_t through) {
-  if (!plan_) plan_ = pattern_.anchorPlan(haystack_, progress_);
-  const auto* const plan = std::get_if<WildcardHexPattern::Anchored>(&*plan_);
-  if (plan == nullptr) return std::nullopt;
-  const std::int64_t offset = plan->patternOffset;
+  const auto& plan = std::get<WildcardHexPattern::Anchored>(*plan_);
+  const std::int64_t offset = plan.patternOffset;
   const auto found = ByteSearch::detail::firstAcceptedIndex(
-      plan->exactBytes, haystack_, from + offset, through + offset,
+      plan.exactBytes, haystack_, from + offset, through + offset,
       [&](std::int64_t position) { return matchesAt(position - offset); }, scanner_.limits());
   if (!found) return std::nullopt;
   return *found - offset;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "base/TaskProgress.h"
 #include "search/PatternScanner.h"
@@ -12,13 +13,13 @@
 namespace quillmor {
 
 /// One search for a wildcard pattern that asks for at least one byte. The whole pattern is scanned
-/// for as long as that goes well, else the bytes of its anchor plan. Pattern, haystack and progress
+/// for. Where that goes badly, the bytes of its anchor plan are searched for, if they are so many
+/// that they say more than the probes of the scan. Pattern, haystack and progress
 /// outlive the search. For one thread.
 class WildcardSearch {
  public:
   WildcardSearch(const WildcardHexPattern& pattern, std::span<const std::uint8_t> haystack,
-                 TaskProgress& progress, const SearchLimits& limits)
-      : pattern_(pattern), haystack_(haystack), progress_(progress), scanner_(limits) {}
+                 TaskProgress& progress, const SearchLimits& limits);
 
   /// The plan that is used when scanning goes badly; made by then when it was not set.
   void usePlan(const WildcardHexPattern::AnchorPlan& plan) { plan_ = plan; }
@@ -29,6 +30,7 @@ class WildcardSearch {
 
  private:
   std::optional<std::int64_t> firstInPiece(std::int64_t from, std::int64_t through);
+  bool isAnchorWorthSearching() const;
   std::optional<std::int64_t> firstAnchored(std::int64_t from, std::int64_t through);
   bool matchesAt(std::int64_t position);
   bool isRuined(std::int64_t position) const;
@@ -38,6 +40,9 @@ class WildcardSearch {
   const WildcardHexPattern& pattern_;
   std::span<const std::uint8_t> haystack_;
   TaskProgress& progress_;
+  std::vector<std::uint8_t> reversedValues_;
+  std::vector<std::uint8_t> reversedMasks_;
+  PatternView view_;
   PatternScanner scanner_;
   std::optional<WildcardHexPattern::AnchorPlan> plan_;
   /// Where comparisons failed, in the haystack: such bytes ruin one candidate after another.

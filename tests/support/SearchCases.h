@@ -15,6 +15,15 @@ std::vector<ScanPath> availableScanPaths();
 /// up, and by the linear search alone.
 std::vector<SearchLimits> everyKindOfLimits();
 
+/// `count` random searches, or fewer where a sanitizer makes each of them slow.
+constexpr int modelCount(int count) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return count / 8;
+#else
+  return count;
+#endif
+}
+
 /// Small searches that are likely to find something, and to almost find much more.
 class RandomSearches {
  public:

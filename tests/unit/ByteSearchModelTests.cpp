@@ -38,7 +38,7 @@ class ByteSearchModel : public testing::Test {
     const std::uint64_t seed = newSeed();
     RandomSearches random(seed);
     const auto limits = everyKindOfLimits();
-    for (int i = 0; i < count && !HasFailure(); ++i) {
+    for (int i = 0; i < modelCount(count) && !HasFailure(); ++i) {
       const Bytes bytes = random.haystack(kMaxHaystack);
       const Bytes needle = random.needle(bytes, kMaxNeedle);
       const View haystack = i % 4 == 0 ? memory_.atStart(bytes) : memory_.atEnd(bytes);
@@ -59,7 +59,7 @@ std::int64_t someStart(RandomSearches& random, View haystack) {
 }
 
 TEST_F(ByteSearchModel, indexIsThatOfThePlainSearch) {
-  forEachSearch(400'000, [](RandomSearches& random, const Bytes& needle, View haystack,
+  forEachSearch(300'000, [](RandomSearches& random, const Bytes& needle, View haystack,
                             const SearchLimits& limits) {
     const std::int64_t start = someStart(random, haystack);
     const bool backwards = random.upTo(1) == 0;

@@ -224,6 +224,14 @@ TEST(ByteSearch, theFailureTableHoldsTheLongestPrefixesThatAreSuffixes) {
             (LinearSearch::FailureTable{0, 0, 1, 0}));
 }
 
+TEST(ByteSearch, shortcutsLeadPastLengthsThatFailAlike) {
+  using LinearSearch::Direction;
+  auto table = LinearSearch::failureTable(bytesOf("aaaab"), false, Direction::forward);
+  EXPECT_EQ(table, (LinearSearch::FailureTable{0, 1, 2, 3, 0}));
+  LinearSearch::addShortcuts(table, bytesOf("aaaab"), false, Direction::forward);
+  EXPECT_EQ(table, (LinearSearch::FailureTable{0, 0, 0, 3, 0}));
+}
+
 TEST(ByteSearch, thePublicFunctionsSearchAsTheirDetailsDo) {
   const Bytes haystack = bytesOf("abcABCabc");
   EXPECT_EQ(ByteSearch::index(bytesOf("abc"), haystack, 1, false, false), 6);

@@ -259,7 +259,7 @@ TEST(WildcardHexPatternModel, findsWhatThePlainSearchFinds) {
   RandomSearches random(seed);
   GuardedBytes memory(400);
   const auto limits = everyKindOfLimits();
-  for (int i = 0; i < 200'000; ++i) {
+  for (int i = 0; i < modelCount(150'000); ++i) {
     const Bytes bytes = random.haystack(random.upTo(9) == 0 ? 400 : 100);
     const Pattern::Bytes wanted = randomPattern(random, bytes);
     const auto pattern = Pattern::parse(textOf(wanted));
