@@ -1,6 +1,6 @@
 // How fast bytes are found, beside what memory allows: random, text-like and zero bytes in a
 // document of the largest size, and data made to make searches slow. `QUILLMOR_BENCH_MIB` sets the
-// size (default 1024).
+// size (default 1024). With `QUILLMOR_BENCH_FOLDER` the documents are written there as well.
 //
 //   cmake --preset bench && cmake --build --preset bench
 //   build/bench/bin/quillmor_bench --benchmark_filter=search/
@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <map>
@@ -417,15 +418,27 @@ void addHostilePatterns() {
              {"narrow_faults", [=] { return onesWithFaults(2 * runs / 16, 1); }}}) {
       addHostile(name + kind + "/short", make, wildcardSearch(shortRuns(count, "01", "01"), {}));
       addHostile(name + kind + "/mixed", make, wildcardSearch(shortRuns(count, "01 01", "01"), {}));
-      addHostile(name + kind + "/planned", make,
-                 wildcardSearch(shortRuns(count, "01", "01"), {.workBudget = 0}));
     }
+  }
+}
+
+/// Writes a document for other tools to search.
+void writeFile(benchmark::State& state, Data data, const std::string& folder) {
+  for (auto _ : state) {
+    const View bytes = document(data);
+    std::ofstream file(folder + "/" + nameOf(data), std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+    if (!file.flush()) state.SkipWithError("the file cannot be written");
+    state.SetIterationTime(1);
   }
 }
 
 const bool isRegistered = [] {
   for (const Data data : kAllData) {
     const std::string name = nameOf(data);
+    if (const char* const folder = std::getenv("QUILLMOR_BENCH_FOLDER")) {
+      add<Data, const std::string&>(name + "/file", writeFile, data, folder);
+    }
     add<Data, double (*)(View)>(name + "/memchr", yardstick, data, memchrSeconds);
     add<Data, double (*)(View)>(name + "/memcpy", yardstick, data, memcpySeconds);
     for (const ScanPath path : kAllPaths) {

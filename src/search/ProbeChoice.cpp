@@ -29,7 +29,7 @@ constexpr Counts kUsualCounts = [] {
   for (std::size_t c = '0'; c <= '9'; ++c) counts[c] = 110;
   std::uint32_t count = 400;
   for (const char letter : std::string_view("etaoinshrdlucmfwypvbgkjqxz")) {
-    const auto index = static_cast<std::size_t>(letter);
+    const auto index = static_cast<std::size_t>(static_cast<unsigned char>(letter));
     counts[index] = count;
     counts[index - 0x20] = count / 6;
     count -= 13;
@@ -181,7 +181,7 @@ std::vector<ScanProbe> probesWorthTrying(const PatternView& pattern, const Count
   add(failedOffset);
   for (std::int64_t i = 0; i < kMaxProbes; ++i) {
     add((pattern.length - 1) / (kMaxProbes - 1) * i);
-    if (pattern.length <= 2 * kMaxProbes) add(i);
+    if (pattern.length <= std::int64_t{2} * kMaxProbes) add(i);
   }
   return probes;
 }
@@ -190,6 +190,7 @@ std::vector<ScanProbe> probesWorthTrying(const PatternView& pattern, const Count
 std::vector<ScanProbe> mostSelective(std::vector<ScanProbe> probes, const std::uint8_t* haystack,
                                      const std::vector<std::int64_t>& pieces) {
   std::vector<Fits> fits;
+  fits.reserve(probes.size());
   for (const ScanProbe& probe : probes) fits.push_back(fitsOf(probe, haystack, pieces));
   // The first two are chosen together: two rare bytes may always come together.
   std::array<std::size_t, 2> best{};

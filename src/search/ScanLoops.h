@@ -68,7 +68,10 @@ class Scan {
       if (endsInSpanAbove(at, through)) return settled(result_, result_.position);
       at += kSpan;
       if (through - at >= kGroupCount - 1) at -= misalignment(at);
-      while (through - at >= kGroupCount - 1 && !hasCandidates(at)) at += kGroupCount;
+      while (through - at >= kGroupCount - 1 && !hasCandidates(at)) {
+        prefetch(at + kPrefetchDistance);
+        at += kGroupCount;
+      }
     }
     return settled({}, through);
   }
@@ -83,6 +86,7 @@ class Scan {
       if (at - from >= kGroupCount - 1)
         at += (Lanes::kCount - misalignment(at + 1)) % Lanes::kCount;
       while (at - from >= kGroupCount - 1 && !hasCandidates(at - kGroupCount + 1)) {
+        prefetch(at - kPrefetchDistance);
         at -= kGroupCount;
       }
     }
@@ -97,6 +101,9 @@ class Scan {
   /// The positions that are passed together as long as none of them is a candidate.
   static constexpr std::int64_t kGroupCount = 4 * Lanes::kCount;
   static constexpr std::int64_t kWord = 8;
+  /// A page: the processor itself does not look ahead beyond the one that it reads.
+  static constexpr std::int64_t kPrefetchDistance = 4096;
+  static constexpr std::int64_t kCacheLine = 64;
 
   const ScanProbe& first() const { return filter_.probes[0]; }
   const ScanProbe& second() const { return filter_.probes[kHasOneProbe ? 0 : 1]; }
@@ -125,6 +132,17 @@ class Scan {
   std::int64_t misalignment(std::int64_t at) const {
     return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(firstAt_ + at) %
                                      static_cast<std::uintptr_t>(Lanes::kCount));
+  }
+
+  /// Has the bytes of a group fetched from memory into the second-level cache. They may lie outside
+  /// the haystack, so their address is no pointer.
+  void prefetch(std::int64_t at) const {
+    const std::uintptr_t address =
+        reinterpret_cast<std::uintptr_t>(firstAt_) + static_cast<std::uintptr_t>(at);
+    for (std::uintptr_t line = 0; line < kGroupCount; line += kCacheLine) {
+      // NOLINTNEXTLINE(performance-no-int-to-ptr): nothing is ever read through it.
+      __builtin_prefetch(reinterpret_cast<const void*>(address + line), 0, 2);
+    }
   }
 
   /// Where the first probe's bytes are aligned.
