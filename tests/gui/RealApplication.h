@@ -22,7 +22,13 @@ namespace quillmor::test {
 /// The base of tests with the real windows, menus and keys of the application on scripted services.
 class RealApplication : public testing::Test {
  protected:
-  RealApplication() { windows.setDelegate(delegate); }
+  RealApplication() : RealApplication(nullptr) {}
+
+  /// With `realAlerts`, where given, in the place of the scripted ones.
+  explicit RealApplication(AlertPresenter* realAlerts)
+      : services(withAlerts(platform.services(), realAlerts)) {
+    windows.setDelegate(delegate);
+  }
 
   ~RealApplication() override { windows.destroyWindows(); }
 
@@ -87,10 +93,21 @@ class RealApplication : public testing::Test {
     return {bytes.begin(), bytes.end()};
   }
 
+  static PlatformServices withAlerts(const PlatformServices& scripted, AlertPresenter* realAlerts) {
+    return {realAlerts ? *realAlerts : scripted.alerts,
+            scripted.filePanels,
+            scripted.pasteboard,
+            scripted.defaults,
+            scripted.beeper,
+            scripted.workspace,
+            scripted.executor};
+  }
+
   TemporaryFolder folder;
   TestPlatform platform;
-  ApplicationWindows windows{platform.services()};
-  AppDelegate delegate{platform.services(), windows};
+  const PlatformServices services;
+  ApplicationWindows windows{services};
+  AppDelegate delegate{services, windows};
 };
 
 }  // namespace quillmor::test

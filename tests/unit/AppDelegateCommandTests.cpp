@@ -212,11 +212,22 @@ TEST_F(AppCommands, areEnabledByTheStateOfTheCurrentEditor) {
   EXPECT_TRUE(isEnabled("forwardOpenDocument:"));
   delegate.newDocument();
   auto editor = editorAt(0);
-  const std::set<std::string_view> ofAnEmptyDocument{
-      "forwardOpenDocument:",   "forwardSaveDocument:",     "forwardSaveDocumentAs:",
-      "forwardBytesPerRow8:",   "forwardBytesPerRow16:",    "forwardBytesPerRow32:",
-      "forwardAddBookmark:",    "forwardToggleInsertMode:", "forwardRestoreLastSessionOffset:",
-      "forwardDeleteSelection:"};
+  const std::set<std::string_view> ofAnEmptyDocument{"forwardOpenDocument:",
+                                                     "forwardSaveDocument:",
+                                                     "forwardSaveDocumentAs:",
+                                                     "forwardBytesPerRow8:",
+                                                     "forwardBytesPerRow16:",
+                                                     "forwardBytesPerRow32:",
+                                                     "forwardAddBookmark:",
+                                                     "forwardToggleInsertMode:",
+                                                     "forwardRestoreLastSessionOffset:",
+                                                     "forwardDeleteSelection:",
+                                                     "forwardCut:",
+                                                     "forwardPaste:",
+                                                     "forwardInsertBytes:",
+                                                     "forwardInsertFileAtOffset:",
+                                                     "forwardAppendFileToEnd:",
+                                                     "forwardFillSelection:"};
   for (const Menu& menu : mainMenu()) {
     for (const MenuItem& item : menu.items) {
       if (!isForwarded(item.action)) continue;

@@ -1,0 +1,167 @@
+// The forms of the editing commands as the user fills them in: real dialogs, real keys.
+
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+
+#include "gui/ModalScript.h"
+#include "gui/RealApplication.h"
+#include "platform_qt/QtAlertPresenter.h"
+
+namespace quillmor::test {
+namespace {
+
+using testing_support::onNextModal;
+
+class EditingDialogs : public RealApplication {
+ protected:
+  EditingDialogs() : RealApplication(&realAlerts()) {}
+
+  static QtAlertPresenter& realAlerts() {
+    static QtAlertPresenter presenter;
+    return presenter;
+  }
+
+  static QLineEdit& field(QDialog& form, const QString& name) {
+    for (auto* edit : form.findChildren<QLineEdit*>()) {
+      if (edit->accessibleName() == name) return *edit;
+    }
+    throw std::logic_error("no field " + name.toStdString());
+  }
+
+  static QComboBox& popUp(QDialog& form, const QString& name) {
+    for (auto* box : form.findChildren<QComboBox*>()) {
+      if (box->accessibleName() == name) return *box;
+    }
+    throw std::logic_error("no pop-up " + name.toStdString());
+  }
+
+  static void fill(QDialog& form, const QString& name, const QString& text) {
+    field(form, name).setFocus();
+    field(form, name).selectAll();
+    QTest::keyClicks(&field(form, name), text);
+  }
+
+  /// Fills in the next form and presses Return.
+  static void answerNext(const std::function<void(QDialog&)>& answer) {
+    onNextModal<QDialog>([answer](QDialog& form) {
+      answer(form);
+      QTest::keyClick(&form, Qt::Key_Return);
+    });
+  }
+
+  /// Takes the next message, which says `text`, with Return.
+  static void expectNextMessage(const QString& text) {
+    onNextModal<QMessageBox>([text](QMessageBox& box) {
+      EXPECT_EQ(box.informativeText(), text);
+      QTest::keyClick(&box, Qt::Key_Return);
+    });
+  }
+};
+
+TEST_F(EditingDialogs, insertTypedBytesAsOftenAsTyped) {
+  EditorWindow& window = open("abc");
+  answerNext([](QDialog& form) {
+    EXPECT_EQ(popUp(form, "Mode:").currentText(), "Auto");
+    EXPECT_EQ(field(form, "Repeat count:").text(), "1");
+    fill(form, "Bytes:", "2E 2D");
+    fill(form, "Repeat count:", "2");
+  });
+  QTest::mouseClick(button(window, "Insert"), Qt::LeftButton);
+  EXPECT_EQ(text(window), ".-.-abc");
+}
+
+TEST_F(EditingDialogs, fillTheSelectionFromTheToolbar) {
+  EditorWindow& window = open("abcdef");
+  window.controller().editor().setSelection({1, 4});
+  answerNext([](QDialog& form) {
+    popUp(form, "Mode:").setCurrentText("Text");
+    fill(form, "Bytes:", "00");
+  });
+  QTest::mouseClick(button(window, "Fill"), Qt::LeftButton);
+  EXPECT_EQ(text(window), "a0000f");
+}
+
+TEST_F(EditingDialogs, combineTheSelectionWithATypedPattern) {
+  EditorWindow& window = open("abcd");
+  window.controller().editor().setSelection({0, 4});
+  answerNext([](QDialog& form) {
+    popUp(form, "Mode:").setCurrentText("Hex");
+    fill(form, "Bytes:", "20");
+  });
+  delegate.perform("forwardXorSelection:");
+  EXPECT_EQ(text(window), "ABCD");
+}
+
+TEST_F(EditingDialogs, sayInWordsThatAPatternIsNone) {
+  EditorWindow& window = open("abcd");
+  window.controller().editor().setSelection({0, 4});
+  onNextModal<QDialog>([](QDialog& form) {
+    popUp(form, "Mode:").setCurrentText("Hex");
+    fill(form, "Bytes:", "xyz");
+    expectNextMessage("Enter a valid byte pattern.");
+    QTest::keyClick(&form, Qt::Key_Return);
+  });
+  delegate.perform("forwardAndSelection:");
+  EXPECT_EQ(text(window), "abcd");
+}
+
+TEST_F(EditingDialogs, writeTheCurrentValueInTheChosenType) {
+  EditorWindow& window = open("abcdef");
+  answerNext([](QDialog& form) {
+    QComboBox& type = popUp(form, "Type:");
+    EXPECT_EQ(type.count(), 6);
+    type.setCurrentText("UInt32 BE");
+    EXPECT_EQ(field(form, "Value:").placeholderText(), "Value");
+    fill(form, "Value:", "0x11223344");
+  });
+  delegate.perform("forwardEditCurrentValue:");
+  EXPECT_EQ(text(window),
+            "\x11\x22\x33\x44"
+            "ef");
+}
+
+TEST_F(EditingDialogs, editTheBitsOfTheCurrentByte) {
+  EditorWindow& window = open("abc");
+  answerNext([](QDialog& form) {
+    EXPECT_EQ(field(form, "Bits:").text(), "01100001");
+    fill(form, "Bits:", "01111010");
+  });
+  delegate.perform("forwardBitEditor:");
+  EXPECT_EQ(text(window), "zbc");
+}
+
+TEST_F(EditingDialogs, cropOnlyAfterAYes) {
+  EditorWindow& window = open("0123456789");
+  window.controller().editor().setSelection({2, 4});
+  onNextModal<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.informativeText(),
+              "Keep only the selected 4 byte(s) and remove everything else?");
+    QTest::keyClick(&box, Qt::Key_Escape);
+  });
+  delegate.perform("forwardCropToSelection:");
+  platform.executor.runAll();
+  EXPECT_EQ(text(window), "0123456789");
+  onNextModal<QMessageBox>([](QMessageBox& box) {
+    for (QAbstractButton* choice : box.buttons()) {
+      if (choice->text().remove('&') == "Crop") return QTest::mouseClick(choice, Qt::LeftButton);
+    }
+    ADD_FAILURE() << "no button Crop";
+  });
+  delegate.perform("forwardCropToSelection:");
+  platform.executor.runAll();
+  EXPECT_EQ(text(window), "2345");
+}
+
+TEST_F(EditingDialogs, reportTheValuesAtTheCaret) {
+  open("abcdef");
+  delegate.perform("forwardShowDataInspectorDetail:");
+  auto* report = topLevel<ReportWindow>();
+  ASSERT_NE(report, nullptr);
+  EXPECT_EQ(report->windowTitle(), "Data Inspector");
+}
+
+}  // namespace
+}  // namespace quillmor::test
