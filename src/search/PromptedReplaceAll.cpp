@@ -30,7 +30,7 @@ PromptedReplaceAll::PromptedReplaceAll(ByteBuffer original, SearchRequest reques
 std::optional<SearchMatch> PromptedReplaceAll::findNext(TaskProgress& progress) {
   progress.checkpoint();
   if (stopped_) return std::nullopt;
-  progress.setTotal(original_.size() - position_);
+  progress.setTotal(progressTotal());
   current_ = scanner_.next(position_, progress);
   if (!current_) return std::nullopt;
   return matchOf(original_.span(), request_, candidateList_, current_->candidate, current_->offset);
@@ -58,7 +58,7 @@ void PromptedReplaceAll::skipCurrent() {
 
 ReplaceAllComputation PromptedReplaceAll::finish(TaskProgress& progress) const {
   progress.checkpoint();
-  progress.setTotal(original_.size());
+  progress.setTotal(progressTotal());
   ReplacementWriter writer(original_, bookmarks_, maximumGrowth_,
                            saturatingAdd(original_.size(), growth_), progress);
   for (const Record& record : accepted_) {

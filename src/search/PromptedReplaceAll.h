@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/SaturatingMath.h"
 #include "base/TaskProgress.h"
 #include "search/CandidateScanner.h"
 #include "search/Replacing.h"
@@ -66,6 +67,8 @@ class PromptedReplaceAll {
 
   std::optional<std::int64_t> growthWith(const CandidateScanner::Hit& hit) const;
   bool hasRoomForRecord() const;
+  /// Of the whole run, which has one progress: the walk through the document, and the copy.
+  std::int64_t progressTotal() const { return saturatingMultiply(original_.size(), 2); }
 
   const ByteBuffer original_;
   const SearchRequest request_;

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/ByteBlock.h"
-#include "base/Check.h"
 #include "base/Error.h"
 #include "base/SaturatingMath.h"
 

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "base/ByteBuffer.h"

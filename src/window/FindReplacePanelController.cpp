@@ -100,6 +100,7 @@ SearchDirection FindReplacePanelController::selectedDirection() const {
 }
 
 std::optional<SearchRequest> FindReplacePanelController::buildRequest() const {
+  if (searchField_->isFull() || (replaceField_ && replaceField_->isFull())) return std::nullopt;
   SearchRequest request;
   request.mode = selectedMode();
   request.searchText = searchField_->currentText().toStdString();

@@ -63,6 +63,16 @@ void HexWindowController::showFailure(const Error& error, const std::string& tit
   if (window_ && !error.isStopped()) alert(title, error.message());
 }
 
+bool HexWindowController::attempt(const std::string& failureTitle,
+                                  const std::function<void()>& work) {
+  const auto result = resultOf([&] {
+    work();
+    return Done{};
+  });
+  if (!result.isOk()) showFailure(result.error(), failureTitle);
+  return !result.isOk();
+}
+
 bool HexWindowController::refuseWhileBusy(const std::string& title) {
   if (!isBusy()) return false;
   alert(title, "Another operation is already running. Wait for it to finish before editing.");

@@ -357,6 +357,8 @@ class HexWindowController : public DocumentWindow,
     if (!result.isOk()) showFailure(result.error(), title);
     return !result.isOk() || !window_;
   }
+  /// Does `work`; returns true after showing why when it fails.
+  bool attempt(const std::string& failureTitle, const std::function<void()>& work);
   /// Alerts and returns true when a running operation forbids to start an editing command.
   bool refuseWhileBusy(const std::string& title);
   bool refuseWithoutFile(const std::string& title);
@@ -407,6 +409,11 @@ class HexWindowController : public DocumentWindow,
 
   void search(const SearchRequest& request, bool advanceFromCurrentSelection,
               const std::string& failureTitle);
+  void startSearch(const SearchRequest& request, bool advanceFromCurrentSelection,
+                   const std::string& failureTitle);
+  void startSearchAll(const SearchRequest& request);
+  void replaceAndFindNext(const SearchRequest& request);
+  void startReplaceAll(const SearchRequest& request);
   void selectMatch(const SearchMatch& match);
   void showCount(std::int64_t count, const std::string& title, const std::string& textBehindCount,
                  const std::string& none);

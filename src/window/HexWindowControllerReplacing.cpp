@@ -14,6 +14,7 @@ namespace quillmor {
 
 namespace {
 
+constexpr const char* kReplaceFailed = "Replace Failed";
 constexpr const char* kReplaceAll = "Replace All";
 constexpr const char* kReplaceAllFailed = "Replace All Failed";
 constexpr const char* kReplacingAll = "Replacing all…";
@@ -36,17 +37,23 @@ std::optional<SearchMatch> HexWindowController::currentSelectionMatch(
 
 void HexWindowController::performReplace(const SearchRequest& request) {
   if (refuseWhileBusy("Replace")) return;
+  const bool failedNow = attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
+  if (failedNow) withdrawEditThatDidNotHappen();
+}
+
+void HexWindowController::replaceAndFindNext(const SearchRequest& request) {
   const auto candidateList = candidates(request);
   if (candidateList.empty()) return platform_.beeper.beep();
+  bool advances = selectedRange().length > 0;
   if (const auto match = currentSelectionMatch(request, candidateList)) {
     const auto replacement = replacementBytes(request, match->candidate);
     if (!replacement) return platform_.beeper.beep();
-    const auto applied = resultOf([&] { return applyReplacement(*match, *replacement); });
-    if (failed(applied, "Replace Failed") || !applied.value()) return;
+    if (!applyReplacement(*match, *replacement)) return;
+    // Going forward, what a deleted match leaves at the caret may itself begin the next match.
+    advances = selectedRange().length > 0 || request.direction == SearchDirection::backward;
   }
   lastSearchRequest_ = request;
-  // What a deleted match leaves at the caret may itself begin the next match.
-  search(request, /*advanceFromCurrentSelection=*/selectedRange().length > 0, "Replace Failed");
+  search(request, advances, kReplaceFailed);
 }
 
 /// Puts `replacement` in the place of `match`; false when the document may not grow so far.
@@ -66,10 +73,15 @@ bool HexWindowController::applyReplacement(const SearchMatch& match,
 
 void HexWindowController::performReplaceAll(const SearchRequest& request) {
   if (refuseWhileBusy(kReplaceAll)) return;
+  attempt(kReplaceAllFailed, [&] { startReplaceAll(request); });
+}
+
+void HexWindowController::startReplaceAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
   if (candidateList.empty()) return platform_.beeper.beep();
   auto table = replacementTable(request, candidateList);
   if (!table) return platform_.beeper.beep();
+  lastSearchRequest_ = request;
   const std::int64_t room = std::max<std::int64_t>(editor_.maximumByteCount() - byteCount(), 0);
   const std::int64_t maximumGrowth = std::min(room, maxGeneratedInputBytes);
   if (request.promptOnReplace) {
@@ -89,8 +101,8 @@ void HexWindowController::performReplaceAll(const SearchRequest& request) {
   std::function completion = [this](Result<ReplaceAllComputation> result) {
     if (failed(result, kReplaceAllFailed)) return;
     const std::int64_t count = result.value().replacements;
-    installReplaceAll(std::move(result.value()));
-    showReplacedCount(count);
+    const auto install = [&] { installReplaceAll(std::move(result.value())); };
+    if (!attempt(kReplaceAllFailed, install)) showReplacedCount(count);
   };
   runBackgroundSnapshotTask(kReplacingAll, {}, std::move(work), std::move(completion));
 }
@@ -123,10 +135,13 @@ void HexWindowController::offerNextOccurrence(const std::shared_ptr<PromptedRun>
   using Match = std::optional<SearchMatch>;
   auto completion = [this, run](Result<Match> result) {
     if (!result.isOk()) return abandonPromptReplaceAll(*run, result.error());
-    const bool goesOn = result.value() && takeDecision(*run, *result.value());
+    if (!window_) return endBusyStatus();
+    const auto goesOn =
+        resultOf([&] { return result.value() && takeDecision(*run, *result.value()); });
+    if (!goesOn.isOk()) return abandonPromptReplaceAll(*run, goesOn.error());
     // The question ran the event loop.
     if (!window_) return endBusyStatus();
-    if (goesOn) return offerNextOccurrence(run);
+    if (goesOn.value()) return offerNextOccurrence(run);
     computePromptReplaceAll(run);
   };
   frame_.start(std::move(work), guarded(std::function<void(Result<Match>)>(std::move(completion))));
@@ -167,6 +182,7 @@ void HexWindowController::computePromptReplaceAll(const std::shared_ptr<Prompted
   std::function<void(Result<ReplaceAllComputation>)> completion =
       [this, run](Result<ReplaceAllComputation> result) {
         if (!result.isOk()) return abandonPromptReplaceAll(*run, result.error());
+        if (!window_) return endBusyStatus();
         finishPromptReplaceAll(*run, std::move(result.value()));
       };
   frame_.start(std::move(work), guarded(std::move(completion)));
@@ -175,9 +191,14 @@ void HexWindowController::computePromptReplaceAll(const std::shared_ptr<Prompted
 void HexWindowController::finishPromptReplaceAll(const PromptedRun& run,
                                                  ReplaceAllComputation computation) {
   const std::int64_t count = computation.replacements;
-  if (count < 1) moveCaret(run.caretOffset, run.selection);
-  installReplaceAll(std::move(computation));
+  // The questions have moved them; undo leads back to where they were before.
+  moveCaret(run.caretOffset, run.selection);
+  const auto installed = resultOf([&] {
+    installReplaceAll(std::move(computation));
+    return Done{};
+  });
   endBusyStatus();
+  if (failed(installed, kReplaceAllFailed)) return;
   if (run.replacing.stoppedAtGrowthLimit()) {
     alert(kReplaceAll,
           "Replacement stopped before the document could grow beyond the safe limit of " +

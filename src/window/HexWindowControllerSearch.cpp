@@ -52,6 +52,12 @@ void HexWindowController::performFind(const SearchRequest& request,
 
 void HexWindowController::search(const SearchRequest& request, bool advanceFromCurrentSelection,
                                  const std::string& failureTitle) {
+  attempt(failureTitle, [&] { startSearch(request, advanceFromCurrentSelection, failureTitle); });
+}
+
+void HexWindowController::startSearch(const SearchRequest& request,
+                                      bool advanceFromCurrentSelection,
+                                      const std::string& failureTitle) {
   const auto plan = searchPlan(request.direction, advanceFromCurrentSelection,
                                {.caretOffset = editor_.caretOffset(),
                                 .selection = selectedRange(),
@@ -77,6 +83,10 @@ void HexWindowController::search(const SearchRequest& request, bool advanceFromC
 
 void HexWindowController::performSearchAll(const SearchRequest& request) {
   if (refuseWhileBusy("Search All")) return;
+  attempt("Search Failed", [&] { startSearchAll(request); });
+}
+
+void HexWindowController::startSearchAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
   if (candidateList.empty()) return platform_.beeper.beep();
   lastSearchRequest_ = request;

@@ -15,8 +15,7 @@ namespace {
 constexpr int kMinimumWidth = 370;
 constexpr int kTextMargin = 48;
 
-/// Whatever the scalars are, a text cut here has more of them than any command accepts, so that a
-/// cut text is refused and never searched for.
+/// More than any command accepts, whatever the scalars are.
 constexpr int kMaxCodeUnits = static_cast<int>(2 * maxTextInputCharacters + 1);
 
 /// One line that fits `width`. In a menu "&" marks the access key, so a literal one is doubled.
@@ -37,6 +36,10 @@ HistoryComboBox::HistoryComboBox(const SearchHistory& history, QWidget* parent)
   setInsertPolicy(QComboBox::NoInsert);
   setMinimumWidth(kMinimumWidth);
   lineEdit()->setMaxLength(kMaxCodeUnits);
+}
+
+bool HistoryComboBox::isFull() const {
+  return lineEdit()->text().size() >= lineEdit()->maxLength();
 }
 
 void HistoryComboBox::showPopup() {

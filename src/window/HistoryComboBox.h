@@ -15,6 +15,9 @@ class HistoryComboBox : public QComboBox {
   HistoryComboBox(const SearchHistory& history, QWidget* parent);
 
   /// Shows the history as it is now below the field; nothing happens while it is empty.
+  /// Whether the text may have been cut, because the field takes no longer one.
+  bool isFull() const;
+
   void showPopup() override;
 
   /// Selects the whole text, for the next one to replace it.

@@ -189,5 +189,17 @@ TEST_F(HistoryComboBoxTest, takesTextsLongerThanAnyCommandAccepts) {
   EXPECT_EQ(openList().size(), 0U) << "too long to be remembered";
 }
 
+TEST_F(HistoryComboBoxTest, aTextThatMayHaveBeenCutIsNotSearchedFor) {
+  Panel& panel = openFind("41 is A");
+  tabs(panel).setCurrentIndex(1);
+  searchField(panel).lineEdit()->setMaxLength(4);
+  searchField(panel).setFocus();
+  searchField(panel).lineEdit()->insert("41  42");
+  EXPECT_TRUE(dynamic_cast<HistoryComboBox&>(searchField(panel)).isFull());
+  press(Qt::Key_Return);
+  EXPECT_EQ(platform.beeper.count, 1);
+  EXPECT_EQ(windows.editorWindows().back()->controller().lastSearchRequest(), SearchRequest{});
+}
+
 }  // namespace
 }  // namespace quillmor::test

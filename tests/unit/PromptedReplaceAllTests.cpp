@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
 #include <memory>
 
 #include "support/ErrorMatchers.h"
@@ -155,6 +154,24 @@ TEST_F(PromptedWithTwoRecords, stopsWhenItsNotesWouldTakeTooMuchMemory) {
   EXPECT_FALSE(run.replaceCurrent());
   EXPECT_TRUE(run.stoppedAtGrowthLimit());
   EXPECT_EQ(finished().replacements, 2);
+}
+
+TEST(PromptedReplaceAllProgress, neverGoesBackAndEndsWithTheNewDocument) {
+  SearchBytes bytes(16 * 1024 * 1024, '.');
+  for (const std::size_t place : {0U, 8U << 20U, 12U << 20U}) bytes[place] = 'a';
+  PromptedReplaceAll run(ByteBuffer(bytes), exactRequest(), rawCandidates({"a"}),
+                         {searchBytes("b")}, {}, 100);
+  TaskProgress progress;
+  double last = 0;
+  for (const double most : {0.01, 0.27, 0.4, 0.51}) {
+    const bool found = run.findNext(progress).has_value();
+    EXPECT_GE(progress.fraction(), last);
+    EXPECT_LE(progress.fraction(), most);
+    last = progress.fraction();
+    if (found) run.replaceCurrent();
+  }
+  run.finish(progress);
+  EXPECT_GT(progress.fraction(), 0.9);
 }
 
 TEST(PromptedReplaceAllLimits, are64MiBOfNotes) {

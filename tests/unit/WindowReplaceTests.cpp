@@ -108,6 +108,48 @@ TEST_F(WindowReplace, goesBackwardOnRequest) {
   expectPlace(editor, 2, {2, 1});
 }
 
+TEST_F(WindowReplace, goingBackwardNeverTurnsRoundAfterADeletion) {
+  auto editor = makeEditor("xaa");
+  SearchRequest request = text("a", "");
+  request.direction = SearchDirection::backward;
+  editor.editor().setCaretOffset(1);
+  editor.editor().setSelection({1, 1});
+  editor->performReplace(request);
+  EXPECT_EQ(editor.text(), "xa");
+  expectPlace(editor, 1, {1, 0});
+  expectBeeps(1);
+}
+
+TEST_F(WindowReplace, ignoresCaseUnlessToldOtherwise) {
+  auto editor = makeEditor("Abc aBC");
+  SearchRequest request = text("ABC", "x");
+  request.caseSensitive = false;
+  editor->performReplace(request);
+  editor->performReplace(request);
+  EXPECT_EQ(editor.text(), "x aBC");
+  expectPlace(editor, 2, {2, 3});
+  replaceAll(editor, request, "1 occurrence(s) replaced.");
+  EXPECT_EQ(editor.text(), "x x");
+}
+
+TEST_F(WindowReplace, thatRunsOutOfMemoryChangesNothing) {
+  auto editor = makeEditor();
+  editor.document->readData(ByteBuffer::filled(32 * 1024 * 1024, 'a'));
+  editor.document->storage()->bytes.set(16, 'x');
+  bookmark(editor, 20 - 1 - 10);
+  editor.editor().setSelection({16, 1});
+  const ByteBuffer before = editor.document->storage()->bytes;
+  platform.alerts.expect("Replace Failed", "Cannot allocate memory");
+  {
+    // The bytes are shared, so that growing needs memory for a copy of them.
+    const NoMoreAddressSpace none;
+    editor->performReplace(text("x", "yy"));
+  }
+  EXPECT_TRUE(editor.document->storage()->bytes == before);
+  EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{9});
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+}
+
 TEST_F(WindowReplace, writesNumbersInTheWidthAndOrderOfTheMatch) {
   auto editor = makeEditor(std::string("\x01\x00\x00\x00", 4));
   editor->performReplace(integer("1", "2"));
@@ -196,9 +238,11 @@ TEST_F(WindowReplace, replacesAllAsOneStepAndCarriesBookmarks) {
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{3, 7, 11}));
   EXPECT_TRUE(editor.document->isDocumentEdited());
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Replace All");
+  EXPECT_EQ(editor->lastSearchRequest(), text("a", "xyz"));
   expectBeeps(0);
   editor->undo();
   EXPECT_EQ(editor.text(), "a.a.a");
+  expectPlace(editor, 0, {});
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{0, 1, 3, 5}));
   EXPECT_FALSE(editor.document->isDocumentEdited());
   editor->redo();
@@ -307,6 +351,8 @@ TEST_F(WindowPromptedReplace, asksAboutEachMatchInOrder) {
   expectQuestion("00000000", 2, "Replace");
   expectQuestion("00000003", 2, "Skip");
   expectQuestion("00000006", 2, "Replace");
+  editor.editor().setCaretOffset(4);
+  editor.editor().setSelection({3, 2});
   replaceAll(editor, prompted("aa", "b"), "2 occurrence(s) replaced.");
   EXPECT_EQ(editor.text(), "b.aa.b");
   expectPlace(editor, 6, {});
@@ -315,6 +361,7 @@ TEST_F(WindowPromptedReplace, asksAboutEachMatchInOrder) {
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Replace All");
   editor->undo();
   EXPECT_EQ(editor.text(), "aa.aa.aa");
+  expectPlace(editor, 4, {3, 2});
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
 
@@ -404,6 +451,14 @@ TEST_F(WindowPromptedReplace, stopLeavesTheDocumentUntouched) {
   EXPECT_EQ(editor.text(), "a.a");
   EXPECT_FALSE(editor->isBusy());
   expectPlace(editor, 1, {});
+}
+
+TEST_F(WindowPromptedReplace, isSilentWhenTheWindowHasGone) {
+  auto editor = makeEditor("a.a");
+  editor->performReplaceAll(prompted("a", "b"));
+  editor.window->closeWindow();
+  platform.executor.runAll();
+  EXPECT_TRUE(platform.alerts.shown().empty());
 }
 
 TEST_F(WindowPromptedReplace, isSilentWhenTheWindowGoesDuringAQuestion) {

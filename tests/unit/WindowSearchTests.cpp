@@ -158,7 +158,7 @@ TEST_F(WindowSearch, findsNumbersInEveryWidth) {
 }
 
 TEST_F(WindowSearch, runsInTheBackgroundFromOneMebibyteOn) {
-  auto small = makeEditor(std::string(backgroundSearchThresholdBytes - 1, '.') + "");
+  auto small = makeEditor(std::string(backgroundSearchThresholdBytes - 1, '.'));
   small->performFind(text("x"), false);
   EXPECT_FALSE(small->isBusy());
   expectBeeps(1);
