@@ -330,6 +330,19 @@ TEST_F(WindowInsertingFiles, saysWhyAFileCannotBeRead) {
   EXPECT_EQ(editor.text(), "abcd");
 }
 
+TEST_F(WindowInsertingFiles, insertsNothingOfAFileThatChangesWhileItIsRead) {
+  auto editor = makeEditor("abcd");
+  choose(folder.write("part.bin", "123"));
+  FaultySystemCalls calls;
+  calls.before(SystemCall::read, 1, [this] { folder.write("part.bin", "12345"); });
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect("Insert File Failed",
+                         "The file changed while it was being read. Try again.");
+  editor->insertFileAtOffset();
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "abcd");
+}
+
 TEST_F(WindowInsertingFiles, stopsSilently) {
   auto editor = makeEditor("abcd");
   choose(folder.write("part.bin", "123"));

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "search/TypedInput.h"
+#include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
 #include "window/WindowLimits.h"
 
@@ -264,6 +265,29 @@ TEST_F(WindowTransforms, cropCanBeCancelledAndStopped) {
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "0123456789");
+}
+
+TEST_F(WindowTransforms, sayThatCroppingOrTransformingFailed) {
+  auto editor = makeEditor();
+  editor.document->readData(ByteBuffer::filled(8 * backgroundEditThresholdBytes, 'a'));
+  editor.editor().setSelection({1, 4 * backgroundEditThresholdBytes});
+  const auto runOutOfMemory = [](const std::function<void()>& work) {
+    const NoMoreAddressSpace none;
+    work();
+  };
+  platform.executor.aroundNextWork(runOutOfMemory);
+  platform.alerts.expect("Crop to Selection",
+                         "Keep only the selected 4194304 byte(s) and remove everything else?",
+                         "Crop");
+  platform.alerts.expect("Crop to Selection Failed", "Cannot allocate memory");
+  editor->cropToSelection();
+  platform.executor.runAll();
+  platform.executor.aroundNextWork(runOutOfMemory);
+  platform.alerts.expect("Invert Selection Failed", "Cannot allocate memory");
+  editor->invertSelection();
+  platform.executor.runAll();
+  EXPECT_FALSE(editor.document->isDocumentEdited());
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
 }
 
 TEST_F(WindowTransforms, croppingToEverythingChangesNothing) {
