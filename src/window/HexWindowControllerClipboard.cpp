@@ -81,7 +81,7 @@ void HexWindowController::copySelectionAsText(const std::string& title, Clipboar
   };
   std::function completion = [this, title](Result<std::string> text) {
     if (failed(text, title + " Failed")) return;
-    if (!platform_.pasteboard.setText(text.value()))
+    if (!platform_.pasteboard.setText(std::move(text.value())))
       alert(title, "The pasteboard rejected the converted text.");
   };
   runSelectionTask("Preparing copy…", *range, std::move(work), std::move(completion));
@@ -106,7 +106,10 @@ void HexWindowController::copyFilePath() {
 
 void HexWindowController::paste() {
   if (isBusy()) return alert(kPasteFailed, BackgroundTaskFrame::busyError().message());
-  if (const auto bytes = platform_.pasteboard.bytes()) return pastePreparedBytes(bytes->span());
+  if (const auto held = platform_.pasteboard.bytes(maxGeneratedInputBytes)) {
+    if (!validateGeneratedByteCount(held->byteCount, kPaste)) return;
+    return pastePreparedBytes(held->bytes.span());
+  }
   auto text = boundedPasteboardString();
   if (!text) return;
   const bool isLong = sizeOf(*text) >= kBackgroundPasteBytes;

@@ -1,5 +1,7 @@
 // Bytes between two running editors, and between the editor and other programs of the desktop.
 
+#include <signal.h>
+
 #include "blackbox/BlackBoxTest.h"
 
 namespace quillmor::test {
@@ -35,6 +37,9 @@ TEST_F(ClipboardTest, otherProgramsGetHexTextAndBytes) {
   const std::string bytes("\xDE\xAD\0\x01", 4);
   EXPECT_EQ(clipboard("com.tenvale.Quillmor.binary-data"), bytes);
   EXPECT_EQ(clipboard("application/octet-stream"), bytes);
+  // The data stays, however often it is fetched.
+  EXPECT_EQ(clipboard("UTF8_STRING"), "DE AD 00 01");
+  EXPECT_EQ(clipboard("com.tenvale.Quillmor.binary-data"), bytes);
   expectQuitBy({"ctrl+q"});
 }
 
@@ -83,13 +88,53 @@ TEST_F(ClipboardTest, bytesGoFromOneEditorToAnother) {
   expectQuitBy({"ctrl+q"});
 }
 
-TEST_F(ClipboardTest, anOwnerThatHasGoneLeavesNothingToPaste) {
-  const auto file = folder.write("data.bin", "abc");
-  { const auto owner = offer(folder.write("word.txt", "hello"), "UTF8_STRING"); }
+TEST_F(ClipboardTest, textIsReadInWhateverEncodingItIsOffered) {
+  const auto file = folder.write("data.bin", "");
   start({file.path()});
+  const auto utf8 = offer(folder.write("utf8.txt", "\u20AC"), "text/plain;charset=utf-8");
   press({"ctrl+v"});
-  expectStatus(Status{.size = 3});
-  expectTitle("data.bin");
+  expectStatus(Status{.size = 3, .offset = 3});
+  const auto latin1 = offer(folder.write("latin1.txt", "\xE4"), "STRING");
+  press({"ctrl+v"});
+  expectStatus(Status{.size = 5, .offset = 5});
+  press({"ctrl+s"});
+  expectContent(file, "\u20AC\u00E4");
+  expectQuitBy({"ctrl+q"});
+}
+
+TEST_F(ClipboardTest, filesCopiedInAFileManagerAreNothingToPaste) {
+  const auto file = folder.write("data.bin", "abc");
+  start({file.path()});
+  const auto owner = offer(folder.write("files.txt", "file:///tmp/a\r\n"), "text/uri-list");
+  // The key after it tells that nothing was pasted before.
+  press({"ctrl+v", "4", "1", "ctrl+s"});
+  expectContent(file, "Abc");
+  expectQuitBy({"ctrl+q"});
+}
+
+TEST_F(ClipboardTest, anOwnerThatIsKilledLeavesNothingToPaste) {
+  const auto file = folder.write("data.bin", "abc");
+  start({file.path()});
+  const auto owner = offer(folder.write("word.txt", "hello"), "UTF8_STRING");
+  ::kill(owner->id(), SIGKILL);
+  ASSERT_TRUE(owner->waitForExit());
+  press({"ctrl+v", "4", "1", "ctrl+s"});
+  expectContent(file, "Abc");
+  expectQuitBy({"ctrl+q"});
+}
+
+TEST_F(ClipboardTest, anOwnerThatDoesNotAnswerLeavesTheEditorUsable) {
+  const auto file = folder.write("data.bin", "abc");
+  start({file.path()});
+  const auto silent = offer(folder.write("word.txt", "hello"), "UTF8_STRING");
+  ::kill(silent->id(), SIGSTOP);
+  // Carried out once the editor has given up waiting.
+  press({"ctrl+v", "4", "1", "ctrl+s"});
+  expectContent(file, "Abc");
+  ::kill(silent->id(), SIGCONT);
+  const auto next = offer(folder.write("next.txt", "yz"), "UTF8_STRING");
+  press({"ctrl+v", "ctrl+s"});
+  expectContent(file, "Ayz");
   expectQuitBy({"ctrl+q"});
 }
 

@@ -16,6 +16,7 @@
 #include "platform_qt/QtPasteboard.h"
 #include "platform_qt/QtPlatform.h"
 #include "platform_qt/QtWorkspace.h"
+#include "support/MemoryProbes.h"
 
 namespace quillmor {
 namespace {
@@ -128,9 +129,10 @@ QClipboard& clipboard() {
   return *QGuiApplication::clipboard();
 }
 
-std::string stringOf(const std::optional<ByteBuffer>& bytes) {
-  if (!bytes) return "none";
-  return {bytes->span().begin(), bytes->span().end()};
+std::string stringOf(const std::optional<Pasteboard::BoundedBytes>& held) {
+  if (!held) return "none";
+  EXPECT_EQ(held->byteCount, held->bytes.size());
+  return {held->bytes.span().begin(), held->bytes.span().end()};
 }
 
 /// Puts `data` on the clipboard as another program would, under `type`.
@@ -146,7 +148,7 @@ TEST(QtPasteboard, replacesTheClipboardByText) {
   EXPECT_EQ(clipboard().text(), "DE AD");
   EXPECT_TRUE(pasteboard.setText("\u00E4 \U0001F600\n"));
   EXPECT_EQ(clipboard().text().toStdString(), "\u00E4 \U0001F600\n");
-  EXPECT_FALSE(pasteboard.bytes());
+  EXPECT_FALSE(pasteboard.bytes(100));
 }
 
 TEST(QtPasteboard, publishesBytesAndTheirText) {
@@ -156,7 +158,7 @@ TEST(QtPasteboard, publishesBytesAndTheirText) {
   const QByteArray expected("\x00\xDE\xFF", 3);
   EXPECT_EQ(clipboard().mimeData()->data("com.tenvale.Quillmor.binary-data"), expected);
   EXPECT_EQ(clipboard().mimeData()->data("application/octet-stream"), expected);
-  EXPECT_EQ(stringOf(pasteboard.bytes()), expected.toStdString());
+  EXPECT_EQ(stringOf(pasteboard.bytes(100)), expected.toStdString());
   EXPECT_EQ(pasteboard.text(100)->text, "00 DE FF");
 }
 
@@ -165,11 +167,11 @@ TEST(QtPasteboard, readsBytesOfEveryKindItKnows) {
   for (const char* type : {"com.tenvale.Quillmor.binary-data", "com.tenvale.binary-data",
                            "application/octet-stream"}) {
     offer(type, QByteArray("a\0b", 3));
-    EXPECT_EQ(stringOf(pasteboard.bytes()), std::string("a\0b", 3)) << type;
+    EXPECT_EQ(stringOf(pasteboard.bytes(100)), std::string("a\0b", 3)) << type;
     EXPECT_FALSE(pasteboard.text(100)) << type;
   }
   offer("image/png", "no bytes for an editor");
-  EXPECT_FALSE(pasteboard.bytes());
+  EXPECT_FALSE(pasteboard.bytes(100));
 }
 
 TEST(QtPasteboard, prefersTheProgramsOwnBytes) {
@@ -179,7 +181,7 @@ TEST(QtPasteboard, prefersTheProgramsOwnBytes) {
   offered->setData("com.tenvale.binary-data", "second");
   offered->setData("com.tenvale.Quillmor.binary-data", "first");
   clipboard().setMimeData(offered);
-  EXPECT_EQ(stringOf(pasteboard.bytes()), "first");
+  EXPECT_EQ(stringOf(pasteboard.bytes(100)), "first");
 }
 
 TEST(QtPasteboard, returnsTextUpToALimitOnly) {
@@ -193,12 +195,113 @@ TEST(QtPasteboard, returnsTextUpToALimitOnly) {
   }
 }
 
+TEST(QtPasteboard, returnsBytesUpToALimitOnly) {
+  QtPasteboard pasteboard;
+  offer("com.tenvale.binary-data", "abc");
+  EXPECT_EQ(stringOf(pasteboard.bytes(3)), "abc");
+  for (const std::int64_t limit : {2, 0}) {
+    const auto held = pasteboard.bytes(limit);
+    EXPECT_EQ(held->byteCount, 3) << limit;
+    EXPECT_TRUE(held->bytes.empty()) << limit;
+  }
+}
+
+TEST(QtPasteboard, takesTextBeforeBytesOfNoParticularKind) {
+  QtPasteboard pasteboard;
+  for (const char* type : {"text/plain", "text/plain;charset=utf-8"}) {
+    auto* offered = new QMimeData;
+    offered->setData("application/octet-stream", "bytes");
+    offered->setData(type, "text");
+    clipboard().setMimeData(offered);
+    EXPECT_FALSE(pasteboard.bytes(100)) << type;
+    EXPECT_EQ(pasteboard.text(100)->text, "text") << type;
+  }
+}
+
+TEST(QtPasteboard, takesTextOfAStatedEncodingFirst) {
+  auto* offered = new QMimeData;
+  offered->setData("text/plain", "?");
+  offered->setData("text/plain;charset=utf-8", "\u20AC");
+  clipboard().setMimeData(offered);
+  EXPECT_EQ(QtPasteboard().text(100)->text, "\u20AC");
+}
+
+TEST(QtPasteboard, readsTextThatIsNotHeldAsBytes) {
+  auto* offered = new QMimeData;
+  offered->setText(QString::fromUtf8("\u00E4\u20AC"));
+  clipboard().setMimeData(offered);
+  EXPECT_EQ(QtPasteboard().text(5)->text, "\u00E4\u20AC");
+  EXPECT_TRUE(QtPasteboard().text(4)->isTooLong);
+}
+
+TEST(QtPasteboard, replacesWhatIsNoUtf8InText) {
+  QtPasteboard pasteboard;
+  offer("text/plain", "a\xFFz");
+  EXPECT_EQ(pasteboard.text(5)->text, "a\uFFFDz");
+  // Three bytes as held are five bytes of text.
+  EXPECT_TRUE(pasteboard.text(4)->isTooLong);
+}
+
+TEST(QtPasteboard, takesNoListOfFilesForText) {
+  auto* offered = new QMimeData;
+  offered->setUrls({QUrl("file:///tmp/a.bin"), QUrl("file:///tmp/b.bin")});
+  clipboard().setMimeData(offered);
+  ASSERT_TRUE(clipboard().mimeData()->hasText());
+  EXPECT_FALSE(QtPasteboard().text(100));
+  EXPECT_FALSE(QtPasteboard().bytes(100));
+}
+
+TEST(QtPasteboard, copiesWhatItHoldsOnceForAllRequests) {
+  QtPasteboard pasteboard;
+  pasteboard.setBytes(ByteBuffer::filled(1'000'000, 0xDE), std::string(1'000'000, 'D'));
+  for (const char* type :
+       {"com.tenvale.Quillmor.binary-data", "application/octet-stream", "text/plain"}) {
+    const QByteArray first = clipboard().mimeData()->data(type);
+    ASSERT_EQ(first.size(), 1'000'000) << type;
+    EXPECT_TRUE(first.isSharedWith(clipboard().mimeData()->data(type))) << type;
+  }
+}
+
+TEST(QtPasteboard, putsTextOnTheClipboardWithoutCopyingIt) {
+  constexpr std::size_t kSize = 64UL * 1024 * 1024;
+  QtPasteboard pasteboard;
+  std::string text(kSize, 'x');
+  {
+    const NoMoreAddressSpace none;
+    EXPECT_TRUE(pasteboard.setText(std::move(text)));
+  }
+  EXPECT_EQ(clipboard().mimeData()->data("text/plain").size(), static_cast<qsizetype>(kSize));
+}
+
+/// Takes the clipboard from whoever gets it.
+class RivalProgram {
+ public:
+  RivalProgram() {
+    QObject::connect(&clipboard(), &QClipboard::dataChanged, &context_, [] {
+      const QMimeData* held = clipboard().mimeData();
+      if (held == nullptr || !held->hasFormat("image/png")) offer("image/png", "taken");
+    });
+  }
+
+ private:
+  QObject context_;
+};
+
+TEST(QtPasteboard, saysThatTheClipboardHoldsSomethingElse) {
+  QtPasteboard pasteboard;
+  {
+    const RivalProgram rival;
+    EXPECT_FALSE(pasteboard.setText("DE AD"));
+    EXPECT_FALSE(pasteboard.setBytes({0xDE, 0xAD}, "DE AD"));
+  }
+  EXPECT_TRUE(pasteboard.setText("DE AD"));
+}
+
 TEST(QtPasteboard, hasNothingWhenTheClipboardIsEmpty) {
   clipboard().clear();
   QtPasteboard pasteboard;
-  EXPECT_FALSE(pasteboard.bytes());
-  const auto text = pasteboard.text(100);
-  EXPECT_TRUE(!text || text->text.empty());
+  EXPECT_FALSE(pasteboard.bytes(100));
+  EXPECT_FALSE(pasteboard.text(100));
 }
 
 TEST(QtLocations, carriesEveryByteOfAPathThroughAUrl) {

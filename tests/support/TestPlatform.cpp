@@ -81,17 +81,24 @@ std::optional<bool> FakeUserDefaults::boolean(const std::string& key) const {
   return found == booleans.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool FakePasteboard::setText(const std::string& text) {
+bool FakePasteboard::setText(std::string text) {
   heldBytes.reset();
   heldText.reset();
-  if (!refuses) heldText = text;
+  if (!refuses) heldText = std::move(text);
   return !refuses;
 }
 
 bool FakePasteboard::setBytes(ByteBuffer bytes, std::string text) {
-  if (!setText(text)) return false;
+  if (!setText(std::move(text))) return false;
   heldBytes = std::move(bytes);
   return true;
+}
+
+std::optional<Pasteboard::BoundedBytes> FakePasteboard::bytes(std::int64_t maximumByteCount) const {
+  greatestByteCountAsked = std::max(greatestByteCountAsked, maximumByteCount);
+  if (!heldBytes) return std::nullopt;
+  if (heldBytes->size() > maximumByteCount) return BoundedBytes{.byteCount = heldBytes->size()};
+  return BoundedBytes{.bytes = *heldBytes, .byteCount = heldBytes->size()};
 }
 
 std::optional<Pasteboard::BoundedText> FakePasteboard::text(std::int64_t maximumByteCount) const {

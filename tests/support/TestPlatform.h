@@ -68,10 +68,12 @@ class FakePasteboard : public Pasteboard {
   std::optional<std::string> heldText;
   std::optional<ByteBuffer> heldBytes;
   bool refuses = false;
+  /// The most bytes that were ever asked for.
+  mutable std::int64_t greatestByteCountAsked = 0;
 
-  bool setText(const std::string& text) override;
+  bool setText(std::string text) override;
   bool setBytes(ByteBuffer bytes, std::string text) override;
-  std::optional<ByteBuffer> bytes() const override { return heldBytes; }
+  std::optional<BoundedBytes> bytes(std::int64_t maximumByteCount) const override;
   std::optional<BoundedText> text(std::int64_t maximumByteCount) const override;
 };
 

@@ -311,6 +311,7 @@ TEST_F(WindowClipboard, refusesMoreBytesThanOneCommandMayMake) {
                          "is 268435456 bytes to avoid memory pressure.");
   editor->paste();
   EXPECT_EQ(editor.document->storage()->count(), 0);
+  EXPECT_EQ(platform.pasteboard.greatestByteCountAsked, maxGeneratedInputBytes);
 }
 
 TEST_F(WindowClipboard, saysThatPastingFailed) {
