@@ -357,6 +357,13 @@ class HexWindowController : public DocumentWindow,
     if (!result.isOk()) showFailure(result.error(), title);
     return !result.isOk() || !window_;
   }
+  /// The same, with another title for the alert that the range has changed.
+  bool applyCompletedSelectionMutation(const Result<SelectionMutation>& result,
+                                       HexSelection originalSelection,
+                                       const std::string& actionName,
+                                       const std::string& misfitTitle);
+  void writeMutation(const SelectionMutation& mutation, HexSelection range,
+                     const std::string& actionName);
   /// Does `work`; returns true after showing why when it fails.
   bool attempt(const std::string& failureTitle, const std::function<void()>& work);
   /// Alerts and returns true when a running operation forbids to start an editing command.
@@ -385,20 +392,27 @@ class HexWindowController : public DocumentWindow,
     std::string tooLarge;
     std::string empty;
   };
+  /// Bytes to be inserted.
+  struct Insertion {
+    std::int64_t offset = 0;
+    ByteBuffer bytes;
+    /// The whole document with them, where they are many.
+    std::optional<ByteBuffer> document = {};
+  };
+  static Insertion prepareInsertion(const ByteBuffer& original, std::int64_t offset,
+                                    ByteBuffer bytes, TaskProgress& progress);
+  void insert(const Insertion& insertion, const EditTitles& titles);
   void generateRepeatedBytes(std::vector<std::uint8_t> pattern, std::int64_t count,
                              const std::string& statusText,
-                             std::function<void(Result<ByteBuffer>)> completion);
+                             std::function<void(Result<Insertion>)> completion);
   void fillSelectionWithByte(std::uint8_t value, const std::string& title);
   void fillCurrentSelection(HexSelection range, std::vector<std::uint8_t> pattern,
                             const std::string& title, const std::string& statusText);
   void insertFill();
   void generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                          const std::string& title, const std::string& statusText);
-  void insertInto(std::int64_t offset, const ByteBuffer& bytes, const std::string& actionName,
-                  const std::string& failureTitle);
-  void insertFile(const InsertedFileTexts& texts, std::function<std::int64_t()> place);
-  void insertReadFile(const InsertedFileTexts& texts, const std::function<std::int64_t()>& place,
-                      const Result<ByteBuffer>& read);
+  void insertFile(const InsertedFileTexts& texts, const std::function<std::int64_t()>& place);
+  void insertReadFile(const InsertedFileTexts& texts, const Result<Insertion>& read);
 
   bool refuseAtEnd(const std::string& title);
   void overwriteAtCaret(const std::vector<std::uint8_t>& bytes, const std::string& title,

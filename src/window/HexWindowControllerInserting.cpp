@@ -17,23 +17,49 @@ constexpr const char* kInvalidRepeatCount = "Enter a valid repeat count.";
 /// Bytes made from this size on are made off the main thread.
 constexpr std::int64_t kBackgroundGenerationBytes = 1'048'576;
 
-std::int64_t sizeOf(const std::vector<std::uint8_t>& bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
+/// So many bytes are inserted into a copy of the document, off the main thread.
+constexpr std::int64_t kPreparedInsertionBytes = 1'048'576;
 
 }  // namespace
 
-/// Makes `count` bytes of the repeated pattern: at once when they are few, else in the background.
-void HexWindowController::generateRepeatedBytes(
-    std::vector<std::uint8_t> pattern, std::int64_t count, const std::string& statusText,
-    std::function<void(Result<ByteBuffer>)> completion) {
-  auto work = [pattern = std::move(pattern), count](TaskProgress& progress) {
-    return repeatedBytes(pattern, count, maxGeneratedInputBytes, progress);
+HexWindowController::Insertion HexWindowController::prepareInsertion(const ByteBuffer& original,
+                                                                     std::int64_t offset,
+                                                                     ByteBuffer bytes,
+                                                                     TaskProgress& progress) {
+  Insertion insertion{.offset = offset, .bytes = std::move(bytes)};
+  if (insertion.bytes.size() >= kPreparedInsertionBytes)
+    insertion.document = documentWith(original, {offset, 0}, insertion.bytes, progress);
+  return insertion;
+}
+
+/// Inserts as one undoable step, and selects what was inserted.
+void HexWindowController::insert(const Insertion& insertion, const EditTitles& titles) {
+  const std::int64_t count = insertion.bytes.size();
+  const EditPlace after{.caretOffset = insertion.offset + count,
+                        .selection = {insertion.offset, count}};
+  if (!insertion.document)
+    return replaceRange({insertion.offset, 0}, insertion.bytes.span(), titles, after);
+  attempt(titles.failure, [&] {
+    announceEdit(insertion.offset, 0, count, titles.actionName);
+    hexDocument_->storage()->bytes = *insertion.document;
+    markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+  });
+}
+
+/// Makes `count` bytes of the repeated pattern to be inserted at the caret: at once when they are
+/// few, else in the background.
+void HexWindowController::generateRepeatedBytes(std::vector<std::uint8_t> pattern,
+                                                std::int64_t count, const std::string& statusText,
+                                                std::function<void(Result<Insertion>)> completion) {
+  auto work = [pattern = std::move(pattern), count, offset = editor_.caretOffset()](
+                  const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return prepareInsertion(
+        bytes, offset, repeatedBytes(pattern, count, maxGeneratedInputBytes, progress), progress);
   };
   if (count >= kBackgroundGenerationBytes)
-    return runBackgroundTask(statusText, std::move(work), std::move(completion));
+    return runBackgroundSnapshotTask(statusText, {}, std::move(work), std::move(completion));
   TaskProgress progress;
-  completion(resultOf([&] { return work(progress); }));
+  completion(resultOf([&] { return work(hexDocument_->storage()->bytes, {}, progress); }));
 }
 
 void HexWindowController::fillSelection() {
@@ -41,9 +67,11 @@ void HexWindowController::fillSelection() {
   if (selectedRange().length < 1) return insertFill();
   auto pattern = promptBytePattern(platform_.alerts, kFill,
                                    "Enter a pattern to repeat across the selected bytes.");
-  if (!pattern || !window_) return;
-  if (const auto range = activeSelectionOrAlert(kFill))
-    fillCurrentSelection(*range, *std::move(pattern), kFill, "Generating fill bytes…");
+  if (!pattern || !window_ || refuseWhileBusy(kFill)) return;
+  // The question ran the event loop.
+  const HexSelection range = selectedRange();
+  if (range.length < 1) return alert(kFill, "Select one or more bytes first.");
+  fillCurrentSelection(range, *std::move(pattern), kFill, "Generating fill bytes…");
 }
 
 void HexWindowController::fillSelectionWithZero() {
@@ -70,8 +98,7 @@ void HexWindowController::fillCurrentSelection(HexSelection range,
   };
   runBackgroundSelectionMutationTask(
       statusText, range, std::move(repeat), [this, range, title](const auto& result) {
-        const bool stillFits = range.normalized(byteCount()) == range;
-        applyCompletedSelectionMutation(result, range, stillFits ? title : title + " Failed");
+        applyCompletedSelectionMutation(result, range, title, /*misfitTitle=*/title + " Failed");
       });
 }
 
@@ -94,7 +121,8 @@ void HexWindowController::insertBytes() {
       {.label = "Repeat count:", .placeholder = "1", .text = "1"}, kInvalidRepeatCount);
   if (!answer || !window_ || refuseWhileBusy(kInsert)) return;
   if (answer->number < 0) return alert(kInsert, kInvalidRepeatCount);
-  const auto total = safeProduct(sizeOf(answer->pattern), answer->number);
+  const auto total = safeProduct(std::ssize(answer->pattern), answer->number);
+  // A total beyond 64 bits is refused as the largest one is.
   generateAndInsert(answer->pattern, total.value_or(kMaxInt64), kInsert, "Generating bytes…");
 }
 
@@ -103,21 +131,13 @@ void HexWindowController::generateAndInsert(std::vector<std::uint8_t> pattern, s
                                             const std::string& statusText) {
   if (!validateGeneratedByteCount(count, title)) return;
   if (!validateResultingDocumentByteCount(0, count, title)) return;
-  generateRepeatedBytes(
-      std::move(pattern), count, statusText, [this, title](const Result<ByteBuffer>& bytes) {
-        if (failed(bytes, title + " Failed")) return;
-        if (bytes.value().empty()) return alert(title, "No bytes were generated.");
-        insertInto(editor_.caretOffset(), bytes.value(), title, title + " Failed");
-      });
-}
-
-/// Inserts before `offset` as one undoable step, and selects what was inserted.
-void HexWindowController::insertInto(std::int64_t offset, const ByteBuffer& bytes,
-                                     const std::string& actionName,
-                                     const std::string& failureTitle) {
-  const HexSelection inserted{offset, bytes.size()};
-  replaceRange({offset, 0}, bytes.span(), {actionName, failureTitle},
-               {.caretOffset = offset + bytes.size(), .selection = inserted});
+  generateRepeatedBytes(std::move(pattern), count, statusText,
+                        [this, title](const Result<Insertion>& generated) {
+                          if (failed(generated, title + " Failed")) return;
+                          if (generated.value().bytes.empty())
+                            return alert(title, "No bytes were generated.");
+                          insert(generated.value(), {title, title + " Failed"});
+                        });
 }
 
 void HexWindowController::insertFileAtOffset() {
@@ -139,36 +159,37 @@ void HexWindowController::appendFileToEnd() {
 }
 
 void HexWindowController::insertFile(const InsertedFileTexts& texts,
-                                     std::function<std::int64_t()> place) {
+                                     const std::function<std::int64_t()>& place) {
   if (refuseWhileBusy(texts.title)) return;
-  const std::int64_t room = editor_.maximumByteCount() - byteCount();
-  if (room < 1) {
+  if (editor_.maximumByteCount() - byteCount() < 1) {
     return alert(texts.title, "The document has reached Quillmor's safe in-memory document limit.");
   }
   const auto chosen = platform_.filePanels.runOpenPanel(texts.title, false, documentDirectory());
   if (chosen.empty() || !window_ || refuseWhileBusy(texts.title)) return;
-  const std::int64_t limit = std::min(room, maxGeneratedInputBytes);
-  auto work = [location = chosen.front(), limit](TaskProgress& progress) {
-    return SecureFileAccess::readData(location, limit, &progress);
+  const std::int64_t room = std::max<std::int64_t>(editor_.maximumByteCount() - byteCount(), 0);
+  auto work = [location = chosen.front(), limit = std::min(room, maxGeneratedInputBytes),
+               offset = place()](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return prepareInsertion(bytes, offset, SecureFileAccess::readData(location, limit, &progress),
+                            progress);
   };
-  std::function completion = [this, texts, place = std::move(place)](Result<ByteBuffer> read) {
-    insertReadFile(texts, place, read);
+  std::function completion = [this, texts](const Result<Insertion>& read) {
+    insertReadFile(texts, read);
   };
-  runBackgroundTask(texts.statusText, std::move(work), std::move(completion));
+  runBackgroundSnapshotTask(texts.statusText, {}, std::move(work),
+                            std::function<void(Result<Insertion>)>(std::move(completion)));
 }
 
 void HexWindowController::insertReadFile(const InsertedFileTexts& texts,
-                                         const std::function<std::int64_t()>& place,
-                                         const Result<ByteBuffer>& read) {
+                                         const Result<Insertion>& read) {
   const std::string failureTitle = texts.actionName + " Failed";
   const bool isTooLarge = !read.isOk() && SecureFileAccess::isExceededLimit(read.error());
   if (isTooLarge && window_) return alert(failureTitle, texts.tooLarge);
   if (failed(read, failureTitle)) return;
-  const std::int64_t count = read.value().size();
+  const std::int64_t count = read.value().bytes.size();
   if (count < 1) return alert(texts.title, texts.empty);
   if (!validateGeneratedByteCount(count, texts.title)) return;
   if (!validateResultingDocumentByteCount(0, count, texts.title)) return;
-  insertInto(place(), read.value(), texts.actionName, failureTitle);
+  insert(read.value(), {texts.actionName, failureTitle});
 }
 
 }  // namespace quillmor

@@ -33,20 +33,33 @@ void HexWindowController::runBackgroundSelectionMutationTask(const std::string& 
 bool HexWindowController::applyCompletedSelectionMutation(const Result<SelectionMutation>& result,
                                                           HexSelection originalSelection,
                                                           const std::string& actionName) {
-  if (failed(result, actionName + " Failed")) return false;
+  return applyCompletedSelectionMutation(result, originalSelection, actionName, actionName);
+}
+
+bool HexWindowController::applyCompletedSelectionMutation(const Result<SelectionMutation>& result,
+                                                          HexSelection originalSelection,
+                                                          const std::string& actionName,
+                                                          const std::string& misfitTitle) {
+  const std::string failureTitle = actionName + " Failed";
+  if (failed(result, failureTitle)) return false;
   const SelectionMutation& mutation = result.value();
   const HexSelection range = originalSelection.normalized(byteCount());
-  HexStorage& storage = *hexDocument_->storage();
   const bool stillFits = range.length == mutation.bytes.size() &&
-                         (!mutation.document || mutation.document->size() == storage.count());
+                         (!mutation.document || mutation.document->size() == byteCount());
   if (!stillFits) {
-    alert(actionName, rangeChangedError().message());
+    alert(misfitTitle, rangeChangedError().message());
     return false;
   }
   if (mutation.changesNothing) {
     updateStatus();
     return false;
   }
+  return !attempt(failureTitle, [&] { writeMutation(mutation, range, actionName); });
+}
+
+void HexWindowController::writeMutation(const SelectionMutation& mutation, HexSelection range,
+                                        const std::string& actionName) {
+  HexStorage& storage = *hexDocument_->storage();
   // What may run out of memory comes before the change is recorded: after it nothing is allocated.
   if (!mutation.document) storage.bytes.mutableSpan();
   const bool registered =
@@ -57,7 +70,6 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<Selection
     storage.bytes.replace(range.start, range.length, mutation.bytes.span());
   }
   markManualEdit(range.start, range, registered);
-  return true;
 }
 
 std::optional<HexSelection> HexWindowController::activeSelectionOrAlert(const std::string& title) {

@@ -106,15 +106,20 @@ void HexWindowController::cropToSelection() {
                           " byte(s) and remove everything else?",
        .style = AlertStyle::warning,
        .buttons = {"Crop", "Cancel"}});
-  if (response.button != 0 || !window_ || refuseWhileBusy(kCrop)) return;
-  auto copy = [](const ByteBuffer& bytes, HexSelection range, TaskProgress&) {
-    return bytes.slice(range.start, range.length);
+  if (response.button != 0 || !window_) return;
+  // The question ran the event loop, and its number is what the user agreed to.
+  const auto range = activeSelectionOrAlert(kCrop);
+  if (!range || *range != *asked) return;
+  auto copy = [](const ByteBuffer& bytes, HexSelection kept, TaskProgress& progress) {
+    progress.setTotal(kept.length);
+    return copyOf(bytes, kept, progress);
   };
-  std::function completion = [this, range = *asked](Result<ByteBuffer> kept) {
-    if (failed(kept, std::string(kCrop) + " Failed")) return;
-    installCrop(range, std::move(kept.value()));
+  std::function completion = [this, range = *range](Result<ByteBuffer> kept) {
+    const std::string failureTitle = std::string(kCrop) + " Failed";
+    if (failed(kept, failureTitle)) return;
+    attempt(failureTitle, [&] { installCrop(range, std::move(kept.value())); });
   };
-  runBackgroundSnapshotTask("Cropping to selection…", *asked, std::move(copy),
+  runBackgroundSnapshotTask("Cropping to selection…", *range, std::move(copy),
                             std::move(completion));
 }
 

@@ -50,7 +50,7 @@ void HexWindowController::bitEditor() {
   const std::uint8_t current = hexDocument_->storage()->bytes[editor_.caretOffset()];
   const auto text = askForText(platform_.alerts, kBitEditor, "Enter 8 bits for the current byte.",
                                {.label = "Bits:", .text = bitsOfByte(current)});
-  if (!text) return;
+  if (!text || !window_) return;
   const auto answer = byteForBits(*text);
   if (const auto* refusal = std::get_if<BitTextRefusal>(&answer))
     return alert(kBitEditor, std::string(messageFor(*refusal)));
@@ -62,7 +62,7 @@ void HexWindowController::overwriteAtCaret(const std::vector<std::uint8_t>& byte
                                            const std::string& title,
                                            const std::string& actionName) {
   // The dialog ran the event loop.
-  if (!window_ || refuseWhileBusy(title)) return;
+  if (refuseWhileBusy(title)) return;
   const HexSelection range{editor_.caretOffset(), static_cast<std::int64_t>(bytes.size())};
   if (range.normalized(byteCount()) != range)
     return alert(title, "Selected type does not fit before EOF.");

@@ -20,23 +20,34 @@ void copyPart(std::span<std::uint8_t> to, std::int64_t begin, std::int64_t end, 
               static_cast<std::size_t>(last - first));
 }
 
-/// A copy of `original` with `bytes` at `start`.
-ByteBuffer documentWith(const ByteBuffer& original, std::int64_t start, const ByteBuffer& bytes,
-                        TaskProgress& progress) {
-  if (bytes.size() == original.size()) return bytes;
-  ByteBuffer document = ByteBuffer::uninitialized(original.size());
-  const auto to = document.mutableSpan();
-  const std::int64_t end = start + bytes.size();
-  const auto copy = [&](std::int64_t pieceBegin, std::int64_t pieceEnd) {
-    copyPart(to, pieceBegin, pieceEnd, 0, original.span(0, start));
-    copyPart(to, pieceBegin, pieceEnd, start, bytes.span());
-    copyPart(to, pieceBegin, pieceEnd, end, original.span(end, original.size() - end));
-  };
-  forEachPiece(original.size(), progress, copy);
-  return document;
+}  // namespace
+
+ByteBuffer copyOf(const ByteBuffer& original, HexSelection range, TaskProgress& progress) {
+  ByteBuffer copy = ByteBuffer::uninitialized(range.length);
+  const auto to = copy.mutableSpan();
+  const auto from = original.span(range.start, range.length);
+  forEachPiece(range.length, progress, [&](std::int64_t pieceBegin, std::int64_t pieceEnd) {
+    copyPart(to, pieceBegin, pieceEnd, 0, from);
+  });
+  return copy;
 }
 
-}  // namespace
+ByteBuffer documentWith(const ByteBuffer& original, HexSelection range, const ByteBuffer& bytes,
+                        TaskProgress& progress) {
+  if (range.length == original.size()) return bytes;
+  const std::int64_t end = range.start + range.length;
+  const auto head = original.span(0, range.start);
+  const auto tail = original.span(end, original.size() - end);
+  const std::int64_t tailPlace = range.start + bytes.size();
+  ByteBuffer document = ByteBuffer::uninitialized(tailPlace + std::ssize(tail));
+  const auto to = document.mutableSpan();
+  forEachPiece(document.size(), progress, [&](std::int64_t pieceBegin, std::int64_t pieceEnd) {
+    copyPart(to, pieceBegin, pieceEnd, 0, head);
+    copyPart(to, pieceBegin, pieceEnd, range.start, bytes.span());
+    copyPart(to, pieceBegin, pieceEnd, tailPlace, tail);
+  });
+  return document;
+}
 
 SelectionMutation prepareMutation(const ByteBuffer& original, HexSelection range, ByteBuffer bytes,
                                   TaskProgress& progress) {
@@ -46,7 +57,7 @@ SelectionMutation prepareMutation(const ByteBuffer& original, HexSelection range
   if (mutation.changesNothing) return mutation;
   if (range.length <= UndoRecords::maxUndoSnapshotBytes) mutation.before = ByteBuffer(old);
   if (range.length > kLargestRangeWrittenInPlace)
-    mutation.document = documentWith(original, range.start, mutation.bytes, progress);
+    mutation.document = documentWith(original, range, mutation.bytes, progress);
   return mutation;
 }
 

@@ -22,12 +22,23 @@ struct SelectionMutation {
   std::optional<ByteBuffer> document = {};
 };
 
-/// The largest range that is written into the document in place: a few milliseconds.
-inline constexpr std::int64_t kLargestRangeWrittenInPlace = 8 * 1024 * 1024;
+/// The largest range that is written into the document in place: a few milliseconds, where a copy
+/// of the whole document would take its memory once more.
+inline constexpr std::int64_t kLargestRangeWrittenInPlace = 32 * 1024 * 1024;
 
 /// Prepares `bytes` to take the place of as many bytes of `original` at `range`. Any thread; throws
 /// `Error::stopped()` when a stop was requested, and std::bad_alloc.
 SelectionMutation prepareMutation(const ByteBuffer& original, HexSelection range, ByteBuffer bytes,
                                   TaskProgress& progress);
+
+/// A copy of the bytes of `range`, which lies within `original`. Any thread; advances `progress` by
+/// the bytes copied and throws as above.
+ByteBuffer copyOf(const ByteBuffer& original, HexSelection range, TaskProgress& progress);
+
+/// A copy of `original` with `bytes` in the place of `range`, which lies within it; shares the
+/// memory of `bytes` when these are all of it. Any thread; advances `progress` by the bytes copied
+/// and throws as above.
+ByteBuffer documentWith(const ByteBuffer& original, HexSelection range, const ByteBuffer& bytes,
+                        TaskProgress& progress);
 
 }  // namespace quillmor

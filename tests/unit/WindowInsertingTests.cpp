@@ -216,6 +216,35 @@ TEST_F(WindowInserting, refusesTooMuchBeforeTakingMemory) {
   EXPECT_EQ(editor.text(), "...abc");
 }
 
+TEST_F(WindowInserting, checksTheSizeOfAFillByItsOwnLimit) {
+  auto editor = makeEditor();
+  editor.document->storage()->bytes = ByteBuffer::uninitialized(maxGeneratedInputBytes + 1);
+  editor.editor().recalcMetrics();
+  editor.editor().setSelection({0, maxGeneratedInputBytes + 1});
+  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "00 01"});
+  platform.alerts.expect("Fill Selection",
+                         "Requested operation would generate 268435457 byte(s). The safety limit "
+                         "is 268435456 bytes to avoid memory pressure.");
+  editor->fillSelection();
+  EXPECT_FALSE(editor->isBusy());
+  editor.editor().setSelection({1, maxGeneratedInputBytes});
+  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "00 01"});
+  editor->fillSelection();
+  EXPECT_TRUE(editor->isBusy());
+  editor->stopCurrentOperation();
+  platform.executor.runAll();
+}
+
+TEST_F(WindowInserting, asksAgainForASelectionThatWentDuringTheQuestion) {
+  auto editor = makeEditor("abcdef");
+  editor.editor().setSelection({0, 3});
+  platform.alerts.duringNext([&] { editor.editor().setSelection({}); });
+  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "00 01"});
+  platform.alerts.expect("Fill Selection", "Select one or more bytes first.");
+  editor->fillSelection();
+  EXPECT_EQ(editor.text(), "abcdef");
+}
+
 TEST_F(WindowInserting, insertsManyBytesInTheBackground) {
   auto editor = makeEditor("abc");
   insert(editor, "0x2E", "0xFFFFF");
@@ -225,6 +254,17 @@ TEST_F(WindowInserting, insertsManyBytesInTheBackground) {
   EXPECT_EQ(editor.window->statusText, "Generating bytes…");
   platform.executor.runAll();
   EXPECT_TRUE(editor.text() == std::string(0x100000, '.') + "abc");
+  EXPECT_EQ(editor.editor().selection(), (HexSelection{0, 0x100000}));
+  editor->undo();
+  EXPECT_EQ(editor.text(), "abc");
+  editor->redo();
+  EXPECT_TRUE(editor.text() == std::string(0x100000, '.') + "abc");
+  editor.editor().setCaretOffset(0x100001);
+  editor.editor().setSelection({});
+  insert(editor, "0x2D", "0x100000");
+  platform.executor.runAll();
+  EXPECT_TRUE(editor.text() ==
+              std::string(0x100000, '.') + "a" + std::string(0x100000, '-') + "bc");
 }
 
 TEST_F(WindowInserting, refusesWhileBusy) {

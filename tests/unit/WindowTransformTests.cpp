@@ -254,6 +254,16 @@ TEST_F(WindowTransforms, cropKeepsOnlyTheSelection) {
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
 
+TEST_F(WindowTransforms, cropKeepsOnlyWhatTheUserWasAskedAbout) {
+  auto editor = editorWithSelection("0123456789", {2, 4});
+  platform.alerts.duringNext([&] { editor.editor().setSelection({3, 4}); });
+  platform.alerts.expect("Crop to Selection",
+                         "Keep only the selected 4 byte(s) and remove everything else?", "Crop");
+  editor->cropToSelection();
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "0123456789");
+}
+
 TEST_F(WindowTransforms, cropCanBeCancelledAndStopped) {
   auto editor = editorWithSelection("0123456789", {2, 4});
   const char* question = "Keep only the selected 4 byte(s) and remove everything else?";
