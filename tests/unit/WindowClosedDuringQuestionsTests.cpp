@@ -90,17 +90,12 @@ TEST_F(WindowClosedDuringQuestions, nothingIsCropped) {
   runAndExpectNothing(editor, &HexWindowController::cropToSelection);
 }
 
-TEST_F(WindowClosedDuringQuestions, noValueIsWritten) {
-  auto editor = editorWithSelection({});
-  expectQuestion(editor, "Edit Current Value", "Select a type and enter a value.", "Apply",
-                 {"", "0x12"});
-  runAndExpectNothing(editor, &HexWindowController::editCurrentValue);
-}
-
-TEST_F(WindowClosedDuringQuestions, noBitsAreWritten) {
-  auto editor = editorWithSelection({});
-  expectQuestion(editor, "Bit Editor", "Enter 8 bits for the current byte.", "OK", {"00000001"});
-  runAndExpectNothing(editor, &HexWindowController::bitEditor);
+TEST_F(WindowClosedDuringQuestions, noBitsAreWrittenOrRefused) {
+  for (const char* bits : {"00000001", "2", "000000001"}) {
+    auto editor = editorWithSelection({});
+    expectQuestion(editor, "Bit Editor", "Enter 8 bits for the current byte.", "OK", {bits});
+    runAndExpectNothing(editor, &HexWindowController::bitEditor);
+  }
 }
 
 /// File panels during which the window closes.

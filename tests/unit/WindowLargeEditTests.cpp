@@ -288,5 +288,36 @@ TEST_F(WindowLargeInsertions, refuseAFillOfMoreThanOneCommandMayMake) {
   EXPECT_EQ(editor.text(), "ab");
 }
 
+TEST_F(WindowLargeInsertions, refuseToFillASelectionOfMoreThanOneCommandMayMake) {
+  auto editor = editorOf(maxGeneratedInputBytes + 1, {0, maxGeneratedInputBytes + 1});
+  platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "0x00"});
+  platform.alerts.expect("Fill Selection",
+                         "Requested operation would generate 268435457 byte(s). The safety limit "
+                         "is 268435456 bytes to avoid memory pressure.");
+  editor->fillSelection();
+  EXPECT_FALSE(platform.executor.hasWork());
+  EXPECT_FALSE(editor.document->isDocumentEdited());
+}
+
+TEST_F(WindowLargeInsertions, refuseToTransformASelectionOfMoreThanOneCommandMayMake) {
+  auto editor = editorOf(maxGeneratedInputBytes + 1, {0, maxGeneratedInputBytes + 1});
+  using Command = void (HexWindowController::*)();
+  const std::pair<const char*, Command> commands[] = {
+      {"Invert Selection", &HexWindowController::invertSelection},
+      {"Swap Selection 32-bit Endian", &HexWindowController::swapSelection32},
+      {"AND Selection", &HexWindowController::andSelection},
+      {"Fill Selection with FF", &HexWindowController::fillSelectionWithFF},
+      {"Crop to Selection", &HexWindowController::cropToSelection},
+  };
+  for (const auto& [title, command] : commands) {
+    platform.alerts.expect(title,
+                           "Selected range is 268435457 byte(s). The in-memory edit safety limit "
+                           "is 268435456 bytes to avoid memory pressure.");
+    ((*editor.controller).*command)();
+    EXPECT_FALSE(platform.executor.hasWork());
+  }
+  EXPECT_FALSE(editor.document->isDocumentEdited());
+}
+
 }  // namespace
 }  // namespace quillmor::test
