@@ -57,7 +57,7 @@ char* writePiece(char* out, std::span<const std::uint8_t> piece) {
 std::string base64Text(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   std::string text = textWithRoomFor((bytes.size() / 3 + (bytes.size() % 3 == 0 ? 0 : 1)) * 4);
   std::array<char, kPieceCharacters> buffer;
-  forEachPiece(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
+  convertInPieces(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
     text.append(buffer.data(), writePiece(buffer.data(), piece));
   });
   return text;

@@ -49,10 +49,6 @@ constexpr ByteKernels kPortable = {
 
 }  // namespace
 
-const ByteKernels& portableByteKernels() {
-  return kPortable;
-}
-
 const ByteKernels& fastestByteKernels() {
   static const ByteKernels& fastest = *availableByteKernels().back();
   return fastest;

@@ -32,13 +32,10 @@ struct ByteKernels {
   }
 };
 
-/// The kernels that every processor runs.
-const ByteKernels& portableByteKernels();
-
 /// The best kernels this processor runs, chosen on first use.
 const ByteKernels& fastestByteKernels();
 
-/// All kernels this processor runs, the portable ones first.
+/// All kernels this processor runs; first the portable ones, which every processor runs.
 std::vector<const ByteKernels*> availableByteKernels();
 
 /// The kernels for processors with AVX2; null when this is another one.

@@ -84,7 +84,7 @@ void appendUnits(std::string& text, std::span<const std::uint8_t> bytes,
                  std::size_t separatorLength, TaskProgress* progress, WritePiece writePiece) {
   PieceBuffer buffer;
   const std::uint8_t* const end = bytes.data() + bytes.size();
-  forEachPiece(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
+  convertInPieces(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
     const char* const last = writePiece(buffer.data(), piece);
     const bool isLastPiece = piece.data() + piece.size() == end;
     const auto length = static_cast<std::size_t>(last - buffer.data());
@@ -117,7 +117,7 @@ void appendSpacedPairs(std::string& text, std::span<const std::uint8_t> bytes,
 void appendLongUnits(std::string& text, std::span<const std::uint8_t> bytes,
                      const HexBytesFormat& format, TaskProgress* progress) {
   const std::uint8_t* const end = bytes.data() + bytes.size();
-  forEachPiece(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
+  convertInPieces(bytes, kPieceSize, progress, [&](std::span<const std::uint8_t> piece) {
     for (const std::uint8_t& byte : piece) {
       appendUnit(text, byte, format);
       if (&byte + 1 != end) text.append(format.separator);

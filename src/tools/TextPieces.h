@@ -25,8 +25,8 @@ inline std::string textWithRoomFor(std::size_t length) {
 /// Converters write a piece into a small buffer and append that to the text. This touches the
 /// text's memory once, where std::string::resize would fill it with zeros first.
 template <typename Convert>
-void forEachPiece(std::span<const std::uint8_t> bytes, std::size_t pieceSize,
-                  TaskProgress* progress, Convert convert) {
+void convertInPieces(std::span<const std::uint8_t> bytes, std::size_t pieceSize,
+                     TaskProgress* progress, Convert convert) {
   if (progress != nullptr) progress->setTotal(static_cast<std::int64_t>(bytes.size()));
   while (!bytes.empty()) {
     if (progress != nullptr) progress->checkpoint();

@@ -1,65 +1,13 @@
 // The forms of the editing commands as the user fills them in: real dialogs, real keys.
 
-#include <QComboBox>
-#include <QDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-
-#include "gui/ModalScript.h"
-#include "gui/RealApplication.h"
-#include "platform_qt/QtAlertPresenter.h"
+#include "gui/EditingDialogFixture.h"
 
 namespace quillmor::test {
 namespace {
 
 using testing_support::onNextModal;
 
-class EditingDialogs : public RealApplication {
- protected:
-  EditingDialogs() : RealApplication(&realAlerts()) {}
-
-  static QtAlertPresenter& realAlerts() {
-    static QtAlertPresenter presenter;
-    return presenter;
-  }
-
-  static QLineEdit& field(QDialog& form, const QString& name) {
-    for (auto* edit : form.findChildren<QLineEdit*>()) {
-      if (edit->accessibleName() == name) return *edit;
-    }
-    throw std::logic_error("no field " + name.toStdString());
-  }
-
-  static QComboBox& popUp(QDialog& form, const QString& name) {
-    for (auto* box : form.findChildren<QComboBox*>()) {
-      if (box->accessibleName() == name) return *box;
-    }
-    throw std::logic_error("no pop-up " + name.toStdString());
-  }
-
-  static void fill(QDialog& form, const QString& name, const QString& text) {
-    field(form, name).setFocus();
-    field(form, name).selectAll();
-    QTest::keyClicks(&field(form, name), text);
-  }
-
-  /// Fills in the next form and presses Return.
-  static void answerNext(const std::function<void(QDialog&)>& answer) {
-    onNextModal<QDialog>([answer](QDialog& form) {
-      answer(form);
-      QTest::keyClick(&form, Qt::Key_Return);
-    });
-  }
-
-  /// Takes the next message, which says `text`, with Return.
-  static void expectNextMessage(const QString& text) {
-    onNextModal<QMessageBox>([text](QMessageBox& box) {
-      EXPECT_EQ(box.informativeText(), text);
-      QTest::keyClick(&box, Qt::Key_Return);
-    });
-  }
-};
+using EditingDialogs = EditingDialogFixture;
 
 TEST_F(EditingDialogs, insertTypedBytesAsOftenAsTyped) {
   EditorWindow& window = open("abc");

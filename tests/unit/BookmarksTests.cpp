@@ -79,6 +79,36 @@ TEST(Bookmarks, dropsWhatLiesOutsideOfTheData) {
   EXPECT_THAT(bookmarks.offsets(), ElementsAre(0, 5, 8));
 }
 
+TEST(Bookmarks, cropKeepsWhatLiesOnTheRange) {
+  Bookmarks bookmarks = bookmarksAt({0, 1, 2, 4, 5, 6, 9, 10});
+  bookmarks.crop({2, 4}, 10);
+  EXPECT_THAT(bookmarks.offsets(), ElementsAre(0, 2, 3));
+}
+
+TEST(Bookmarks, cropKeepsTheEndOfTheDataOnlyWhenTheRangeReachesIt) {
+  Bookmarks reaching = bookmarksAt({3, 6, 9, 10});
+  reaching.crop({6, 4}, 10);
+  EXPECT_THAT(reaching.offsets(), ElementsAre(0, 3, 4));
+  Bookmarks oneByteShort = bookmarksAt({3, 6, 9, 10});
+  oneByteShort.crop({6, 3}, 10);
+  EXPECT_THAT(oneByteShort.offsets(), ElementsAre(0));
+}
+
+TEST(Bookmarks, cropToEverythingKeepsAll) {
+  Bookmarks bookmarks = bookmarksAt({0, 5, 9, 10});
+  bookmarks.crop({0, 10}, 10);
+  EXPECT_THAT(bookmarks.offsets(), ElementsAre(0, 5, 9, 10));
+}
+
+TEST(Bookmarks, cropDropsWhatIsBeyondTheData) {
+  Bookmarks bookmarks = bookmarksAt({-1, 4, 11});
+  bookmarks.crop({0, 10}, 10);
+  EXPECT_THAT(bookmarks.offsets(), ElementsAre(4));
+  Bookmarks none;
+  none.crop({2, 4}, 10);
+  EXPECT_THAT(none.offsets(), IsEmpty());
+}
+
 TEST(Bookmarks, sortsAReplacementAndDropsRepetitions) {
   EXPECT_THAT(bookmarksAt({3, 1, 3, 2}).offsets(), ElementsAre(1, 2, 3));
   Offsets tooMany(Bookmarks::maxBookmarkEntries + 5);

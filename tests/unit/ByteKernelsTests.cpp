@@ -139,7 +139,7 @@ TEST_F(ByteKernelsTest, agreeWithPlainLoopsAtEveryAlignmentAndWriteNothingElse) 
 TEST(ByteKernels, offerThePortableOnesEverywhereAndTheBestOnesLast) {
   const auto available = availableByteKernels();
   ASSERT_FALSE(available.empty());
-  EXPECT_EQ(available.front(), &portableByteKernels());
+  EXPECT_STREQ(available.front()->name, "portable");
   EXPECT_EQ(available.back(), &fastestByteKernels());
 }
 

@@ -261,7 +261,7 @@ TEST(TextPieces, looksBeforeEveryPieceWhetherToStop) {
     sizes.push_back(piece.size());
     if (sizes.size() == 2) progress.requestStop();
   };
-  EXPECT_THAT([&] { forEachPiece(bytes, 30, &progress, convert); },
+  EXPECT_THAT([&] { convertInPieces(bytes, 30, &progress, convert); },
               testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
   EXPECT_THAT(sizes, testing::ElementsAre(30, 30));
   EXPECT_DOUBLE_EQ(progress.fraction(), 0.6);
@@ -271,7 +271,7 @@ TEST(TextPieces, cutsBytesIntoPieces) {
   const Bytes bytes = allBytes();
   Bytes seen;
   std::vector<std::size_t> sizes;
-  forEachPiece(bytes, 100, nullptr, [&](std::span<const std::uint8_t> piece) {
+  convertInPieces(bytes, 100, nullptr, [&](std::span<const std::uint8_t> piece) {
     seen.insert(seen.end(), piece.begin(), piece.end());
     sizes.push_back(piece.size());
   });
