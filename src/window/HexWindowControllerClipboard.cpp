@@ -51,8 +51,11 @@ void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
     if (failed(payload, title + " Failed")) return;
     if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
-    editor_.setSelection(range);
-    editor_.deleteSelectionOrByte(/*backward=*/false);
+    const auto remove = [&] {
+      editor_.setSelection(range);
+      editor_.deleteSelectionOrByte(/*backward=*/false);
+    };
+    if (attempt(title + " Failed", remove)) withdrawEditThatDidNotHappen();
   };
   constexpr auto payloadOf = [](const ByteBuffer& bytes, HexSelection selected,
                                 TaskProgress& progress) {
@@ -145,11 +148,7 @@ void HexWindowController::pastePreparedBytes(std::span<const std::uint8_t> bytes
   if (!validateGeneratedByteCount(count, kPaste)) return;
   if (!validateResultingDocumentByteCount(editor_.byteCountReplacedBy(count), count, kPaste))
     return;
-  const auto pasted = resultOf([&] {
-    editor_.paste(bytes);
-    return Done{};
-  });
-  failed(pasted, kPasteFailed);
+  if (attempt(kPasteFailed, [&] { editor_.paste(bytes); })) withdrawEditThatDidNotHappen();
 }
 
 }  // namespace quillmor

@@ -38,7 +38,7 @@ void HexWindowController::editCurrentValue() {
        .fields = {{.label = "Type:",
                    .choices = {inspectorEditTypeTitles.begin(), inspectorEditTypeTitles.end()}},
                   {.label = "Value:", .placeholder = "Value"}}});
-  if (response.button != 0) return;
+  if (response.button != 0 || !window_) return;
   const auto bytes =
       bytesForInspectorEdit(static_cast<int>(response.selectedChoices.at(0)), response.texts.at(1));
   if (!bytes) return alert(kEditValue, "Invalid value for selected type.");

@@ -90,6 +90,15 @@ TEST_F(WindowClosedDuringQuestions, nothingIsCropped) {
   runAndExpectNothing(editor, &HexWindowController::cropToSelection);
 }
 
+TEST_F(WindowClosedDuringQuestions, noValueIsWrittenOrRefused) {
+  for (const char* value : {"0x12", "0x1FF", ""}) {
+    auto editor = editorWithSelection({});
+    expectQuestion(editor, "Edit Current Value", "Select a type and enter a value.", "Apply",
+                   {"", value});
+    runAndExpectNothing(editor, &HexWindowController::editCurrentValue);
+  }
+}
+
 TEST_F(WindowClosedDuringQuestions, noBitsAreWrittenOrRefused) {
   for (const char* bits : {"00000001", "2", "000000001"}) {
     auto editor = editorWithSelection({});
