@@ -48,7 +48,7 @@ constexpr int kSelectedTabLine = 2;
 class ModeTabs : public QTabBar {
  public:
   explicit ModeTabs(QWidget* parent) : QTabBar(parent) {
-    setDrawBase(false);
+    setDrawBase(true);
     setExpanding(true);
     setUsesScrollButtons(false);
     setFixedHeight(kTabHeight);
