@@ -10,8 +10,8 @@
 namespace quillmor {
 
 /// A byte sequence prepared to be found many times. Whatever the data, finding takes time in
-/// proportion to the bytes looked at. Copies the needle, can be moved but not copied itself; methods
-/// are for one thread at a time.
+/// proportion to the bytes looked at. Copies the needle, can be moved but not copied itself;
+/// methods are for one thread at a time.
 ///
 /// All positions are of a match's first byte. `haystack` is passed with every call, so that the
 /// bytes may be searched in pieces: only the positions are limited, a match may reach beyond them.

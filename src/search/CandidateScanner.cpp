@@ -78,28 +78,33 @@ CandidateScanner::Cursor* CandidateScanner::earliestBehind(std::int64_t position
 /// to go on.
 void CandidateScanner::pass(Cursor& cursor, std::int64_t position) {
   const MatchList& list = cursor.list;
-  const auto listed = [&] { return list.positions[static_cast<std::size_t>(cursor.listed)]; };
-  for (; cursor.listed < list.count && listed() < position; ++cursor.listed) {
-    cursor.passedEnd = listed() + cursor.length;
+  std::int64_t passed = kNowhere;
+  cursor.isHit = false;
+  cursor.bound = std::max(position, cursor.searchedTo);
+  for (; cursor.listed < list.count; ++cursor.listed) {
+    const std::int64_t listed = list.positions[static_cast<std::size_t>(cursor.listed)];
+    cursor.isHit = listed >= position;
+    if (cursor.isHit) {
+      cursor.bound = listed;
+      break;
+    }
+    passed = listed;
   }
-  if (const auto overlapping = firstOverlapping(cursor, position)) {
-    cursor.bound = *overlapping;
-    cursor.isHit = true;
-    return;
-  }
-  cursor.isHit = cursor.listed < list.count;
-  cursor.bound = cursor.isHit ? listed() : std::max(position, cursor.searchedTo);
+  if (passed != kNowhere) cursor.passedEnd = passed + cursor.length;
+  if (position < cursor.passedEnd) takeOverlapping(cursor, position);
 }
 
-/// The first occurrence at or behind `position` that begins within the last one passed. Lists leave
-/// these out, and yet one counts where the occurrence of another candidate ends before it.
-std::optional<std::int64_t> CandidateScanner::firstOverlapping(Cursor& cursor,
-                                                               std::int64_t position) {
-  if (position >= cursor.passedEnd) return std::nullopt;
+/// Moves a cursor to the first occurrence at or behind `position` that begins within the last one
+/// passed, if there is one. Lists leave these out, and yet they count where the occurrence of
+/// another candidate ends before them.
+void CandidateScanner::takeOverlapping(Cursor& cursor, std::int64_t position) {
   unreportedWork_ += cursor.length;
-  const auto found = cursor.matcher.first(haystack_, position, cursor.passedEnd - 1);
-  if (!found) cursor.passedEnd = position;
-  return found;
+  if (const auto found = cursor.matcher.first(haystack_, position, cursor.passedEnd - 1)) {
+    cursor.bound = *found;
+    cursor.isHit = true;
+  } else {
+    cursor.passedEnd = position;
+  }
 }
 
 void CandidateScanner::searchPiece(Cursor& cursor, const TaskProgress& progress) {

@@ -63,7 +63,7 @@ class CandidateScanner {
 
   Cursor* earliestBehind(std::int64_t position);
   void pass(Cursor& cursor, std::int64_t position);
-  std::optional<std::int64_t> firstOverlapping(Cursor& cursor, std::int64_t position);
+  void takeOverlapping(Cursor& cursor, std::int64_t position);
   void searchPiece(Cursor& cursor, const TaskProgress& progress);
   void report(std::int64_t walkedTo, TaskProgress& progress);
 

@@ -122,13 +122,13 @@ std::optional<std::int64_t> lastMatch(Bytes bytes, const FailureTable& table, By
                                       std::int64_t from, std::int64_t through, StopCheck check) {
   const DirectedNeedle<kFolds, Direction::backward> needle(bytes);
   const std::int64_t last = through + std::ssize(bytes) - 1;
+  const std::uint8_t* const start = haystack.data() + last;
   std::size_t matchedBefore = 0;
   std::optional<std::int64_t> found;
   forEachPart(last - from + 1, check, [&](std::int64_t begin, std::int64_t end) {
     std::size_t matched = matchedBefore;
     for (std::int64_t i = begin; i < end; ++i) {
-      const std::uint8_t byte = comparable<kFolds>(haystack[static_cast<std::size_t>(last - i)]);
-      matched = advanced(needle, table.data(), matched, byte);
+      matched = advanced(needle, table.data(), matched, comparable<kFolds>(*(start - i)));
       if (matched < bytes.size()) continue;
       found = last - i;
       return true;

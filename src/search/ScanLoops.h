@@ -287,7 +287,7 @@ class Scan {
     while (bits != 0) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
-      bits = withoutRuined(bits & (bits - 1), base);
+      bits = withoutRuined(withoutOverlapping(bits & (bits - 1), base), base);
     }
     return false;
   }
@@ -323,6 +323,12 @@ class Scan {
     if (allowanceLeft(next) >= 0) return false;
     result_ = {ScanResult::Outcome::exhausted, next};
     return true;
+  }
+
+  /// `bits` without the positions from `at` on at which a match would overlap the last one listed.
+  Bits withoutOverlapping(Bits bits, std::int64_t at) const {
+    if (list_ == nullptr || free_ <= at) return bits;
+    return free_ - at < kSpan ? bits & ~Bits{0} << (free_ - at) : 0;
   }
 
   /// Whether the scan goes on for more matches, behind the one at `position`.
