@@ -274,6 +274,27 @@ void countFrequent(benchmark::State& state, ScanPath path) {
   }
 }
 
+/// The same matches, many for each call.
+void collectFrequent(benchmark::State& state, ScanPath path) {
+  for (auto _ : state) {
+    const View bytes = document(Data::frequent);
+    std::int64_t count = 0;
+    const double seconds = bestSeconds(3, [&] {
+      ByteMatcher matcher(bytesOf("q."), false, {.path = path});
+      quillmor::MatchList list;
+      count = 0;
+      std::int64_t from = 0;
+      do {
+        matcher.collect(bytes, from, std::ssize(bytes), list);
+        count += list.count;
+        from = list.freeFrom(from, matcher.needleLength());
+      } while (list.isFull());
+    });
+    report(state, seconds, bytes);
+    state.counters["hits"] = static_cast<double>(count);
+  }
+}
+
 Search wildcardSearch(std::string_view text, const SearchLimits& limits) {
   const auto pattern = *WildcardHexPattern::parse(text);
   return [=](View bytes) {
@@ -363,9 +384,12 @@ void addHostile(const std::string& name, const std::function<Bytes()>& make, con
 void addHostileBothWays(const std::string& name, const std::function<Bytes()>& make,
                         const Bytes& needle) {
   for (const bool backwards : {false, true}) {
-    const std::string way = name + (backwards ? "/backward" : "/forward");
-    addHostile(way, make, needleSearch(needle, backwards, false, {}));
-    addHostile(way + "/linear", make, needleSearch(needle, backwards, false, {.workBudget = 0}));
+    for (const bool folds : {false, true}) {
+      const std::string way =
+          name + (backwards ? "/backward" : "/forward") + (folds ? "/folded" : "");
+      addHostile(way, make, needleSearch(needle, backwards, folds, {}));
+      addHostile(way + "/linear", make, needleSearch(needle, backwards, folds, {.workBudget = 0}));
+    }
   }
 }
 
@@ -422,6 +446,35 @@ void addHostilePatterns() {
   }
 }
 
+/// A pattern of `length` positions, runs of one and two bytes at random; one position in
+/// `sparseness` is concrete.
+std::string randomRuns(std::size_t length, unsigned sparseness) {
+  std::mt19937 random(7);
+  std::string text = "01";
+  int run = 1;
+  for (std::size_t i = 2; i < length; ++i) {
+    const bool isConcrete = run < 2 && random() % sparseness == 0;
+    text.append(isConcrete ? "01" : "??");
+    run = isConcrete ? run + 1 : 0;
+  }
+  return text.append("01");
+}
+
+/// Long patterns, nearly all of which fits between faults just frequent enough to leave no match.
+void addHostileLongPatterns() {
+  for (const std::size_t length : {5000, 50'000, 200'000}) {
+    for (const unsigned sparseness : {2, 16, 64}) {
+      const std::size_t spacing = length / (40 * sparseness) + 1;
+      if (spacing < 4) continue;
+      const std::string name =
+          "long_pattern/" + std::to_string(length) + "/one_in_" + std::to_string(sparseness);
+      addHostile(
+          name, [=] { return onesWithFaults(spacing, 1); },
+          wildcardSearch(randomRuns(length, sparseness), {}));
+    }
+  }
+}
+
 /// Writes a document for other tools to search.
 void writeFile(benchmark::State& state, Data data, const std::string& folder) {
   for (auto _ : state) {
@@ -448,11 +501,13 @@ const bool isRegistered = [] {
     }
   }
   for (const ScanPath path : kAllPaths) {
-    if (isAvailable(path))
-      add<ScanPath>(std::string("frequent/") + nameOf(path), countFrequent, path);
+    if (!isAvailable(path)) continue;
+    add<ScanPath>(std::string("frequent/") + nameOf(path), countFrequent, path);
+    add<ScanPath>(std::string("frequent/") + nameOf(path) + "/collected", collectFrequent, path);
   }
   addHostileNeedles();
   addHostilePatterns();
+  addHostileLongPatterns();
   return true;
 }();
 

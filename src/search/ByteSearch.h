@@ -10,7 +10,8 @@
 /// Finding bytes (the needle) in bytes (the haystack). Pure functions, safe from any thread. They
 /// copy neither of both, and their time is in proportion to the haystack's length whatever the
 /// bytes are. A match position is the index of the match's first byte. An empty needle, and one
-/// that is longer than the haystack or than 4,294,967,295 bytes, is never found.
+/// that is longer than the haystack or than 4,294,967,295 bytes, is never found. For hostile data
+/// four bytes for each byte of the needle are needed, so each may throw std::bad_alloc.
 namespace quillmor::ByteSearch {
 
 /// Forward the smallest match position that is at least `start`, backward the greatest that is at

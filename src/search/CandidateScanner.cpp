@@ -1,7 +1,6 @@
 #include "search/CandidateScanner.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <iterator>
 
@@ -20,42 +19,25 @@ constexpr std::int64_t kPieceOfSeveral = std::int64_t{256} * 1024;
 
 constexpr std::int64_t kNowhere = kMaxInt64;
 
-/// Whether an occurrence may begin within another one of the same candidate. Told of short ones
-/// only, which is what lists of several candidates are made of.
-bool mayOverlapItself(std::span<const std::uint8_t> bytes, bool ignoresASCIICase) {
-  constexpr std::size_t kShort = 16;
-  if (ignoresASCIICase || bytes.size() > kShort) return bytes.size() > 1;
-  for (std::size_t shift = 1; shift < bytes.size(); ++shift) {
-    if (std::ranges::equal(bytes.subspan(shift), bytes.first(bytes.size() - shift))) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList) {
   std::int64_t bytes = candidateList.size() > 1 ? kPieceOfSeveral : kPieceOfOneCandidate;
-  // A piece shorter than a candidate would have most of its bytes looked at twice.
-  for (const auto& candidate : candidateList) bytes = std::max(bytes, std::ssize(candidate.bytes));
+  // A search may look at a candidate's length of bytes behind the end of each piece.
+  for (const auto& candidate : candidateList) {
+    bytes = std::max(bytes, 4 * std::ssize(candidate.bytes));
+  }
   return bytes;
 }
 
 CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                                    const std::vector<SearchCandidate>& candidateList,
                                    bool ignoresASCIICase, std::int64_t start)
-    : haystack_(haystack),
-      candidateList_(candidateList),
-      folds_(ignoresASCIICase),
-      pieceBytes_(searchedPieceBytes(candidateList)),
-      reported_(start) {
+    : haystack_(haystack), pieceBytes_(searchedPieceBytes(candidateList)), reported_(start) {
   cursors_.reserve(candidateList.size());
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
     const std::vector<std::uint8_t>& bytes = candidateList[i].bytes;
-    // Among several, the place of another one's occurrence may decide which of a candidate's own
-    // overlapping occurrences count.
-    const bool isBatched = candidateList.size() == 1 || !mayOverlapItself(bytes, ignoresASCIICase);
     cursors_.push_back({.bound = start,
-                        .isBatched = isBatched,
                         .candidate = i,
                         .length = std::ssize(bytes),
                         .searchedTo = start,
@@ -70,7 +52,7 @@ std::optional<CandidateScanner::Hit> CandidateScanner::next(std::int64_t positio
   while (Cursor* const cursor = earliestBehind(position)) {
     if (unreportedWork_ >= kWorkBetweenReports) report(cursor->bound, progress);
     if (cursor->isHit) return Hit{cursor->bound, cursor->candidate, cursor->length};
-    searchPiece(*cursor);
+    searchPiece(*cursor, progress);
   }
   report(std::ssize(haystack_), progress);
   return std::nullopt;
@@ -95,39 +77,46 @@ CandidateScanner::Cursor* CandidateScanner::earliestBehind(std::int64_t position
 /// Moves a cursor to its next occurrence at or behind `position`, or to where the search for it is
 /// to go on.
 void CandidateScanner::pass(Cursor& cursor, std::int64_t position) {
-  const bool endsThere = cursor.isHit && cursor.bound + cursor.length == position;
-  cursor.isHit = true;
-  while (cursor.listed < cursor.list.count) {
-    cursor.bound = cursor.list.positions[static_cast<std::size_t>(cursor.listed++)];
-    if (cursor.bound >= position) return;
-  }
+  const MatchList& list = cursor.list;
+  std::int64_t passed = kNowhere;
+  cursor.isHit = false;
   cursor.bound = std::max(position, cursor.searchedTo);
-  // Where occurrences follow upon each other, looking is much quicker than searching.
-  cursor.isHit = endsThere && !cursor.isBatched && occursAt(cursor, position);
-  if (cursor.isHit) unreportedWork_ += cursor.length;
+  for (; cursor.listed < list.count; ++cursor.listed) {
+    const std::int64_t listed = list.positions[static_cast<std::size_t>(cursor.listed)];
+    cursor.isHit = listed >= position;
+    if (cursor.isHit) {
+      cursor.bound = listed;
+      break;
+    }
+    passed = listed;
+  }
+  if (passed != kNowhere) cursor.passedEnd = passed + cursor.length;
+  if (position < cursor.passedEnd) takeOverlapping(cursor, position);
 }
 
-bool CandidateScanner::occursAt(const Cursor& cursor, std::int64_t position) const {
-  if (folds_ || std::ssize(haystack_) - position < cursor.length) return false;
-  const std::vector<std::uint8_t>& bytes = candidateList_[cursor.candidate].bytes;
-  return std::memcmp(haystack_.data() + position, bytes.data(), bytes.size()) == 0;
+/// Moves a cursor to the first occurrence at or behind `position` that begins within the last one
+/// passed, if there is one. Lists leave these out, and yet they count where the occurrence of
+/// another candidate ends before them.
+void CandidateScanner::takeOverlapping(Cursor& cursor, std::int64_t position) {
+  unreportedWork_ += cursor.length;
+  if (const auto found = cursor.matcher.first(haystack_, position, cursor.passedEnd - 1)) {
+    cursor.bound = *found;
+    cursor.isHit = true;
+  } else {
+    cursor.passedEnd = position;
+  }
 }
 
-void CandidateScanner::searchPiece(Cursor& cursor) {
+void CandidateScanner::searchPiece(Cursor& cursor, const TaskProgress& progress) {
   const std::int64_t from = cursor.bound;
   const std::int64_t last = std::ssize(haystack_) - cursor.length;
   const std::int64_t end = saturatingAdd(from, pieceBytes_);
   MatchList& list = cursor.list;
-  if (cursor.isBatched) {
-    cursor.matcher.collect(haystack_, from, end - 1, list);
-  } else {
-    list.count = 0;
-    if (const auto found = cursor.matcher.first(haystack_, from, end - 1)) list.add(*found);
-  }
-  const bool mayBeMore = cursor.isBatched ? list.isFull() : list.count > 0;
-  cursor.searchedTo = mayBeMore ? list.last() + 1 : end <= last ? end : kNowhere;
-  unreportedWork_ += std::min(cursor.searchedTo, std::max(from, last)) - from + cursor.length;
   cursor.listed = 0;
+  cursor.passedEnd = 0;
+  cursor.matcher.collect(haystack_, from, end - 1, list, progress);
+  cursor.searchedTo = list.isFull() ? list.last() + 1 : end <= last ? end : kNowhere;
+  unreportedWork_ += std::min(cursor.searchedTo, std::max(from, last)) - from + cursor.length;
   pass(cursor, from);
 }
 

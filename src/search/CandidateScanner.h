@@ -12,9 +12,9 @@
 
 namespace quillmor {
 
-/// How many positions of `candidateList` are searched for one candidate before something else is
+/// How many positions are searched for one candidate of `candidateList` before something else is
 /// done: few enough that several candidates, which are short, find the same bytes in the cache, and
-/// that a search in slow data is asked every few milliseconds whether to stop.
+/// that progress is told of often.
 std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList);
 
 /// Walks the occurrences of several candidates through bytes, front to back. What is known of each
@@ -52,24 +52,22 @@ class CandidateScanner {
   struct Cursor {
     std::int64_t bound = 0;  ///< no occurrence begins before it
     bool isHit = false;      ///< whether one begins at `bound`
-    bool isBatched = false;  ///< whether occurrences are found many at a time
     std::size_t candidate = 0;
     std::int64_t length = 0;
     std::int64_t searchedTo = 0;  ///< no occurrence begins before it but those in the list
-    MatchList list;
-    int listed = 0;  ///< how many of the list have been come to
+    MatchList list;               ///< occurrences found at a time
+    int listed = 0;               ///< how many of the list have been passed
+    std::int64_t passedEnd = 0;   ///< where the last one passed ends
     ByteMatcher matcher;
   };
 
   Cursor* earliestBehind(std::int64_t position);
   void pass(Cursor& cursor, std::int64_t position);
-  bool occursAt(const Cursor& cursor, std::int64_t position) const;
-  void searchPiece(Cursor& cursor);
+  void takeOverlapping(Cursor& cursor, std::int64_t position);
+  void searchPiece(Cursor& cursor, const TaskProgress& progress);
   void report(std::int64_t walkedTo, TaskProgress& progress);
 
   std::span<const std::uint8_t> haystack_;
-  const std::vector<SearchCandidate>& candidateList_;
-  bool folds_;
   std::int64_t pieceBytes_;
   std::vector<Cursor> cursors_;  // the longest first, equal lengths in the order of the list
   std::int64_t reported_ = 0;    // the position `progress` has been told of

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace quillmor {
 
@@ -25,8 +26,8 @@ bool NeedleSearch::canBeFound(Bytes needle, Bytes haystack) const {
 PatternView NeedleSearch::view(Bytes needle) const {
   return {.values = needle.data(),
           .masks = nullptr,
-          .reversedValues = nullptr,
-          .reversedMasks = nullptr,
+          .sparseOffsets = nullptr,
+          .sparseCount = 0,
           .length = std::ssize(needle),
           .kind = folds_ ? PatternKind::folded : PatternKind::exact};
 }
@@ -37,37 +38,40 @@ std::int64_t NeedleSearch::stretchLength(Bytes needle) const {
   return std::max(kStretch, 4 * std::ssize(needle));
 }
 
-const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction direction) {
-  auto& table = direction == Direction::forward ? forward_ : backward_;
-  if (table.empty()) {
-    table = LinearSearch::failureTable(needle, folds_, direction);
-    LinearSearch::addShortcuts(table, needle, folds_, direction);
+const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction direction,
+                                                      StopCheck check) {
+  auto& kept = direction == Direction::forward ? forward_ : backward_;
+  if (kept.empty()) {
+    auto table = LinearSearch::failureTable(needle, folds_, direction, check);
+    LinearSearch::addShortcuts(table, needle, folds_, direction, check);
+    kept = std::move(table);
   }
-  return table;
+  return kept;
 }
 
 std::optional<std::int64_t> NeedleSearch::first(Bytes needle, Bytes haystack, std::int64_t from,
-                                                std::int64_t through) {
+                                                std::int64_t through, StopCheck check) {
   if (!canBeFound(needle, haystack)) return std::nullopt;
   from = std::max<std::int64_t>(from, 0);
   through = std::min(through, std::ssize(haystack) - std::ssize(needle));
   const PatternView pattern = view(needle);
-  const ScanResult result = scanner_.first(pattern, haystack, from, through);
+  const ScanResult result = scanner_.first(pattern, haystack, from, through, check);
   if (result.outcome == Outcome::found) return result.position;
   if (result.outcome == Outcome::absent) return std::nullopt;
-  return firstAccepted(needle, haystack, result.position, through,
-                       [](std::int64_t) { return true; });
+  return firstAccepted(
+      needle, haystack, result.position, through, [](std::int64_t) { return true; }, check);
 }
 
 std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes haystack,
                                                         std::int64_t from, std::int64_t through,
-                                                        PositionPredicate accepting) {
+                                                        PositionPredicate accepting,
+                                                        StopCheck check) {
   if (!canBeFound(needle, haystack)) return std::nullopt;
   std::int64_t at = std::max<std::int64_t>(from, 0);
   const std::int64_t end = std::min(through, std::ssize(haystack) - std::ssize(needle));
   const PatternView pattern = view(needle);
   while (at <= end) {
-    const ScanResult result = scanner_.first(pattern, haystack, at, end);
+    const ScanResult result = scanner_.first(pattern, haystack, at, end, check);
     if (result.outcome == Outcome::absent) break;
     at = result.position;
     if (result.outcome == Outcome::found) {
@@ -76,9 +80,9 @@ std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes hays
       ++at;
     } else if (at <= end) {
       const std::int64_t stretchEnd = at + std::min(stretchLength(needle) - 1, end - at);
-      const auto found = firstInStretch(needle, haystack, at, stretchEnd, accepting);
+      const auto found = firstInStretch(needle, haystack, at, stretchEnd, accepting, check);
       if (found) return found;
-      scanner_.refill();
+      scanner_.refill(pattern);
       at = stretchEnd + 1;
     }
   }
@@ -86,24 +90,25 @@ std::optional<std::int64_t> NeedleSearch::firstAccepted(Bytes needle, Bytes hays
 }
 
 void NeedleSearch::collect(Bytes needle, Bytes haystack, std::int64_t from, std::int64_t through,
-                           MatchList& list) {
+                           MatchList& list, StopCheck check) {
   list.count = 0;
   if (!canBeFound(needle, haystack)) return;
   std::int64_t at = std::max<std::int64_t>(from, 0);
   const std::int64_t end = std::min(through, std::ssize(haystack) - std::ssize(needle));
+  const PatternView pattern = view(needle);
   while (at <= end && !list.isFull()) {
-    const ScanResult result = scanner_.collect(view(needle), haystack, at, end, list);
+    const ScanResult result = scanner_.collect(pattern, haystack, at, end, list, check);
     if (result.outcome != Outcome::exhausted) break;
     at = result.position;
     if (at > end) break;
     const std::int64_t stretchEnd = at + std::min(stretchLength(needle) - 1, end - at);
-    const auto found =
-        firstInStretch(needle, haystack, at, stretchEnd, [](std::int64_t) { return true; });
+    const auto found = firstInStretch(
+        needle, haystack, at, stretchEnd, [](std::int64_t) { return true; }, check);
     if (found) {
       list.add(*found);
-      at = *found + std::ssize(needle);
+      at = list.freeFrom(at, std::ssize(needle));
     } else {
-      scanner_.refill();
+      scanner_.refill(pattern);
       at = stretchEnd + 1;
     }
   }
@@ -111,31 +116,38 @@ void NeedleSearch::collect(Bytes needle, Bytes haystack, std::int64_t from, std:
 
 std::optional<std::int64_t> NeedleSearch::firstInStretch(Bytes needle, Bytes haystack,
                                                          std::int64_t from, std::int64_t through,
-                                                         PositionPredicate accepting) {
-  const auto found = LinearSearch::first(needle, table(needle, Direction::forward), folds_,
-                                         haystack, from, through, accepting);
+                                                         PositionPredicate accepting,
+                                                         StopCheck check) {
+  const auto found = LinearSearch::first(needle, table(needle, Direction::forward, check), folds_,
+                                         haystack, from, through, accepting, check);
   linearBytes_ += (found ? *found : through) + std::ssize(needle) - from;
   return found;
 }
 
+std::optional<std::int64_t> NeedleSearch::lastInStretch(Bytes needle, Bytes haystack,
+                                                        std::int64_t from, std::int64_t through,
+                                                        StopCheck check) {
+  const auto found = LinearSearch::last(needle, table(needle, Direction::backward, check), folds_,
+                                        haystack, from, through, check);
+  linearBytes_ += through + std::ssize(needle) - (found ? *found : from);
+  return found;
+}
+
 std::optional<std::int64_t> NeedleSearch::last(Bytes needle, Bytes haystack, std::int64_t from,
-                                               std::int64_t through) {
+                                               std::int64_t through, StopCheck check) {
   if (!canBeFound(needle, haystack)) return std::nullopt;
   const std::int64_t begin = std::max<std::int64_t>(from, 0);
   std::int64_t at = std::min(through, std::ssize(haystack) - std::ssize(needle));
   const PatternView pattern = view(needle);
   while (at >= begin) {
-    const ScanResult result = scanner_.last(pattern, haystack, begin, at);
+    const ScanResult result = scanner_.last(pattern, haystack, begin, at, check);
     if (result.outcome == Outcome::absent) break;
     at = result.position;
     if (result.outcome == Outcome::found) return at;
     if (at < begin) break;
     const std::int64_t stretchBegin = at - std::min(stretchLength(needle) - 1, at - begin);
-    const auto found = LinearSearch::last(needle, table(needle, Direction::backward), folds_,
-                                          haystack, stretchBegin, at);
-    linearBytes_ += at + std::ssize(needle) - (found ? *found : stretchBegin);
-    if (found) return found;
-    scanner_.refill();
+    if (const auto found = lastInStretch(needle, haystack, stretchBegin, at, check)) return found;
+    scanner_.refill(pattern);
     at = stretchBegin - 1;
   }
   return std::nullopt;

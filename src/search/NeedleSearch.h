@@ -16,8 +16,10 @@ namespace quillmor {
 ///
 /// The needle is passed with every call, must be the same each time, and nothing of it is copied.
 /// Positions are those of a match's first byte; any part of a range may lie outside the haystack.
-/// For one thread at a time. Needs memory of four bytes for each byte of the needle, and only when
-/// the linear search is used; then it may throw std::bad_alloc.
+/// `check` is asked at every mebibyte or so of work, in tables as well; what it throws is passed
+/// on, and the call may be repeated. For one thread at a time. Needs little memory for the choice
+/// of probes, and four bytes for each byte of the needle and direction when the linear search is
+/// used: every search may throw std::bad_alloc.
 class NeedleSearch {
  public:
   using Bytes = std::span<const std::uint8_t>;
@@ -27,21 +29,22 @@ class NeedleSearch {
 
   /// The smallest match position in `from`...`through`.
   std::optional<std::int64_t> first(Bytes needle, Bytes haystack, std::int64_t from,
-                                    std::int64_t through);
+                                    std::int64_t through, StopCheck check = {});
 
-  /// Puts into `list` the first match positions in `from`...`through` that do not overlap each
-  /// other: all of them when it is not full afterwards.
+  /// Puts into `list`, in the place of what it holds, the first match positions in
+  /// `from`...`through`: all of them when it is not full afterwards.
   void collect(Bytes needle, Bytes haystack, std::int64_t from, std::int64_t through,
-               MatchList& list);
+               MatchList& list, StopCheck check = {});
 
   /// The greatest match position in `from`...`through`.
   std::optional<std::int64_t> last(Bytes needle, Bytes haystack, std::int64_t from,
-                                   std::int64_t through);
+                                   std::int64_t through, StopCheck check = {});
 
   /// The smallest match position in `from`...`through` that is accepted. Every match is offered,
   /// overlapping ones too, in increasing order.
   std::optional<std::int64_t> firstAccepted(Bytes needle, Bytes haystack, std::int64_t from,
-                                            std::int64_t through, PositionPredicate accepting);
+                                            std::int64_t through, PositionPredicate accepting,
+                                            StopCheck check = {});
 
   /// Bytes compared in vain, and bytes that the linear search has read.
   std::int64_t comparisons() const { return scanner_.comparisons(); }
@@ -52,8 +55,12 @@ class NeedleSearch {
   PatternView view(Bytes needle) const;
   std::int64_t stretchLength(Bytes needle) const;
   std::optional<std::int64_t> firstInStretch(Bytes needle, Bytes haystack, std::int64_t from,
-                                             std::int64_t through, PositionPredicate accepting);
-  const LinearSearch::FailureTable& table(Bytes needle, LinearSearch::Direction direction);
+                                             std::int64_t through, PositionPredicate accepting,
+                                             StopCheck check);
+  std::optional<std::int64_t> lastInStretch(Bytes needle, Bytes haystack, std::int64_t from,
+                                            std::int64_t through, StopCheck check);
+  const LinearSearch::FailureTable& table(Bytes needle, LinearSearch::Direction direction,
+                                          StopCheck check);
 
   bool folds_;
   PatternScanner scanner_;

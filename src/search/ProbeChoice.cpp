@@ -109,6 +109,10 @@ ScanFilter filterOf(const PatternView& pattern, const std::vector<ScanProbe>& pr
   return filter;
 }
 
+/// How many positions of a pattern are looked at for values that are rare in the sample: what takes
+/// a few milliseconds.
+constexpr std::int64_t kExaminedPositions = std::int64_t{1024} * 1024;
+
 constexpr std::int64_t kSampledPositions = 1024;
 constexpr std::int64_t kPiece = 64;
 
@@ -163,7 +167,7 @@ std::vector<ScanProbe> probesWorthTrying(const PatternView& pattern, const Count
   constexpr std::int64_t kRareValues = 10;
   std::array<std::int64_t, 256> firstOffsets{};
   firstOffsets.fill(-1);
-  for (std::int64_t at = pattern.length - 1; at >= 0; --at) {
+  for (std::int64_t at = std::min(pattern.length, kExaminedPositions) - 1; at >= 0; --at) {
     if (isConcrete(pattern, at)) firstOffsets[probeAt(pattern, at).value] = at;
   }
   std::vector<ScanProbe> probes;

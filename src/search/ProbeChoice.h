@@ -17,7 +17,8 @@ ScanFilter usualProbes(const PatternView& pattern);
 
 /// The probes that fit the fewest positions of a small sample of `haystack`, half of it at
 /// `position` and half of it from everywhere. `failedOffset` is where comparisons with the pattern
-/// have just failed. Takes microseconds, and time in proportion to the pattern's length.
+/// have just failed. Takes microseconds, and time in proportion to the pattern's length up to a few
+/// milliseconds.
 ScanFilter sampledProbes(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                          std::int64_t position, std::int64_t failedOffset);
 

@@ -40,7 +40,9 @@ ScanPath fastestScanPath() {
 }
 
 const ScanKernel& scanKernel(ScanPath path) {
-  return kernelOf(path);
+  const ScanKernel& kernel = kernelOf(path);
+  checkPrecondition(kernel.forward != nullptr, "a path that this program holds");
+  return kernel;
 }
 
 }  // namespace quillmor

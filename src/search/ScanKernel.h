@@ -21,18 +21,16 @@ enum class PatternKind {
   masked,  ///< equal in the bits that the mask has
 };
 
-inline constexpr std::int64_t kReversedMargin = 64;
-
 /// Bytes to be found, which somebody else owns.
 struct PatternView {
   const std::uint8_t* values = nullptr;
   /// For `PatternKind::masked` one mask for each value, else unused: 0xFF for a byte that must be
   /// equal; 0, with a value of 0, for one that may be any.
   const std::uint8_t* masks = nullptr;
-  /// For `PatternKind::masked` both once more from back to front, with `kReversedMargin` entries of
-  /// 0 before and behind: where neighbouring positions of a haystack meet the same byte.
-  const std::uint8_t* reversedValues = nullptr;
-  const std::uint8_t* reversedMasks = nullptr;
+  /// For a `PatternKind::masked` that asks for few bytes, the places of these, increasing; else
+  /// none.
+  const std::int64_t* sparseOffsets = nullptr;
+  std::int64_t sparseCount = 0;
   std::int64_t length = 0;  ///< 1 or more
   PatternKind kind = PatternKind::exact;
 };
@@ -46,6 +44,8 @@ struct ScanProbe {
   bool operator==(const ScanProbe&) const = default;
 };
 
+/// How many positions of a pattern a filter asks for at most; a pattern that asks for no more bytes
+/// than these is never compared at all.
 inline constexpr int kMaxProbes = 8;
 
 /// The positions of a pattern that decide whether it is compared at all. The first two are tried at
@@ -56,7 +56,18 @@ struct ScanFilter {
   bool provesMatch = false;  ///< whether the probes are all that the pattern asks for
 };
 
-inline constexpr int kCulprits = 8;
+/// What beginning to compare a candidate costs, in comparisons of one byte.
+inline constexpr std::int64_t kCandidateCost = 16;
+
+/// Bits before the first one of a row of a `FitTable`: as many as there are positions that are
+/// looked at together.
+inline constexpr std::int64_t kFitMargin = 64;
+
+/// A byte of the haystack that has been in the way of a match.
+struct Culprit {
+  std::int64_t position = 0;
+  const std::uint64_t* fits = nullptr;  ///< the row of its value
+};
 
 /// What a scan knows from those before it, and how much it may still do.
 struct ScanState {
@@ -67,15 +78,16 @@ struct ScanState {
   std::int64_t credit = 0;
   /// Where in the pattern the last comparison failed; it is compared first.
   std::int64_t failedOffset = 0;
-  /// Where in the haystack comparisons with a masked pattern failed: such bytes ruin one candidate
-  /// after another.
-  std::array<std::int64_t, kCulprits> culprits{};
-  int oldestCulprit = 0;
+  /// The bytes that comparisons with a masked pattern failed at, the newest last. Each ruins one
+  /// candidate after another, so they are looked at before these are compared.
+  Culprit* culprits = nullptr;
+  int culpritLimit = 0;  ///< how many there is room for
+  int culpritCount = 0;
+  /// With a limit of 1 or more the rows of the pattern's `FitTable`.
+  const std::uint64_t* const* fits = nullptr;
   /// All comparisons ever made in vain.
   std::int64_t comparisons = 0;
 };
-
-inline constexpr std::int64_t kCandidateCost = 16;
 
 struct ScanResult {
   enum class Outcome {
@@ -99,6 +111,12 @@ struct MatchList {
   void add(std::int64_t position) { positions[static_cast<std::size_t>(count++)] = position; }
   /// The list is not empty.
   std::int64_t last() const { return positions[static_cast<std::size_t>(count - 1)]; }
+  /// The first position at or behind `position` that matches of `length` bytes may still be
+  /// listed at.
+  std::int64_t freeFrom(std::int64_t position, std::int64_t length) const {
+    const std::int64_t free = count == 0 ? position : last() + length;
+    return free > position ? free : position;
+  }
 };
 
 /// A pattern looked for in a haystack.
@@ -118,6 +136,7 @@ struct ScanTask {
 using ScanFunction = ScanResult (*)(const ScanTask& task, std::int64_t from, std::int64_t through,
                                     ScanState& state);
 
+/// What a path makes of both directions.
 struct ScanKernel {
   ScanFunction forward = nullptr;
   ScanFunction backward = nullptr;

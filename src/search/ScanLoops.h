@@ -105,6 +105,11 @@ class Scan {
   static constexpr std::int64_t kPrefetchDistance = 4096;
   static constexpr std::int64_t kCacheLine = 64;
 
+  /// How many bytes of a sparse pattern are compared before asking what is left.
+  static constexpr int kTogether = 8;
+
+  bool isSparse() const { return kKind == PatternKind::masked && pattern_.sparseCount > 0; }
+
   const ScanProbe& first() const { return filter_.probes[0]; }
   const ScanProbe& second() const { return filter_.probes[kHasOneProbe ? 0 : 1]; }
 
@@ -152,7 +157,7 @@ class Scan {
                           alignedDifference(at + 3 * Lanes::kCount));
   }
 
-  Bits candidates(std::int64_t at) const {
+  Bits candidates(std::int64_t at) {
     Bits bits = 0;
     for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
       bits |= Bits{Lanes::bits(Lanes::zeros(difference(at + lane)))} << lane;
@@ -161,37 +166,93 @@ class Scan {
       bits &= fitting(filter_.probes[static_cast<std::size_t>(i)], at);
     }
     if constexpr (kKind == PatternKind::masked) {
-      for (std::size_t i = 0; i < kCulprits && bits != 0; ++i) {
+      for (int i = 0; i < state_.culpritCount && bits != 0; ++i) {
         bits &= unruined(state_.culprits[i], at);
       }
     }
     return bits;
   }
 
-  /// The positions from `at` on that the haystack's byte at `culprit` lets the pattern lie at. One
-  /// further position is one place further back in the pattern.
-  Bits unruined(std::int64_t culprit, std::int64_t at) const {
-    const std::int64_t offset = culprit - at;
-    if (offset < 0 || offset >= pattern_.length + kSpan - 1) return ~Bits{0};
-    const std::int64_t reversed = pattern_.length - 1 - offset + kReversedMargin;
-    const Block byte = Lanes::all(haystack_[culprit]);
-    Bits bits = 0;
-    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
-      const Block value = Lanes::load(pattern_.reversedValues + reversed + lane);
-      const Block mask = Lanes::load(pattern_.reversedMasks + reversed + lane);
-      const Block difference = Lanes::both(Lanes::differing(byte, value), mask);
-      bits |= Bits{Lanes::bits(Lanes::zeros(difference))} << lane;
-    }
-    return bits;
+  /// The positions from `at` on that `culprit` lets the pattern lie at. One further position is one
+  /// place further back in the pattern.
+  Bits unruined(const Culprit& culprit, std::int64_t at) const {
+    const std::int64_t place = pattern_.length - 1 - (culprit.position - at) + kFitMargin;
+    const std::int64_t margin = pattern_.length + kFitMargin;
+    const bool isInReach = static_cast<std::uint64_t>(place) < static_cast<std::uint64_t>(margin);
+    const auto bit = static_cast<std::uint64_t>(isInReach ? place : margin);
+    const std::uint64_t* const words = culprit.fits + bit / 64;
+    return words[0] >> (bit % 64) | words[1] << 1 << (63 - bit % 64);
   }
 
   /// `bits` without those that what has just ruined one of them ruins as well.
   Bits withoutRuined(Bits bits, std::int64_t at) const {
-    if constexpr (kKind != PatternKind::masked) return bits;
-    return bits & unruined(state_.culprits[static_cast<std::size_t>(newestCulprit())], at);
+    if (kKind != PatternKind::masked || state_.culpritCount == 0) return bits;
+    return bits & unruined(state_.culprits[state_.culpritCount - 1], at);
   }
 
-  int newestCulprit() const { return (state_.oldestCulprit + kCulprits - 1) % kCulprits; }
+  /// Keeps the byte at `place`, which is in the way of the pattern at `position`, and of the others
+  /// those that may still be, but for the oldest if there is no room for all.
+  void rememberCulprit(std::int64_t place, std::int64_t position) {
+    if (state_.culpritLimit == 0) return;
+    int count = 0;
+    for (int i = 0; i < state_.culpritCount; ++i) {
+      const std::int64_t distance = state_.culprits[i].position - position;
+      if (distance > -kSpan && distance < pattern_.length + kSpan) {
+        state_.culprits[count++] = state_.culprits[i];
+      }
+    }
+    if (count == state_.culpritLimit) {
+      --count;
+      std::memmove(state_.culprits, state_.culprits + 1,
+                   static_cast<std::size_t>(count) * sizeof *state_.culprits);
+    }
+    state_.culprits[count] = {place, state_.fits[haystack_[place]]};
+    state_.culpritCount = count + 1;
+  }
+
+  /// Those of `bits`, the positions from `at` on, that a sparse pattern may match at: compares all
+  /// of them at once as long as there is one left.
+  Bits sparselyMatching(Bits bits, std::int64_t at) {
+    std::int64_t i = pattern_.sparseCount;
+    while (i > 0 && bits != 0) {
+      const std::int64_t end = i;
+      i = end > kTogether ? end - kTogether : 0;
+      const Bits left = bits & sparselyFitting(i, end, at);
+      if (left == 0) rememberSparseCulprit(at + std::countr_zero(bits), i, end);
+      bits = left;
+    }
+    spent_ += kCandidateCost + kWord * (pattern_.sparseCount - i);
+    return bits;
+  }
+
+  Bits sparselyFitting(std::int64_t begin, std::int64_t end, std::int64_t at) const {
+    constexpr std::int64_t kBlocks = kSpan / Lanes::kCount;
+    Block differences[kBlocks];
+    for (Block& difference : differences) difference = Lanes::all(0);
+    for (std::int64_t i = begin; i < end; ++i) {
+      const std::int64_t offset = pattern_.sparseOffsets[i];
+      const Block value = Lanes::all(pattern_.values[offset]);
+      const std::uint8_t* bytes = haystack_ + at + offset;
+      for (Block& difference : differences) {
+        difference = Lanes::either(difference, Lanes::differing(Lanes::load(bytes), value));
+        bytes += Lanes::kCount;
+      }
+    }
+    Bits bits = 0;
+    for (std::int64_t i = 0; i < kBlocks; ++i) {
+      bits |= Bits{Lanes::bits(Lanes::zeros(differences[i]))} << (i * Lanes::kCount);
+    }
+    return bits;
+  }
+
+  void rememberSparseCulprit(std::int64_t position, std::int64_t begin, std::int64_t end) {
+    for (std::int64_t i = end - 1; i >= begin; --i) {
+      const std::int64_t offset = pattern_.sparseOffsets[i];
+      if (haystack_[position + offset] == pattern_.values[offset]) continue;
+      state_.failedOffset = offset;
+      return rememberCulprit(position + offset, position);
+    }
+  }
 
   Bits fitting(const ScanProbe& probe, std::int64_t at) const {
     const Block value = Lanes::all(probe.value);
@@ -218,10 +279,15 @@ class Scan {
     const std::int64_t highest = last_ - kSpan + 1;
     const std::int64_t base = at < highest ? at : highest;
     Bits bits = candidates(base) & bitsBetween(at - base, through - base);
+    if (isSparse() && bits != 0) {
+      bits = sparselyMatching(bits, base);
+      const std::int64_t next = base + kSpan <= through ? base + kSpan : through + 1;
+      if (bits == 0) return isOverBefore(next);
+    }
     while (bits != 0) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
-      bits = withoutRuined(bits & (bits - 1), base);
+      bits = withoutRuined(withoutOverlapping(bits & (bits - 1), base), base);
     }
     return false;
   }
@@ -229,6 +295,10 @@ class Scan {
   bool endsInSpanBelow(std::int64_t at, std::int64_t from) {
     const std::int64_t base = at - kSpan + 1 > 0 ? at - kSpan + 1 : 0;
     Bits bits = candidates(base) & bitsBetween(from - base, at - base);
+    if (isSparse() && bits != 0) {
+      bits = sparselyMatching(bits, base);
+      if (bits == 0) return isOverBefore(base > from ? base - 1 : from - 1);
+    }
     while (bits != 0) {
       const int lane = 63 - std::countl_zero(bits);
       if (endsAt(base + lane, base + lane - 1)) return true;
@@ -245,9 +315,20 @@ class Scan {
       result_ = {ScanResult::Outcome::found, position};
       return true;
     }
-    if (allowanceLeft(position) >= 0) return false;
+    return isOverBefore(next);
+  }
+
+  /// Whether the allowance is used up, with `next` as the next position to look at.
+  bool isOverBefore(std::int64_t next) {
+    if (allowanceLeft(next) >= 0) return false;
     result_ = {ScanResult::Outcome::exhausted, next};
     return true;
+  }
+
+  /// `bits` without the positions from `at` on at which a match would overlap the last one listed.
+  Bits withoutOverlapping(Bits bits, std::int64_t at) const {
+    if (list_ == nullptr || free_ <= at) return bits;
+    return free_ - at < kSpan ? bits & ~Bits{0} << (free_ - at) : 0;
   }
 
   /// Whether the scan goes on for more matches, behind the one at `position`.
@@ -311,9 +392,7 @@ class Scan {
   bool failed(std::int64_t position, std::int64_t comparisons) {
     spent_ += kCandidateCost + comparisons;
     if constexpr (kKind == PatternKind::masked) {
-      state_.culprits[static_cast<std::size_t>(state_.oldestCulprit)] =
-          position + state_.failedOffset;
-      state_.oldestCulprit = (state_.oldestCulprit + 1) % kCulprits;
+      rememberCulprit(position + state_.failedOffset, position);
     }
     return false;
   }

@@ -9,8 +9,9 @@ namespace quillmor {
 /// How a search works. Only tests and benchmarks ask for other limits than these.
 struct SearchLimits {
   ScanPath path = fastestScanPath();
-  /// Comparisons made in vain before a search turns to the one that is linear whatever the data.
-  /// With 0 it begins with that one.
+  /// Comparisons made in vain, beyond four for each position passed, before a search turns to the
+  /// one that is linear whatever the data. That one takes over for a stretch of the haystack, then
+  /// the budget is given anew. With 0 there is no other search than the linear one. At most 2^58.
   std::int64_t workBudget = 0x100000;
   /// Needles of two and more bytes that are longer than this are never found: the entries of the
   /// table that the linear search needs have 32 bits.

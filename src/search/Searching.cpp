@@ -36,7 +36,7 @@ class BackwardSearch {
   std::optional<Hit> lastBefore(std::int64_t start, TaskProgress& progress) {
     for (std::int64_t end = start + 1; end > 0;) {
       const std::int64_t begin = std::max<std::int64_t>(end - pieceBytes_, 0);
-      if (const std::optional<Hit> hit = lastIn(begin, end - 1)) return hit;
+      if (const std::optional<Hit> hit = lastIn(begin, end - 1, progress)) return hit;
       progress.advance(end - begin);
       progress.checkpoint();
       end = begin;
@@ -45,7 +45,7 @@ class BackwardSearch {
   }
 
  private:
-  std::optional<Hit> lastIn(std::int64_t from, std::int64_t through) {
+  std::optional<Hit> lastIn(std::int64_t from, std::int64_t through, const TaskProgress& progress) {
     std::optional<Hit> best;
     for (std::size_t i = 0; i < matchers_.size(); ++i) {
       const bool winsTies =
@@ -53,7 +53,8 @@ class BackwardSearch {
       // What begins before the best so far does not matter.
       const std::int64_t lowest = !best ? from : winsTies ? best->offset : best->offset + 1;
       if (lowest > through) continue;
-      if (const auto offset = matchers_[i].last(haystack_, lowest, through)) best = {*offset, i};
+      const auto offset = matchers_[i].last(haystack_, lowest, through, progress);
+      if (offset) best = {*offset, i};
     }
     return best;
   }

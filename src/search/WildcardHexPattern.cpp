@@ -28,11 +28,9 @@ class PairCollector {
  public:
   /// False when the character makes the whole text invalid.
   bool accept(char character) {
-    if (!first_) {
-      first_ = character;
-      return true;
-    }
-    const char first = *std::exchange(first_, std::nullopt);
+    hasFirst_ = !hasFirst_;
+    const char first = std::exchange(first_, character);
+    if (hasFirst_) return true;
     if (first == '?' && character == '?') {
       bytes_.emplace_back();
       return true;
@@ -45,7 +43,7 @@ class PairCollector {
   }
 
   /// False in the middle of a pair.
-  bool endToken() const { return !first_; }
+  bool endToken() const { return !hasFirst_; }
 
   std::optional<Bytes> finish() {
     if (!endToken() || bytes_.empty()) return std::nullopt;
@@ -54,7 +52,8 @@ class PairCollector {
 
  private:
   Bytes bytes_;
-  std::optional<char> first_;
+  bool hasFirst_ = false;  // whether `first_` is the first character of a pair
+  char first_ = 0;
 };
 
 using ByteCounts = std::array<std::int64_t, 256>;
@@ -70,13 +69,12 @@ void addCounts(std::span<const std::uint8_t> bytes, ByteCounts& counts) {
   }
 }
 
-ByteCounts countsOf(std::span<const std::uint8_t> haystack, TaskProgress& progress) {
+ByteCounts countsOf(std::span<const std::uint8_t> haystack, const TaskProgress& progress) {
   ByteCounts counts{};
   while (!haystack.empty()) {
     progress.checkpoint();
     const auto piece = haystack.first(std::min(haystack.size(), kCountedPiece));
     addCounts(piece, counts);
-    progress.advance(std::ssize(piece));
     haystack = haystack.subspan(piece.size());
   }
   return counts;
@@ -151,25 +149,21 @@ WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
 }
 
 WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
-    std::span<const std::uint8_t> haystack, TaskProgress& progress) const {
+    std::span<const std::uint8_t> haystack, const TaskProgress& progress) const {
   if (!hasManyShortRuns()) {
     return Anchored{.exactBytes = anchorBytes(),
                     .patternOffset = anchorRange_ ? anchorRange_->lowerBound : 0,
                     .skippedRange = anchorRange_};
   }
   const ByteCounts counts = countsOf(haystack, progress);
-  std::optional<std::int64_t> rarest;
-  std::int64_t fewest = 0;
-  for (std::int64_t at = 0; at < length(); ++at) {
-    const auto& byte = bytes_[static_cast<std::size_t>(at)];
-    if (!byte || (rarest && counts[*byte] >= fewest)) continue;
-    rarest = at;
-    fewest = counts[*byte];
+  std::int64_t rarest = anchorRange_->lowerBound;
+  for (std::int64_t at = length() - 1; at >= 0; --at) {
+    const auto index = static_cast<std::size_t>(at);
+    if (masks_[index] != 0 && counts[values_[index]] <= counts[byteAt(rarest)]) rarest = at;
   }
-  if (fewest == 0) return Impossible{};
-  return Anchored{.exactBytes = {values_[static_cast<std::size_t>(*rarest)]},
-                  .patternOffset = *rarest,
-                  .skippedRange = std::nullopt};
+  if (counts[byteAt(rarest)] == 0) return Impossible{};
+  return Anchored{
+      .exactBytes = {byteAt(rarest)}, .patternOffset = rarest, .skippedRange = std::nullopt};
 }
 
 std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
@@ -207,7 +201,7 @@ std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
   const std::int64_t last = std::ssize(haystack) - length();
   if (last < 0) return std::nullopt;
   if (!anchorRange_) return from >= 0 && from <= last ? from : 0;
-  progress.setTotal(last + 1 + (hasManyShortRuns() ? std::ssize(haystack) : 0));
+  progress.setTotal(last + 1);
   WildcardSearch search(*this, haystack, progress, limits);
   if (from <= last) {
     if (const auto found = search.first(std::max<std::int64_t>(from, 0), last)) return found;

@@ -72,7 +72,7 @@ class WildcardHexPattern {
   /// The bytes to be searched for in `haystack`: the anchor or, where the pattern has many runs and
   /// all of them are short, its byte that is the rarest in the haystack.
   AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack) const;
-  AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack, TaskProgress& progress) const;
+  AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack, const TaskProgress& progress) const;
 
   /// The first match that starts in `candidateRange`, any part of which may lie outside the
   /// haystack. `plan` is this pattern's for this haystack. Absent for a pattern of wildcards only.
@@ -98,6 +98,10 @@ class WildcardHexPattern {
   friend class WildcardSearch;
 
   explicit WildcardHexPattern(Bytes bytes);
+  /// The byte asked for at a position that is no wildcard.
+  std::uint8_t byteAt(std::int64_t position) const {
+    return values_[static_cast<std::size_t>(position)];
+  }
   /// Whether the plan depends on the haystack.
   bool hasManyShortRuns() const;
 

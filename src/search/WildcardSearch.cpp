@@ -1,9 +1,8 @@
 #include "search/WildcardSearch.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "search/ByteSearch.h"
+#include "search/NeedleSearch.h"
 
 namespace quillmor {
 
@@ -12,20 +11,20 @@ namespace {
 using Outcome = ScanResult::Outcome;
 
 constexpr std::int64_t kPiece = std::int64_t{4} * 1024 * 1024;
-/// Comparing so many bytes takes about a millisecond.
-constexpr std::int64_t kComparisonsBetweenCheckpoints = std::int64_t{4} * 1024 * 1024;
-constexpr std::int64_t kWord = 8;
+/// The kernels look at so many positions at a time.
+constexpr std::int64_t kScannedTogether = 64;
 
-std::uint64_t wordAt(const std::uint8_t* at) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
-
-std::vector<std::uint8_t> reversedWithMargins(const std::vector<std::uint8_t>& bytes) {
-  std::vector<std::uint8_t> reversed(bytes.size() + 2 * kReversedMargin);
-  std::ranges::reverse_copy(bytes, reversed.begin() + kReversedMargin);
-  return reversed;
+/// The places of the bytes asked for, if there are few: comparing one of them at many positions
+/// takes about as long as comparing this many places at one.
+std::vector<std::int64_t> offsetsIfSparse(const std::vector<std::uint8_t>& masks) {
+  constexpr std::int64_t kPlacesForEachByte = 16;
+  const auto bytes = std::ranges::count_if(masks, [](std::uint8_t mask) { return mask != 0; });
+  std::vector<std::int64_t> offsets;
+  if (bytes * kPlacesForEachByte > std::ssize(masks)) return offsets;
+  for (std::int64_t at = 0; at < std::ssize(masks); ++at) {
+    if (masks[static_cast<std::size_t>(at)] != 0) offsets.push_back(at);
+  }
+  return offsets;
 }
 
 }  // namespace
@@ -36,19 +35,18 @@ WildcardSearch::WildcardSearch(const WildcardHexPattern& pattern,
     : pattern_(pattern),
       haystack_(haystack),
       progress_(progress),
-      reversedValues_(reversedWithMargins(pattern.values_)),
-      reversedMasks_(reversedWithMargins(pattern.masks_)),
+      sparseOffsets_(offsetsIfSparse(pattern.masks_)),
       view_{.values = pattern.values_.data(),
             .masks = pattern.masks_.data(),
-            .reversedValues = reversedValues_.data(),
-            .reversedMasks = reversedMasks_.data(),
+            .sparseOffsets = sparseOffsets_.data(),
+            .sparseCount = std::ssize(sparseOffsets_),
             .length = pattern.length(),
             .kind = PatternKind::masked},
       scanner_(limits) {}
 
 std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_t through) {
-  while (from <= through) {
-    progress_.checkpoint();
+  refillFrom_ = from + refillInterval();
+  while (from <= through && !isImpossible()) {
     const std::int64_t end = from + std::min(kPiece - 1, through - from);
     if (const auto found = firstInPiece(from, end)) return found;
     progress_.advance(end - from + 1);
@@ -59,17 +57,36 @@ std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_
 
 std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std::int64_t through) {
   while (from <= through) {
-    const ScanResult result = scanner_.first(view_, haystack_, from, through);
+    const ScanResult result = scanner_.first(view_, haystack_, from, through, progress_);
     if (result.outcome == Outcome::found) return result.position;
     if (result.outcome == Outcome::absent) return std::nullopt;
-    progress_.checkpoint();
-    scanner_.refill();
     from = result.position;
     if (!plan_) plan_ = pattern_.anchorPlan(haystack_, progress_);
-    if (std::holds_alternative<WildcardHexPattern::Impossible>(*plan_)) return std::nullopt;
-    if (isAnchorWorthSearching()) return firstAnchored(from, through);
+    if (isImpossible()) return std::nullopt;
+    if (isAnchorWorthSearching()) {
+      const auto found = firstAnchored(from, through);
+      scanner_.refill(view_);
+      return found;
+    }
+    persist(from);
   }
   return std::nullopt;
+}
+
+/// Has the scan go on from `position` though it goes badly. Choosing other probes takes a look at
+/// the whole pattern, so that is left to when many times its length have been passed.
+void WildcardSearch::persist(std::int64_t position) {
+  if (position < refillFrom_) return scanner_.persist();
+  refillFrom_ = position + refillInterval();
+  scanner_.refill(view_);
+}
+
+std::int64_t WildcardSearch::refillInterval() const {
+  return std::max(kPiece, 4 * pattern_.length());
+}
+
+bool WildcardSearch::isImpossible() const {
+  return plan_ && std::holds_alternative<WildcardHexPattern::Impossible>(*plan_);
 }
 
 bool WildcardSearch::isAnchorWorthSearching() const {
@@ -78,58 +95,29 @@ bool WildcardSearch::isAnchorWorthSearching() const {
          std::get<WildcardHexPattern::Anchored>(*plan_).exactBytes.size() > kFewBytes;
 }
 
+/// Finds the anchor, and has the positions from there on scanned, many at a time, for the pattern.
 std::optional<std::int64_t> WildcardSearch::firstAnchored(std::int64_t from, std::int64_t through) {
   const auto& plan = std::get<WildcardHexPattern::Anchored>(*plan_);
   const std::int64_t offset = plan.patternOffset;
-  const auto found = ByteSearch::detail::firstAcceptedIndex(
-      plan.exactBytes, haystack_, from + offset, through + offset,
-      [&](std::int64_t position) { return matchesAt(position - offset); }, scanner_.limits());
+  const bool provesMatch = plan.skippedRange && pattern_.concreteRanges().size() == 1;
+  std::int64_t scannedTo = from;
+  std::optional<std::int64_t> match;
+  const auto accepting = [&](std::int64_t place) {
+    const std::int64_t position = place - offset;
+    if (provesMatch) return true;
+    if (position >= scannedTo) {
+      progress_.checkpoint();
+      const std::int64_t end = std::min(position + kScannedTogether - 1, through);
+      match = scanner_.firstAtAnyCost(view_, haystack_, position, end);
+      scannedTo = match.value_or(end) + 1;
+    }
+    return match == position;
+  };
+  NeedleSearch anchor(false, scanner_.limits());
+  const auto found = anchor.firstAccepted(plan.exactBytes, haystack_, from + offset,
+                                          through + offset, accepting, progress_);
   if (!found) return std::nullopt;
   return *found - offset;
-}
-
-/// Compares word by word, beginning with what is likely to differ.
-bool WildcardSearch::matchesAt(std::int64_t position) {
-  const std::int64_t lastWord = pattern_.length() - kWord;
-  account(kCandidateCost);
-  if (isRuined(position)) return false;
-  if (lastWord >= 0 && differsAt(position, std::min(failedOffset_, lastWord))) return false;
-  std::int64_t offset = 0;
-  while (offset <= lastWord && !differsAt(position, offset)) offset += kWord;
-  account(offset);
-  const std::int64_t end = std::min(offset + kWord, pattern_.length());
-  for (; offset < end; ++offset) {
-    const auto index = static_cast<std::size_t>(offset);
-    const std::size_t place = static_cast<std::size_t>(position) + index;
-    if (((haystack_[place] ^ pattern_.values_[index]) & pattern_.masks_[index]) == 0) continue;
-    failedOffset_ = std::max<std::int64_t>(offset - kWord / 2, 0);
-    culprits_[oldestCulprit_] = position + offset;
-    oldestCulprit_ = (oldestCulprit_ + 1) % culprits_.size();
-    return false;
-  }
-  return true;
-}
-
-bool WildcardSearch::isRuined(std::int64_t position) const {
-  return std::ranges::any_of(culprits_, [&](std::int64_t culprit) {
-    if (culprit < position || culprit >= position + pattern_.length()) return false;
-    const auto offset = static_cast<std::size_t>(culprit - position);
-    const std::uint8_t byte = haystack_[static_cast<std::size_t>(culprit)];
-    return ((byte ^ pattern_.values_[offset]) & pattern_.masks_[offset]) != 0;
-  });
-}
-
-bool WildcardSearch::differsAt(std::int64_t position, std::int64_t offset) const {
-  const std::uint64_t wanted = wordAt(pattern_.values_.data() + offset);
-  const std::uint64_t mask = wordAt(pattern_.masks_.data() + offset);
-  return ((wordAt(haystack_.data() + position + offset) ^ wanted) & mask) != 0;
-}
-
-void WildcardSearch::account(std::int64_t comparisons) {
-  unaccounted_ += comparisons;
-  if (unaccounted_ < kComparisonsBetweenCheckpoints) return;
-  unaccounted_ = 0;
-  progress_.checkpoint();
 }
 
 }  // namespace quillmor

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -14,8 +13,15 @@ namespace quillmor {
 
 /// One search for a wildcard pattern that asks for at least one byte. The whole pattern is scanned
 /// for. Where that goes badly, the bytes of its anchor plan are searched for, if they are so many
-/// that they say more than the probes of the scan. Pattern, haystack and progress
-/// outlive the search. For one thread.
+/// that they say more than the probes of the scan. Pattern, haystack and progress outlive the
+/// search. For one thread.
+///
+/// No way is known to find such patterns that is both fast and linear whatever the data. Here 64
+/// positions are ruled out together: first by the probes, then by bytes of the haystack that have
+/// ruled out others before. What is left is compared, one by one in up to an eighth of the
+/// pattern's length of steps or, with a pattern that asks for few bytes, together in as many steps
+/// as these are. So hostile data may cost that much for each position. Chance does not do that:
+/// where bytes that do not fit are far apart, those known rule out nearly all positions.
 class WildcardSearch {
  public:
   WildcardSearch(const WildcardHexPattern& pattern, std::span<const std::uint8_t> haystack,
@@ -24,32 +30,30 @@ class WildcardSearch {
   /// The plan that is used when scanning goes badly; made by then when it was not set.
   void usePlan(const WildcardHexPattern::AnchorPlan& plan) { plan_ = plan; }
 
+  /// The work done in vain so far, in bytes compared.
+  std::int64_t comparisons() const { return scanner_.comparisons(); }
+
   /// The first match that starts in `from`...`through`; 0 <= `from`, and the pattern has room at
   /// `through`. Throws `Error::stopped()` within milliseconds of the wish to stop.
   std::optional<std::int64_t> first(std::int64_t from, std::int64_t through);
 
  private:
   std::optional<std::int64_t> firstInPiece(std::int64_t from, std::int64_t through);
+  void persist(std::int64_t position);
+  std::int64_t refillInterval() const;
+  bool isImpossible() const;
   bool isAnchorWorthSearching() const;
   std::optional<std::int64_t> firstAnchored(std::int64_t from, std::int64_t through);
-  bool matchesAt(std::int64_t position);
-  bool isRuined(std::int64_t position) const;
-  bool differsAt(std::int64_t position, std::int64_t offset) const;
-  void account(std::int64_t comparisons);
 
   const WildcardHexPattern& pattern_;
   std::span<const std::uint8_t> haystack_;
   TaskProgress& progress_;
-  std::vector<std::uint8_t> reversedValues_;
-  std::vector<std::uint8_t> reversedMasks_;
+  std::vector<std::int64_t> sparseOffsets_;
   PatternView view_;
   PatternScanner scanner_;
   std::optional<WildcardHexPattern::AnchorPlan> plan_;
-  /// Where comparisons failed, in the haystack: such bytes ruin one candidate after another.
-  std::array<std::int64_t, 4> culprits_{};
-  std::size_t oldestCulprit_ = 0;
-  std::int64_t failedOffset_ = 0;
-  std::int64_t unaccounted_ = 0;
+  /// The position from which on other probes may be chosen.
+  std::int64_t refillFrom_ = 0;
 };
 
 }  // namespace quillmor

@@ -21,6 +21,8 @@ using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
 constexpr std::int64_t kMaxHaystack = 130;
+/// Some are long enough for what kernels do with many positions at a time.
+constexpr std::int64_t kMaxLongHaystack = 700;
 constexpr std::int64_t kMaxNeedle = 70;
 
 /// One seed for each test, told so that a failure can be seen again.
@@ -39,7 +41,7 @@ class ByteSearchModel : public testing::Test {
     RandomSearches random(seed);
     const auto limits = everyKindOfLimits();
     for (int i = 0; i < modelCount(count) && !HasFailure(); ++i) {
-      const Bytes bytes = random.haystack(kMaxHaystack);
+      const Bytes bytes = random.haystack(i % 32 == 0 ? kMaxLongHaystack : kMaxHaystack);
       const Bytes needle = random.needle(bytes, kMaxNeedle);
       const View haystack = i % 4 == 0 ? memory_.atStart(bytes) : memory_.atEnd(bytes);
       SCOPED_TRACE(testing::Message() << "seed " << seed << ", search " << i);
@@ -48,7 +50,7 @@ class ByteSearchModel : public testing::Test {
   }
 
  private:
-  GuardedBytes memory_{static_cast<std::size_t>(kMaxHaystack)};
+  GuardedBytes memory_{static_cast<std::size_t>(kMaxLongHaystack)};
 };
 
 std::int64_t someStart(RandomSearches& random, View haystack) {

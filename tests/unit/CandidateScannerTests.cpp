@@ -173,6 +173,32 @@ TEST(CandidateScanner, stopsWithinAMegabyteOfNothingFound) {
   EXPECT_LE(progress.fraction(), 5.0 / 8);
 }
 
+TEST(CandidateScanner, stopsInAPieceHoweverLongTheCandidateIs) {
+  const std::vector<SearchCandidate> candidateList{
+      {SearchBytes(static_cast<std::size_t>(3 * kMiB), 'a'), SearchCandidateKind::Raw()}};
+  SearchBytes bytes(static_cast<std::size_t>(12 * kMiB), 'a');
+  for (std::int64_t at = kMiB; at < std::ssize(bytes); at += kMiB) put(bytes, at, "b");
+  TaskProgress progress;
+  progress.setTotal(12 * kMiB);
+  progress.requestStop();
+  CandidateScanner scanner(bytes, candidateList, false);
+  EXPECT_THROW(scanner.next(0, progress), Error);
+  EXPECT_EQ(progress.fraction(), 0);
+}
+
+TEST(CandidateScanner, findsWhatOverlapsItselfManyAtATime) {
+  // Each "xa" takes away what the first "aaa" of its run would be.
+  SearchBytes bytes;
+  std::vector<Hit> expected;
+  for (std::int64_t i = 0; i < 1000; ++i) {
+    const SearchBytes run = searchBytes("xaaaaaa.");
+    bytes.insert(bytes.end(), run.begin(), run.end());
+    expected.push_back({8 * i, 0, 2});
+    expected.push_back({8 * i + 2, 1, 3});
+  }
+  EXPECT_EQ(walk(bytes, rawCandidates({"xa", "aaa"})), expected);
+}
+
 TEST(CandidateScanner, goesOnAfterAStopAsIfItHadNotBeen) {
   SearchBytes bytes(static_cast<std::size_t>(4 * kMiB), '.');
   put(bytes, 4 * kMiB - 7, "abc");

@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "search/ByteMatcher.h"
 #include "search/ByteSearch.h"
+#include "search/WildcardHexPattern.h"
+#include "search/WildcardSearch.h"
 #include "support/SearchCases.h"
 
 namespace quillmor {
@@ -147,6 +150,108 @@ TEST(HostileSearch, aMatcherUsedInShortPiecesTakesLinearWork) {
     ASSERT_EQ(matcher.first(haystack, at, at + 16'383), std::nullopt);
   }
   expectLinearWork(matcher, std::ssize(haystack));
+}
+
+/// `byte` with another one every `spacing` bytes on average.
+Bytes withFaults(std::size_t size, std::uint8_t byte, double spacing) {
+  Bytes bytes(size, byte);
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> step(1, 2 * spacing - 1);
+  for (double at = step(random); at < static_cast<double>(size); at += step(random)) {
+    bytes[static_cast<std::size_t>(at)] = 'B';
+  }
+  return bytes;
+}
+
+TEST(HostileSearch, dataThatNearlyMatchesExhaustsTheUsualBudget) {
+  const Bytes needle(4096, 'a');
+  Bytes haystack = withFaults(8 * kMiB, 'a', 1000);
+  std::int64_t run = 0;
+  for (std::uint8_t& byte : haystack) {
+    run = byte == 'a' ? run + 1 : 0;
+    if (run == std::ssize(needle)) byte = 'B';
+  }
+  const std::int64_t place = 7 * kMiB;
+  haystack[place - 1] = 'B';
+  std::ranges::copy(needle, haystack.begin() + place);
+  haystack[static_cast<std::size_t>(place + std::ssize(needle))] = 'B';
+  ByteMatcher matcher(needle, false);
+  EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), place);
+  EXPECT_GT(matcher.linearBytes(), 0);
+  EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), place);
+  expectLinearWork(matcher, 2 * std::ssize(haystack));
+}
+
+TEST(HostileSearch, asksAtEveryMebibyteWhetherToStop) {
+  Bytes needle(3 * kMiB, 'a');
+  needle.back() = 'C';
+  const Bytes haystack = withFaults(8 * kMiB, 'a', 2e6);
+  const auto questions = [&](const SearchLimits& limits, bool backwards) {
+    int count = 0;
+    ByteMatcher matcher(needle, true, limits);
+    const auto check = [&] { ++count; };
+    const auto found = backwards ? matcher.last(haystack, 0, std::ssize(haystack), check)
+                                 : matcher.first(haystack, 0, std::ssize(haystack), check);
+    EXPECT_EQ(found, std::nullopt);
+    return count;
+  };
+  for (const bool backwards : {false, true}) {
+    // Five positions, three bytes of needle in each of the table's two passes, and eight to read.
+    EXPECT_GE(questions({}, backwards), 5);
+    EXPECT_GE(questions({.workBudget = 0}, backwards), 3 + 3 + 8);
+  }
+}
+
+TEST(HostileSearch, goesOnAfterAStopAnywhereAsIfItHadNotBeen) {
+  struct Stop {};
+  const Bytes needle(2 * kMiB, 'a');
+  Bytes haystack = withFaults(6 * kMiB, 'a', 5e5);
+  const std::int64_t place = std::ssize(haystack) - std::ssize(needle);
+  std::ranges::copy(needle, haystack.begin() + place);
+  haystack[static_cast<std::size_t>(place) - 1] = 'B';
+  for (int stopAt = 1; stopAt <= 10; ++stopAt) {
+    ByteMatcher matcher(needle, false, {.workBudget = 0});
+    int count = 0;
+    const auto check = [&] {
+      if (++count == stopAt) throw Stop();
+    };
+    EXPECT_THROW(matcher.first(haystack, 0, std::ssize(haystack), check), Stop);
+    EXPECT_EQ(count, stopAt);
+    EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), place);
+  }
+}
+
+/// A pattern of `length` positions, runs of at most two bytes `41` at random, one position in
+/// `sparseness` concrete.
+std::string shortRuns(int length, unsigned sparseness) {
+  std::mt19937 random(8);
+  std::string text = "41";
+  int run = 1;
+  for (int i = 2; i < length; ++i) {
+    const bool isConcrete = run < 2 && random() % sparseness == 0;
+    text.append(isConcrete ? "41" : "??");
+    run = isConcrete ? run + 1 : 0;
+  }
+  return text.append("41");
+}
+
+TEST(HostileSearch, patternsOfManyShortRunsTakeLinearWork) {
+  for (const int length : {1000, 5000, 50'000, 200'000}) {
+    for (const unsigned sparseness : {2U, 16U, 64U}) {
+      // So many faults that a match is unlikely, and so few that what does not match nearly does.
+      const double faults = 20 * sparseness;
+      if (faults > length / 2.0) continue;
+      const Bytes haystack =
+          withFaults(kMiB + static_cast<std::size_t>(length), 'A', length / faults);
+      const auto pattern = *WildcardHexPattern::parse(shortRuns(length, sparseness));
+      for (const ScanPath path : availableScanPaths()) {
+        TaskProgress progress;
+        WildcardSearch search(pattern, haystack, progress, {.path = path});
+        EXPECT_EQ(search.first(0, kMiB), std::nullopt);
+        EXPECT_LE(search.comparisons(), 16 * kMiB) << length << " " << sparseness;
+      }
+    }
+  }
 }
 
 }  // namespace

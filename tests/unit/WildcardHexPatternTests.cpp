@@ -211,24 +211,43 @@ TEST(WildcardHexPattern, stopsWhenAsked) {
   EXPECT_THROW(patternOf(runs(65)).anchorPlan(haystack, progress), Error);
 }
 
-TEST(WildcardHexPattern, stopsInTheMiddleOfComparisonsThatTakeLong) {
-  // Every eighth position is concrete, and for each way the pattern can lie on them there is
-  // another byte that does not fit, far behind its start. Without a look at the wish to stop the
-  // one piece that these positions are takes minutes.
-  constexpr int kRuns = 140'000;
-  std::string text;
-  for (int i = 0; i < kRuns; ++i) text.append("01??????????????");
-  Bytes haystack(3'000'000, 1);
-  for (std::size_t at = 131'073; at < haystack.size(); at += 131'073) haystack[at] = 2;
-  const Pattern pattern = patternOf(text);
+TEST(WildcardHexPattern, tellsOfTheWholeWayForManyShortRuns) {
+  // Goes badly, so that the bytes are counted for a plan that does not help.
+  const Bytes haystack(5'000'000, 1);
+  for (const std::int64_t budget : {0, 40, 0x100000}) {
+    TaskProgress progress;
+    EXPECT_EQ(patternOf(runs(65) + " ?? 01 01 ??")
+                  .firstMatchWrapped(haystack, 1'000'000, progress, {.workBudget = budget}),
+              1'000'000);
+    EXPECT_EQ(progress.fraction(), 0);
+    Bytes faulty = haystack;
+    for (std::size_t at = 0; at < faulty.size(); at += 40 + at % 7) faulty[at] = faulty[at + 1] = 2;
+    EXPECT_EQ(
+        patternOf(runs(65)).firstMatchWrapped(faulty, 1'000'000, progress, {.workBudget = budget}),
+        kNone);
+    EXPECT_EQ(progress.fraction(), 1);
+  }
+}
+
+TEST(WildcardHexPattern, endsWhenAByteIsFoundToBeMissing) {
+  const Bytes haystack(40'000'000, 1);
   TaskProgress progress;
-  std::thread watcher([&] {
-    // Progress begins when the bytes have been counted, which is when comparing begins.
-    while (progress.fraction() <= 0) std::this_thread::yield();
-    progress.requestStop();
-  });
-  EXPECT_THROW(pattern.firstMatchWrapped(haystack, 0, progress, {.workBudget = 0}), Error);
-  watcher.join();
+  EXPECT_EQ(patternOf(runs(65) + " ?? 02")
+                .firstMatchWrapped(haystack, 1'000'000, progress, {.workBudget = 0}),
+            kNone);
+  EXPECT_LE(progress.fraction(), 0.2);
+}
+
+TEST(WildcardHexPattern, aSingleRunIsFoundByItsAnchorAlone) {
+  Bytes haystack(5'000, 1);
+  haystack[100] = haystack[3000] = 2;
+  const Pattern pattern = patternOf("?? ?? 01 02 01 ??");
+  for (const SearchLimits& limits : everyKindOfLimits()) {
+    TaskProgress progress;
+    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0, progress, limits), 97);
+    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 98, progress, limits), 2997);
+    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 2998, progress, limits), 97);
+  }
 }
 
 /// Patterns cut out of a haystack, with some positions made wildcards and others wrong.

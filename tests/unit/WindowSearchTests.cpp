@@ -368,12 +368,16 @@ TEST_F(WindowWildcardSearch, refusesPatternsTooLarge) {
 }
 
 TEST_F(WindowWildcardSearch, saysThatItFailed) {
-  // Of two values only, so that beginnings of the pattern are everywhere: the search needs a table.
+  // Of all values and fitting nearly everywhere, so that the search needs tables.
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::mt19937 random(1);
-  std::string content(16'000'000, 'a');
-  for (char& byte : content) byte = random() % 2 == 0 ? 'a' : 'b';
+  std::string content(16'000'000, '\0');
+  for (std::size_t at = 0; at < content.size(); ++at) content[at] = static_cast<char>(at % 256);
+  for (std::size_t at = 0; at < content.size(); at += 500 + random() % 1000) content[at] ^= 1;
   std::string pattern;
-  for (int i = 0; i < 2'000'000; ++i) pattern += random() % 2 == 0 ? "61" : "62";
+  for (std::size_t at = 0; at < 2'000'000; ++at) {
+    pattern += {kDigits[at % 256 / 16], kDigits[at % 16]};
+  }
   auto editor = makeEditor(content);
   platform.executor.aroundNextWork([](const std::function<void()>& work) {
     const NoMoreAddressSpace none;

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+
+#include "base/TaskProgress.h"
+
+namespace quillmor {
+
+/// A reference to what long work asks now and then whether it is to stop: a function that throws
+/// then. Without one the work is never stopped. Must not outlive what it was made of; meant as a
+/// parameter only.
+class StopCheck {
+ public:
+  /// How many bytes may be looked at between two questions: a few milliseconds even where data is
+  /// made to be slow.
+  static constexpr std::int64_t kInterval = std::int64_t{1024} * 1024;
+
+  StopCheck() = default;
+
+  StopCheck(const TaskProgress& progress)
+      : object_(&progress),
+        call_([](const void* object) { static_cast<const TaskProgress*>(object)->checkpoint(); }) {}
+
+  template <class Function>
+  requires(!std::is_same_v<Function, StopCheck> && !std::is_same_v<Function, TaskProgress> &&
+           std::is_invocable_v<const Function&>) StopCheck(const Function& function)
+      : object_(std::addressof(function)),
+        call_([](const void* object) { (*static_cast<const Function*>(object))(); }) {}
+
+  /// Throws what the function throws.
+  void operator()() const {
+    if (call_ != nullptr) call_(object_);
+  }
+
+ private:
+  const void* object_ = nullptr;
+  void (*call_)(const void*) = nullptr;
+};
+
+}  // namespace quillmor
