@@ -4,6 +4,14 @@
 
 #include <cstdint>
 
+/// Whether `operator new` throws when the system refuses memory. A sanitizer's own ends the process
+/// instead, so tests of what is done about it exist in the other builds only.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QUILLMOR_NEW_CAN_FAIL 0
+#else
+#define QUILLMOR_NEW_CAN_FAIL 1
+#endif
+
 namespace quillmor {
 
 /// How many bytes of the pages between `begin` and `end`, all of them mapped, lie in memory.
