@@ -26,9 +26,10 @@ namespace {
 
 /// Large allocations always take a mapping of their own. Left to itself, the allocator keeps what
 /// was freed once, and reserves address space for threads; it would give out both although the
-/// system refuses.
+/// system refuses. A sanitizer's allocator knows none of these settings.
 const bool largeAllocationsAreMapped =
-    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024) != 0 && ::mallopt(M_ARENA_MAX, 1) != 0;
+    QUILLMOR_NEW_CAN_FAIL == 0 ||
+    (::mallopt(M_MMAP_THRESHOLD, 128 * 1024) != 0 && ::mallopt(M_ARENA_MAX, 1) != 0);
 
 }  // namespace
 
