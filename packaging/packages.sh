@@ -1,7 +1,7 @@
 # The Debian packages that the scripts install; sourced by run.sh and test.sh.
 
 # What the editor is built with and looks like.
-build_packages=(g++ cmake ninja-build ccache qt6-base-dev libgl-dev libcli11-dev fonts-dejavu-core)
+build_packages=(g++ cmake ninja-build ccache qt6-base-dev libgl-dev libcli11-dev libssl-dev nlohmann-json3-dev fonts-dejavu-core)
 
 # What the tests need on top: the test framework, and an X server that real key events go to.
 test_packages=(libgtest-dev libgmock-dev xvfb xdotool xclip openbox x11-utils dbus-bin dbus-daemon at-spi2-core)

@@ -26,18 +26,34 @@ class TaskProgress {
     return part < 1 ? part : 1;
   }
 
-  void requestStop() { stop_.store(true, std::memory_order_relaxed); }
-  bool stopRequested() const { return stop_.load(std::memory_order_relaxed); }
+  /// Wishes the work to stop; nothing happens once it has passed its point of no return.
+  void requestStop() {
+    auto expected = Stopping::notRequested;
+    stop_.compare_exchange_strong(expected, Stopping::requested, std::memory_order_relaxed);
+  }
+  bool stopRequested() const {
+    return stop_.load(std::memory_order_relaxed) == Stopping::requested;
+  }
 
   /// Throws `Error::stopped()` when a stop was requested.
   void checkpoint() const {
     if (stopRequested()) throw Error::stopped();
   }
 
+  /// A checkpoint after which requests to stop come too late: for work that is about to have its
+  /// effect, so that it is never reported as stopped when it has had it.
+  void passPointOfNoReturn() {
+    auto expected = Stopping::notRequested;
+    stop_.compare_exchange_strong(expected, Stopping::tooLate, std::memory_order_relaxed);
+    checkpoint();
+  }
+
  private:
+  enum class Stopping { notRequested, requested, tooLate };
+
   std::atomic<std::int64_t> done_{0};
   std::atomic<std::int64_t> total_{0};
-  std::atomic<bool> stop_{false};
+  std::atomic<Stopping> stop_{Stopping::notRequested};
 };
 
 }  // namespace quillmor

@@ -178,6 +178,16 @@ void EditorWindow::openReportWindow(const std::string& title, const std::string&
   window->show();
 }
 
+void EditorWindow::openFrequencyWindow(const std::string& title, const std::string& report,
+                                       const ByteCounts&) {
+  openReportWindow(title, report);
+}
+
+void EditorWindow::openEntropyWindow(const std::string& title, const std::string& report,
+                                     const EntropyMap&) {
+  openReportWindow(title, report);
+}
+
 void EditorWindow::closeUtilityWindows() {
   for (const auto& window : retainedUtilityWindows_) {
     if (window) window->close();

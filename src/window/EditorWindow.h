@@ -58,6 +58,10 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void closeWindow() override;
   void unregisterDrags() override;
   void openReportWindow(const std::string& title, const std::string& report) override;
+  void openFrequencyWindow(const std::string& title, const std::string& report,
+                           const ByteCounts& counts) override;
+  void openEntropyWindow(const std::string& title, const std::string& report,
+                         const EntropyMap& map) override;
   void closeUtilityWindows() override;
   void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override;
   void closeFindReplacePanels() override;

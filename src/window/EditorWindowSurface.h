@@ -5,6 +5,7 @@
 
 #include "base/FileLocation.h"
 #include "search/SearchRequest.h"
+#include "tools/ByteStatistics.h"
 
 namespace quillmor {
 
@@ -41,6 +42,15 @@ class EditorWindowSurface {
 
   /// Opens a report window that lives until it is closed or `closeUtilityWindows` is called.
   virtual void openReportWindow(const std::string& title, const std::string& report) = 0;
+
+  /// The same with a histogram of `counts` above the report.
+  virtual void openFrequencyWindow(const std::string& title, const std::string& report,
+                                   const ByteCounts& counts) = 0;
+
+  /// The same with a curve of `map` above the report; a click in it shows that offset in the
+  /// editor.
+  virtual void openEntropyWindow(const std::string& title, const std::string& report,
+                                 const EntropyMap& map) = 0;
   virtual void closeUtilityWindows() = 0;
 
   /// Brings the panel of this kind to the front; the first time it is made and filled from

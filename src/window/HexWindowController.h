@@ -25,6 +25,7 @@
 #include "search/SearchRequest.h"
 #include "tools/ByteTransforms.h"
 #include "tools/ClipboardText.h"
+#include "tools/TextExport.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
 #include "window/SelectionMutation.h"
@@ -197,6 +198,11 @@ class HexWindowController : public DocumentWindow,
   /// Shows a report in a window of its own, cut to what a window can show.
   void showUtilityReport(const std::string& title, const std::string& report);
 
+  // HexWindowControllerReports.cpp: analyses shown in windows of their own.
+
+  /// Asks where to and writes a report that a window shows.
+  void saveReport(const std::string& title, const std::string& report);
+
   // HexWindowControllerDocument.cpp: saving, reverting, reloading, replacing.
 
   bool hasFileURLForMenu() const { return hexDocument_->location().has_value(); }
@@ -263,6 +269,8 @@ class HexWindowController : public DocumentWindow,
 
   // HexWindowControllerNavigation.cpp: going to places, view settings, the session's offset.
 
+  /// Puts the caret at `offset`, or at the end when it lies behind it, and shows it.
+  void showOffset(std::int64_t offset);
   void goToOffset();
   void goToStart();
   void goToEnd();
@@ -444,6 +452,9 @@ class HexWindowController : public DocumentWindow,
   void finishPromptReplaceAll(const PromptedRun& run, ReplaceAllComputation computation);
   void abandonPromptReplaceAll(const PromptedRun& run, const Error& error);
 
+  /// An output that must land on no open document, nor on `input`.
+  ExportTarget exportTarget(FileLocation location,
+                            const std::optional<FileLocation>& input = {}) const;
   /// Where a file panel starts.
   std::optional<FileLocation> documentDirectory() const;
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);

@@ -17,11 +17,15 @@ bool isOfferedBytesPerRow(std::int64_t value) {
 
 }  // namespace
 
+void HexWindowController::showOffset(std::int64_t offset) {
+  moveCaret(std::min(offset, byteCount()), {});
+}
+
 void HexWindowController::goToOffset() {
   if (refuseWhileBusy("Go to Offset")) return;
   const auto offset =
       askForOffset(platform_.alerts, "Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.");
-  if (offset) moveCaret(std::min(*offset, byteCount()), {});
+  if (offset) showOffset(*offset);
 }
 
 void HexWindowController::goToStart() {

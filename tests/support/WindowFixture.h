@@ -34,6 +34,8 @@ class FakeEditorWindow : public EditorWindowSurface {
   bool dragsUnregistered = false;
   bool utilityWindowsClosed = false;
   std::vector<std::pair<std::string, std::string>> reports;
+  std::vector<ByteCounts> histograms;
+  std::vector<EntropyMap> entropyMaps;
   std::vector<std::pair<PanelKind, SearchRequest>> panelsShown;
   bool panelsClosed = false;
   HexWindowController* controller = nullptr;
@@ -51,6 +53,16 @@ class FakeEditorWindow : public EditorWindowSurface {
   void unregisterDrags() override { dragsUnregistered = true; }
   void openReportWindow(const std::string& reportTitle, const std::string& report) override {
     reports.emplace_back(reportTitle, report);
+  }
+  void openFrequencyWindow(const std::string& reportTitle, const std::string& report,
+                           const ByteCounts& counts) override {
+    reports.emplace_back(reportTitle, report);
+    histograms.push_back(counts);
+  }
+  void openEntropyWindow(const std::string& reportTitle, const std::string& report,
+                         const EntropyMap& map) override {
+    reports.emplace_back(reportTitle, report);
+    entropyMaps.push_back(map);
   }
   void closeUtilityWindows() override { utilityWindowsClosed = true; }
   void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override {

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "base/TaskProgress.h"
+#include "document/HexSelection.h"
+
+/// Checksums and digests. Safe from any thread.
+namespace quillmor::Checksum {
+
+/// Checksums of bytes; the initial values are those of no bytes.
+struct BasicValues {
+  std::uint32_t crc32 = 0;    ///< IEEE 802.3, reflected, polynomial 0xEDB88320
+  std::uint32_t adler32 = 1;  ///< RFC 1950
+  std::uint8_t sum8 = 0;
+  std::uint16_t sum16 = 0;
+  std::uint32_t sum32 = 0;
+
+  bool operator==(const BasicValues&) const = default;
+};
+
+/// Digests in lowercase hexadecimal.
+struct Digests {
+  std::string md5;     ///< RFC 1321
+  std::string sha1;    ///< FIPS 180-4
+  std::string sha256;  ///< FIPS 180-4
+
+  bool operator==(const Digests&) const = default;
+};
+
+/// The table of the reflected CRC-32 polynomial, one entry per byte value.
+extern const std::array<std::uint32_t, 256> crc32Table;
+
+extern const std::array<char, 16> lowercaseHexDigits;
+
+BasicValues basicValues(std::span<const std::uint8_t> bytes);
+
+std::string lowercaseHex(std::span<const std::uint8_t> bytes);
+
+/// The report about the bytes of `selection`, or about all `bytes` when it is empty; it is clipped
+/// to them. Everything is computed on two threads while the bytes pass once through each. The total
+/// of `progress` becomes the number of bytes; throws `Error::stopped()` when it says so, and code
+/// 2401 when the system's digests are not to be had.
+std::string report(std::span<const std::uint8_t> bytes, HexSelection selection,
+                   TaskProgress& progress);
+
+/// The report about a range, which is clipped to `bytes` and may be empty. Otherwise as above.
+std::string rangeReport(std::span<const std::uint8_t> bytes, HexSelection range,
+                        TaskProgress& progress);
+
+}  // namespace quillmor::Checksum

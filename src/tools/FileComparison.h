@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "base/FileLocation.h"
+#include "base/TaskProgress.h"
+
+namespace quillmor {
+
+/// How a file differs from a document.
+struct FileComparison {
+  std::int64_t currentCount = 0;  ///< bytes of the document
+  std::int64_t otherCount = 0;    ///< bytes of the file
+  /// The first offset at which they differ, or one of them has ended.
+  std::optional<std::int64_t> firstMismatch;
+  /// Differing bytes, with those that only the longer one has.
+  std::int64_t mismatchCount = 0;
+
+  bool operator==(const FileComparison&) const = default;
+};
+
+/// Lines of differences that a listing in a window has at most.
+inline constexpr std::int64_t kMaximumListedDifferences = 300;
+
+/// Compares the document's bytes with a file, which is read in chunks and not kept. Any thread. The
+/// total of `progress` becomes the size of the file; throws `Error::stopped()` when it says so, and
+/// fails as `SecureFileAccess::processStableFile` does.
+FileComparison compareWithFile(std::span<const std::uint8_t> current, const FileLocation& other,
+                               TaskProgress& progress);
+
+/// What the summary says; `name` is the compared file's.
+std::string comparisonSummary(const FileComparison& comparison, const std::string& name);
+
+/// A listing of the first differing offsets below the shorter length, and their number. Otherwise
+/// as `compareWithFile`.
+std::string compareWindowReport(std::span<const std::uint8_t> current,
+                                const FileLocation& comparedFile, const std::string& name,
+                                TaskProgress& progress);
+
+}  // namespace quillmor

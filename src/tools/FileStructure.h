@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace quillmor {
+
+/// The kinds of file whose magic numbers the bytes begin with, a line each; every one of them is
+/// tried. Pure function, any thread.
+std::string fileStructureReport(std::span<const std::uint8_t> bytes);
+
+}  // namespace quillmor

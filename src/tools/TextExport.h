@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "base/FileLocation.h"
+#include "base/TaskProgress.h"
+
+namespace quillmor {
+
+/// Takes the pieces of a text in order; a piece is valid during the call only. What it throws ends
+/// the making of the text.
+using TextSink = std::function<void(std::string_view piece)>;
+
+/// Where an export goes, and what it must never land on: open documents and other inputs.
+struct ExportTarget {
+  FileLocation location;
+  std::vector<FileLocation> protectedUrls;
+};
+
+/// Gathers text and hands it on in pieces of up to `kCapacity` bytes. Used by one thread at a time;
+/// what is not flushed is lost.
+class BufferedText {
+ public:
+  static constexpr std::size_t kCapacity = 1'048'576;
+
+  /// `sink` outlives the buffer.
+  explicit BufferedText(const TextSink& sink);
+
+  void append(std::string_view text);
+
+  /// Room for `length` characters, at most `kCapacity`; a part of it is taken by `advance`.
+  char* room(std::size_t length) {
+    if (kCapacity - size_ < length) flush();
+    return buffer_.get() + size_;
+  }
+  void advance(const char* end) { size_ = static_cast<std::size_t>(end - buffer_.get()); }
+
+  /// Hands on what has been gathered.
+  void flush();
+
+ private:
+  const TextSink& sink_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t size_ = 0;
+};
+
+/// Writes a text file that appears complete or not at all: `produce` hands the text to the sink it
+/// is given. A stop is heeded until the text is complete and then comes too late, so that an export
+/// that was stopped leaves nothing behind. Fails as `AtomicTextFileWriter` does.
+void writeTextFile(const ExportTarget& target, TaskProgress& progress,
+                   const std::function<void(const TextSink&)>& produce);
+
+/// Writes bytes as they are, in pieces of 1 MiB. The total of `progress` becomes their number.
+/// Otherwise as `writeTextFile`.
+void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
+                TaskProgress& progress);
+
+}  // namespace quillmor
