@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quillmor {
+
+/// The inner loops of the exporters that write one line for every 16 bytes, once per kind of
+/// processor. All read and write exactly what they say, at any alignment; no lines are fine. They
+/// allocate nothing and throw nothing, and any thread may call them.
+struct LineKernels {
+  static constexpr std::size_t kBytesPerLine = 16;
+  static constexpr std::size_t kHexDumpLineLength = 78;
+  static constexpr std::size_t kIntelHexLineLength = 44;
+
+  /// Writes `lineCount` lines for as many times 16 `bytes`, the first of which has `offset`.
+  /// Returns where the text ends.
+  using Lines = char* (*)(char* out, const std::uint8_t* bytes, std::size_t lineCount,
+                          std::uint32_t offset);
+
+  const char* name;
+  Lines hexDump;   ///< lines of `HexDumpExporter`; the offset of the last line fits 32 bits
+  Lines intelHex;  ///< data records of `IntelHexExporter`; the upper half of `offset` is left out
+};
+
+/// The best kernels this processor runs, chosen on first use.
+const LineKernels& fastestLineKernels();
+
+/// All kernels this processor runs; first the portable ones, which every processor runs.
+std::vector<const LineKernels*> availableLineKernels();
+
+/// The kernels for processors with SSSE3; null when this is another one.
+const LineKernels* ssse3LineKernels();
+
+/// The two uppercase hexadecimal digits of every byte, side by side in memory.
+using HexPairs = std::array<std::array<char, 2>, 256>;
+
+/// Built on first use from the shared table of texts.
+const HexPairs& hexPairs();
+
+}  // namespace quillmor
