@@ -1,5 +1,6 @@
 #include "tools/LineKernels.h"
 
+#include <array>
 #include <cstring>
 
 #include "base/HexText.h"
@@ -11,6 +12,7 @@ constexpr std::size_t kBytesPerLine = LineKernels::kBytesPerLine;
 
 /// What every byte is in a line, laid out for direct stores.
 struct Characters {
+  std::array<std::array<char, 2>, 256> digits;
   /// Two digits and two spaces, of which the second is overwritten by the next byte's digits.
   std::array<std::array<char, 4>, 256> spaced;
   std::array<char, 256> printable;
@@ -21,6 +23,7 @@ const Characters& characters() {
     Characters built{};
     for (std::size_t byte = 0; byte < 256; ++byte) {
       const auto digits = uppercaseHexByteStrings[byte];
+      built.digits[byte] = {digits[0], digits[1]};
       built.spaced[byte] = {digits[0], digits[1], ' ', ' '};
       built.printable[byte] = printableASCIIByteStrings[byte].front();
     }
@@ -36,10 +39,10 @@ char* put(char* out, const std::array<char, Size>& text) {
 }
 
 char* hexDump(char* out, const std::uint8_t* bytes, std::size_t lineCount, std::uint32_t offset) {
-  const HexPairs& pairs = hexPairs();
   const Characters& table = characters();
   for (std::size_t line = 0; line < lineCount; ++line) {
-    for (int shift = 24; shift >= 0; shift -= 8) out = put(out, pairs[offset >> shift & 0xFF]);
+    for (int shift = 24; shift >= 0; shift -= 8)
+      out = put(out, table.digits[offset >> shift & 0xFF]);
     out = put<2>(out, {' ', ' '});
     for (std::size_t i = 0; i < kBytesPerLine; ++i) out = put(out, table.spaced[bytes[i]]) - 1;
     out = put<2>(out, {' ', '|'});
@@ -52,19 +55,19 @@ char* hexDump(char* out, const std::uint8_t* bytes, std::size_t lineCount, std::
 }
 
 char* intelHex(char* out, const std::uint8_t* bytes, std::size_t lineCount, std::uint32_t offset) {
-  const HexPairs& pairs = hexPairs();
+  const auto& digits = characters().digits;
   for (std::size_t line = 0; line < lineCount; ++line) {
     const std::uint32_t high = offset >> 8 & 0xFF;
     const std::uint32_t low = offset & 0xFF;
     std::uint32_t sum = static_cast<std::uint32_t>(kBytesPerLine) + high + low;
     out = put<3>(out, {':', '1', '0'});
-    out = put(put(out, pairs[high]), pairs[low]);
+    out = put(put(out, digits[high]), digits[low]);
     out = put<2>(out, {'0', '0'});
     for (std::size_t i = 0; i < kBytesPerLine; ++i) {
-      out = put(out, pairs[bytes[i]]);
+      out = put(out, digits[bytes[i]]);
       sum += bytes[i];
     }
-    out = put(out, pairs[(0U - sum) & 0xFF]);
+    out = put(out, digits[(0U - sum) & 0xFF]);
     *out++ = '\n';
     bytes += kBytesPerLine;
     offset += kBytesPerLine;
@@ -83,20 +86,8 @@ const LineKernels& fastestLineKernels() {
 
 std::vector<const LineKernels*> availableLineKernels() {
   std::vector<const LineKernels*> available = {&kPortable};
-  if (const LineKernels* ssse3 = ssse3LineKernels()) available.push_back(ssse3);
+  if (const LineKernels* avx2 = avx2LineKernels()) available.push_back(avx2);
   return available;
-}
-
-const HexPairs& hexPairs() {
-  static const HexPairs kPairs = [] {
-    HexPairs built{};
-    for (std::size_t byte = 0; byte < built.size(); ++byte) {
-      const auto digits = uppercaseHexByteStrings[byte];
-      built[byte] = {digits[0], digits[1]};
-    }
-    return built;
-  }();
-  return kPairs;
 }
 
 }  // namespace quillmor

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -31,13 +30,7 @@ const LineKernels& fastestLineKernels();
 /// All kernels this processor runs; first the portable ones, which every processor runs.
 std::vector<const LineKernels*> availableLineKernels();
 
-/// The kernels for processors with SSSE3; null when this is another one.
-const LineKernels* ssse3LineKernels();
-
-/// The two uppercase hexadecimal digits of every byte, side by side in memory.
-using HexPairs = std::array<std::array<char, 2>, 256>;
-
-/// Built on first use from the shared table of texts.
-const HexPairs& hexPairs();
+/// The kernels for processors with AVX2; null when this is another one.
+const LineKernels* avx2LineKernels();
 
 }  // namespace quillmor
