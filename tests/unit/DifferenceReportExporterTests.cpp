@@ -72,12 +72,10 @@ std::string plainReport(std::string_view document, std::string_view file) {
     return value.data();
   };
   for (std::size_t i = 0; i < std::max(document.size(), file.size()); ++i) {
-    const std::string current = column(document, i);
-    const std::string compared = column(file, i);
-    if (current == compared) continue;
+    if (i < document.size() && i < file.size() && document[i] == file[i]) continue;
     std::array<char, 24> offset{};
     std::snprintf(offset.data(), offset.size(), "%08zX  ", i);
-    text += offset.data() + current + "     " + compared + "\n";
+    text += offset.data() + column(document, i) + "     " + column(file, i) + "\n";
     ++count;
   }
   text += "\nTotal differences: " + std::to_string(count);
