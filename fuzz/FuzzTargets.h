@@ -14,6 +14,9 @@ void fuzzHexParser(std::span<const std::uint8_t> input);
 void fuzzOffsetParser(std::span<const std::uint8_t> input);
 void fuzzWildcardPattern(std::span<const std::uint8_t> input);
 void fuzzCandidates(std::span<const std::uint8_t> input);
+void fuzzOptionRom(std::span<const std::uint8_t> input);
+void fuzzAcpi(std::span<const std::uint8_t> input);
+void fuzzPolaris(std::span<const std::uint8_t> input);
 
 struct Target {
   std::string_view name;  ///< of its folder in corpus/
@@ -25,6 +28,9 @@ inline constexpr std::array kTargets{
     Target{"offset-parser", fuzzOffsetParser},
     Target{"wildcard-pattern", fuzzWildcardPattern},
     Target{"candidates", fuzzCandidates},
+    Target{"option-rom", fuzzOptionRom},
+    Target{"acpi", fuzzAcpi},
+    Target{"polaris", fuzzPolaris},
 };
 
 }  // namespace quillmor::fuzz
