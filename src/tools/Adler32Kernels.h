@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quillmor {
+
+/// Two sums over a block of bytes, from which Adler-32 is made.
+struct Adler32Sums {
+  std::uint32_t bytes = 0;     ///< of the bytes
+  std::uint32_t weighted = 0;  ///< of the bytes, the first times their number, the last times 1
+
+  bool operator==(const Adler32Sums&) const = default;
+};
+
+/// The inner loop of Adler-32 (RFC 1950, section 9), once per kind of processor.
+struct Adler32Kernel {
+  /// The largest block in which no sum passes 32 bits, even when they go on from the largest
+  /// remainders there are. So much may be added up before a modulo has to be taken.
+  static constexpr std::size_t kMaximumBlock = 5552;
+
+  const char* name;
+
+  /// The sums over `count` bytes, at most `kMaximumBlock`; any alignment, any thread.
+  Adler32Sums (*sums)(const std::uint8_t* bytes, std::size_t count);
+};
+
+/// The best kernel this processor runs, chosen on first use.
+const Adler32Kernel& fastestAdler32Kernel();
+
+/// All kernels this processor runs; first the portable one, which every processor runs.
+std::vector<const Adler32Kernel*> availableAdler32Kernels();
+
+const Adler32Kernel& portableAdler32Kernel();
+
+/// The kernel for processors with AVX2; null when this is another one.
+const Adler32Kernel* avx2Adler32Kernel();
+
+}  // namespace quillmor

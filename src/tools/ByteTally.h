@@ -1,0 +1,23 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "tools/ByteStatistics.h"
+
+namespace quillmor {
+
+/// How often each byte value occurs in a piece of a document.
+using ByteTally = std::array<std::uint32_t, 256>;
+
+/// Counts the bytes of a piece, fewer than 2^32. Any thread.
+ByteTally byteTally(std::span<const std::uint8_t> piece);
+
+void addTally(ByteCounts& counts, const ByteTally& tally);
+
+/// Counts `bytes`, on two threads when they are many. Advances `progress` by their number, whose
+/// total is the caller's to set; throws `Error::stopped()` when it says so.
+ByteCounts countedInPieces(std::span<const std::uint8_t> bytes, TaskProgress& progress);
+
+}  // namespace quillmor

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "base/TaskProgress.h"
+#include "tools/ByteStatistics.h"
+#include "tools/Checksum.h"
+
+namespace quillmor::Checksum {
+
+/// All that the reports say about bytes.
+struct AllValues {
+  BasicValues basic;
+  Digests digests;
+  ByteCounts counts{};
+};
+
+/// Any thread; a second one shares the work when the bytes are many. The total of `progress`
+/// becomes their number; throws `Error::stopped()` when it says so, and code 2401 when the system's
+/// digests are not to be had. No other thread is at work any more when it returns or throws.
+AllValues allValues(std::span<const std::uint8_t> bytes, TaskProgress& progress);
+
+}  // namespace quillmor::Checksum
