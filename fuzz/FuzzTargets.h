@@ -14,6 +14,9 @@ void fuzzHexParser(std::span<const std::uint8_t> input);
 void fuzzOffsetParser(std::span<const std::uint8_t> input);
 void fuzzWildcardPattern(std::span<const std::uint8_t> input);
 void fuzzCandidates(std::span<const std::uint8_t> input);
+void fuzzHexPatch(std::span<const std::uint8_t> input);
+void fuzzJSONPreset(std::span<const std::uint8_t> input);
+void fuzzBookmarkFile(std::span<const std::uint8_t> input);
 
 struct Target {
   std::string_view name;  ///< of its folder in corpus/
@@ -25,6 +28,9 @@ inline constexpr std::array kTargets{
     Target{"offset-parser", fuzzOffsetParser},
     Target{"wildcard-pattern", fuzzWildcardPattern},
     Target{"candidates", fuzzCandidates},
+    Target{"hex-patch", fuzzHexPatch},
+    Target{"json-preset", fuzzJSONPreset},
+    Target{"bookmark-file", fuzzBookmarkFile},
 };
 
 }  // namespace quillmor::fuzz
