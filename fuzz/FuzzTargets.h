@@ -17,6 +17,9 @@ void fuzzCandidates(std::span<const std::uint8_t> input);
 void fuzzOptionRom(std::span<const std::uint8_t> input);
 void fuzzAcpi(std::span<const std::uint8_t> input);
 void fuzzPolaris(std::span<const std::uint8_t> input);
+void fuzzHexPatch(std::span<const std::uint8_t> input);
+void fuzzJSONPreset(std::span<const std::uint8_t> input);
+void fuzzBookmarkFile(std::span<const std::uint8_t> input);
 
 struct Target {
   std::string_view name;  ///< of its folder in corpus/
@@ -31,6 +34,9 @@ inline constexpr std::array kTargets{
     Target{"option-rom", fuzzOptionRom},
     Target{"acpi", fuzzAcpi},
     Target{"polaris", fuzzPolaris},
+    Target{"hex-patch", fuzzHexPatch},
+    Target{"json-preset", fuzzJSONPreset},
+    Target{"bookmark-file", fuzzBookmarkFile},
 };
 
 }  // namespace quillmor::fuzz

@@ -26,7 +26,7 @@ struct JSONPatchPreset {
     bool operator==(const Rule&) const = default;
   };
 
-  std::string name;
+  std::string name;  ///< "Untitled" where the file has none
   std::vector<Rule> rules;
 
   /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks,
@@ -51,15 +51,17 @@ struct JSONPresetResult {
 };
 
 /// Replaces all occurrences of one rule's `find` in `document.bytes` that do not overlap, carries
-/// its bookmarks along and counts. Throws code 2609 when the result would be longer than
-/// `maximumByteCount`, 2610 or 2611 when an offset or a bookmark would leave the 64-bit range, and
-/// `Error::stopped()` when `progress` says so; then `document` is as it was.
+/// its bookmarks along and counts. Throws code 2609 when the document would grow beyond
+/// `maximumByteCount`, before memory is taken for it, 2610 or 2611 when an offset or a bookmark
+/// would leave the 64-bit range, and `Error::stopped()` when `progress` says so, which it is asked
+/// every few milliseconds and advanced by the document's size; then `document` is as it was.
+/// Memory: the result and little more, none when nothing changes.
 void applyJSONPresetRule(const JSONPatchPreset::Rule& rule, std::int64_t maximumByteCount,
                          JSONPresetResult& document, TaskProgress& progress);
 
 /// Applies all rules in order. `bookmarks` are strictly increasing. The total of `progress` becomes
-/// the document's size times the number of rules. Otherwise as `applyJSONPresetRule`. A result
-/// without matches shares the memory of `original`.
+/// the document's size times the number of rules, and follows the size from rule to rule. Otherwise
+/// as `applyJSONPresetRule`. A result without matches shares the memory of `original`.
 JSONPresetResult applyJSONPreset(const ByteBuffer& original, const JSONPatchPreset& preset,
                                  std::vector<std::int64_t> bookmarks, std::int64_t maximumByteCount,
                                  TaskProgress& progress);
