@@ -121,6 +121,7 @@ TEST(PCIRomEfi, knowsTheMachineTypes) {
     EXPECT_TRUE(hasWarning(machine - 1)) << machine;
     EXPECT_TRUE(hasWarning(machine + 1)) << machine;
   }
+  EXPECT_TRUE(hasWarning(0));
   EXPECT_EQ(efiPart(efiRom().machine(0xABCD).peMachine(0xABCD)),
             "EFI initialization size: 1024 bytes\nEFI subsystem: 0x000B\n"
             "EFI machine type: 0xABCD\nEFI image offset: 0x0080\n"
