@@ -14,6 +14,8 @@
 #include "editor/HexFileDropView.h"
 #include "window/EditorToolbar.h"
 #include "window/ElidedLabel.h"
+#include "window/EntropyWindow.h"
+#include "window/FrequencyWindowController.h"
 #include "window/ReportWindow.h"
 
 namespace quillmor {
@@ -171,21 +173,40 @@ void EditorWindow::unregisterDrags() {
 }
 
 void EditorWindow::openReportWindow(const std::string& title, const std::string& report) {
-  std::erase_if(retainedUtilityWindows_, [](const auto& window) { return window.isNull(); });
-  auto* window = new ReportWindow(QString::fromStdString(title), QString::fromStdString(report));
+  showUtilityWindow(new ReportWindow(title, report, saveHandler()));
+}
+
+void EditorWindow::openFrequencyWindow(const std::string& title, const std::string& report,
+                                       const ByteCounts& counts) {
+  showUtilityWindow(new FrequencyWindowController(title, report, counts, saveHandler()));
+}
+
+void EditorWindow::openEntropyWindow(const std::string& title, const std::string& report,
+                                     const EntropyMap& map) {
+  const auto showOffset = [this, guard = QPointer<EditorWindow>(this)](std::int64_t offset) {
+    if (guard) showOffsetUnlessBusy(offset);
+  };
+  showUtilityWindow(new EntropyWindow(title, report, map, showOffset, saveHandler()));
+}
+
+/// What saves the report of a window, which may outlive this one by an event.
+ReportWindow::SaveHandler EditorWindow::saveHandler() const {
+  return [weak = std::weak_ptr(controller_)](const std::string& title, const std::string& report) {
+    if (const auto controller = weak.lock()) controller->saveReport(title, report);
+  };
+}
+
+void EditorWindow::showUtilityWindow(ReportWindow* window) {
+  std::erase_if(retainedUtilityWindows_, [](const auto& held) { return held.isNull(); });
+  window->placeOver(*this, {retainedUtilityWindows_.begin(), retainedUtilityWindows_.end()});
   retainedUtilityWindows_.emplace_back(window);
   handlers_.didOpenReportWindow(*window);
   window->show();
 }
 
-void EditorWindow::openFrequencyWindow(const std::string& title, const std::string& report,
-                                       const ByteCounts&) {
-  openReportWindow(title, report);
-}
-
-void EditorWindow::openEntropyWindow(const std::string& title, const std::string& report,
-                                     const EntropyMap&) {
-  openReportWindow(title, report);
+void EditorWindow::showOffsetUnlessBusy(std::int64_t offset) {
+  if (controller_->isBusy()) return panelServices_.beeper.beep();
+  controller_->showOffset(offset);
 }
 
 void EditorWindow::closeUtilityWindows() {

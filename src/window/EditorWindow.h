@@ -78,6 +78,9 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void keepOnScreen();
   bool mayCloseNow();
   FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
+  std::function<void(const std::string& title, const std::string& report)> saveHandler() const;
+  void showUtilityWindow(ReportWindow* window);
+  void showOffsetUnlessBusy(std::int64_t offset);
 
   const std::shared_ptr<HexWindowController> controller_;
   const FindReplacePanelServices panelServices_;
