@@ -30,12 +30,12 @@ std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, const
 
 /// What the file information report says besides what it finds in the bytes.
 struct FileInformation {
-  std::optional<std::string> name;  ///< absent for a document without a file
-  std::string path;
+  std::optional<std::string> name = {};  ///< absent for a document without a file
+  std::string path = {};
   std::int64_t caretOffset = 0;
   std::int64_t bytesPerRow = 16;
   bool insertMode = false;
-  HexSelection selection;  ///< normalised
+  HexSelection selection = {};  ///< normalised
 };
 
 /// The report on a document with all `bytes`. Progress as for `byteCounts`.

@@ -69,11 +69,11 @@ std::span<const Rx580PatchRule> rx580MacOSPatchRules();
 
 /// What the preset comes to.
 struct Rx580PatchRun {
-  std::vector<std::string> report;  ///< a line a rule
+  std::vector<std::string> report = {};  ///< a line a rule
   std::int64_t totalReplacements = 0;
-  std::optional<std::int64_t> firstReplacementOffset;
+  std::optional<std::int64_t> firstReplacementOffset = {};
   /// The first image with the replacements; empty when there are none.
-  std::vector<std::uint8_t> region;
+  std::vector<std::uint8_t> region = {};
 };
 
 /// Applies the rules to a copy of the first image of a validated ROM.

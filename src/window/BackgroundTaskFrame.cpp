@@ -4,6 +4,7 @@ namespace quillmor {
 
 namespace {
 
+constexpr int kBusyCode = 409;
 constexpr const char* kBusyMessage = "Another operation is already running.";
 
 /// Short work finishes without a progress bar flashing up.
@@ -54,7 +55,11 @@ void BackgroundTaskFrame::requestStop() {
 }
 
 Error BackgroundTaskFrame::busyError() {
-  return Error::quillmor(409, kBusyMessage);
+  return Error::quillmor(kBusyCode, kBusyMessage);
+}
+
+bool BackgroundTaskFrame::isBusyError(const Error& error) {
+  return error.domain() == ErrorDomain::quillmor && error.code() == kBusyCode;
 }
 
 void BackgroundTaskFrame::refreshProgressLater(const std::weak_ptr<Activity>& activity,

@@ -85,6 +85,7 @@ class BackgroundTaskFrame {
 
   /// 409 "Another operation is already running."
   static Error busyError();
+  static bool isBusyError(const Error& error);
 
  private:
   struct Activity {

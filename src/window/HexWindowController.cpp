@@ -60,7 +60,9 @@ void HexWindowController::alert(const std::string& title, const std::string& tex
 }
 
 void HexWindowController::showFailure(const Error& error, const std::string& title) {
-  if (window_ && !error.isStopped()) alert(title, error.message());
+  // Of being busy the frame itself has told.
+  if (window_ && !error.isStopped() && !BackgroundTaskFrame::isBusyError(error))
+    alert(title, error.message());
 }
 
 bool HexWindowController::attempt(const std::string& failureTitle,

@@ -25,6 +25,9 @@
 #include "search/SearchRequest.h"
 #include "tools/ByteTransforms.h"
 #include "tools/ClipboardText.h"
+#include "tools/HexPatch.h"
+#include "tools/JSONPatchPreset.h"
+#include "tools/PolarisRom.h"
 #include "tools/TextExport.h"
 #include "window/BackgroundTaskFrame.h"
 #include "window/EditorWindowSurface.h"
@@ -198,10 +201,50 @@ class HexWindowController : public DocumentWindow,
   /// Shows a report in a window of its own, cut to what a window can show.
   void showUtilityReport(const std::string& title, const std::string& report);
 
-  // HexWindowControllerReports.cpp: analyses shown in windows of their own.
+  // HexWindowControllerExporting.cpp: writing the bytes to other files.
 
+  void exportHexDump();
+  void exportSelectionHexDump();
+  void exportSelection();
+  void exportIntelHex();
+  void exportASCIIStrings();
+  void exportDifferenceReport();
+  void createBackupCopy();
+  void saveAtomicBackup();
   /// Asks where to and writes a report that a window shows.
   void saveReport(const std::string& title, const std::string& report);
+
+  // HexWindowControllerReports.cpp: analyses shown in windows of their own, comparing with a file.
+
+  void showChecksums();
+  void checksumRange();
+  void showSelectionStatistics();
+  void showFileInformation();
+  void showEntropyMap();
+  void showByteFrequency();
+  void stringsViewer();
+  void detectFileStructure();
+  void showPCIRomInfo();
+  void compareWithFile();
+  void openCompareWindow();
+
+  // HexWindowControllerFormats.cpp: patches, presets and bookmark files.
+
+  void exportHexPatch();
+  void applyHexPatch();
+  void dryRunJSONPreset();
+  void applyJSONPreset();
+  void exportBookmarks();
+  void importBookmarks();
+
+  // HexWindowControllerFirmware.cpp: firmware checksums, presets for graphics cards.
+
+  void validateACPIChecksum();
+  void fixACPIChecksum();
+  void validatePolarisChecksum();
+  void fixPolarisChecksum();
+  void applyRx580MacOSPreset();
+  void applyRx580MacOSPresetAndFixChecksum();
 
   // HexWindowControllerDocument.cpp: saving, reverting, reloading, replacing.
 
@@ -339,7 +382,7 @@ class HexWindowController : public DocumentWindow,
   };
   void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
                     const std::string& actionName);
-  void replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
+  bool replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                     const EditTitles& titles, const EditPlace& after);
   void unannouncedEditDidHappen();
   void forgetAnnouncements();
@@ -452,9 +495,37 @@ class HexWindowController : public DocumentWindow,
   void finishPromptReplaceAll(const PromptedRun& run, ReplaceAllComputation computation);
   void abandonPromptReplaceAll(const PromptedRun& run, const Error& error);
 
+  struct ExportTexts {
+    std::string title;
+    std::string suggestedName;
+    std::string statusText;
+    std::string failureTitle;
+    std::string savedPrefix = "Saved: ";
+  };
+  using ExportWork = std::function<void(const ByteBuffer&, const ExportTarget&, TaskProgress&)>;
   /// An output that must land on no open document, nor on `input`.
-  ExportTarget exportTarget(FileLocation location,
-                            const std::optional<FileLocation>& input = {}) const;
+  ExportTarget exportTarget(FileLocation location, const std::optional<FileLocation>& input) const;
+  void exportTo(const ExportTexts& texts, ExportWork work,
+                const std::optional<FileLocation>& input = {});
+  std::optional<HexSelection> rangeForExportOrAlert(const std::string& title);
+  static void writeAllBytes(const ByteBuffer& bytes, const ExportTarget& target,
+                            TaskProgress& progress);
+
+  using ReportWork = std::function<std::string(const ByteBuffer&, HexSelection, TaskProgress&)>;
+  void showReport(const std::string& title, const std::string& statusText, ReportWork work);
+
+  void applyPatch(const QuillmorPatch& patch);
+  void runJSONPreset(const std::string& title, const std::string& statusText, bool applies);
+  void installPresetResult(JSONPresetResult result);
+
+  bool writeChecksumByte(std::int64_t offset, std::uint8_t value, const EditTitles& titles);
+  bool isConfirmed(const std::string& title, const std::string& text, const std::string& button,
+                   const std::string& busyTitle);
+  std::optional<PCIRomValidation> validatePCIRomForPolarisPreset(const std::string& title);
+  std::optional<PolarisChecksumResult> applyPolarisChecksumFix();
+  std::optional<Rx580PatchRun> applyRx580MacOSPatchRules();
+  void applyRx580MacOSPresetInternal(bool fixChecksumAfterPatch);
+
   /// Where a file panel starts.
   std::optional<FileLocation> documentDirectory() const;
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);

@@ -90,8 +90,9 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
   hexEditorDidEdit(editor_);
 }
 
-/// Puts `bytes` in the place of `range` as one undoable step. When memory runs out nothing changes.
-void HexWindowController::replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
+/// Puts `bytes` in the place of `range` as one undoable step. When memory runs out nothing changes,
+/// and the answer is false, after an alert.
+bool HexWindowController::replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                                        const EditTitles& titles, const EditPlace& after) {
   const auto replaced = resultOf([&] {
     announceEdit(range.start, range.length, static_cast<std::int64_t>(bytes.size()),
@@ -99,10 +100,13 @@ void HexWindowController::replaceRange(HexSelection range, std::span<const std::
     hexDocument_->storage()->bytes.replace(range.start, range.length, bytes);
     return Done{};
   });
-  if (replaced.isOk())
-    return markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
-  withdrawEditThatDidNotHappen();
-  showFailure(replaced.error(), titles.failure);
+  if (replaced.isOk()) {
+    markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+  } else {
+    withdrawEditThatDidNotHappen();
+    showFailure(replaced.error(), titles.failure);
+  }
+  return replaced.isOk();
 }
 
 void HexWindowController::undo() {

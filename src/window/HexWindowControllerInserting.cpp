@@ -37,8 +37,10 @@ void HexWindowController::insert(const Insertion& insertion, const EditTitles& t
   const std::int64_t count = insertion.bytes.size();
   const EditPlace after{.caretOffset = insertion.offset + count,
                         .selection = {insertion.offset, count}};
-  if (!insertion.document)
-    return replaceRange({insertion.offset, 0}, insertion.bytes.span(), titles, after);
+  if (!insertion.document) {
+    replaceRange({insertion.offset, 0}, insertion.bytes.span(), titles, after);
+    return;
+  }
   attempt(titles.failure, [&] {
     announceEdit(insertion.offset, 0, count, titles.actionName);
     hexDocument_->storage()->bytes = *insertion.document;

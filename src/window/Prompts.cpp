@@ -62,19 +62,30 @@ std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::stri
 }
 
 std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::string& title,
-                                        const std::string& message) {
+                                        const std::string& message, const std::string& negative) {
   const auto answers = runForm(
       alerts, title, message,
       {{.label = "Start:", .placeholder = "0x1000"}, {.label = "Length:", .placeholder = "256"}});
   if (!answers) return std::nullopt;
-  const auto start = parseNonNegative(answers->at(0));
-  const auto length = parseNonNegative(answers->at(1));
-  if (!start || !length) {
-    alerts.runModal(
-        {.messageText = title, .informativeText = "Enter a valid start offset and length."});
-    return std::nullopt;
-  }
-  return HexSelection{*start, *length};
+  const auto start = HexParser::parseOffset(answers->at(0));
+  const auto length = HexParser::parseOffset(answers->at(1));
+  if (start && length && *start >= 0 && *length >= 0) return HexSelection{*start, *length};
+  alerts.runModal(
+      {.messageText = title,
+       .informativeText = start && length ? negative : "Enter a valid start offset and length."});
+  return std::nullopt;
+}
+
+std::optional<std::int64_t> askForPositiveInteger(AlertPresenter& alerts, const std::string& title,
+                                                  const std::string& message,
+                                                  std::int64_t offered) {
+  const auto answers =
+      runForm(alerts, title, message, {{.label = "Length:", .text = std::to_string(offered)}});
+  if (!answers) return std::nullopt;
+  const auto number = HexParser::parseOffset(answers->at(0));
+  if (number && *number >= 1) return number;
+  alerts.runModal({.messageText = title, .informativeText = "Enter a number of 1 or more."});
+  return std::nullopt;
 }
 
 std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,

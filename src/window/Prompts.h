@@ -17,9 +17,15 @@ std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::stri
 
 /// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document.
 /// Absent when cancelled or, after an alert saying "Enter a valid start offset and length.", when
-/// an answer is none.
-std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::string& title,
-                                        const std::string& message);
+/// an answer is none; of negative answers the alert says `negative`.
+std::optional<HexSelection> askForRange(
+    AlertPresenter& alerts, const std::string& title, const std::string& message,
+    const std::string& negative = "Enter a valid start offset and length.");
+
+/// Asks for a number of 1 or more, offering `offered`. Absent when cancelled or, after an alert
+/// saying "Enter a number of 1 or more.", when the answer is none.
+std::optional<std::int64_t> askForPositiveInteger(AlertPresenter& alerts, const std::string& title,
+                                                  const std::string& message, std::int64_t offered);
 
 /// Asks for one text in `field`. Absent when cancelled.
 std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
