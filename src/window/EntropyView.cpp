@@ -29,7 +29,8 @@ EntropyView::EntropyView(EntropyMap map, QWidget* parent)
 }
 
 QRect EntropyView::plotArea(double ratio) const {
-  return areaBeside(fontMetrics().horizontalAdvance("8"), ratio);
+  // The first offset stands centred below the plot's left edge.
+  return areaBeside(fontMetrics().horizontalAdvance("00000000") / 2, ratio);
 }
 
 QString EntropyView::description(Place place) const {

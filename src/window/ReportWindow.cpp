@@ -104,6 +104,7 @@ QWidget* ReportWindow::makeBar() {
       makeButton(tr("Previous"), bar, [this] { find(&ReportText::selectPreviousMatch); });
   auto* next = makeButton(tr("Next"), bar, [this] { find(&ReportText::selectNextMatch); });
   note_ = new QLabel(bar);
+  note_->setObjectName("findNote");
   auto* all = makeButton(tr("Select All"), bar, [this] { selectAll(); });
   auto* copy = makeButton(tr("Copy"), bar, [this] { text_->copy(); });
   auto* saveAs = makeButton(tr("Save As…"), bar, [this] { save(); });
