@@ -172,9 +172,9 @@ Bytes textWithGaps(std::size_t size, unsigned every, std::uint64_t seed) {
 }
 
 TEST(ASCIIStrings, agreeWithThePlainWayOnRandomData) {
-  GuardedBytes guarded(150'000);
+  GuardedBytes guarded(80'000);
   for (const unsigned every : {1U, 2U, 3U, 10U, 40U, 64U, 100U, 1000U, 100'000U}) {
-    const std::size_t size = 140'000 + every % 64;
+    const std::size_t size = 70'000 + every % 64;
     const auto bytes = guarded.atEnd(textWithGaps(size, every, every));
     for (const std::int64_t minimum : {1, 2, 3, 4, 5, 7, 8, 16, 31, 33, 62, 63, 64, 65, 127, 200}) {
       ASSERT_TRUE(listed(bytes, minimum) == plainList(bytes, minimum)) << every << ' ' << minimum;
