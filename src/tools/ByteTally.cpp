@@ -1,16 +1,38 @@
 #include "tools/ByteTally.h"
 
-#include <cstring>
+#include <bit>
 
 #include "base/PieceWork.h"
 #include "base/ThreadSafety.h"
+#include "tools/ByteWords.h"
 
 namespace quillmor {
 namespace {
 
 /// Neighbours that are equal would wait for each other's count to be stored and loaded again, so
 /// each of eight neighbours is counted in a table of its own.
-constexpr std::size_t kTables = 8;
+constexpr std::size_t kTables = sizeof(std::uint64_t);
+
+using Tables = std::array<ByteTally, kTables>;
+
+constexpr std::size_t kWordsPerGroup = 8;
+constexpr std::size_t kGroup = kWordsPerGroup * sizeof(std::uint64_t);
+
+/// Files of machines are full of runs of 00 and FF, for which even eight tables are not enough.
+bool isRun(const std::uint8_t* group) {
+  const std::uint64_t first = loadWord(group);
+  if (first != std::rotl(first, 8)) return false;
+  std::uint64_t difference = 0;
+  for (std::size_t i = 1; i < kWordsPerGroup; ++i) difference |= loadWord(group + 8 * i) ^ first;
+  return difference == 0;
+}
+
+void countGroup(Tables& tables, const std::uint8_t* group) {
+  for (std::size_t i = 0; i < kWordsPerGroup; ++i) {
+    const std::uint64_t word = loadWord(group + 8 * i);
+    for (std::size_t place = 0; place < kTables; ++place) ++tables[place][byteOf(word, place)];
+  }
+}
 
 class SharedCounts {
  public:
@@ -32,13 +54,15 @@ class SharedCounts {
 }  // namespace
 
 ByteTally byteTally(std::span<const std::uint8_t> piece) {
-  std::array<ByteTally, kTables> tables{};
+  Tables tables{};
   const std::uint8_t* bytes = piece.data();
   std::size_t count = piece.size();
-  for (; count >= kTables; bytes += kTables, count -= kTables) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    for (std::size_t i = 0; i < kTables; ++i) ++tables[i][word >> (8 * i) & 0xFF];
+  for (; count >= kGroup; bytes += kGroup, count -= kGroup) {
+    if (isRun(bytes)) {
+      tables[0][*bytes] += std::uint32_t{kGroup};
+    } else {
+      countGroup(tables, bytes);
+    }
   }
   for (; count > 0; ++bytes, --count) ++tables[0][*bytes];
   for (std::size_t i = 1; i < kTables; ++i) {

@@ -1,7 +1,6 @@
 #include "tools/Crc32Kernels.h"
 
-#include <bit>
-#include <cstring>
+#include "tools/ByteWords.h"
 
 namespace quillmor {
 namespace {
@@ -24,33 +23,49 @@ constexpr SliceTables kTables = [] {
   return tables;
 }();
 
-std::uint64_t loadLittleEndian(const std::uint8_t* from) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, from, sizeof word);
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-  return word;
+/// What the byte at `index` of sixteen becomes.
+std::uint32_t shiftedOut(std::uint8_t byte, std::size_t index) {
+  return kTables[kSlices - 1 - index][byte];
 }
 
-/// What the eight bytes of `word`, the first in its lowest byte, become when `following` more bytes
-/// come after them.
-template <std::size_t following>
-std::uint32_t shiftedOut(std::uint64_t word) {
+/// What the last twelve of sixteen bytes become.
+std::uint32_t lastTwelveShiftedOut(const std::uint8_t* bytes) {
+  const std::uint64_t first = loadWord(bytes);
+  const std::uint64_t second = loadWord(bytes + 8);
   std::uint32_t result = 0;
-  for (std::size_t i = 0; i < 8; ++i) {
-    result ^= kTables[following + 7 - i][word >> (8 * i) & 0xFF];
-  }
+  for (std::size_t i = 4; i < 8; ++i) result ^= shiftedOut(byteOf(first, i), i);
+  for (std::size_t i = 0; i < 8; ++i) result ^= shiftedOut(byteOf(second, i), 8 + i);
   return result;
 }
 
-std::uint32_t update(std::uint32_t shiftRegister, const std::uint8_t* bytes, std::size_t count) {
-  for (; count >= kSlices; bytes += kSlices, count -= kSlices) {
-    shiftRegister = shiftedOut<8>(loadLittleEndian(bytes) ^ shiftRegister) ^
-                    shiftedOut<0>(loadLittleEndian(bytes + 8));
-  }
+/// What the first four of sixteen bytes, with the register added to them, become.
+std::uint32_t firstFourShiftedOut(std::uint32_t shiftRegister, const std::uint8_t* bytes) {
+  const std::uint64_t word = loadWord(bytes) ^ shiftRegister;
+  std::uint32_t result = 0;
+  for (std::size_t i = 0; i < 4; ++i) result ^= shiftedOut(byteOf(word, i), i);
+  return result;
+}
+
+std::uint32_t updateBytewise(std::uint32_t shiftRegister, const std::uint8_t* bytes,
+                             std::size_t count) {
   for (; count > 0; ++bytes, --count) {
     shiftRegister = kTables[0][(shiftRegister ^ *bytes) & 0xFF] ^ shiftRegister >> 8;
   }
   return shiftRegister;
+}
+
+/// Only four bytes of sixteen have to wait for the register. The others are looked up one step
+/// ahead, which keeps the compiler from adding them to the chain that waits.
+std::uint32_t update(std::uint32_t shiftRegister, const std::uint8_t* bytes, std::size_t count) {
+  if (count < kSlices) return updateBytewise(shiftRegister, bytes, count);
+  std::uint32_t ahead = lastTwelveShiftedOut(bytes);
+  for (; count >= 2 * kSlices; bytes += kSlices, count -= kSlices) {
+    const std::uint32_t next = lastTwelveShiftedOut(bytes + kSlices);
+    shiftRegister = firstFourShiftedOut(shiftRegister, bytes) ^ ahead;
+    ahead = next;
+  }
+  shiftRegister = firstFourShiftedOut(shiftRegister, bytes) ^ ahead;
+  return updateBytewise(shiftRegister, bytes + kSlices, count - kSlices);
 }
 
 constexpr Crc32Kernel kPortable = {.name = "portable", .update = update};
