@@ -77,8 +77,7 @@ std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file) {
   offsets.reserve(entries.size());
   for (const Json& entry : entries) offsets.push_back(offsetOf(entry, offsets.size()));
   std::ranges::sort(offsets);
-  const auto repeated = std::ranges::unique(offsets);
-  offsets.erase(repeated.begin(), repeated.end());
+  offsets.erase(std::unique(offsets.begin(), offsets.end()), offsets.end());
   return offsets;
 }
 
