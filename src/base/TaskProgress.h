@@ -35,6 +35,9 @@ class TaskProgress {
     return stop_.load(std::memory_order_relaxed) == Stopping::requested;
   }
 
+  /// Whether a request to stop would still be heeded.
+  bool canBeStopped() const { return stop_.load(std::memory_order_relaxed) != Stopping::tooLate; }
+
   /// Throws `Error::stopped()` when a stop was requested.
   void checkpoint() const {
     if (stopRequested()) throw Error::stopped();

@@ -163,12 +163,13 @@ void AtomicTextFileWriter::write(std::string_view text) {
   write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
-void AtomicTextFileWriter::finish() {
+void AtomicTextFileWriter::finish(const std::function<void()>& beforeInstalling) {
   if (finished_) return;
   if (finalFailure_) throw *finalFailure_;
   validateDistinctOutputURL(destinationUrl_, protectedUrls_);
   validateOutputDestinationKind(destinationUrl_);
   if (!closed_) completeTemporaryFile();
+  if (beforeInstalling) beforeInstalling();
   validateTemporaryPathOwnership();
   atomicallyInstallTemporaryFile();
   // From here on nothing is a failure any more, as the destination is no longer what it was.

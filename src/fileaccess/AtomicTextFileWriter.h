@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -62,7 +63,10 @@ class AtomicTextFileWriter {
   /// After any failure the destination is as it was. Once the file is in place its directory is
   /// flushed as well; should only that fail, the name may be lost in a power cut, but the output is
   /// complete and this is no failure.
-  void finish();
+  ///
+  /// `beforeInstalling` is called when the file is durable and not yet in its place; what it throws
+  /// is passed on, and nothing is installed.
+  void finish(const std::function<void()>& beforeInstalling = {});
 
  private:
   /// Only moves, because the temporary file exists by now: nothing may fail before there is a

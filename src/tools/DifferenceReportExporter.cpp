@@ -10,6 +10,8 @@ namespace quillmor::DifferenceReportExporter {
 
 namespace {
 
+constexpr std::size_t kPieceSize = 65536;
+
 std::string header(std::size_t currentSize, std::int64_t comparedSize,
                    const std::string& comparedName) {
   return "Quillmor Difference Report\n"
@@ -35,6 +37,7 @@ std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& 
   BufferedText text(sink);
   DifferenceLines lines(text, progress);
   const auto begin = [&](std::int64_t comparedSize) {
+    progress.setTotal(std::max(std::ssize(current), comparedSize));
     text.append(header(current.size(), comparedSize, comparedName));
     return std::size_t{0};  // where the next chunk begins
   };
@@ -48,8 +51,10 @@ std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& 
   };
   const auto read =
       SecureFileAccess::processStableFile(comparedFile, std::nullopt, begin, compare, &progress);
-  if (read.value < current.size()) {
-    lines.appendOnlyCurrent(current.subspan(read.value), read.processedByteCount);
+  for (std::size_t place = read.value; place < current.size(); place += kPieceSize) {
+    const auto piece = current.subspan(place, std::min(kPieceSize, current.size() - place));
+    lines.appendOnlyCurrent(piece, static_cast<std::int64_t>(place));
+    progress.advance(std::ssize(piece));
   }
   text.append(footer(lines.count()));
   text.flush();

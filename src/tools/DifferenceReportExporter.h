@@ -12,7 +12,7 @@ namespace quillmor::DifferenceReportExporter {
 
 /// Hands the report to `sink` while the compared file is read, so that what has been handed on
 /// counts only when this returns. Returns the number of differences. The total of `progress`
-/// becomes the size of the file; throws `Error::stopped()` when it says so, and fails as
+/// becomes the size of the longer side; throws `Error::stopped()` when it says so, and fails as
 /// `SecureFileAccess::processStableFile` does.
 std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& comparedFile,
                      const std::string& comparedName, const TextSink& sink, TaskProgress& progress);

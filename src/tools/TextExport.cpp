@@ -37,8 +37,7 @@ void writeTextFile(const ExportTarget& target, TaskProgress& progress,
   AtomicTextFileWriter writer(target.location, target.protectedUrls);
   const TextSink sink = [&writer](std::string_view piece) { writer.write(piece); };
   produce(sink);
-  progress.passPointOfNoReturn();
-  writer.finish();
+  writer.finish([&progress] { progress.passPointOfNoReturn(); });
 }
 
 void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
@@ -46,8 +45,7 @@ void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
   AtomicTextFileWriter writer(target.location, target.protectedUrls);
   convertInPieces(bytes, kRawPieceSize, &progress,
                   [&writer](std::span<const std::uint8_t> piece) { writer.write(piece); });
-  progress.passPointOfNoReturn();
-  writer.finish();
+  writer.finish([&progress] { progress.passPointOfNoReturn(); });
 }
 
 }  // namespace quillmor

@@ -68,7 +68,9 @@ void BackgroundTaskFrame::refreshProgressLater(const std::weak_ptr<Activity>& ac
     const auto current = activity.lock();
     if (!current) return;
     current->isShowingProgress = true;
-    observer_.showProgress(current->progress->fraction(), current->stopping == Stopping::allowed);
+    const TaskProgress& progress = *current->progress;
+    observer_.showProgress(progress.fraction(),
+                           current->stopping == Stopping::allowed && progress.canBeStopped());
     refreshProgressLater(activity, kProgressInterval);
   });
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "base/HexText.h"
+#include "tools/AnalysisText.h"
 #include "window/GroupedDecimal.h"
 
 namespace quillmor {
@@ -79,9 +79,7 @@ std::string ByteHistogram::description(int value) const {
   if (value >= 0x20 && value <= 0x7E) text += std::string(" '") + static_cast<char>(value) + "'";
   const double percent =
       total_ > 0 ? static_cast<double>(counts_[index]) * 100 / static_cast<double>(total_) : 0;
-  char percentText[32];
-  std::snprintf(percentText, sizeof percentText, " (%.3f %%)", percent);
-  return text + ": " + bytesText(counts_[index]) + percentText;
+  return text + ": " + bytesText(counts_[index]) + " (" + fixedDecimal(percent, 3) + " %)";
 }
 
 std::string ByteHistogram::summary() const {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "base/HexText.h"
+#include "tools/AnalysisText.h"
 #include "window/GroupedDecimal.h"
 
 namespace quillmor {
@@ -74,9 +74,7 @@ std::vector<std::int64_t> EntropyCurve::offsetTicks() const {
 }
 
 std::string EntropyCurve::description(std::int64_t chunk) const {
-  char entropy[48];
-  std::snprintf(entropy, sizeof entropy, ": %.4f bits/byte", entropyOf(chunk));
-  return "0x" + uppercaseHex(offsetOf(chunk), 8) + entropy;
+  return "0x" + uppercaseHex(offsetOf(chunk), 8) + ": " + bitsPerByteText(entropyOf(chunk));
 }
 
 std::string EntropyCurve::summary() const {

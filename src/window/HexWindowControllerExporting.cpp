@@ -73,7 +73,7 @@ void HexWindowController::exportSelectionHexDump() {
             .failureTitle = "Export Selection Hex Dump Failed"},
            [range = *range](const ByteBuffer& bytes, const ExportTarget& target,
                             TaskProgress& progress) {
-             HexDumpExporter::write(bytes.span(), range.normalized(bytes.size()), target, progress);
+             HexDumpExporter::write(bytes.span(), requireWithin(range, bytes), target, progress);
            });
 }
 
@@ -88,7 +88,7 @@ void HexWindowController::exportSelection() {
             .failureTitle = "Export Selection Failed"},
            [range = *range](const ByteBuffer& bytes, const ExportTarget& target,
                             TaskProgress& progress) {
-             const HexSelection selected = range.normalized(bytes.size());
+             const HexSelection selected = requireWithin(range, bytes);
              writeBytes(bytes.span(selected.start, selected.length), target, progress);
            });
 }

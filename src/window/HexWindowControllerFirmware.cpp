@@ -149,6 +149,8 @@ void HexWindowController::applyRx580MacOSPresetInternal(bool fixChecksumAfterPat
   if (!run) return;
   std::string text = joinedLines(run->report) +
                      "\n\nTotal: " + std::to_string(run->totalReplacements) + " replacement(s)";
+  // An alert about the ROM ran the event loop.
+  if (!window_ || refuseWhileBusy(kBusyTitle)) return;
   if (!fixChecksumAfterPatch) {
     text += kAfterRx580;
     if (run->totalReplacements == 0) platform_.beeper.beep();

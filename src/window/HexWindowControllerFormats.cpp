@@ -29,10 +29,10 @@ struct PresetRun {
 
 PresetRun runPreset(const ByteBuffer& bytes, const FileLocation& file,
                     std::vector<std::int64_t> bookmarks, std::int64_t maximumByteCount,
-                    TaskProgress& progress) {
+                    bool applies, TaskProgress& progress) {
   const auto preset = JSONPatchPreset::read(file, maxJSONPresetBytes, progress);
   auto result = applyJSONPreset(bytes, preset, std::move(bookmarks), maximumByteCount, progress);
-  const bool changesBytes = !(result.bytes == bytes);
+  const bool changesBytes = applies && !(result.bytes == bytes);
   return {jsonPresetReport(preset, result), std::move(result), changesBytes};
 }
 
@@ -53,7 +53,7 @@ void HexWindowController::exportHexPatch() {
             .failureTitle = "Export Hex Patch Failed"},
            [range = *range](const ByteBuffer& bytes, const ExportTarget& target,
                             TaskProgress& progress) {
-             const HexSelection selected = range.normalized(bytes.size());
+             const HexSelection selected = requireWithin(range, bytes);
              writeHexPatch(bytes.span(selected.start, selected.length), selected.start, target,
                            progress);
            });
@@ -99,16 +99,15 @@ void HexWindowController::runJSONPreset(const std::string& title, const std::str
   const auto chosen = platform_.filePanels.runOpenPanel(title, false, documentDirectory());
   if (chosen.empty() || !window_) return;
   auto work = [file = chosen.front(), bookmarks = bookmarks_.offsets(),
-               limit = editor_.maximumByteCount()](const ByteBuffer& bytes, HexSelection,
-                                                   TaskProgress& progress) {
-    return runPreset(bytes, file, bookmarks, limit, progress);
+               limit = editor_.maximumByteCount(),
+               applies](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return runPreset(bytes, file, bookmarks, limit, applies, progress);
   };
-  std::function completion = [this, title, applies](Result<PresetRun> run) {
+  std::function completion = [this, title](Result<PresetRun> run) {
     const std::string failureTitle = title + " Failed";
     if (failed(run, failureTitle)) return;
     auto& [report, result, changesBytes] = run.value();
-    if (applies && changesBytes &&
-        attempt(failureTitle, [&] { installPresetResult(std::move(result)); }))
+    if (changesBytes && attempt(failureTitle, [&] { installPresetResult(std::move(result)); }))
       return;
     showUtilityReport(title, report);
   };

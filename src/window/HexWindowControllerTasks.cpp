@@ -9,14 +9,6 @@
 
 namespace quillmor {
 
-namespace {
-
-Error rangeChangedError() {
-  return Error::quillmor(411, "The selected range changed before the operation completed.");
-}
-
-}  // namespace
-
 void HexWindowController::runBackgroundSelectionMutationTask(const std::string& statusText,
                                                              HexSelection selection,
                                                              MutationWork work,

@@ -33,7 +33,8 @@ QString withoutCase(QString text) {
 QString shownText(std::u16string text) {
   constexpr char16_t kReplacement = 0xFFFD;
   for (char16_t& unit : text) {
-    const bool isSpecial = unit == u'\r' || unit == 0x2029 || unit == 0xFDD0 || unit == 0xFDD1;
+    const bool isSpecial =
+        unit == u'\r' || unit == 0x2028 || unit == 0x2029 || unit == 0xFDD0 || unit == 0xFDD1;
     if (isSpecial) unit = kReplacement;
   }
   return QString::fromStdU16String(text);

@@ -1,5 +1,6 @@
 #include "window/ReportWindow.h"
 
+#include <QAccessible>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -95,6 +96,9 @@ void ReportWindow::addChart(QWidget* chart, QSize size) {
   panes->setStretchFactor(1, 1);
   panes->setSizes({kChartHeight, size.height() - kChartHeight});
   layout_->insertWidget(0, panes, 1);
+  // The Tab key goes from top to bottom, though the text was made first.
+  for (QWidget* widget : chart->findChildren<QWidget*>())
+    if (widget->focusPolicy() & Qt::TabFocus) setTabOrder(widget, text_);
 }
 
 QWidget* ReportWindow::makeBar() {
@@ -188,8 +192,10 @@ void ReportWindow::find(std::optional<std::int64_t> (ReportText::*select)()) {
 
 void ReportWindow::showMatch(std::optional<std::int64_t> index) {
   if (field_->text().isEmpty()) return note_->clear();
+  QAccessibleEvent changed(note_, QAccessible::NameChanged);
   note_->setText(index ? tr("%1 of %2").arg(numberText(*index + 1), numberText(text_->matchCount()))
                        : tr("Not found"));
+  QAccessible::updateAccessibility(&changed);
 }
 
 void ReportWindow::selectAll() {

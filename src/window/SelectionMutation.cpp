@@ -49,6 +49,15 @@ ByteBuffer documentWith(const ByteBuffer& original, HexSelection range, const By
   return document;
 }
 
+Error rangeChangedError() {
+  return Error::quillmor(411, "The selected range changed before the operation completed.");
+}
+
+HexSelection requireWithin(HexSelection range, const ByteBuffer& bytes) {
+  if (range.normalized(bytes.size()) != range) throw rangeChangedError();
+  return range;
+}
+
 SelectionMutation prepareMutation(const ByteBuffer& original, HexSelection range, ByteBuffer bytes,
                                   TaskProgress& progress) {
   SelectionMutation mutation{.bytes = std::move(bytes)};

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/ByteBuffer.h"
+#include "base/Error.h"
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
 
@@ -25,6 +26,12 @@ struct SelectionMutation {
 /// The largest range that is written into the document in place: a few milliseconds, where a copy
 /// of the whole document would take its memory once more.
 inline constexpr std::int64_t kLargestRangeWrittenInPlace = 32 * 1024 * 1024;
+
+/// 411: the range that a command was asked to work on is not there any more.
+Error rangeChangedError();
+
+/// `range` when it lies within `bytes`; throws `rangeChangedError()` otherwise.
+HexSelection requireWithin(HexSelection range, const ByteBuffer& bytes);
 
 /// Prepares `bytes` to take the place of as many bytes of `original` at `range`. Any thread; throws
 /// `Error::stopped()` when a stop was requested, and std::bad_alloc.

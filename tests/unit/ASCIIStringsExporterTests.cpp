@@ -333,7 +333,9 @@ TEST_F(ASCIIStringsFile, refusesProtectedDestinations) {
       [&] {
         ASCIIStringsExporter::write(bytesOf("text"), 4, {document, {document}}, progress);
       },
-      testing::Throws<Error>());
+      test::failsWith(1206,
+                "Choose a different output destination. Writing to document.bin would overwrite "
+                "an open document or another input file."));
   EXPECT_EQ(folder.read("document.bin"), "text");
 }
 

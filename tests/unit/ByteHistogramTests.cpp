@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "support/CommaLocale.h"
+
 namespace quillmor {
 namespace {
 
@@ -90,6 +92,13 @@ TEST(ByteHistogramTest, namesTheValueItsCountAndItsShare) {
   EXPECT_EQ(histogram.description(0x7E), "0x7E '~': 0 bytes (0.000 %)");
   EXPECT_EQ(histogram.description(0xFF), "0xFF: 0 bytes (0.000 %)");
   EXPECT_EQ(histogramOf({}).description(0x41), "0x41 'A': 0 bytes (0.000 %)");
+}
+
+TEST(ByteHistogramTest, writesNumbersAlikeInEveryLocale) {
+  const test::CommaLocale comma;
+  ASSERT_TRUE(comma.isThere());
+  EXPECT_EQ(histogramOf({{0x41, 1234}, {0x7F, 21'482}}).description(0x41),
+            "0x41 'A': 1,234 bytes (5.432 %)");
 }
 
 TEST(ByteHistogramTest, saysHowManyValuesOccur) {

@@ -237,9 +237,14 @@ TEST_F(DifferenceReports, doNotOverwriteTheComparedFile) {
 TEST_F(DifferenceReports, doNotOverwriteOtherProtectedFiles) {
   folder.write("other.bin", "abc");
   const auto document = folder.write("document.bin", "abd");
-  EXPECT_THROW(DifferenceReportExporter::write(bytesOf("abd"), other, "other.bin",
-                                               {document, {document}}, progress),
-               Error);
+  EXPECT_THAT(
+      [&] {
+        DifferenceReportExporter::write(bytesOf("abd"), other, "other.bin", {document, {document}},
+                                        progress);
+      },
+      failsWith(1206,
+                "Choose a different output destination. Writing to document.bin would overwrite "
+                "an open document or another input file."));
   EXPECT_EQ(folder.read("document.bin"), "abd");
 }
 

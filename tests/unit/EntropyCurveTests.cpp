@@ -4,6 +4,8 @@
 
 #include <random>
 
+#include "support/CommaLocale.h"
+
 namespace quillmor {
 namespace {
 
@@ -109,6 +111,12 @@ TEST(EntropyCurveTest, namesOffsetAndEntropy) {
   EXPECT_EQ(curve.description(1), "0x00001000: 7.9871 bits/byte");
   EXPECT_EQ(curve.description(2), "0x00002000: 8.0000 bits/byte");
   EXPECT_EQ(EntropyCurve::offsetOf(2), 0x2000);
+}
+
+TEST(EntropyCurveTest, writesNumbersAlikeInEveryLocale) {
+  const test::CommaLocale comma;
+  ASSERT_TRUE(comma.isThere());
+  EXPECT_EQ(curveOf(4096, {7.5}).description(0), "0x00000000: 7.5000 bits/byte");
 }
 
 TEST(EntropyCurveTest, ticksStandAtRoundOffsets) {

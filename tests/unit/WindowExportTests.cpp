@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "support/FaultySystemCalls.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -126,6 +127,24 @@ TEST_F(WindowExports, leaveNothingBehindWhenStopped) {
     platform.executor.runAll();
     EXPECT_FALSE(editor->isBusy());
     EXPECT_EQ(folder.names(), std::vector<std::string>{"other"}) << exported.title;
+  }
+}
+
+TEST_F(WindowExports, leaveNothingBehindWhenStoppedWithTheFileHalfWritten) {
+  folder.write("other", std::string(2 << 20, 'b'));
+  for (const ExportCase& exported : kExports) {
+    for (const SystemCall moment : {SystemCall::write, SystemCall::fsync}) {
+      auto editor = makeEditor(std::string(2 << 20, 'a'));
+      editor.editor().setSelection({0, 2 << 20});
+      perform(editor, exported, "out");
+      FaultySystemCalls calls;
+      const ScopedSystemCalls scope(calls);
+      calls.before(moment, 1, [&] { editor->stopCurrentOperation(); });
+      platform.executor.runAll();
+      EXPECT_FALSE(editor->isBusy());
+      EXPECT_GE(calls.count(moment), 1) << exported.title;
+      EXPECT_EQ(folder.names(), std::vector<std::string>{"other"}) << exported.title;
+    }
   }
 }
 

@@ -16,7 +16,7 @@ void set(std::string& bytes, std::size_t offset, std::string_view with) {
 
 class WindowAcpi : public WindowFixture {
  protected:
-  /// A table of 36 bytes whose checksum byte is `checksum`; all of them add up to 0 with 0x51.
+  /// A table of 36 bytes whose checksum byte is `checksum`; all of them add up to 0 with 0xAD.
   static std::string table(char checksum) {
     std::string bytes(36, '\0');
     set(bytes, 0, "DSDT");

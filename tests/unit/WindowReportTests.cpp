@@ -5,6 +5,7 @@
 
 #include "support/FailingAllocation.h"
 #include "support/WindowFixture.h"
+#include "window/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {
@@ -66,6 +67,22 @@ TEST_F(WindowReports, giveTheChecksumsOfARange) {
                   .second.starts_with("Range: empty at 0x00000005\nLength: 0 bytes\nCRC32: "
                                       "00000000\nAdler32: 00000001\n"));
 }
+
+#if QUILLMOR_NEW_CAN_FAIL
+TEST_F(WindowReports, sayWhyTheChecksumsOfARangeFailed) {
+  auto editor = makeEditor("abc");
+  platform.executor.aroundNextWork([](const std::function<void()>& work) {
+    const FailingAllocation failing;
+    work();
+  });
+  platform.alerts.expect(
+      "Checksum Range", "Enter start offset and length. Decimal, 0xHEX, HEX, or HEXh are accepted.",
+      "OK", {"0", "3"});
+  editor->checksumRange();
+  platform.alerts.expect("Checksum Range Failed", "Cannot allocate memory");
+  platform.executor.runAll();
+}
+#endif
 
 TEST_F(WindowReports, refuseRangesThatAreNone) {
   constexpr const char* kQuestion =
@@ -159,6 +176,28 @@ TEST_F(WindowReports, listStrings) {
   auto none = makeEditor("abc");
   EXPECT_EQ(reportOf(none, "forwardStringsViewer:", "Finding strings…").second,
             "No printable ASCII strings with minimum length 4 were found.\n");
+}
+
+TEST_F(WindowReports, listNoMoreStringsThanAWindowHolds) {
+  std::string content;
+  for (int i = 0; i < 50'001; ++i) content.append("abcd", 5);
+  auto editor = makeEditor(content);
+  const auto report = reportOf(editor, "forwardStringsViewer:", "Finding strings…").second;
+  EXPECT_TRUE(report.ends_with(
+      "\nOutput truncated to fit the viewer limit. Export ASCII Strings to write the complete "
+      "report.\nDisplayed strings: 50000\nTotal strings found: 50001\n"));
+  auto longOne = makeEditor(std::string(maxUtilityReportCharacters, 'a'));
+  const auto shortened = reportOf(longOne, "forwardStringsViewer:", "Finding strings…").second;
+  EXPECT_TRUE(shortened.ends_with("\nDisplayed strings: 0\nTotal strings found: 1\n"));
+}
+
+TEST_F(WindowReports, mapNoMoreEntropyThanAWindowHolds) {
+  auto editor = makeEditor(std::string(10'001 * 4096, 'a'));
+  const auto report = reportOf(editor, "forwardEntropyMap:", "Building entropy map…").second;
+  EXPECT_TRUE(report.ends_with(
+      "\nOutput truncated to first 10000 chunk(s) to avoid excessive UI memory use.\nTotal chunks "
+      "scanned: 10000"))
+      << report.substr(report.size() - 200);
 }
 
 TEST_F(WindowReports, detectStructures) {
