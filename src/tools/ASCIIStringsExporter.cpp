@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 #include "base/Check.h"
@@ -45,11 +44,9 @@ std::string noStrings(std::int64_t minimumLength) {
 
 /// Writes offset and length of a string; returns the end of the text.
 char* writePrefix(char* to, std::int64_t offset, std::size_t length) {
-  to = writeOffset(to, offset);
-  std::memcpy(to, "  ", 2);
-  to = std::to_chars(to + 2, to + 2 + kMaxDigits, length).ptr;
-  std::memcpy(to, "  ", 2);
-  return to + 2;
+  to = writeText(writeOffset(to, offset), "  ");
+  to = std::to_chars(to, to + kMaxDigits, length).ptr;
+  return writeText(to, "  ");
 }
 
 void appendLine(BufferedText& text, std::int64_t offset, std::string_view string,
@@ -57,9 +54,7 @@ void appendLine(BufferedText& text, std::int64_t offset, std::string_view string
   if (string.size() <= kShortStringLength) {
     char* to = text.room(kMaxPrefixLength + string.size() + 1);
     to = writePrefix(to, offset, string.size());
-    to = std::copy(string.begin(), string.end(), to);
-    *to++ = '\n';
-    text.advance(to);
+    text.advance(writeText(writeText(to, string), "\n"));
     return;
   }
   text.advance(writePrefix(text.room(kMaxPrefixLength), offset, string.size()));

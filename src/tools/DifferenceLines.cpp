@@ -2,8 +2,6 @@
 
 #include <bit>
 #include <cstddef>
-#include <cstring>
-#include <string_view>
 
 #include "tools/ByteDifferences.h"
 #include "tools/OffsetText.h"
@@ -22,28 +20,18 @@ constexpr std::size_t kLinesPerPiece = 16'384;
 struct Value {
   std::uint8_t byte;
 
-  char* write(char* to) const {
-    std::memcpy(to, "0x", 2);
-    return writeHexByte(to + 2, byte);
-  }
+  char* write(char* to) const { return writeHexByte(writeText(to, "0x"), byte); }
 };
 
 struct EndOfFile {
-  static char* write(char* to) {
-    std::memcpy(to, "<EOF>", 5);
-    return to + 5;
-  }
+  static char* write(char* to) { return writeText(to, "<EOF>"); }
 };
 
 template <typename Current, typename Compared>
 char* writeLine(char* to, std::int64_t offset, Current current, Compared compared) {
-  to = writeOffset(to, offset);
-  std::memcpy(to, "  ", 2);
-  to = current.write(to + 2);
-  std::memcpy(to, "     ", 5);
-  to = compared.write(to + 5);
-  *to = '\n';
-  return to + 1;
+  to = current.write(writeText(writeOffset(to, offset), "  "));
+  to = compared.write(writeText(to, "     "));
+  return writeText(to, "\n");
 }
 
 /// A line made by `writeByteLine(to, offset, byte)` for each of the bytes.
@@ -53,7 +41,8 @@ void appendTail(BufferedText& text, const TaskProgress& progress,
                 WriteByteLine writeByteLine) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i % kLinesPerPiece == 0) progress.checkpoint();
-    text.advance(writeByteLine(text.room(kMaxLineLength), offset++, Value{bytes[i]}));
+    char* const to = text.room(kMaxLineLength);
+    text.advance(writeByteLine(to, offset + static_cast<std::int64_t>(i), Value{bytes[i]}));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "base/HexText.h"
 
@@ -10,6 +11,11 @@ namespace quillmor {
 
 /// The most characters an offset has.
 inline constexpr std::size_t kMaxOffsetLength = 16;
+
+/// Writes a text as it stands; returns its end.
+inline char* writeText(char* to, std::string_view text) {
+  return to + text.copy(to, text.size());
+}
 
 /// Writes a byte as two uppercase hex digits; returns the end of the text.
 inline char* writeHexByte(char* to, std::uint8_t byte) {
@@ -22,9 +28,7 @@ inline char* writeHexByte(char* to, std::uint8_t byte) {
 inline char* writeOffset(char* to, std::int64_t offset) {
   const auto value = static_cast<std::uint64_t>(offset);
   if (value > 0xFFFF'FFFF) [[unlikely]] {
-    const std::string text = uppercaseHex(offset, 8);
-    std::memcpy(to, text.data(), text.size());
-    return to + text.size();
+    return writeText(to, uppercaseHex(offset, 8));
   }
   for (int shift = 24; shift >= 0; shift -= 8) {
     to = writeHexByte(to, static_cast<std::uint8_t>(value >> shift));
