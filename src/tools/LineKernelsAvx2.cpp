@@ -11,6 +11,7 @@ namespace {
 using TwoLines = __m256i;
 
 constexpr std::size_t kBytesPerLine = LineKernels::kBytesPerLine;
+/// The place of a zero in a shuffle.
 constexpr char kGap = -1;
 
 [[gnu::target("avx2")]] inline TwoLines inBoth(__m128i half) {
@@ -90,8 +91,9 @@ struct DumpLines {
 };
 
 [[gnu::target("avx2")]] inline DumpLines dumpLines(TwoLines bytes, TwoLines offsets) {
-  const TwoLines bigEndian = _mm256_shuffle_epi8(
-      offsets, inBoth(_mm_setr_epi8(3, 2, 1, 0, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4)));
+  const TwoLines bigEndian =
+      _mm256_shuffle_epi8(offsets, inBoth(_mm_setr_epi8(3, 2, 1, 0, kGap, kGap, kGap, kGap, kGap,
+                                                        kGap, kGap, kGap, kGap, kGap, kGap, kGap)));
   const Digits digits = digitsOf(bytes);
   const TwoLines middle = _mm256_alignr_epi8(digits.last, digits.first, 8);
   const TwoLines characters = printable(bytes);
@@ -145,7 +147,8 @@ struct Records {
 [[gnu::target("avx2")]] inline Records records(TwoLines bytes, TwoLines offsets) {
   const TwoLines zero = _mm256_setzero_si256();
   const TwoLines address = _mm256_shuffle_epi8(
-      offsets, inBoth(_mm_setr_epi8(4, 1, 0, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4)));
+      offsets, inBoth(_mm_setr_epi8(kGap, 1, 0, kGap, kGap, kGap, kGap, kGap, kGap, kGap, kGap,
+                                    kGap, kGap, kGap, kGap, kGap)));
   const TwoLines header = _mm256_or_si256(address, inBoth(_mm_cvtsi32_si128(kBytesPerLine)));
   const TwoLines halves = _mm256_sad_epu8(bytes, zero);
   const TwoLines sum = _mm256_add_epi64(

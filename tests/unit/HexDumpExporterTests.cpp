@@ -1,43 +1,42 @@
 #include "tools/HexDumpExporter.h"
 
-#include <gtest/gtest.h>
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "base/HexText.h"
-#include "support/FileAccessTest.h"
+#include "support/ErrorMatchers.h"
+#include "support/ExporterFixture.h"
 #include "support/RandomBytes.h"
+#include "support/ReservedZeros.h"
 
 namespace quillmor::test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-HexSelection allOf(const Bytes& bytes) {
+constexpr std::int64_t kMiB = 1024 * 1024;
+
+HexSelection allOf(std::span<const std::uint8_t> bytes) {
   return {0, static_cast<std::int64_t>(bytes.size())};
 }
 
 std::string dumpOf(std::span<const std::uint8_t> bytes, HexSelection range) {
-  std::string text;
   TaskProgress progress;
-  HexDumpExporter::produce(
-      bytes, range, [&text](std::string_view piece) { text += piece; }, progress);
+  const std::string text = collected(
+      [&](const TextSink& sink) { HexDumpExporter::produce(bytes, range, sink, progress); });
   EXPECT_TRUE(range.length == 0 || progress.fraction() == 1);
   return text;
 }
 
-/// The dump as its lines, one after the other.
-std::string linesOf(const Bytes& bytes, HexSelection range) {
+/// The dump, one line after the other.
+std::string linesOf(std::span<const std::uint8_t> bytes, HexSelection range) {
   std::string text;
-  const auto selected = std::span(bytes).subspan(static_cast<std::size_t>(range.start),
-                                                 static_cast<std::size_t>(range.length));
+  const auto selected =
+      bytes.subspan(static_cast<std::size_t>(range.start), static_cast<std::size_t>(range.length));
   for (std::size_t at = 0; at < selected.size(); at += 16) {
-    text +=
-        HexDumpExporter::line(selected.subspan(at, std::min<std::size_t>(16, selected.size() - at)),
-                              range.start + static_cast<std::int64_t>(at));
+    const auto count = std::min<std::size_t>(16, selected.size() - at);
+    text += HexDumpExporter::line(selected.subspan(at, count),
+                                  range.start + static_cast<std::int64_t>(at));
   }
   return text;
 }
@@ -94,33 +93,11 @@ TEST(HexDump, isItsLinesAtEveryLengthAndAcrossItsPieces) {
   for (std::int64_t length = 0; length <= 100; ++length) {
     ASSERT_TRUE(dumpOf(bytes, {length, length}) == linesOf(bytes, {length, length})) << length;
   }
-  for (const std::int64_t length : {65535, 65536, 65537, 3 * 65536 + 32}) {
+  for (const std::int64_t length : {65535, 65536, 65537}) {
     EXPECT_TRUE(dumpOf(bytes, {1, length}) == linesOf(bytes, {1, length})) << length;
   }
   EXPECT_TRUE(dumpOf(bytes, allOf(bytes)) == linesOf(bytes, allOf(bytes)));
 }
-
-/// Zeros that take no memory until they are read.
-class ReservedZeros {
- public:
-  explicit ReservedZeros(std::size_t size)
-      : size_(size),
-        mapping_(
-            ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {
-    EXPECT_NE(mapping_, MAP_FAILED);
-  }
-  ~ReservedZeros() { ::munmap(mapping_, size_); }
-  ReservedZeros(const ReservedZeros&) = delete;
-  ReservedZeros& operator=(const ReservedZeros&) = delete;
-
-  std::span<const std::uint8_t> span() const {
-    return {static_cast<const std::uint8_t*>(mapping_), size_};
-  }
-
- private:
-  std::size_t size_;
-  void* mapping_;
-};
 
 TEST(HexDump, goesOnPastOffsetsOfEightDigits) {
   const ReservedZeros zeros(0x1'0000'1000);
@@ -130,6 +107,93 @@ TEST(HexDump, goesOnPastOffsetsOfEightDigits) {
             "FFFFFFE0" + rest + "FFFFFFF0" + rest + "100000000" + rest + "100000010" + rest);
   EXPECT_EQ(dumpOf(zeros.span(), {0xFFFF'FFEF, 48}),
             "FFFFFFEF" + rest + "FFFFFFFF" + rest + "10000000F" + rest);
+}
+
+TEST(HexDump, isHandedOnInPiecesOfAtMostAMebibyte) {
+  const Bytes bytes(4 * kMiB);
+  std::size_t total = 0;
+  std::size_t pieces = 0;
+  TaskProgress progress;
+  const TextSink sink = [&](std::string_view piece) {
+    EXPECT_LE(piece.size(), BufferedText::kCapacity);
+    total += piece.size();
+    ++pieces;
+  };
+  HexDumpExporter::produce(bytes, allOf(bytes), sink, progress);
+  EXPECT_EQ(total, bytes.size() / 16 * 78);
+  EXPECT_LE(pieces, total / BufferedText::kCapacity * 5 / 4 + 1);
+}
+
+TEST(HexDump, advancesTheProgressByTheBytesOfTheSelection) {
+  const Bytes bytes(4 * kMiB);
+  TaskProgress progress;
+  double last = -1;
+  const TextSink sink = [&](std::string_view) {
+    EXPECT_GT(progress.fraction(), last);
+    last = progress.fraction();
+  };
+  HexDumpExporter::produce(bytes, {kMiB, kMiB}, sink, progress);
+  EXPECT_EQ(progress.fraction(), 1);
+  EXPECT_EQ(last, 1);
+}
+
+TEST(HexDump, stopsWhenAskedTo) {
+  const Bytes bytes(4 * kMiB);
+  TaskProgress progress;
+  int pieces = 0;
+  const TextSink sink = [&](std::string_view) {
+    ++pieces;
+    progress.requestStop();
+  };
+  EXPECT_THAT([&] { HexDumpExporter::produce(bytes, allOf(bytes), sink, progress); },
+              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_EQ(pieces, 1);
+}
+
+TEST(HexDump, takesLittleMemoryBesideTheDocument) {
+  const ReservedZeros zeros(64 * kMiB);
+  std::int64_t length = 0;
+  const TextSink sink = [&length](std::string_view piece) { length += std::ssize(piece); };
+  TaskProgress progress;
+  EXPECT_LE(peakMemoryGrowth([&] {
+              HexDumpExporter::produce(zeros.span(), allOf(zeros.span()), sink, progress);
+            }),
+            16 * kMiB);
+  EXPECT_EQ(length, 64 * kMiB / 16 * 78);
+}
+
+class HexDumpFile : public ExporterTest {
+ protected:
+  const Bytes bytes_ = randomBytes(250'001, 2);
+  const Export writing_ = [this](const ExportTarget& target, TaskProgress& progress) {
+    HexDumpExporter::write(bytes_, target, progress);
+  };
+};
+
+TEST_F(HexDumpFile, holdsTheDumpOfAllBytes) {
+  expectWrites(writing_, linesOf(bytes_, allOf(bytes_)));
+}
+
+TEST_F(HexDumpFile, holdsTheDumpOfASelection) {
+  const HexSelection range = {1001, 70'000};
+  const Export writing = [&](const ExportTarget& target, TaskProgress& progress) {
+    HexDumpExporter::write(bytes_, range, target, progress);
+  };
+  expectWrites(writing, linesOf(bytes_, range));
+}
+
+TEST_F(HexDumpFile, ofNothingIsEmpty) {
+  TaskProgress progress;
+  HexDumpExporter::write({}, {existing, {}}, progress);
+  EXPECT_EQ(folder.read("existing.txt"), "");
+}
+
+TEST_F(HexDumpFile, isStoppedUntilItIsComplete) {
+  expectStopsAtEveryStage(writing_, linesOf(bytes_, allOf(bytes_)));
+}
+
+TEST_F(HexDumpFile, leavesTheDestinationWhenItFails) {
+  expectLeavesTheDestinationWhenItFails(writing_);
 }
 
 }  // namespace
