@@ -75,17 +75,34 @@ TEST(ByteTally, agreesWithAPlainLoopAtEveryAlignment) {
   }
 }
 
+/// From 8 MiB on the work is shared.
 TEST(ByteCounts, agreeWithAPlainLoopOnOneThreadAndOnTwo) {
-  const Bytes random = test::randomBytes(9 * kMiB + 3, 4);
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kMiB - 1, kMiB, kMiB + 1,
-                                 8 * kMiB - 1, 8 * kMiB, 9 * kMiB + 3}) {
+  const Bytes random = test::randomBytes(8 * kMiB + 3, 4);
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kMiB + 1, 8 * kMiB + 3}) {
     const View bytes = View(random).first(size);
+    const ByteCounts expected = naiveCounts(bytes);
     TaskProgress progress;
-    EXPECT_EQ(byteCounts(bytes, &progress), naiveCounts(bytes)) << size;
-    EXPECT_EQ(byteCounts(bytes), naiveCounts(bytes)) << size;
+    EXPECT_EQ(byteCounts(bytes, &progress), expected) << size;
+    EXPECT_EQ(byteCounts(bytes), expected) << size;
     if (size > 0) {
       EXPECT_EQ(progress.fraction(), 1) << size;
     }
+  }
+}
+
+TEST(ByteCounts, agreeWithAPlainLoopAboutRuns) {
+  // Runs of every length around the groups that are counted at once, at changing places.
+  Bytes bytes = {1, 2, 3};
+  for (std::size_t length = 1; length < 300; ++length) {
+    bytes.insert(bytes.end(), length, length % 2 == 0 ? 0x00 : 0xFF);
+    if (length % 3 == 0) bytes.push_back(static_cast<std::uint8_t>(length));
+  }
+  // Words that look like runs: all eight the same, of two bytes; equal bytes, one of them other.
+  for (int i = 0; i < 200; ++i) bytes.push_back(i % 2 == 0 ? 7 : 8);
+  for (int i = 0; i < 200; ++i) bytes.push_back(i == 133 ? 7 : 9);
+  for (std::size_t from = 0; from < 64; ++from) {
+    const View part = View(bytes).subspan(from);
+    ASSERT_EQ(byteCounts(part), naiveCounts(part)) << from;
   }
 }
 
