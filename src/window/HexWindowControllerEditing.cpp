@@ -95,9 +95,11 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
 bool HexWindowController::replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                                        const EditTitles& titles, const EditPlace& after) {
   const auto replaced = resultOf([&] {
-    announceEdit(range.start, range.length, static_cast<std::int64_t>(bytes.size()),
-                 titles.actionName);
-    hexDocument_->storage()->bytes.replace(range.start, range.length, bytes);
+    ByteBuffer& content = hexDocument_->storage()->bytes;
+    // An overwrite needs no memory once the bytes are the document's own.
+    if (range.length == std::ssize(bytes)) content.mutableSpan();
+    announceEdit(range.start, range.length, std::ssize(bytes), titles.actionName);
+    content.replace(range.start, range.length, bytes);
     return Done{};
   });
   if (replaced.isOk()) {

@@ -1,7 +1,9 @@
 // Firmware checksums and the presets for graphics cards, as a user meets them.
 
+#include <optional>
 #include <string>
 
+#include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -370,6 +372,71 @@ TEST_F(WindowPolaris, waitsForARunningOperation) {
   editor->applyRx580MacOSPreset();
   editor->applyRx580MacOSPresetAndFixChecksum();
   editor->endBusyStatus();
+}
+
+TEST_F(WindowPolaris, waitsForAnOperationThatBeganDuringTheQuestion) {
+  auto editor = makeEditor(romForPreset());
+  const auto begin = [&] { ASSERT_TRUE(editor->beginBusyStatus("Working…")); };
+  platform.alerts.expect(kFixTitle, kAboutFix, "Fix");
+  platform.alerts.expect(kFixTitle, kBusy);
+  platform.alerts.duringNext(begin);
+  editor->fixPolarisChecksum();
+  editor->endBusyStatus();
+  platform.alerts.expect(kPresetTitle, kAboutPreset, "Apply");
+  platform.alerts.expect("Apply Preset", kBusy);
+  platform.alerts.duringNext(begin);
+  editor->applyRx580MacOSPreset();
+  editor->endBusyStatus();
+  EXPECT_EQ(editor.text(), romForPreset());
+}
+
+TEST_F(WindowPolaris, goesOnOnlyInAWindowThatIsStillThere) {
+  auto editor = makeEditor("small");
+  platform.alerts.expect(kPresetAndFixTitle, kAboutPresetAndFix, "Apply");
+  // The alert about the ROM is the second one, so the first one sets the trap.
+  platform.alerts.duringNext(
+      [&] { platform.alerts.duringNext([&] { editor.window->closeWindow(); }); });
+  platform.alerts.expect(kPresetTitle, kTooSmall);
+  editor->applyRx580MacOSPresetAndFixChecksum();
+  EXPECT_EQ(platform.beeper.count, 0);
+}
+
+TEST_F(WindowPolaris, changesNothingWithoutMemory) {
+  std::string content = romForPreset() + std::string(4 << 20, 'x');
+  content[0x21] = 0x6C;
+  auto editor = makeEditor(content);
+  // Bytes that are shared are copied before they change.
+  const ByteBuffer shared = editor.document->data();
+  std::optional<NoMoreAddressSpace> none;
+  const auto takeMemoryAway = [&] { none.emplace(); };
+  platform.alerts.expect(kFixTitle, kAboutFix, "Fix");
+  platform.alerts.duringNext(takeMemoryAway);
+  platform.alerts.expect("Fix Polaris Checksum Failed", "Cannot allocate memory");
+  editor->fixPolarisChecksum();
+  none.reset();
+  platform.alerts.expect(kPresetTitle, kAboutPreset, "Apply");
+  platform.alerts.duringNext(takeMemoryAway);
+  platform.alerts.expect("Apply Preset: Rx580 macOS Failed", "Cannot allocate memory");
+  editor->applyRx580MacOSPreset();
+  none.reset();
+  EXPECT_TRUE(editor.text() == content);
+  EXPECT_FALSE(editor.document->isDocumentEdited());
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+}
+
+TEST_F(WindowAcpi, changesNothingWithoutMemory) {
+  const std::string content = table(0x10) + std::string(4 << 20, 'x');
+  auto editor = makeEditor(content);
+  const ByteBuffer shared = editor.document->data();
+  editor->fixACPIChecksum();
+  platform.executor.runOneWork();
+  {
+    const NoMoreAddressSpace none;
+    platform.alerts.expect("ACPI Checksum Failed", "Cannot allocate memory");
+    platform.executor.runAll();
+  }
+  EXPECT_TRUE(editor.text() == content);
+  EXPECT_FALSE(editor.document->isDocumentEdited());
 }
 
 TEST_F(WindowPolaris, changesNothingInAWindowThatClosedDuringTheQuestion) {
