@@ -52,6 +52,17 @@ bool isKey(std::string_view text, std::string_view upperCase) {
   return std::ranges::equal(text, upperCase, equal);
 }
 
+/// The start of `line` up to the first white space, or one character more than the longest key has.
+std::string_view keyOf(std::string_view line) {
+  std::size_t length = 0;
+  for (std::size_t i = 0; i <= kOffsetKey.size() && length < line.size(); ++i) {
+    const Unicode::DecodedScalar next = Unicode::decodeFirst(line.substr(length));
+    if (Unicode::isWhiteSpace(next.scalar)) break;
+    length += next.length;
+  }
+  return line.substr(0, length);
+}
+
 /// What the lines behind the first hold.
 struct Fields {
   std::vector<std::string_view> offsets;
@@ -66,8 +77,8 @@ struct Fields {
       hasBlankLine = true;
       return;
     }
-    const std::size_t keyEnd = std::min(line.find_first_of(" \t"), line.size());
-    valuesOf(line.substr(0, keyEnd)).push_back(Unicode::trimmedOfWhiteSpace(line.substr(keyEnd)));
+    const std::string_view key = keyOf(line);
+    valuesOf(key).push_back(Unicode::trimmedOfWhiteSpace(line.substr(key.size())));
   }
 
  private:

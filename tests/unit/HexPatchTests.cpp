@@ -138,9 +138,20 @@ TEST(HexPatch, trimsTheHeaderKeysAndValues) {
   EXPECT_EQ(parsed(" \t QuillmorPatch 1 \u00A0\nOFFSET 0x10\nDATA AA").offset, 16);
   EXPECT_EQ(parsedFields("  OFFSET \t 0x10 \t\n\tDATA\tAA BB ").offset, 16);
   EXPECT_EQ(parsedFields("\r\nOFFSET 1\r\nDATA AA").offset, 1);
-  // Only blanks and tabs stand between a key and its value.
-  EXPECT_THAT("QuillmorPatch 1\nOFFSET\u00A00x10\nDATA AA", kBadField);
   EXPECT_THAT("QuillmorPatch 1\nOFFSET0x10\nDATA AA", kBadField);
+}
+
+TEST(HexPatch, takesAnyWhiteSpaceBetweenKeyAndValue) {
+  for (const char* space : {" ", "\t", "\v", "\f", "\r", "\u0085", "\u00A0", "\u1680", "\u2003",
+                            "\u2028", "\u2029", "\u202F", "\u205F", "\u3000", "\u3000 \u00A0"}) {
+    const auto patch = parsedFields(std::string("OFFSET") + space + "0x10\nDATA" + space + "AA");
+    EXPECT_EQ(patch.offset, 16) << space;
+    EXPECT_THAT(patch.data, ElementsAre(0xAA)) << space;
+  }
+  // Those without width are no white space.
+  for (const char* other : {"\u200B", "\u2060", "\uFEFF"}) {
+    EXPECT_THAT(std::string("QuillmorPatch 1\nOFFSET") + other + "1\nDATA AA", kBadField) << other;
+  }
 }
 
 TEST(HexPatch, rejectsTextThatIsNotUtf8) {
