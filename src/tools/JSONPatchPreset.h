@@ -19,14 +19,14 @@ struct JSONPatchPreset {
   static constexpr std::int64_t kMaximumRules = 512;
 
   struct Rule {
-    std::string name;  ///< "Rule 1" and so on where the file has none
+    std::string name;  ///< "Rule 1" and so on where the file has no text of at least one character
     std::vector<std::uint8_t> find;
     std::vector<std::uint8_t> replace;
 
     bool operator==(const Rule&) const = default;
   };
 
-  std::string name;  ///< "Untitled" where the file has none
+  std::string name;  ///< "Untitled" where the file has no such text either
   std::vector<Rule> rules;
 
   /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks,

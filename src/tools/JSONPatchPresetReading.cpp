@@ -63,7 +63,6 @@ std::vector<std::uint8_t> ruleBytes(const Json& rule, const char* key, std::size
 
 std::string ruleName(const Json& rule, std::size_t index) {
   const std::string* const name = textOf(rule, "name");
-  if (name == nullptr && rule.contains("name")) failInvalidRule(index, "\"name\" must be a text");
   if (name == nullptr || name->empty()) return "Rule " + std::to_string(index + 1);
   if (isTooLong(*name)) {
     throw Error::quillmor(
