@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "base/ByteBuffer.h"
 #include "base/Error.h"
@@ -69,10 +68,12 @@ std::int64_t offsetOf(const Json& entry, std::size_t index) {
 }  // namespace
 
 std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file) {
-  const std::optional<Json> top = BoundedJSON::parsed<Json>(file);
-  if (!top) throw Error::quillmor(2709, "Bookmark file is not valid JSON.");
-  checkFormat(*top);
-  const Json& entries = entriesOf(*top);
+  const BoundedJSON::Errors errors{
+      Error::quillmor(2709, "Bookmark file is not valid JSON."),
+      Error::quillmor(2710, "Bookmark file is nested too deeply to import safely.")};
+  const Json top = BoundedJSON::parsed<Json>(file, errors);
+  checkFormat(top);
+  const Json& entries = entriesOf(top);
   std::vector<std::int64_t> offsets;
   offsets.reserve(entries.size());
   for (const Json& entry : entries) offsets.push_back(offsetOf(entry, offsets.size()));

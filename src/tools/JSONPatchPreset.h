@@ -29,8 +29,9 @@ struct JSONPatchPreset {
   std::string name;  ///< "Untitled" where the file has no such text either
   std::vector<Rule> rules;
 
-  /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks,
-  /// or what reading a file fails with.
+  /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks
+  /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested deeper
+  /// than `BoundedJSON` allows, or what reading a file fails with.
   static JSONPatchPreset read(const FileLocation& location, std::int64_t maxFileBytes,
                               TaskProgress& progress);
 

@@ -91,11 +91,13 @@ JSONPatchPreset JSONPatchPreset::read(const FileLocation& location, std::int64_t
 }
 
 JSONPatchPreset JSONPatchPreset::parse(std::span<const std::uint8_t> file) {
-  const std::optional<Json> top = BoundedJSON::parsed<Json>(file);
-  if (!top) throw Error::quillmor(2602, "Preset file is not valid JSON.");
-  if (!top->is_object()) throw Error::quillmor(2603, "Preset must be a JSON object.");
-  JSONPatchPreset preset{presetName(*top), {}};
-  const Json& rules = rulesOf(*top);
+  const BoundedJSON::Errors errors{
+      Error::quillmor(2602, "Preset file is not valid JSON."),
+      Error::quillmor(2612, "Preset file is nested too deeply to import safely.")};
+  const Json top = BoundedJSON::parsed<Json>(file, errors);
+  if (!top.is_object()) throw Error::quillmor(2603, "Preset must be a JSON object.");
+  JSONPatchPreset preset{presetName(top), {}};
+  const Json& rules = rulesOf(top);
   preset.rules.reserve(rules.size());
   for (const Json& rule : rules) preset.rules.push_back(ruleOf(rule, preset.rules.size()));
   return preset;

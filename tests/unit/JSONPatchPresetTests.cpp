@@ -24,6 +24,7 @@ auto failsToParse(int code, const std::string& message) {
 }
 
 const auto kNotJSON = failsToParse(2602, "Preset file is not valid JSON.");
+const auto kTooDeep = failsToParse(2612, "Preset file is nested too deeply to import safely.");
 const auto kNoObject = failsToParse(2603, "Preset must be a JSON object.");
 const auto kLongName = failsToParse(2604, "Preset name is too long to import safely.");
 const auto kNoRules = failsToParse(2605, "Preset is missing rules array.");
@@ -177,8 +178,12 @@ TEST(JSONPatchPreset, rejectsDeepNesting) {
     return R"({"rules":[],"x":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
   };
   EXPECT_THAT(parsed(nested(64)).rules, IsEmpty());
-  EXPECT_THAT(nested(65), kNotJSON);
-  EXPECT_TRUE(testing::Value(nested(100'000), kNotJSON));
+  EXPECT_THAT(nested(65), kTooDeep);
+  EXPECT_TRUE(testing::Value(nested(100'000), kTooDeep));
+  // What is wrong first is told first.
+  EXPECT_THAT("x" + nested(65), kNotJSON);
+  EXPECT_THAT(std::string(64, '[') + "]}" + std::string(65, '['), kNotJSON);
+  EXPECT_THAT(std::string(65, '['), kTooDeep);
 }
 
 TEST(JSONPatchPreset, acceptsOtherValuesBesides) {
