@@ -9,6 +9,7 @@
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/RandomBytes.h"
+#include "support/Stopping.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
@@ -82,8 +83,7 @@ TEST(HexPatch, writingCountsBytesAndStopsWhenAsked) {
   EXPECT_EQ(progress.fraction(), 1);
   TaskProgress stopped;
   stopped.requestStop();
-  EXPECT_THAT([&] { produceHexPatch(bytes, 0, ignored, stopped); },
-              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_THAT([&] { produceHexPatch(bytes, 0, ignored, stopped); }, test::isStopped());
 }
 
 // --- reading ----------------------------------------------------------------------------------
@@ -223,6 +223,37 @@ TEST(HexPatch, reportsTheFirstFailureInTheOrderOfTheChecks) {
   EXPECT_THAT("QuillmorPatch 1\n \nDATA 00\nOFFSET 1", kMalformed);
 }
 
+// --- stopping ---------------------------------------------------------------------------------
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  result.reserve(text.size() * count);
+  for (std::size_t i = 0; i < count; ++i) result += text;
+  return result;
+}
+
+TEST(HexPatch, isNotParsedAnyFurtherWhenStopped) {
+  TaskProgress stopped;
+  stopped.requestStop();
+  for (const char* text : {kGood, "", "x", "\xFF"}) {
+    EXPECT_THAT([&] { QuillmorPatch::parse(test::bytesOf(text), kNoLimit, &stopped); },
+                test::isStopped());
+  }
+}
+
+TEST(HexPatch, stopsInTheMiddleOfAnyText) {
+  constexpr std::size_t kMany = std::size_t{1} << 20;
+  const std::string lines = "QuillmorPatch 1\nOFFSET 1\nDATA ";
+  for (const std::string& text :
+       {repeated("\u00A0", kMany), lines + repeated("\u00A0", kMany) + "AA",
+        lines + "AA" + repeated("\u00A0", kMany), lines + "AA" + repeated("\u00A0", kMany) + "AA",
+        lines + repeated("A ", kMany)}) {
+    EXPECT_TRUE(test::stopsInTheMiddle([&](TaskProgress& progress) {
+      QuillmorPatch::parse(test::bytesOf(text), kNoLimit, &progress);
+    })) << text.size();
+  }
+}
+
 // --- files ------------------------------------------------------------------------------------
 
 class HexPatchFile : public test::FileAccessTest {
@@ -257,8 +288,7 @@ TEST_F(HexPatchFile, isWrittenWholeOrNotAtAll) {
   TaskProgress stopped;
   stopped.requestStop();
   const ExportTarget other{folder.location("other.patch"), {}};
-  EXPECT_THAT([&] { writeHexPatch(Bytes{1}, 0, other, stopped); },
-              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_THAT([&] { writeHexPatch(Bytes{1}, 0, other, stopped); }, test::isStopped());
   EXPECT_THAT(folder.names(), ElementsAre("out.patch"));
 }
 
