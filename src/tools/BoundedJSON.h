@@ -6,12 +6,17 @@
 #include <span>
 
 #include "base/Error.h"
+#include "base/TaskProgress.h"
 
 /// JSON from files that nobody vouches for. Any thread.
 namespace quillmor::BoundedJSON {
 
 /// How many arrays and objects may stand in one another.
 inline constexpr int kMaximumDepth = 64;
+
+/// How many bytes are parsed between two looks at the stop request. Few, as a byte of a hostile
+/// text can cost a parser a quarter of a microsecond.
+inline constexpr std::size_t kBytesBetweenLooks = std::size_t{16} * 1024;
 
 /// What a text that cannot be parsed fails with.
 struct Errors {
@@ -54,11 +59,13 @@ class DepthMeter {
 
 /// The characters of a text for a parser that reads them once, front to back. Taking one throws
 /// when the parser must not see it: `tooDeep` for what opens one level too many, `invalid` for a
-/// NUL, which valid JSON never holds and which parsers take for the end of the text.
+/// NUL, which valid JSON never holds and which parsers take for the end of the text, and
+/// `Error::stopped()` when `progress`, which may be null, says so.
 class GuardedText {
  public:
-  GuardedText(std::span<const std::uint8_t> text, const Errors& errors)
-      : text_(text), errors_(errors) {}
+  GuardedText(std::span<const std::uint8_t> text, const Errors& errors,
+              const TaskProgress* progress)
+      : text_(text), errors_(errors), progress_(progress) {}
 
   class Iterator {
    public:
@@ -88,12 +95,14 @@ class GuardedText {
 
  private:
   void take(std::size_t at) {
+    if (progress_ != nullptr && at % kBytesBetweenLooks == 0) progress_->checkpoint();
     if (text_[at] == 0) throw errors_.invalid;
     if (!meter_.accept(static_cast<char>(text_[at]))) throw errors_.tooDeep;
   }
 
   std::span<const std::uint8_t> text_;
   const Errors& errors_;
+  const TaskProgress* progress_;
   DepthMeter meter_;
 };
 
@@ -102,8 +111,10 @@ class GuardedText {
 /// 1e400; either error where the token behind a fault is too deep. Of equal keys the last one
 /// counts. `Json` is the library's type, which no header includes.
 template <class Json>
-Json parsed(std::span<const std::uint8_t> file, const Errors& errors) {
-  GuardedText text(file, errors);
+Json parsed(std::span<const std::uint8_t> file, const Errors& errors,
+            const TaskProgress* progress) {
+  if (progress != nullptr) progress->checkpoint();
+  GuardedText text(file, errors, progress);
   constexpr bool kThrows = false;
   Json value = Json::parse(text.begin(), text.end(), nullptr, kThrows);
   if (value.is_discarded()) throw errors.invalid;

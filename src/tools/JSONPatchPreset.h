@@ -30,13 +30,15 @@ struct JSONPatchPreset {
   std::vector<Rule> rules;
 
   /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks
-  /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested deeper
-  /// than `BoundedJSON` allows, or what reading a file fails with.
+  /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested
+  /// deeper than `BoundedJSON` allows, or what reading a file fails with. `progress` is asked every
+  /// few milliseconds whether to stop, which throws `Error::stopped()`.
   static JSONPatchPreset read(const FileLocation& location, std::int64_t maxFileBytes,
                               TaskProgress& progress);
 
   /// The same from the bytes of a file.
-  static JSONPatchPreset parse(std::span<const std::uint8_t> file);
+  static JSONPatchPreset parse(std::span<const std::uint8_t> file,
+                               const TaskProgress* progress = nullptr);
 };
 
 /// A whole document after a preset.
