@@ -32,9 +32,10 @@ struct JSONPatchPreset {
   /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks
   /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested
   /// deeper than `BoundedJSON` allows, or what reading a file fails with. `progress` is asked every
-  /// few milliseconds whether to stop, which throws `Error::stopped()`.
+  /// few milliseconds whether to stop, which throws `Error::stopped()`; nothing is counted in it,
+  /// as applying the preset does that.
   static JSONPatchPreset read(const FileLocation& location, std::int64_t maxFileBytes,
-                              TaskProgress& progress);
+                              const TaskProgress& progress);
 
   /// The same from the bytes of a file.
   static JSONPatchPreset parse(std::span<const std::uint8_t> file,

@@ -84,11 +84,11 @@ JSONPatchPreset::Rule ruleOf(const Json& rule, std::size_t index, const TaskProg
 }  // namespace
 
 JSONPatchPreset JSONPatchPreset::read(const FileLocation& location, std::int64_t maxFileBytes,
-                                      TaskProgress& progress) {
-  const ByteBuffer file = readLimitedFile(
+                                      const TaskProgress& progress) {
+  const std::vector<std::uint8_t> file = readLimitedFileUncounted(
       location, maxFileBytes, Error::quillmor(2601, "Preset file is too large to import safely."),
       progress);
-  return parse(file.span(), &progress);
+  return parse(file, &progress);
 }
 
 JSONPatchPreset JSONPatchPreset::parse(std::span<const std::uint8_t> file,

@@ -3,6 +3,7 @@
 
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
+#include "support/Stopping.h"
 #include "tools/JSONPatchPreset.h"
 
 namespace quillmor {
@@ -231,6 +232,24 @@ TEST_F(JSONPatchPresetFile, isReadUpToTheLimit) {
               failsWith(2602, "Preset file is not valid JSON."));
   EXPECT_THAT([&] { JSONPatchPreset::read(folder.location("none"), 5, progress); },
               test::failsWithPosix(ENOENT));
+}
+
+TEST_F(JSONPatchPresetFile, isNotCountedInTheProgressOfApplyingIt) {
+  TaskProgress progress;
+  const auto preset = JSONPatchPreset::read(
+      folder.write("p.json", presetOf(std::string(kRule) + "," + kRule)), 1000, progress);
+  EXPECT_LT(progress.fraction(), 0);
+  progress.setTotal(1);
+  EXPECT_EQ(progress.fraction(), 0);
+  applyJSONPreset(ByteBuffer{1, 2, 3, 4}, preset, {}, 4, progress);
+  EXPECT_EQ(progress.fraction(), 1);
+}
+
+TEST_F(JSONPatchPresetFile, isNotReadWhenStopped) {
+  TaskProgress stopped;
+  stopped.requestStop();
+  const FileLocation file = folder.write("p.json", R"({"rules":[]})");
+  EXPECT_THAT([&] { JSONPatchPreset::read(file, 12, stopped); }, test::isStopped());
 }
 
 }  // namespace
