@@ -29,9 +29,9 @@ std::optional<Offsets> offsetsOf(std::span<const std::uint8_t> file) {
     return BookmarkFile::bookmarkOffsets(file);
   } catch (const Error& error) {
     const int code = error.code();
-    checkPrecondition(
-        error.domain() == ErrorDomain::quillmor && ((code >= 2702 && code <= 2707) || code == 2709),
-        "A failure is one of the bookmark reader's");
+    checkPrecondition(error.domain() == ErrorDomain::quillmor &&
+                          ((code >= 2702 && code <= 2707) || code == 2709 || code == 2710),
+                      "A failure is one of the bookmark reader's");
     return std::nullopt;
   }
 }

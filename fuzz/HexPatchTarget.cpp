@@ -66,6 +66,10 @@ std::vector<std::string> linesOf(std::string_view text) {
   return lines;
 }
 
+bool isWhiteSpaceAt(std::string_view text, std::size_t at) {
+  return Unicode::isWhiteSpace(Unicode::decodeFirst(text.substr(at)).scalar);
+}
+
 /// The values of the lines whose key is `wanted`, of lines that are not empty.
 std::vector<std::string> valuesOf(const std::vector<std::string>& lines, const std::string& wanted,
                                   bool& isAnyOther) {
@@ -73,7 +77,7 @@ std::vector<std::string> valuesOf(const std::vector<std::string>& lines, const s
   for (const std::string& line : lines) {
     std::string key;
     std::size_t at = 0;
-    for (; at < line.size() && line[at] != ' ' && line[at] != '\t'; ++at) {
+    for (; at < line.size() && !isWhiteSpaceAt(line, at); ++at) {
       const char c = line[at];
       key += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     }

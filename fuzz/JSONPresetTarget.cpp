@@ -37,8 +37,9 @@ std::optional<JSONPatchPreset> presetOf(std::string_view text) {
     return JSONPatchPreset::parse(
         {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
   } catch (const Error& error) {
+    const int code = error.code();
     checkPrecondition(
-        error.domain() == ErrorDomain::quillmor && error.code() >= 2602 && error.code() <= 2608,
+        error.domain() == ErrorDomain::quillmor && ((code >= 2602 && code <= 2608) || code == 2612),
         "A failure is one of the preset reader's");
     return std::nullopt;
   }

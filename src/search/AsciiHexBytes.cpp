@@ -15,6 +15,9 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// The separators skipped between two looks at the stop request.
+constexpr std::ptrdiff_t kMostSeparators = std::ptrdiff_t{1024} * 1024;
+
 /// Marks what is no digit in the digit tables: beyond all bytes, whatever it is combined with.
 constexpr std::uint16_t kNoDigit = 0x100;
 
@@ -97,16 +100,18 @@ class Output {
 /// Reads one text. Its members work at a position and return the one behind what they have read.
 class Reader {
  public:
-  Reader(std::string_view text, std::uint64_t limit)
+  Reader(std::string_view text, std::uint64_t limit, const TaskProgress* progress)
       : begin_(text.data()),
         end_(begin_ + text.size()),
+        progress_(progress),
         output_(text.size() / 2 + text.size() % 2, limit) {}
 
   std::optional<Bytes> read() {
     const char* at = begin_;
     while (at != end_) {
+      checkpoint();
       const char* const begin = at;
-      while (at != end_ && isSeparatorAt(at)) ++at;
+      at = skipSeparators(at);
       at = readPairTokens(at);
       if (at != begin) continue;
       at = readToken(at);
@@ -118,6 +123,17 @@ class Reader {
   }
 
  private:
+  void checkpoint() const {
+    if (progress_ != nullptr) progress_->checkpoint();
+  }
+
+  /// The separators at `at`, or the first of very many.
+  const char* skipSeparators(const char* at) const {
+    const char* const end = at + std::min<std::ptrdiff_t>(end_ - at, kMostSeparators);
+    while (at != end && isSeparatorAt(at)) ++at;
+    return at;
+  }
+
   bool endsTokenAt(const char* at) const { return at == end_ || isSeparatorAt(at); }
 
   bool hasPairAt(const char* at) const { return end_ - at >= 2 && isPair(pairAt(at)); }
@@ -148,6 +164,7 @@ class Reader {
   /// Pairs without anything between them, to the last one; null when they exceed the limit.
   const char* readJoinedPairs(const char* at) {
     while (hasPairAt(at)) {
+      checkpoint();
       if (!output_.makeRoom()) return nullptr;
       std::uint8_t* next = output_.next();
       const std::uint8_t* const room = output_.end();
@@ -180,6 +197,7 @@ class Reader {
 
   const char* begin_;
   const char* end_;
+  const TaskProgress* progress_;
   Output output_;
 };
 
@@ -196,8 +214,9 @@ bool isAscii(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::optional<Bytes> parseAsciiHexBytes(std::string_view text, std::uint64_t maxOutputBytes) {
-  return Reader(text, maxOutputBytes).read();
+std::optional<Bytes> parseAsciiHexBytes(std::string_view text, std::uint64_t maxOutputBytes,
+                                        const TaskProgress* progress) {
+  return Reader(text, maxOutputBytes, progress).read();
 }
 
 }  // namespace quillmor::HexParser

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/TaskProgress.h"
+
 namespace quillmor::HexParser {
 
 /// Whether all of `text` is 7-bit ASCII.
@@ -18,6 +20,7 @@ constexpr bool isAsciiSeparator(char character) {
 
 /// `parseHexBytes` for text that `isAscii`, with at most `maxOutputBytes` (1 or more) bytes.
 std::optional<std::vector<std::uint8_t>> parseAsciiHexBytes(std::string_view text,
-                                                            std::uint64_t maxOutputBytes);
+                                                            std::uint64_t maxOutputBytes,
+                                                            const TaskProgress* progress);
 
 }  // namespace quillmor::HexParser

@@ -21,6 +21,9 @@ constexpr std::uint8_t kSeparator = 16;
 constexpr std::uint8_t kPrefixLetter = 17;
 constexpr std::uint8_t kInvalid = 18;
 
+/// How much is read between two looks at the stop request.
+constexpr std::int64_t kScalarsBetweenLooks = 65'536;
+
 constexpr bool isDigit(std::uint8_t characterClass) {
   return characterClass < kSeparator;
 }
@@ -101,11 +104,13 @@ class ByteCollector {
 /// white space as a separator.
 std::optional<Bytes> parseHexBytesUnicode(std::string_view text,
                                           std::optional<std::int64_t> maxOutputBytes,
-                                          std::optional<std::int64_t> maxInputCharacters) {
+                                          std::optional<std::int64_t> maxInputCharacters,
+                                          const TaskProgress* progress) {
   ByteCollector collector(text.size(), maxOutputBytes);
   std::int64_t scalarsRead = 0;
   while (!text.empty()) {
     if (maxInputCharacters && scalarsRead == *maxInputCharacters) return std::nullopt;
+    if (progress != nullptr && scalarsRead % kScalarsBetweenLooks == 0) progress->checkpoint();
     ++scalarsRead;
     const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
     if (!collector.accept(classOf(next.scalar))) return std::nullopt;
@@ -146,14 +151,17 @@ class OffsetText {
 
 std::optional<Bytes> parseHexBytes(std::string_view text,
                                    std::optional<std::int64_t> maxOutputBytes,
-                                   std::optional<std::int64_t> maxInputCharacters) {
+                                   std::optional<std::int64_t> maxInputCharacters,
+                                   const TaskProgress* progress) {
   if (maxInputCharacters && *maxInputCharacters < 0) return std::nullopt;
   if (maxOutputBytes && *maxOutputBytes < 1) return std::nullopt;
-  if (!isAscii(text)) return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters);
+  if (!isAscii(text)) {
+    return parseHexBytesUnicode(text, maxOutputBytes, maxInputCharacters, progress);
+  }
   if (maxInputCharacters && text.size() > static_cast<std::uint64_t>(*maxInputCharacters)) {
     return std::nullopt;
   }
-  return parseAsciiHexBytes(text, byteLimit(maxOutputBytes));
+  return parseAsciiHexBytes(text, byteLimit(maxOutputBytes), progress);
 }
 
 std::optional<std::int64_t> parseOffset(std::string_view text) {

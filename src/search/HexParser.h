@@ -5,9 +5,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/TaskProgress.h"
+
 /// The one definition of how typed or pasted text denotes bytes and offsets. Pure functions, safe
-/// from any thread; they never throw and never report: what is not accepted is absent, and the
-/// caller chooses the message. Text is UTF-8; bytes that are not count as U+FFFD, which no form
+/// from any thread; they never report: what is not accepted is absent, and the caller chooses the
+/// message. Text is UTF-8; bytes that are not count as U+FFFD, which no form
 /// accepts.
 namespace quillmor::HexParser {
 
@@ -17,10 +19,11 @@ namespace quillmor::HexParser {
 /// empty.
 ///
 /// `maxOutputBytes` (bytes) and `maxInputCharacters` (Unicode scalars) reject longer results and
-/// texts; they never cut.
+/// texts; they never cut. `progress` is asked every millisecond or so whether to stop, which throws
+/// `Error::stopped()`; nothing is counted in it.
 std::optional<std::vector<std::uint8_t>> parseHexBytes(
     std::string_view text, std::optional<std::int64_t> maxOutputBytes = {},
-    std::optional<std::int64_t> maxInputCharacters = {});
+    std::optional<std::int64_t> maxInputCharacters = {}, const TaskProgress* progress = nullptr);
 
 /// The offset or length `text` denotes: decimal digits, "0x" with hexadecimal digits, hexadecimal
 /// digits with at least one letter, or hexadecimal digits with a lower-case "h" after them; white

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "base/ByteBuffer.h"
 #include "base/Error.h"
@@ -68,11 +67,14 @@ std::int64_t offsetOf(const Json& entry, std::size_t index) {
 
 }  // namespace
 
-std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file) {
-  const std::optional<Json> top = BoundedJSON::parsed<Json>(file);
-  if (!top) throw Error::quillmor(2709, "Bookmark file is not valid JSON.");
-  checkFormat(*top);
-  const Json& entries = entriesOf(*top);
+std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file,
+                                          const TaskProgress* progress) {
+  const BoundedJSON::Errors errors{
+      Error::quillmor(2709, "Bookmark file is not valid JSON."),
+      Error::quillmor(2710, "Bookmark file is nested too deeply to import safely.")};
+  const Json top = BoundedJSON::parsed<Json>(file, errors, progress);
+  checkFormat(top);
+  const Json& entries = entriesOf(top);
   std::vector<std::int64_t> offsets;
   offsets.reserve(entries.size());
   for (const Json& entry : entries) offsets.push_back(offsetOf(entry, offsets.size()));
@@ -86,7 +88,7 @@ std::vector<std::int64_t> read(const FileLocation& location, std::int64_t maxFil
   const ByteBuffer file = readLimitedFile(
       location, maxFileBytes, Error::quillmor(2701, "Bookmark file is too large to import safely."),
       progress);
-  return bookmarkOffsets(file.span());
+  return bookmarkOffsets(file.span(), &progress);
 }
 
 std::string text(const std::vector<std::int64_t>& offsets, std::int64_t maxFileBytes) {

@@ -12,9 +12,12 @@
 namespace quillmor::BookmarkFile {
 
 /// The offsets in the bytes of a bookmark file (or in a bare JSON array), sorted and each once.
-/// Code 2709 for what is not valid JSON (see `BoundedJSON`), then 2702 to 2707 in the order of the
-/// checks; at most `Bookmarks::maxBookmarkEntries` entries.
-std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file);
+/// Code 2709 for what is not valid JSON or holds a number beyond the range of a double, 2710 for
+/// values nested deeper than `BoundedJSON` allows, then 2702 to 2707 in the order of the checks; at
+/// most `Bookmarks::maxBookmarkEntries` entries. `progress` is asked every few milliseconds whether
+/// to stop, which throws `Error::stopped()`.
+std::vector<std::int64_t> bookmarkOffsets(std::span<const std::uint8_t> file,
+                                          const TaskProgress* progress = nullptr);
 
 /// Reads them from a file of at most `maxFileBytes`; code 2701 for a larger one, else as above or
 /// what reading a file fails with.

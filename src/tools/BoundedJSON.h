@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <iterator>
 #include <span>
+
+#include "base/Error.h"
+#include "base/TaskProgress.h"
 
 /// JSON from files that nobody vouches for. Any thread.
 namespace quillmor::BoundedJSON {
@@ -10,19 +14,110 @@ namespace quillmor::BoundedJSON {
 /// How many arrays and objects may stand in one another.
 inline constexpr int kMaximumDepth = 64;
 
-/// Whether a parser may be given `file`: no value in it lies deeper than `kMaximumDepth`, and no
-/// byte is NUL, which valid JSON never holds and which parsers take for the end of the text.
-bool mayBeParsed(std::span<const std::uint8_t> file);
+/// How many bytes are parsed between two looks at the stop request. Few, as a byte of a hostile
+/// text can cost a parser a quarter of a microsecond.
+inline constexpr std::size_t kBytesBetweenLooks = std::size_t{16} * 1024;
 
-/// The value `file` holds: UTF-8, with or without a byte order mark. Absent when it is not valid
-/// JSON, or nested deeper than the limit, or has a number beyond the range of a double. Of equal
-/// keys the last one counts. `Json` is the library's type, which no header includes.
+/// What a text that cannot be parsed fails with.
+struct Errors {
+  Error invalid;  ///< it is not JSON
+  Error tooDeep;  ///< it is JSON up to a value deeper than `kMaximumDepth`
+};
+
+/// Follows how deep a text is nested, as long as it is JSON.
+class DepthMeter {
+ public:
+  /// False when `character` opens one level too many.
+  bool accept(char character) {
+    if (isInString_) {
+      acceptInString(character);
+    } else if (character == '"') {
+      isInString_ = true;
+    } else if (character == '[' || character == '{') {
+      ++depth_;
+    } else if (character == ']' || character == '}') {
+      --depth_;
+    }
+    return depth_ <= kMaximumDepth;
+  }
+
+ private:
+  void acceptInString(char character) {
+    if (isEscaped_) {
+      isEscaped_ = false;
+    } else if (character == '\\') {
+      isEscaped_ = true;
+    } else if (character == '"') {
+      isInString_ = false;
+    }
+  }
+
+  std::int64_t depth_ = 0;
+  bool isInString_ = false;
+  bool isEscaped_ = false;
+};
+
+/// The characters of a text for a parser that reads them once, front to back. Taking one throws
+/// when the parser must not see it: `tooDeep` for what opens one level too many, `invalid` for a
+/// NUL, which valid JSON never holds and which parsers take for the end of the text, and
+/// `Error::stopped()` when `progress`, which may be null, says so.
+class GuardedText {
+ public:
+  GuardedText(std::span<const std::uint8_t> text, const Errors& errors,
+              const TaskProgress* progress)
+      : text_(text), errors_(errors), progress_(progress) {}
+
+  class Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = char;
+
+    Iterator(GuardedText& text, std::size_t at) : text_(&text), at_(at) {}
+
+    char operator*() const { return static_cast<char>(text_->text_[at_]); }
+    Iterator& operator++() {
+      text_->take(at_++);
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+    bool operator==(const Iterator& other) const { return at_ == other.at_; }
+
+   private:
+    GuardedText* text_;
+    std::size_t at_;
+  };
+
+  Iterator begin() { return {*this, 0}; }
+  Iterator end() { return {*this, text_.size()}; }
+
+ private:
+  void take(std::size_t at) {
+    if (progress_ != nullptr && at % kBytesBetweenLooks == 0) progress_->checkpoint();
+    if (text_[at] == 0) throw errors_.invalid;
+    if (!meter_.accept(static_cast<char>(text_[at]))) throw errors_.tooDeep;
+  }
+
+  std::span<const std::uint8_t> text_;
+  const Errors& errors_;
+  const TaskProgress* progress_;
+  DepthMeter meter_;
+};
+
+/// The value `file` holds: UTF-8, with or without a byte order mark. Throws as `GuardedText` does,
+/// and `errors.invalid` for what is not JSON or has a number beyond the range of a double, such as
+/// 1e400; either error where the token behind a fault is too deep. Of equal keys the last one
+/// counts. `Json` is the library's type, which no header includes.
 template <class Json>
-std::optional<Json> parsed(std::span<const std::uint8_t> file) {
-  if (!mayBeParsed(file)) return std::nullopt;
+Json parsed(std::span<const std::uint8_t> file, const Errors& errors,
+            const TaskProgress* progress) {
+  if (progress != nullptr) progress->checkpoint();
+  GuardedText text(file, errors, progress);
   constexpr bool kThrows = false;
-  Json value = Json::parse(file.begin(), file.end(), nullptr, kThrows);
-  if (value.is_discarded()) return std::nullopt;
+  Json value = Json::parse(text.begin(), text.end(), nullptr, kThrows);
+  if (value.is_discarded()) throw errors.invalid;
   return value;
 }
 

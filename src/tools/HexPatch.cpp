@@ -11,6 +11,7 @@
 #include "search/HexParser.h"
 #include "tools/LimitedFile.h"
 #include "tools/SpacedHex.h"
+#include "tools/StoppableText.h"
 #include "tools/TextPieces.h"
 
 namespace quillmor {
@@ -23,6 +24,9 @@ constexpr std::string_view kDataKey = "DATA";
 
 /// The pieces that line feeds may divide a patch into.
 constexpr std::size_t kMaximumLines = 4;
+
+/// The characters of the longest text that `HexParser::parseOffset` takes.
+constexpr std::size_t kLongestOffset = 128;
 
 /// The bytes that are converted at a time.
 constexpr std::size_t kPieceSize = 4096;
@@ -52,22 +56,33 @@ bool isKey(std::string_view text, std::string_view upperCase) {
   return std::ranges::equal(text, upperCase, equal);
 }
 
+/// The start of `line` up to the first white space, or one character more than the longest key has.
+std::string_view keyOf(std::string_view line) {
+  std::size_t length = 0;
+  for (std::size_t i = 0; i <= kOffsetKey.size() && length < line.size(); ++i) {
+    const Unicode::DecodedScalar next = Unicode::decodeFirst(line.substr(length));
+    if (Unicode::isWhiteSpace(next.scalar)) break;
+    length += next.length;
+  }
+  return line.substr(0, length);
+}
+
 /// What the lines behind the first hold.
 struct Fields {
   std::vector<std::string_view> offsets;
   std::vector<std::string_view> data;
   bool hasBlankLine = false;  ///< one of white space, which is neither a field nor empty
 
-  void read(std::string_view line) {
+  void read(std::string_view line, const TaskProgress* progress) {
     // A line may end in CR LF.
     if (line.empty() || line == "\r") return;
-    line = Unicode::trimmedOfWhiteSpace(line);
+    line = trimmedOfWhiteSpace(line, progress);
     if (line.empty()) {
       hasBlankLine = true;
       return;
     }
-    const std::size_t keyEnd = std::min(line.find_first_of(" \t"), line.size());
-    valuesOf(line.substr(0, keyEnd)).push_back(Unicode::trimmedOfWhiteSpace(line.substr(keyEnd)));
+    const std::string_view key = keyOf(line);
+    valuesOf(key).push_back(trimmedOfWhiteSpace(line.substr(key.size()), progress));
   }
 
  private:
@@ -78,28 +93,31 @@ struct Fields {
   }
 };
 
-Fields fieldsOf(std::string_view text) {
+Fields fieldsOf(std::string_view text, const TaskProgress* progress) {
   const std::vector<std::string_view> lines = linesOf(text);
-  if (Unicode::trimmedOfWhiteSpace(lines.front()) != kHeader) {
+  if (trimmedOfWhiteSpace(lines.front(), progress) != kHeader) {
     throw Error::quillmor(2504, "Invalid or unsupported Quillmor patch header.");
   }
   Fields fields;
-  for (std::size_t i = 1; i < lines.size(); ++i) fields.read(lines[i]);
+  for (std::size_t i = 1; i < lines.size(); ++i) fields.read(lines[i], progress);
   return fields;
 }
 
 std::int64_t offsetOf(const Fields& fields) {
-  const auto offset =
-      fields.offsets.size() == 1 ? HexParser::parseOffset(fields.offsets[0]) : std::nullopt;
+  // What is longer is not looked through, which nothing could stop.
+  const bool isOne = fields.offsets.size() == 1 && fields.offsets[0].size() <= kLongestOffset;
+  const auto offset = isOne ? HexParser::parseOffset(fields.offsets[0]) : std::nullopt;
   if (!offset || *offset < 0) {
     throw Error::quillmor(2506, "Patch must contain exactly one valid OFFSET field.");
   }
   return *offset;
 }
 
-std::vector<std::uint8_t> dataOf(const Fields& fields, std::int64_t maxDataBytes) {
-  auto data = fields.data.size() == 1 ? HexParser::parseHexBytes(fields.data[0], maxDataBytes)
-                                      : std::nullopt;
+std::vector<std::uint8_t> dataOf(const Fields& fields, std::int64_t maxDataBytes,
+                                 const TaskProgress* progress) {
+  auto data = fields.data.size() == 1
+                  ? HexParser::parseHexBytes(fields.data[0], maxDataBytes, {}, progress)
+                  : std::nullopt;
   if (!data) throw Error::quillmor(2507, "Patch must contain exactly one non-empty DATA field.");
   return *std::move(data);
 }
@@ -111,16 +129,18 @@ QuillmorPatch QuillmorPatch::read(const FileLocation& location, std::int64_t max
   const ByteBuffer file =
       readLimitedFile(location, maxFileBytes,
                       Error::quillmor(2501, "Patch file is too large to import safely."), progress);
-  return parse(file.span(), maxDataBytes);
+  return parse(file.span(), maxDataBytes, &progress);
 }
 
-QuillmorPatch QuillmorPatch::parse(std::span<const std::uint8_t> file, std::int64_t maxDataBytes) {
+QuillmorPatch QuillmorPatch::parse(std::span<const std::uint8_t> file, std::int64_t maxDataBytes,
+                                   const TaskProgress* progress) {
+  if (progress != nullptr) progress->checkpoint();
   const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
-  if (!Unicode::isValid(text)) {
+  if (!isValidUtf8(text, progress)) {
     throw Error::quillmor(2502, "Patch file is not valid UTF-8 text.");
   }
-  const Fields fields = fieldsOf(text);
-  QuillmorPatch patch{offsetOf(fields), dataOf(fields, maxDataBytes)};
+  const Fields fields = fieldsOf(text, progress);
+  QuillmorPatch patch{offsetOf(fields), dataOf(fields, maxDataBytes, progress)};
   if (fields.hasBlankLine) throw Error::quillmor(2508, "Invalid Quillmor patch file.");
   return patch;
 }

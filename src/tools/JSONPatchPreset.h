@@ -19,23 +19,27 @@ struct JSONPatchPreset {
   static constexpr std::int64_t kMaximumRules = 512;
 
   struct Rule {
-    std::string name;  ///< "Rule 1" and so on where the file has none
+    std::string name;  ///< "Rule 1" and so on where the file has no text of at least one character
     std::vector<std::uint8_t> find;
     std::vector<std::uint8_t> replace;
 
     bool operator==(const Rule&) const = default;
   };
 
-  std::string name;  ///< "Untitled" where the file has none
+  std::string name;  ///< "Untitled" where the file has no such text either
   std::vector<Rule> rules;
 
-  /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks,
-  /// or what reading a file fails with.
+  /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks
+  /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested
+  /// deeper than `BoundedJSON` allows, or what reading a file fails with. `progress` is asked every
+  /// few milliseconds whether to stop, which throws `Error::stopped()`; nothing is counted in it,
+  /// as applying the preset does that.
   static JSONPatchPreset read(const FileLocation& location, std::int64_t maxFileBytes,
-                              TaskProgress& progress);
+                              const TaskProgress& progress);
 
   /// The same from the bytes of a file.
-  static JSONPatchPreset parse(std::span<const std::uint8_t> file);
+  static JSONPatchPreset parse(std::span<const std::uint8_t> file,
+                               const TaskProgress* progress = nullptr);
 };
 
 /// A whole document after a preset.

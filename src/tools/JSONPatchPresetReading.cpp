@@ -54,16 +54,16 @@ const Json& rulesOf(const Json& preset) {
                         "Invalid rule at index " + std::to_string(index) + ": " + reason + ".");
 }
 
-std::vector<std::uint8_t> ruleBytes(const Json& rule, const char* key, std::size_t index) {
+std::vector<std::uint8_t> ruleBytes(const Json& rule, const char* key, std::size_t index,
+                                    const TaskProgress* progress) {
   const std::string* const text = textOf(rule, key);
-  auto bytes = text == nullptr ? std::nullopt : HexParser::parseHexBytes(*text);
+  auto bytes = text == nullptr ? std::nullopt : HexParser::parseHexBytes(*text, {}, {}, progress);
   if (!bytes) failInvalidRule(index, "\"" + std::string(key) + "\" must be hexadecimal bytes");
   return *std::move(bytes);
 }
 
 std::string ruleName(const Json& rule, std::size_t index) {
   const std::string* const name = textOf(rule, "name");
-  if (name == nullptr && rule.contains("name")) failInvalidRule(index, "\"name\" must be a text");
   if (name == nullptr || name->empty()) return "Rule " + std::to_string(index + 1);
   if (isTooLong(*name)) {
     throw Error::quillmor(
@@ -72,11 +72,11 @@ std::string ruleName(const Json& rule, std::size_t index) {
   return *name;
 }
 
-JSONPatchPreset::Rule ruleOf(const Json& rule, std::size_t index) {
+JSONPatchPreset::Rule ruleOf(const Json& rule, std::size_t index, const TaskProgress* progress) {
   if (!rule.is_object()) failInvalidRule(index, "a rule must be an object");
   JSONPatchPreset::Rule result;
-  result.find = ruleBytes(rule, "find", index);
-  result.replace = ruleBytes(rule, "replace", index);
+  result.find = ruleBytes(rule, "find", index, progress);
+  result.replace = ruleBytes(rule, "replace", index, progress);
   result.name = ruleName(rule, index);
   return result;
 }
@@ -84,21 +84,26 @@ JSONPatchPreset::Rule ruleOf(const Json& rule, std::size_t index) {
 }  // namespace
 
 JSONPatchPreset JSONPatchPreset::read(const FileLocation& location, std::int64_t maxFileBytes,
-                                      TaskProgress& progress) {
-  const ByteBuffer file = readLimitedFile(
+                                      const TaskProgress& progress) {
+  const std::vector<std::uint8_t> file = readLimitedFileUncounted(
       location, maxFileBytes, Error::quillmor(2601, "Preset file is too large to import safely."),
       progress);
-  return parse(file.span());
+  return parse(file, &progress);
 }
 
-JSONPatchPreset JSONPatchPreset::parse(std::span<const std::uint8_t> file) {
-  const std::optional<Json> top = BoundedJSON::parsed<Json>(file);
-  if (!top) throw Error::quillmor(2602, "Preset file is not valid JSON.");
-  if (!top->is_object()) throw Error::quillmor(2603, "Preset must be a JSON object.");
-  JSONPatchPreset preset{presetName(*top), {}};
-  const Json& rules = rulesOf(*top);
+JSONPatchPreset JSONPatchPreset::parse(std::span<const std::uint8_t> file,
+                                       const TaskProgress* progress) {
+  const BoundedJSON::Errors errors{
+      Error::quillmor(2602, "Preset file is not valid JSON."),
+      Error::quillmor(2612, "Preset file is nested too deeply to import safely.")};
+  const Json top = BoundedJSON::parsed<Json>(file, errors, progress);
+  if (!top.is_object()) throw Error::quillmor(2603, "Preset must be a JSON object.");
+  JSONPatchPreset preset{presetName(top), {}};
+  const Json& rules = rulesOf(top);
   preset.rules.reserve(rules.size());
-  for (const Json& rule : rules) preset.rules.push_back(ruleOf(rule, preset.rules.size()));
+  for (const Json& rule : rules) {
+    preset.rules.push_back(ruleOf(rule, preset.rules.size(), progress));
+  }
   return preset;
 }
 

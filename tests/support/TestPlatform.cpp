@@ -49,6 +49,7 @@ AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
 
 std::vector<FileLocation> ScriptedFilePanels::runOpenPanel(const std::string& title, bool,
                                                            const std::optional<FileLocation>&) {
+  if (duringNext) std::exchange(duringNext, nullptr)();
   if (openAnswers.empty()) {
     ADD_FAILURE() << "unexpected open panel: " << title;
     return {};
@@ -62,6 +63,7 @@ std::optional<FileLocation> ScriptedFilePanels::runSavePanel(const std::string& 
                                                              const std::string& suggestedName,
                                                              const std::optional<FileLocation>&) {
   suggestedNames.push_back(suggestedName);
+  if (duringNext) std::exchange(duringNext, nullptr)();
   if (saveAnswers.empty()) {
     ADD_FAILURE() << "unexpected save panel: " << title;
     return std::nullopt;

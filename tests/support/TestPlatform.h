@@ -54,6 +54,8 @@ class ScriptedFilePanels : public FilePanels {
   std::deque<std::vector<FileLocation>> openAnswers;
   std::deque<std::optional<FileLocation>> saveAnswers;
   std::vector<std::string> suggestedNames;
+  /// Runs while the next panel is on screen, as the event loop of a real one would.
+  std::function<void()> duringNext;
 
   std::vector<FileLocation> runOpenPanel(const std::string& title, bool allowsMultipleSelection,
                                          const std::optional<FileLocation>& directory) override;

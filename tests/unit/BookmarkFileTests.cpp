@@ -30,6 +30,7 @@ auto failsToParse(int code, const std::string& message) {
 }
 
 const auto kNotJSON = failsToParse(2709, "Bookmark file is not valid JSON.");
+const auto kTooDeep = failsToParse(2710, "Bookmark file is nested too deeply to import safely.");
 const auto kBadFormat = failsToParse(2702, "Bookmark file has an unsupported format identifier.");
 const auto kBadVersion = failsToParse(2703, "Bookmark file has an unsupported version.");
 const auto kNoArray = failsToParse(2704, "Bookmark file must contain a bookmarks array.");
@@ -225,19 +226,27 @@ TEST(BookmarkFile, rejectsDeepNesting) {
   };
   EXPECT_THAT(parsed(nested(63)), ElementsAre(7));
   EXPECT_THAT(parsed(nested(64)), ElementsAre(7));
-  EXPECT_THAT(nested(65), kNotJSON);
-  EXPECT_TRUE(testing::Value(nested(100'000), kNotJSON));
-  EXPECT_TRUE(testing::Value(std::string(100'000, '['), kNotJSON));
+  EXPECT_THAT(nested(65), kTooDeep);
+  EXPECT_TRUE(testing::Value(nested(100'000), kTooDeep));
+  EXPECT_TRUE(testing::Value(std::string(100'000, '['), kTooDeep));
   std::string objects;
   for (int i = 0; i < 100'000; ++i) objects += "{\"\":";
-  EXPECT_TRUE(testing::Value(objects, kNotJSON));
+  EXPECT_TRUE(testing::Value(objects, kTooDeep));
+}
+
+TEST(BookmarkFile, tellsOfNestingOnlyWhereItIsJSONUpToThere) {
+  const std::string deep(65, '[');
+  EXPECT_THAT("[1 2," + deep, kNotJSON);
+  EXPECT_THAT("[1]" + deep, kNotJSON);
+  EXPECT_THAT(std::string("[\0", 2) + deep, kNotJSON);
+  EXPECT_THAT("[1," + deep, kTooDeep);
 }
 
 TEST(BookmarkFile, countsNoBracketsInTexts) {
   const std::string brackets(100, '[');
   EXPECT_THAT(parsed(R"({"bookmarks":[7],"x":"\")" + brackets + R"(\\"})"), ElementsAre(7));
   EXPECT_THAT(R"({"bookmarks":[7],"x":"\\","y":)" + brackets + std::string(100, ']') + "}",
-              kNotJSON);
+              kTooDeep);
   // Many values side by side are not deep.
   EXPECT_THAT(parsed(R"({"bookmarks":[7],"x":[)" + repeatedEntries(1000, "[{}]") + "]}"),
               ElementsAre(7));

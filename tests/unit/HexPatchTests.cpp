@@ -9,6 +9,7 @@
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/RandomBytes.h"
+#include "support/Stopping.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
@@ -82,8 +83,7 @@ TEST(HexPatch, writingCountsBytesAndStopsWhenAsked) {
   EXPECT_EQ(progress.fraction(), 1);
   TaskProgress stopped;
   stopped.requestStop();
-  EXPECT_THAT([&] { produceHexPatch(bytes, 0, ignored, stopped); },
-              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_THAT([&] { produceHexPatch(bytes, 0, ignored, stopped); }, test::isStopped());
 }
 
 // --- reading ----------------------------------------------------------------------------------
@@ -138,9 +138,20 @@ TEST(HexPatch, trimsTheHeaderKeysAndValues) {
   EXPECT_EQ(parsed(" \t QuillmorPatch 1 \u00A0\nOFFSET 0x10\nDATA AA").offset, 16);
   EXPECT_EQ(parsedFields("  OFFSET \t 0x10 \t\n\tDATA\tAA BB ").offset, 16);
   EXPECT_EQ(parsedFields("\r\nOFFSET 1\r\nDATA AA").offset, 1);
-  // Only blanks and tabs stand between a key and its value.
-  EXPECT_THAT("QuillmorPatch 1\nOFFSET\u00A00x10\nDATA AA", kBadField);
   EXPECT_THAT("QuillmorPatch 1\nOFFSET0x10\nDATA AA", kBadField);
+}
+
+TEST(HexPatch, takesAnyWhiteSpaceBetweenKeyAndValue) {
+  for (const char* space : {" ", "\t", "\v", "\f", "\r", "\u0085", "\u00A0", "\u1680", "\u2003",
+                            "\u2028", "\u2029", "\u202F", "\u205F", "\u3000", "\u3000 \u00A0"}) {
+    const auto patch = parsedFields(std::string("OFFSET") + space + "0x10\nDATA" + space + "AA");
+    EXPECT_EQ(patch.offset, 16) << space;
+    EXPECT_THAT(patch.data, ElementsAre(0xAA)) << space;
+  }
+  // Those without width are no white space.
+  for (const char* other : {"\u200B", "\u2060", "\uFEFF"}) {
+    EXPECT_THAT(std::string("QuillmorPatch 1\nOFFSET") + other + "1\nDATA AA", kBadField) << other;
+  }
 }
 
 TEST(HexPatch, rejectsTextThatIsNotUtf8) {
@@ -212,6 +223,37 @@ TEST(HexPatch, reportsTheFirstFailureInTheOrderOfTheChecks) {
   EXPECT_THAT("QuillmorPatch 1\n \nDATA 00\nOFFSET 1", kMalformed);
 }
 
+// --- stopping ---------------------------------------------------------------------------------
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  result.reserve(text.size() * count);
+  for (std::size_t i = 0; i < count; ++i) result += text;
+  return result;
+}
+
+TEST(HexPatch, isNotParsedAnyFurtherWhenStopped) {
+  TaskProgress stopped;
+  stopped.requestStop();
+  for (const char* text : {kGood, "", "x", "\xFF"}) {
+    EXPECT_THAT([&] { QuillmorPatch::parse(test::bytesOf(text), kNoLimit, &stopped); },
+                test::isStopped());
+  }
+}
+
+TEST(HexPatch, stopsInTheMiddleOfAnyText) {
+  constexpr std::size_t kMany = std::size_t{1} << 20;
+  const std::string lines = "QuillmorPatch 1\nOFFSET 1\nDATA ";
+  for (const std::string& text :
+       {repeated("\u00A0", kMany), lines + repeated("\u00A0", kMany) + "AA",
+        lines + "AA" + repeated("\u00A0", kMany), lines + "AA" + repeated("\u00A0", kMany) + "AA",
+        lines + repeated("A ", kMany)}) {
+    EXPECT_TRUE(test::stopsInTheMiddle([&](TaskProgress& progress) {
+      QuillmorPatch::parse(test::bytesOf(text), kNoLimit, &progress);
+    })) << text.size();
+  }
+}
+
 // --- files ------------------------------------------------------------------------------------
 
 class HexPatchFile : public test::FileAccessTest {
@@ -246,8 +288,7 @@ TEST_F(HexPatchFile, isWrittenWholeOrNotAtAll) {
   TaskProgress stopped;
   stopped.requestStop();
   const ExportTarget other{folder.location("other.patch"), {}};
-  EXPECT_THAT([&] { writeHexPatch(Bytes{1}, 0, other, stopped); },
-              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_THAT([&] { writeHexPatch(Bytes{1}, 0, other, stopped); }, test::isStopped());
   EXPECT_THAT(folder.names(), ElementsAre("out.patch"));
 }
 

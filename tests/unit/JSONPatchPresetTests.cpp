@@ -3,6 +3,7 @@
 
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
+#include "support/Stopping.h"
 #include "tools/JSONPatchPreset.h"
 
 namespace quillmor {
@@ -24,6 +25,7 @@ auto failsToParse(int code, const std::string& message) {
 }
 
 const auto kNotJSON = failsToParse(2602, "Preset file is not valid JSON.");
+const auto kTooDeep = failsToParse(2612, "Preset file is nested too deeply to import safely.");
 const auto kNoObject = failsToParse(2603, "Preset must be a JSON object.");
 const auto kLongName = failsToParse(2604, "Preset name is too long to import safely.");
 const auto kNoRules = failsToParse(2605, "Preset is missing rules array.");
@@ -98,6 +100,10 @@ TEST(JSONPatchPreset, numbersNamelessRulesByTheirPlaceFromOne) {
   EXPECT_EQ(rules[1].name, "A");
   EXPECT_EQ(rules[2].name, "Rule 3");
   EXPECT_EQ(rules[3].name, "Rule 4");
+  for (const char* name : {"null", "1", "[]", "{}", "false"}) {
+    const auto unnamed = R"({"find":"AA","replace":"BB","name":)" + std::string(name) + "}";
+    EXPECT_EQ(parsed(presetOf(kRule + ("," + unnamed))).rules.at(1).name, "Rule 2") << name;
+  }
 }
 
 TEST(JSONPatchPreset, limitsNamesToScalars) {
@@ -154,14 +160,6 @@ TEST(JSONPatchPreset, needsBytesToFindAndToReplace) {
   EXPECT_THAT(presetOf("{}"), isInvalidRule(0, kBadFind));
 }
 
-TEST(JSONPatchPreset, needsTextsAsRuleNames) {
-  for (const char* name : {"null", "1", "[]", "{}", "false"}) {
-    EXPECT_THAT(presetOf(std::string(R"({"find":"AA","replace":"BB","name":)") + name + "}"),
-                isInvalidRule(0, "\"name\" must be a text."))
-        << name;
-  }
-}
-
 TEST(JSONPatchPreset, rejectsWhatIsNotJSON) {
   for (const char* text :
        {"", "\xEF\xBB\xBF", "{", "{\"rules\":[]", R"({"rules":[],})", R"({"rules":[]}x)",
@@ -181,8 +179,12 @@ TEST(JSONPatchPreset, rejectsDeepNesting) {
     return R"({"rules":[],"x":)" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
   };
   EXPECT_THAT(parsed(nested(64)).rules, IsEmpty());
-  EXPECT_THAT(nested(65), kNotJSON);
-  EXPECT_TRUE(testing::Value(nested(100'000), kNotJSON));
+  EXPECT_THAT(nested(65), kTooDeep);
+  EXPECT_TRUE(testing::Value(nested(100'000), kTooDeep));
+  // What is wrong first is told first.
+  EXPECT_THAT("x" + nested(65), kNotJSON);
+  EXPECT_THAT(std::string(64, '[') + "]}" + std::string(65, '['), kNotJSON);
+  EXPECT_THAT(std::string(65, '['), kTooDeep);
 }
 
 TEST(JSONPatchPreset, acceptsOtherValuesBesides) {
@@ -230,6 +232,24 @@ TEST_F(JSONPatchPresetFile, isReadUpToTheLimit) {
               failsWith(2602, "Preset file is not valid JSON."));
   EXPECT_THAT([&] { JSONPatchPreset::read(folder.location("none"), 5, progress); },
               test::failsWithPosix(ENOENT));
+}
+
+TEST_F(JSONPatchPresetFile, isNotCountedInTheProgressOfApplyingIt) {
+  TaskProgress progress;
+  const auto preset = JSONPatchPreset::read(
+      folder.write("p.json", presetOf(std::string(kRule) + "," + kRule)), 1000, progress);
+  EXPECT_LT(progress.fraction(), 0);
+  progress.setTotal(1);
+  EXPECT_EQ(progress.fraction(), 0);
+  applyJSONPreset(ByteBuffer{1, 2, 3, 4}, preset, {}, 4, progress);
+  EXPECT_EQ(progress.fraction(), 1);
+}
+
+TEST_F(JSONPatchPresetFile, isNotReadWhenStopped) {
+  TaskProgress stopped;
+  stopped.requestStop();
+  const FileLocation file = folder.write("p.json", R"({"rules":[]})");
+  EXPECT_THAT([&] { JSONPatchPreset::read(file, 12, stopped); }, test::isStopped());
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // Patches, presets and bookmark files, from the question which file until the document has changed.
 
+#include <filesystem>
 #include <string>
 
 #include "support/WindowFixture.h"
-#include "tools/HexPatch.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor::test {
@@ -99,10 +99,7 @@ TEST_F(WindowFormats, refusePatchesThatNobodyCouldImport) {
   editor->exportHexPatch();
   platform.alerts.expect("Export Hex Patch", "Saved: " + folder.location("out").path());
   platform.executor.runAll();
-  TaskProgress progress;
-  const auto patch =
-      QuillmorPatch::read(folder.location("out"), maxPatchImportBytes, maxPatchDataBytes, progress);
-  EXPECT_EQ(std::ssize(patch.data), maxPatchDataBytes);
+  EXPECT_LE(std::filesystem::file_size(folder.location("out").path()), maxPatchImportBytes);
 }
 
 TEST_F(WindowFormats, applyAPatch) {
@@ -168,6 +165,7 @@ TEST_F(WindowFormats, sayWhatIsWrongWithAPatch) {
       {"QuillmorPatch 1\nLENGTH 0\nDATA 00\n", "Patch contains an unsupported field."},
       {"QuillmorPatch 1\nDATA 00\n", "Patch must contain exactly one valid OFFSET field."},
       {"QuillmorPatch 1\nOFFSET 0\n", "Patch must contain exactly one non-empty DATA field."},
+      {"QuillmorPatch 1\nOFFSET 0\nDATA 00\n \t", "Invalid Quillmor patch file."},
   };
   auto editor = makeEditor("abc");
   for (const auto& patch : patches) {
@@ -243,6 +241,9 @@ TEST_F(WindowFormats, sayWhatIsWrongWithAPreset) {
   std::string rules = rule;
   for (int i = 1; i < 513; ++i) rules += "," + rule;
   const std::pair<std::string, std::string> presets[] = {
+      {"{\"rules\":", "Preset file is not valid JSON."},
+      {std::string(65, '[') + std::string(65, ']'),
+       "Preset file is nested too deeply to import safely."},
       {"[]", "Preset must be a JSON object."},
       {R"({"name": ")" + longName + "\"}", "Preset name is too long to import safely."},
       {R"({"name": "n"})", "Preset is missing rules array."},
@@ -327,6 +328,9 @@ TEST_F(WindowFormats, sayWhatIsWrongWithABookmarkFile) {
   std::string many = "[0";
   for (int i = 0; i < 100'000; ++i) many += ",0";
   const std::pair<std::string, std::string> files[] = {
+      {"[1", "Bookmark file is not valid JSON."},
+      {std::string(65, '[') + std::string(65, ']'),
+       "Bookmark file is nested too deeply to import safely."},
       {R"({"format": "other", "bookmarks": []})",
        "Bookmark file has an unsupported format identifier."},
       {R"({"version": true, "bookmarks": []})", "Bookmark file has an unsupported version."},
