@@ -51,8 +51,8 @@ class BufferedText {
 };
 
 /// Writes a text file that appears complete or not at all: `produce` hands the text to the sink it
-/// is given. A stop is heeded until the text is complete and then comes too late, so that an export
-/// that was stopped leaves nothing behind. Fails as `AtomicTextFileWriter` does.
+/// is given. A stop is heeded until the file is about to take its place, and then comes too late;
+/// an export that was stopped leaves nothing behind. Fails as `AtomicTextFileWriter` does.
 void writeTextFile(const ExportTarget& target, TaskProgress& progress,
                    const std::function<void(const TextSink&)>& produce);
 

@@ -188,7 +188,7 @@ TEST_F(HexDumpFile, ofNothingIsEmpty) {
   EXPECT_EQ(folder.read("existing.txt"), "");
 }
 
-TEST_F(HexDumpFile, isStoppedUntilItIsComplete) {
+TEST_F(HexDumpFile, isStoppedUntilItIsInstalled) {
   expectStopsAtEveryStage(writing_, linesOf(bytes_, allOf(bytes_)));
 }
 

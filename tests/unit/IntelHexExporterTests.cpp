@@ -216,7 +216,7 @@ TEST_F(IntelHexFile, isRefusedForMoreThan4GiBBeforeTheDestinationIsLookedAt) {
   expectNothingHappened();
 }
 
-TEST_F(IntelHexFile, isStoppedUntilItIsComplete) {
+TEST_F(IntelHexFile, isStoppedUntilItIsInstalled) {
   expectStopsAtEveryStage(writing_, plainFileOf(bytes_));
 }
 

@@ -115,7 +115,7 @@ TEST_F(TextExport, writesAnEmptyFile) {
   EXPECT_EQ(folder.read("existing.txt"), "");
 }
 
-TEST_F(TextExport, isStoppedUntilTheTextIsComplete) {
+TEST_F(TextExport, isStoppedUntilItIsInstalled) {
   expectStopsAtEveryStage(writing(text_), text_);
 }
 
@@ -177,7 +177,7 @@ TEST_F(RawExport, ofNothingIsAnEmptyFile) {
   EXPECT_EQ(folder.read("existing.txt"), "");
 }
 
-TEST_F(RawExport, isStoppedUntilTheLastByteIsWritten) {
+TEST_F(RawExport, isStoppedUntilItIsInstalled) {
   expectStopsAtEveryStage(writing_, textOf(bytes_));
 }
 
