@@ -99,6 +99,7 @@ void ReportWindow::addChart(QWidget* chart, QSize size) {
   // The Tab key goes from top to bottom, though the text was made first.
   for (QWidget* widget : chart->findChildren<QWidget*>())
     if (widget->focusPolicy() & Qt::TabFocus) setTabOrder(widget, text_);
+  text_->setFocus();
 }
 
 QWidget* ReportWindow::makeBar() {

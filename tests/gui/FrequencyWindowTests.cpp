@@ -65,6 +65,19 @@ class FrequencyWindowTest : public ReportFixture {
   }
 };
 
+TEST_F(FrequencyWindowTest, beginsInTheReportAndGoesFromTopToBottom) {
+  open("hello").openFrequencyWindow("Byte Frequency", "the report\n", someCounts());
+  auto& window = newest<FrequencyWindowController>();
+  EXPECT_EQ(window.focusWidget(), &window.text());
+  QTest::keyClick(&window.text(), Qt::Key_Tab, Qt::ShiftModifier);
+  EXPECT_TRUE(qobject_cast<QRadioButton*>(window.focusWidget()));
+  QTest::keyClick(window.focusWidget(), Qt::Key_Tab, Qt::ShiftModifier);
+  EXPECT_EQ(window.focusWidget(), &window.histogram());
+  window.text().setFocus();
+  QTest::keyClick(&window.text(), Qt::Key_Tab);
+  EXPECT_EQ(window.focusWidget(), &field(window));
+}
+
 TEST_F(FrequencyWindowTest, showsTheReportBelowTheHistogram) {
   FrequencyWindowController& window = show(someCounts());
   EXPECT_EQ(window.windowTitle(), "Byte Frequency");
