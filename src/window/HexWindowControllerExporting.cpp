@@ -36,10 +36,11 @@ void HexWindowController::exportTo(const ExportTexts& texts, ExportWork work,
     work(bytes, target, progress);
     return Done{};
   };
-  std::function completion = [this, texts, path = destination->path()](Result<Done> result) {
+  std::function completion = [this, texts, path = destination->path()](const Result<Done>& result) {
     if (!failed(result, texts.failureTitle)) alert(texts.title, texts.savedPrefix + path);
   };
-  runBackgroundSnapshotTask(texts.statusText, {}, std::move(task), std::move(completion));
+  runBackgroundSnapshotTask(texts.statusText, {}, std::move(task),
+                            std::function<void(Result<Done>)>(std::move(completion)));
 }
 
 /// The selection, or the byte at the caret; absent, after an alert, when there is neither.
@@ -126,7 +127,7 @@ void HexWindowController::exportDifferenceReport() {
   if (refuseWhileBusy(kTitle)) return;
   const auto chosen = platform_.filePanels.runOpenPanel(kTitle, false, documentDirectory());
   if (chosen.empty() || !window_) return;
-  const FileLocation compared = chosen.front();
+  const FileLocation& compared = chosen.front();
   exportTo(
       {.title = kTitle,
        .suggestedName = "Difference-Report.txt",

@@ -106,10 +106,10 @@ void HexWindowController::runJSONPreset(const std::string& title, const std::str
   std::function completion = [this, title](Result<PresetRun> run) {
     const std::string failureTitle = title + " Failed";
     if (failed(run, failureTitle)) return;
-    auto& [report, result, changesBytes] = run.value();
-    if (changesBytes && attempt(failureTitle, [&] { installPresetResult(std::move(result)); }))
+    if (run.value().changesBytes &&
+        attempt(failureTitle, [&] { installPresetResult(std::move(run.value().result)); }))
       return;
-    showUtilityReport(title, report);
+    showUtilityReport(title, run.value().report);
   };
   runBackgroundSnapshotTask(statusText, {}, std::move(work), std::move(completion));
 }

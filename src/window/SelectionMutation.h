@@ -25,7 +25,7 @@ struct SelectionMutation {
 
 /// The largest range that is written into the document in place: a few milliseconds, where a copy
 /// of the whole document would take its memory once more.
-inline constexpr std::int64_t kLargestRangeWrittenInPlace = 32 * 1024 * 1024;
+inline constexpr std::int64_t kLargestRangeWrittenInPlace = std::int64_t{32} * 1024 * 1024;
 
 /// 411: the range that a command was asked to work on is not there any more.
 Error rangeChangedError();
