@@ -12,6 +12,14 @@
 #define QUILLMOR_NEW_CAN_FAIL 1
 #endif
 
+/// Whether the memory of this process is that of the code under test. The thread sanitizer keeps
+/// several bytes about each byte that is read.
+#if defined(__SANITIZE_THREAD__)
+#define QUILLMOR_MEMORY_IS_MEASURABLE 0
+#else
+#define QUILLMOR_MEMORY_IS_MEASURABLE 1
+#endif
+
 namespace quillmor {
 
 /// How many bytes of the pages between `begin` and `end`, all of them mapped, lie in memory.
