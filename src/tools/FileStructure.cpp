@@ -59,9 +59,8 @@ std::string acpiLine(std::span<const std::uint8_t> bytes) {
          ", checksum " + (table->isValid ? "valid" : "invalid");
 }
 
-}  // namespace
-
-std::string fileStructureReport(std::span<const std::uint8_t> bytes) {
+/// A line for each structure, each behind a line feed.
+std::string structureLines(std::span<const std::uint8_t> bytes) {
   const FieldReader file(bytes);
   std::string lines;
   const auto addLine = [&lines](std::string_view line) { lines.append("\n").append(line); };
@@ -71,8 +70,18 @@ std::string fileStructureReport(std::span<const std::uint8_t> bytes) {
   }
   const std::string acpi = acpiLine(bytes);
   if (!acpi.empty()) addLine(acpi);
-  if (lines.empty()) addLine("- Unknown / raw binary");
-  return "Detected structures:" + lines;
+  return lines;
+}
+
+}  // namespace
+
+bool hasKnownStructure(std::span<const std::uint8_t> bytes) {
+  return !structureLines(bytes).empty();
+}
+
+std::string fileStructureReport(std::span<const std::uint8_t> bytes) {
+  const std::string lines = structureLines(bytes);
+  return "Detected structures:" + (lines.empty() ? "\n- Unknown / raw binary" : lines);
 }
 
 }  // namespace quillmor

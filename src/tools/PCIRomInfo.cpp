@@ -132,11 +132,13 @@ void addCodeLines(Inspection& rom) {
 
 }  // namespace
 
+bool hasOptionRomSignature(std::span<const std::uint8_t> bytes) {
+  return std::ssize(bytes) >= kLeastSize && FieldReader(bytes).has("\x55\xAA");
+}
+
 std::string pciRomInfo(std::span<const std::uint8_t> bytes) {
+  if (!hasOptionRomSignature(bytes)) return "Not a PCI Option ROM: missing 55 AA signature.";
   Inspection rom{FieldReader(bytes), {}};
-  if (rom.bytes.size() < kLeastSize || !rom.bytes.has("\x55\xAA")) {
-    return "Not a PCI Option ROM: missing 55 AA signature.";
-  }
   rom.report.line("PCI Option ROM");
   rom.report.line("File size: ", std::to_string(rom.bytes.size()), " bytes");
   if (rom.bytes.size() > kMaxRomSize) {

@@ -135,6 +135,13 @@ std::int64_t applyRule(const Rx580PatchRule& rule, Rx580PatchRun& run) {
   return count;
 }
 
+/// The counts of the rules, a line each, and their total.
+std::string countsText(const Rx580PatchRun& run) {
+  std::string text;
+  for (const std::string& line : run.report) text += line + '\n';
+  return text + "\nTotal: " + std::to_string(run.totalReplacements) + " replacement(s)";
+}
+
 }  // namespace
 
 Result<PCIRomValidation> validatePCIRomForPolarisPreset(std::span<const std::uint8_t> bytes) {
@@ -212,6 +219,17 @@ Rx580PatchRun applyPatchRules(std::span<const std::uint8_t> region,
 Rx580PatchRun applyRx580MacOSPatchRules(std::span<const std::uint8_t> bytes,
                                         const PCIRomValidation& validation) {
   return applyPatchRules(imageOf(bytes, validation.imageSize), rx580MacOSPatchRules());
+}
+
+std::string rx580ResultText(const Rx580PatchRun& run) {
+  return countsText(run) +
+         "\n\nPost-step: run Presets > Fix Polaris Checksum before any flash attempt, or "
+         "validate/fix the VBIOS checksum with a proper Polaris BIOS tool.";
+}
+
+std::string rx580AndFixResultText(const Rx580PatchRun& run,
+                                  const std::optional<PolarisChecksumResult>& fix) {
+  return fix ? countsText(run) + "\n\n" + polarisChecksumReport(*fix) : countsText(run);
 }
 
 }  // namespace quillmor

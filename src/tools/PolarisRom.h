@@ -79,6 +79,14 @@ struct Rx580PatchRun {
 Rx580PatchRun applyRx580MacOSPatchRules(std::span<const std::uint8_t> bytes,
                                         const PCIRomValidation& validation);
 
+/// What the preset says.
+std::string rx580ResultText(const Rx580PatchRun& run);
+
+/// What the preset says when the checksum was to be fixed afterwards; `fix` is absent where that
+/// could not be done.
+std::string rx580AndFixResultText(const Rx580PatchRun& run,
+                                  const std::optional<PolarisChecksumResult>& fix);
+
 /// Applies any rules to a copy of `region`, front to back and without overlaps, each to what the
 /// one before left. A rule that finds nothing to find, or whose sides differ in length, replaces
 /// nothing.

@@ -59,6 +59,11 @@ void HexWindowController::alert(const std::string& title, const std::string& tex
   platform_.alerts.runModal({.messageText = title, .informativeText = text});
 }
 
+bool HexWindowController::alertRefusal(const Refusal& refusal, const std::string& title) {
+  if (refusal) alert(title, *refusal);
+  return refusal.has_value();
+}
+
 void HexWindowController::showFailure(const Error& error, const std::string& title) {
   // Of being busy the frame itself has told.
   if (window_ && !error.isStopped() && !BackgroundTaskFrame::isBusyError(error))

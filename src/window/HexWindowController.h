@@ -25,6 +25,7 @@
 #include "search/SearchRequest.h"
 #include "tools/ByteTransforms.h"
 #include "tools/ClipboardText.h"
+#include "tools/EditChecks.h"
 #include "tools/HexPatch.h"
 #include "tools/JSONPatchPreset.h"
 #include "tools/PolarisRom.h"
@@ -400,6 +401,8 @@ class HexWindowController : public DocumentWindow,
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
 
   void alert(const std::string& title, const std::string& text);
+  /// Whether there is a refusal; it is shown.
+  bool alertRefusal(const Refusal& refusal, const std::string& title);
   /// Shows what went wrong, unless the user stopped it or the window has gone.
   void showFailure(const Error& error, const std::string& title);
   /// Whether work of a command failed; the failure is shown.
@@ -423,7 +426,7 @@ class HexWindowController : public DocumentWindow,
   bool refuseWithoutBookmarks();
 
   std::optional<HexSelection> rangeForClipboardOrAlert(const std::string& title,
-                                                       const std::string& tooLarge);
+                                                       Refusal (*refusalOf)(std::int64_t length));
   void copySelectionToPasteboard(bool deleteAfterCopy);
   bool publishStandardClipboardPayload(StandardClipboardPayload payload);
   std::optional<std::string> boundedPasteboardString();
@@ -480,8 +483,7 @@ class HexWindowController : public DocumentWindow,
   void replaceAndFindNext(const SearchRequest& request);
   void startReplaceAll(const SearchRequest& request);
   void selectMatch(const SearchMatch& match);
-  void showCount(std::int64_t count, const std::string& title, const std::string& textBehindCount,
-                 const std::string& none);
+  void showCount(std::int64_t count, const std::string& title, const std::string& answer);
   std::optional<SearchMatch> currentSelectionMatch(
       const SearchRequest& request, const std::vector<SearchCandidate>& candidateList) const;
   bool applyReplacement(const SearchMatch& match, std::span<const std::uint8_t> replacement);

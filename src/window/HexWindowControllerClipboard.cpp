@@ -21,14 +21,13 @@ std::int64_t sizeOf(const std::string& text) {
 
 }  // namespace
 
-/// What a copying command takes; absent, after an alert saying `tooLarge`, when that is too much.
+/// What a copying command takes; absent, after an alert, when that is too much.
 std::optional<HexSelection> HexWindowController::rangeForClipboardOrAlert(
-    const std::string& title, const std::string& tooLarge) {
+    const std::string& title, Refusal (*refusalOf)(std::int64_t length)) {
   const auto range =
       selectedRangeForClipboard(editor_.selection(), editor_.caretOffset(), byteCount());
-  if (!range || range->length <= maxClipboardTextSourceBytes) return range;
-  alert(title, tooLarge);
-  return std::nullopt;
+  if (range && alertRefusal(refusalOf(range->length), title)) return std::nullopt;
+  return range;
 }
 
 void HexWindowController::copy() {
@@ -42,10 +41,7 @@ void HexWindowController::cut() {
 void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
   const std::string title = deleteAfterCopy ? "Cut" : "Copy";
   if (refuseWhileBusy(title)) return;
-  const auto range = rangeForClipboardOrAlert(
-      title,
-      "The selected range is too large to place on the pasteboard safely. Export the selection to "
-      "a file instead.");
+  const auto range = rangeForClipboardOrAlert(title, refusalOfCopying);
   if (!range) return;
   std::function completion = [this, title, range = *range,
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
@@ -74,10 +70,7 @@ bool HexWindowController::publishStandardClipboardPayload(StandardClipboardPaylo
 
 void HexWindowController::copySelectionAsText(const std::string& title, ClipboardTextStyle style) {
   if (refuseWhileBusy(title)) return;
-  const auto range = rangeForClipboardOrAlert(
-      title,
-      "The selected range is too large to convert into clipboard text safely. Export the range to "
-      "a file instead.");
+  const auto range = rangeForClipboardOrAlert(title, refusalOfClipboardText);
   if (!range) return;
   auto work = [style](const ByteBuffer& bytes, HexSelection selected, TaskProgress& progress) {
     return clipboardText(bytes.span(selected.start, selected.length), style, &progress);

@@ -29,19 +29,6 @@ constexpr const char* kAboutRx580AndFix =
     "AMD/Polaris checksum byte at offset 0x21.\n\nIt only changes the current document buffer and "
     "does not flash the GPU BIOS. Save a backup before saving or flashing any edited ROM.";
 
-constexpr const char* kAfterRx580 =
-    "\n\nPost-step: run Presets > Fix Polaris Checksum before any flash attempt, or validate/fix "
-    "the VBIOS checksum with a proper Polaris BIOS tool.";
-
-std::string joinedLines(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) {
-    if (!text.empty()) text += '\n';
-    text += line;
-  }
-  return text;
-}
-
 }  // namespace
 
 void HexWindowController::validateACPIChecksum() {
@@ -147,15 +134,14 @@ void HexWindowController::applyRx580MacOSPresetInternal(bool fixChecksumAfterPat
     return;
   const auto run = applyRx580MacOSPatchRules();
   if (!run) return;
-  std::string text = joinedLines(run->report) +
-                     "\n\nTotal: " + std::to_string(run->totalReplacements) + " replacement(s)";
   // An alert about the ROM ran the event loop.
   if (!window_ || refuseWhileBusy(kBusyTitle)) return;
+  std::string text;
   if (!fixChecksumAfterPatch) {
-    text += kAfterRx580;
+    text = rx580ResultText(*run);
     if (run->totalReplacements == 0) platform_.beeper.beep();
-  } else if (const auto fixed = applyPolarisChecksumFix()) {
-    text += "\n\n" + polarisChecksumReport(*fixed);
+  } else {
+    text = rx580AndFixResultText(*run, applyPolarisChecksumFix());
   }
   if (window_) alert(title, text);
 }

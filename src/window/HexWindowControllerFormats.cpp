@@ -42,11 +42,7 @@ void HexWindowController::exportHexPatch() {
   if (refuseWhileBusy(kExportPatch)) return;
   const auto range = rangeForExportOrAlert(kExportPatch);
   if (!range) return;
-  if (range->length > maxPatchDataBytes) {
-    return alert(kExportPatch,
-                 "The selected range is too large to export as one text patch safely. Export the "
-                 "raw selection or split the patch into smaller ranges.");
-  }
+  if (alertRefusal(refusalOfHexPatch(range->length), kExportPatch)) return;
   exportTo({.title = kExportPatch,
             .suggestedName = "Patch.txt",
             .statusText = "Exporting hex patch…",

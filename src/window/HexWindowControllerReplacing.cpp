@@ -5,6 +5,7 @@
 #include "base/HexText.h"
 #include "search/PromptedReplaceAll.h"
 #include "search/Replacing.h"
+#include "search/SearchAnswers.h"
 #include "search/SearchCandidates.h"
 #include "search/Searching.h"
 #include "search/TypedInput.h"
@@ -117,7 +118,7 @@ void HexWindowController::installReplaceAll(ReplaceAllComputation computation) {
 }
 
 void HexWindowController::showReplacedCount(std::int64_t count) {
-  showCount(count, kReplaceAll, " occurrence(s) replaced.", "No matches were replaced.");
+  showCount(count, kReplaceAll, replacedText(count));
 }
 
 void HexWindowController::performReplaceAllWithPrompt(const std::shared_ptr<PromptedRun>& run) {

@@ -1,10 +1,8 @@
 // The panels' searches, repeating them, and the search for a pattern with wildcards.
 
-#include "base/Unicode.h"
+#include "search/SearchAnswers.h"
 #include "search/SearchCandidates.h"
 #include "search/Searching.h"
-#include "search/TypedInput.h"
-#include "search/WildcardHexPattern.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 #include "window/WindowLimits.h"
@@ -98,7 +96,7 @@ void HexWindowController::startSearchAll(const SearchRequest& request) {
     if (failed(result, "Search Failed")) return;
     const SearchAllSummary& summary = result.value();
     if (summary.firstMatch) selectMatch(*summary.firstMatch);
-    showCount(summary.count, "Search Results", " occurrence(s) found.", "No matches found.");
+    showCount(summary.count, "Search Results", foundText(summary.count));
   };
   runBackgroundSnapshotTask(kSearching, {}, std::move(work), std::move(completion));
 }
@@ -107,12 +105,11 @@ void HexWindowController::selectMatch(const SearchMatch& match) {
   moveCaret(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
 }
 
-/// Says how many there were, or with a beep that there were none.
+/// Says how many there were, with a beep when there were none.
 void HexWindowController::showCount(std::int64_t count, const std::string& title,
-                                    const std::string& textBehindCount, const std::string& none) {
-  if (count > 0) return alert(title, std::to_string(count) + textBehindCount);
-  alert(title, none);
-  platform_.beeper.beep();
+                                    const std::string& answer) {
+  alert(title, answer);
+  if (count == 0) platform_.beeper.beep();
 }
 
 void HexWindowController::findWildcardMask() {
@@ -121,24 +118,21 @@ void HexWindowController::findWildcardMask() {
       platform_.alerts, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
       {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_});
   if (!text) return;
-  if (Unicode::hasMoreScalarsThan(*text, maxTextInputCharacters))
-    return alert(kWildcardTitle, "Pattern is too large to process safely.");
-  auto pattern = WildcardHexPattern::parse(*text);
-  if (!pattern)
-    return alert(kWildcardTitle, "Invalid pattern. Use byte tokens such as DE AD ?? EF.");
+  auto pattern = typedWildcardPattern(*text);
+  if (!pattern.isOk()) return alert(kWildcardTitle, pattern.error().message());
   lastWildcardText_ = *text;
-  const std::int64_t length = pattern->length();
+  const std::int64_t length = pattern.value().length();
   // Behind the selection, so that asking again goes to the next match.
   const HexSelection selected = selectedRange();
   const std::int64_t from =
       selected.length > 0 ? selected.start + selected.length : editor_.caretOffset();
-  auto work = [pattern = *std::move(pattern), from](const ByteBuffer& bytes, HexSelection,
-                                                    TaskProgress& progress) {
+  auto work = [pattern = std::move(pattern.value()), from](const ByteBuffer& bytes, HexSelection,
+                                                           TaskProgress& progress) {
     return pattern.firstMatchWrapped(bytes.span(), from, progress);
   };
   std::function completion = [this, length](Result<std::optional<std::int64_t>> result) {
     if (failed(result, std::string(kWildcardTitle) + " Failed")) return;
-    if (!result.value()) return alert(kWildcardTitle, "No match found.");
+    if (!result.value()) return alert(kWildcardTitle, std::string(kNoWildcardMatch));
     moveCaret(*result.value(), {*result.value(), length});
   };
   runBackgroundSnapshotTask("Searching wildcard pattern…", {}, std::move(work),

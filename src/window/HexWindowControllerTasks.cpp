@@ -1,8 +1,5 @@
 // Background transforms of the selection, and the checks that commands make before they start.
 
-#include <algorithm>
-
-#include "search/TypedInput.h"
 #include "window/HexWindowController.h"
 #include "window/UtilityReport.h"
 #include "window/WindowLimits.h"
@@ -71,35 +68,19 @@ std::optional<HexSelection> HexWindowController::activeSelectionOrAlert(const st
     alert(title, "Select one or more bytes first.");
     return std::nullopt;
   }
-  if (range.length > maxGeneratedInputBytes) {
-    alert(title, "Selected range is " + std::to_string(range.length) +
-                     " byte(s). The in-memory edit safety limit is " +
-                     std::to_string(maxGeneratedInputBytes) + " bytes to avoid memory pressure.");
-    return std::nullopt;
-  }
+  if (alertRefusal(refusalOfEditing(range.length), title)) return std::nullopt;
   return range;
 }
 
 bool HexWindowController::validateGeneratedByteCount(std::int64_t count, const std::string& title) {
-  if (count >= 0 && count <= maxGeneratedInputBytes) return true;
-  alert(title, "Requested operation would generate " + std::to_string(count) +
-                   " byte(s). The safety limit is " + std::to_string(maxGeneratedInputBytes) +
-                   " bytes to avoid memory pressure.");
-  return false;
+  return !alertRefusal(refusalOfGenerating(count), title);
 }
 
 bool HexWindowController::validateResultingDocumentByteCount(std::int64_t removing,
                                                              std::int64_t inserting,
                                                              const std::string& title) {
-  const std::int64_t limit = editor_.maximumByteCount();
-  const std::int64_t kept = byteCount() - clampedToCount(removing, byteCount());
-  std::int64_t resulting = 0;
-  const bool overflows =
-      __builtin_add_overflow(kept, std::max<std::int64_t>(inserting, 0), &resulting);
-  if (!overflows && resulting <= limit) return true;
-  alert(title, "The resulting document would exceed Quillmor's safe in-memory document limit of " +
-                   std::to_string(limit) + " bytes.");
-  return false;
+  return !alertRefusal(
+      refusalOfResult(byteCount(), removing, inserting, editor_.maximumByteCount()), title);
 }
 
 void HexWindowController::showUtilityReport(const std::string& title, const std::string& report) {

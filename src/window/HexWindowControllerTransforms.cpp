@@ -51,18 +51,12 @@ void HexWindowController::swapSelectionBytes(std::int64_t groupSize, const std::
   if (groupSize < 2) return;
   const auto range = activeSelectionOrAlert(title);
   if (!range) return;
-  const std::string size = std::to_string(groupSize);
-  if (range->length < groupSize)
-    return alert(title, "Selection must contain at least " + size + " bytes.");
+  if (alertRefusal(refusalOfSwapping(range->length, groupSize), title)) return;
   auto swap = [groupSize](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
     return ByteTransforms::groupsSwapped(bytes, groupSize, progress);
   };
-  auto done = [this, title, size, trailing = range->length % groupSize] {
-    if (trailing == 0) return;
-    alert(title, "Completed. " + std::to_string(trailing) +
-                     " trailing byte(s) were left unchanged because the selection length is not "
-                     "divisible by " +
-                     size + ".");
+  auto done = [this, title, note = noteOnTrailingBytes(range->length, groupSize)] {
+    if (note) alert(title, *note);
   };
   transformSelection(title, "Swapping selection bytes…", *range, std::move(swap), std::move(done));
 }

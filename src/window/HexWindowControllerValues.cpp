@@ -11,13 +11,12 @@ namespace {
 
 constexpr const char* kEditValue = "Edit Current Value";
 constexpr const char* kBitEditor = "Bit Editor";
-constexpr const char* kAtEnd = "Caret is at EOF.";
 
 }  // namespace
 
 bool HexWindowController::refuseAtEnd(const std::string& title) {
   if (editor_.caretOffset() < byteCount()) return false;
-  alert(title, kAtEnd);
+  alert(title, std::string(DataInspector::kCaretAtEnd));
   return true;
 }
 
@@ -25,7 +24,7 @@ void HexWindowController::showDataInspectorDetail() {
   constexpr const char* kTitle = "Data Inspector";
   const auto report =
       DataInspector::detailReport(hexDocument_->storage()->bytes.span(), editor_.caretOffset());
-  if (!report) return alert(kTitle, kAtEnd);
+  if (!report) return alert(kTitle, std::string(DataInspector::kCaretAtEnd));
   showUtilityReport(kTitle, *report);
 }
 

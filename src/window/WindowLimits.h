@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
-#include "base/SaturatingMath.h"
+#include "tools/ToolLimits.h"
 
 namespace quillmor {
 
@@ -11,23 +10,9 @@ namespace quillmor {
 
 inline constexpr std::int64_t backgroundEditThresholdBytes =
     1'048'576;  ///< transformed off the main thread
-inline constexpr std::int64_t maxClipboardTextSourceBytes =
-    16'777'216;  ///< bytes turned into clipboard text
-inline constexpr std::int64_t maxBookmarkImportBytes = 8'388'608;
 inline constexpr std::int64_t backgroundSearchThresholdBytes =
     1'048'576;  ///< searched off the main thread
-inline constexpr std::int64_t maxPatchDataBytes = 16'777'216;
-inline constexpr std::int64_t maxJSONPresetBytes = 8'388'608;
 inline constexpr std::int64_t maxUtilityReportCharacters =
     4'194'304;  ///< Unicode scalars in a report window
-
-/// The text around the numbers and bytes of a patch file.
-inline constexpr std::string_view kPatchTemplate = "QuillmorPatch 1\nOFFSET 0x\nDATA \n";
-
-/// The largest patch file that is read: the template, the longest offset (16 hexadecimal digits)
-/// and two digits with a separator for every data byte.
-inline constexpr std::int64_t maxPatchImportBytes =
-    saturatingAdd(static_cast<std::int64_t>(kPatchTemplate.size()) + 16,
-                  saturatingMultiply(3, maxPatchDataBytes));
 
 }  // namespace quillmor
