@@ -26,7 +26,7 @@ announce_compiling() {
     fi
   done
 }
-cmake --build "$build" --target quillmor --parallel 2>&1 | tee "$build/build.log" | announce_compiling ||
+cmake --build "$build" --target quillmor quillmor-cli --parallel 2>&1 | tee "$build/build.log" | announce_compiling ||
   { cat "$build/build.log" >&2; exit 1; }
 
 # A display is reachable when a socket of its server is there; a variable alone may be left over.

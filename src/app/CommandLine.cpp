@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/ShieldedArguments.h"
 #include "search/HexParser.h"
 
 namespace quillmor {
@@ -9,24 +10,6 @@ namespace quillmor {
 namespace {
 
 constexpr int kUsageStatus = 2;
-
-/// CLI11 reads some values as lists ("[a,b]", "{}", "%%"). A byte that no argument of a program can
-/// hold, put in front, keeps it from looking into names.
-constexpr char kShield = '\0';
-
-/// The arguments as CLI11 takes them, from the back, with everything but options shielded.
-std::vector<std::string> shielded(const std::vector<std::string>& arguments) {
-  std::vector<std::string> result(arguments.rbegin(), arguments.rend());
-  for (std::string& argument : result) {
-    if (!argument.starts_with('-')) argument.insert(argument.begin(), kShield);
-  }
-  return result;
-}
-
-std::string unshielded(std::string text) {
-  std::erase(text, kShield);
-  return text;
-}
 
 /// "START,LENGTH", each typed like any offset.
 std::optional<HexSelection> parseSelection(const std::string& text) {
@@ -65,7 +48,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
 
   CommandLine line;
   try {
-    app.parse(shielded(arguments));
+    app.parse(shieldedArguments(arguments));
   } catch (const CLI::CallForHelp&) {
     line.exitStatus = 0;
     line.message = app.help();

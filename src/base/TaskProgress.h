@@ -17,6 +17,12 @@ class TaskProgress {
   /// Adds to the bytes done.
   void advance(std::int64_t bytes) { done_.fetch_add(bytes, std::memory_order_relaxed); }
 
+  /// Begins the count anew, for the next part of the work; a request to stop stands.
+  void restart() {
+    done_.store(0, std::memory_order_relaxed);
+    total_.store(0, std::memory_order_relaxed);
+  }
+
   /// The part done, 0 to 1; negative while the total is not known.
   double fraction() const {
     const auto total = total_.load(std::memory_order_relaxed);

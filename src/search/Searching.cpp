@@ -5,7 +5,6 @@
 
 #include "base/SaturatingMath.h"
 #include "search/ByteMatcher.h"
-#include "search/CandidateScanner.h"
 
 namespace quillmor {
 
@@ -106,17 +105,11 @@ std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
 SearchAllSummary searchAllSummary(std::span<const std::uint8_t> bytes, const SearchRequest& request,
                                   const std::vector<SearchCandidate>& candidateList,
                                   TaskProgress& progress) {
-  progress.checkpoint();
-  progress.setTotal(sizeOf(bytes));
-  CandidateScanner scanner(bytes, candidateList, request.ignoresASCIICase());
   SearchAllSummary summary;
-  std::int64_t position = 0;
-  while (const auto hit = scanner.next(position, progress)) {
-    if (summary.count++ == 0) {
-      summary.firstMatch = matchOf(bytes, request, candidateList, hit->candidate, hit->offset);
-    }
-    position = hit->end();
-  }
+  forEachOccurrence(bytes, request, candidateList, progress, [&](const CandidateScanner::Hit& hit) {
+    if (summary.count++ == 0)
+      summary.firstMatch = matchOf(bytes, request, candidateList, hit.candidate, hit.offset);
+  });
   return summary;
 }
 

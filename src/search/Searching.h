@@ -8,6 +8,7 @@
 
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
+#include "search/CandidateScanner.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
 
@@ -48,6 +49,22 @@ std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
                                      const SearchRequest& request,
                                      const std::vector<SearchCandidate>& candidateList,
                                      const SearchPlan& plan, TaskProgress& progress);
+
+/// Hands the occurrences that do not overlap, from the start of the data on, to `onOccurrence`.
+/// `progress` is used as in `nextMatch`.
+template <typename OnOccurrence>
+void forEachOccurrence(std::span<const std::uint8_t> bytes, const SearchRequest& request,
+                       const std::vector<SearchCandidate>& candidateList, TaskProgress& progress,
+                       OnOccurrence onOccurrence) {
+  progress.checkpoint();
+  progress.setTotal(static_cast<std::int64_t>(bytes.size()));
+  CandidateScanner scanner(bytes, candidateList, request.ignoresASCIICase());
+  std::int64_t position = 0;
+  while (const auto hit = scanner.next(position, progress)) {
+    onOccurrence(*hit);
+    position = hit->end();
+  }
+}
 
 /// Counts the occurrences that do not overlap, from the start of the data on. `progress` is used as
 /// in `nextMatch`.

@@ -9,6 +9,9 @@
 /// The runs of printable ASCII characters (0x20...0x7E) in bytes. Safe from any thread.
 namespace quillmor::ASCIIStringsExporter {
 
+/// What counts as a string where nobody says otherwise.
+inline constexpr std::int64_t kDefaultMinimumLength = 4;
+
 /// Lines that a report in a window lists at most.
 inline constexpr std::int64_t kMaximumReportEntries = 50'000;
 

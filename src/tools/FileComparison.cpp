@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <utility>
 
 #include "base/HexText.h"
 #include "fileaccess/StableReading.h"
@@ -110,8 +111,8 @@ std::string comparisonSummary(const FileComparison& comparison, const std::strin
          "\nFirst difference: 0x" + uppercaseHex(*comparison.firstMismatch, 8);
 }
 
-std::string compareWindowReport(Bytes current, const FileLocation& comparedFile,
-                                const std::string& name, TaskProgress& progress) {
+ComparisonListing compareWindowReport(Bytes current, const FileLocation& comparedFile,
+                                      const std::string& name, TaskProgress& progress) {
   Listing listing(progress);
   const std::int64_t otherCount = readBeside(
       current, comparedFile, progress,
@@ -132,7 +133,7 @@ std::string compareWindowReport(Bytes current, const FileLocation& comparedFile,
   if (listing.isCut()) {
     report += "\nShowing first " + std::to_string(kMaximumListedDifferences) + " differences.";
   }
-  return report;
+  return {std::move(report), listing.total() == 0 && currentCount == otherCount};
 }
 
 }  // namespace quillmor

@@ -34,10 +34,16 @@ FileComparison compareWithFile(std::span<const std::uint8_t> current, const File
 /// What the summary says; `name` is the compared file's.
 std::string comparisonSummary(const FileComparison& comparison, const std::string& name);
 
-/// A listing of the first differing offsets below the shorter length, and their number. Otherwise
-/// as `compareWithFile`.
-std::string compareWindowReport(std::span<const std::uint8_t> current,
-                                const FileLocation& comparedFile, const std::string& name,
-                                TaskProgress& progress);
+/// How a file differs from a document, byte by byte.
+struct ComparisonListing {
+  /// The first differing offsets below the shorter length, and their number.
+  std::string text;
+  bool isIdentical = false;
+};
+
+/// Compares as `compareWithFile` does; `name` is the compared file's.
+ComparisonListing compareWindowReport(std::span<const std::uint8_t> current,
+                                      const FileLocation& comparedFile, const std::string& name,
+                                      TaskProgress& progress);
 
 }  // namespace quillmor

@@ -14,7 +14,6 @@ namespace quillmor {
 namespace {
 
 constexpr const char* kExportStrings = "Export ASCII Strings";
-constexpr std::int64_t kDefaultStringLength = 4;
 
 }  // namespace
 
@@ -110,7 +109,7 @@ void HexWindowController::exportASCIIStrings() {
   if (refuseWhileBusy(kExportStrings)) return;
   const auto minimum =
       askForPositiveInteger(platform_.alerts, kExportStrings,
-                            "Minimum printable ASCII string length.", kDefaultStringLength);
+                            "Minimum printable ASCII string length.", ASCIIStringsExporter::kDefaultMinimumLength);
   if (!minimum || !window_) return;
   exportTo({.title = kExportStrings,
             .suggestedName = "ASCII-Strings.txt",

@@ -16,7 +16,6 @@ namespace quillmor {
 namespace {
 
 constexpr const char* kCompareWithFile = "Compare With File";
-constexpr std::int64_t kViewerStringLength = 4;
 
 struct FrequencyReport {
   ByteCounts counts;
@@ -89,7 +88,7 @@ void HexWindowController::stringsViewer() {
   showReport("Strings Viewer", "Finding strings…",
              [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
                return ASCIIStringsExporter::extract(
-                   bytes.span(), kViewerStringLength, maxUtilityReportCharacters,
+                   bytes.span(), ASCIIStringsExporter::kDefaultMinimumLength, maxUtilityReportCharacters,
                    ASCIIStringsExporter::kMaximumReportEntries, progress);
              });
 }
@@ -157,7 +156,7 @@ void HexWindowController::openCompareWindow() {
   showReport(
       kTitle, "Comparing files…",
       [other = chosen.front()](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
-        return compareWindowReport(bytes.span(), other, other.lastPathComponent(), progress);
+        return compareWindowReport(bytes.span(), other, other.lastPathComponent(), progress).text;
       });
 }
 

@@ -56,7 +56,8 @@ bool waitUntil(const std::function<bool()>& condition) {
   return true;
 }
 
-ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& environment)
+ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& environment,
+                           const std::string& workingDirectory)
     : outputFile_(makeCapture("output")), errorFile_(makeCapture("errors")) {
   std::vector<std::string> variables;
   for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
@@ -69,6 +70,8 @@ ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& 
   // Only calls that are safe after a fork from here on.
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (::getppid() != parent) ::_exit(kCannotExecuteStatus);
+  if (!workingDirectory.empty() && ::chdir(workingDirectory.c_str()) != 0)
+    ::_exit(kCannotExecuteStatus);
   const int nothing = ::open("/dev/null", O_RDONLY);
   ::dup2(nothing, STDIN_FILENO);
   ::dup2(outputFile_, STDOUT_FILENO);

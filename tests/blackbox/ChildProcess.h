@@ -19,8 +19,10 @@ class ChildProcess {
  public:
   using Environment = std::map<std::string, std::string>;
 
-  /// Starts `command` (looked up in the PATH) with exactly `environment`. What it prints is kept.
-  ChildProcess(std::vector<std::string> command, const Environment& environment);
+  /// Starts `command` (looked up in the PATH) with exactly `environment`, in `workingDirectory`
+  /// unless that is empty. What it prints is kept.
+  ChildProcess(std::vector<std::string> command, const Environment& environment,
+               const std::string& workingDirectory = {});
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

@@ -50,7 +50,7 @@ class CompareTool : public ToolFixture {
     const FileComparison comparison = compareWithFile(current, other, progress);
     EXPECT_EQ(comparison.mismatchCount,
               count + std::abs(comparison.currentCount - comparison.otherCount));
-    const std::string listing = compareWindowReport(current, other, "other.bin", progress);
+    const std::string listing = compareWindowReport(current, other, "other.bin", progress).text;
     EXPECT_NE(listing.find("\nTotal differences: " + std::to_string(count)), std::string::npos);
   }
 

@@ -35,7 +35,7 @@ class FileComparisons : public test::ComparedFileTest {
   std::string listing(std::string_view document, std::string_view file) {
     folder.write("other.bin", file);
     TaskProgress own;
-    return compareWindowReport(bytesOf(document), other, "other.bin", own);
+    return compareWindowReport(bytesOf(document), other, "other.bin", own).text;
   }
 };
 

@@ -1,0 +1,192 @@
+#include "cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+
+#include "base/ShieldedArguments.h"
+
+namespace quillmor::cli {
+
+namespace {
+
+constexpr const char* kProgramName = "quillmor-cli";
+constexpr std::size_t kColumnWidth = 28;
+
+std::string listed(std::span<const std::string_view> choices) {
+  std::string text;
+  for (const std::string_view choice : choices) {
+    if (!text.empty()) text += ", ";
+    text += choice;
+  }
+  return text;
+}
+
+/// The choices, the first of which is the default of an option.
+std::string shownDescription(const ValueDescription& value, bool isOption) {
+  if (value.kind != ValueKind::choice) return std::string(value.description);
+  std::string text = listed(value.choices);
+  if (isOption) text.insert(value.choices.front().size(), " (default)");
+  return text;
+}
+
+/// CLI11's parser of one command, and where it puts the values.
+class CommandParser {
+ public:
+  explicit CommandParser(const Command& command)
+      : command_(command),
+        app_(std::string(command.summary) + ".",
+             std::string(kProgramName) + " " + std::string(command.name)) {
+    app_.get_formatter()->column_width(kColumnWidth);
+    app_.get_formatter()->label("REQUIRED", "");
+    for (const ValueDescription& argument : command.arguments) addArgument(argument);
+    for (const OptionDescription& option : command.options) addOption(option);
+    app_.set_help_flag("-h,--help", "Print this help and exit");
+    app_.footer(footer());
+  }
+
+  void parse(const std::vector<std::string>& arguments) {
+    app_.parse(shieldedArguments(arguments));
+  }
+
+  std::string help() const { return app_.help(); }
+
+  Arguments arguments() const {
+    Arguments given;
+    for (const auto& [name, option] : options_) {
+      if (option->count() > 0) given.set(name, unshielded(values_.at(name)));
+    }
+    return given;
+  }
+
+ private:
+  void addArgument(const ValueDescription& argument) {
+    const std::string name(argument.name);
+    options_[name] =
+        app_.add_option(name, values_[name], shownDescription(argument, /*isOption=*/false))
+            ->type_name("")
+            ->required();
+  }
+
+  void addOption(const OptionDescription& option) {
+    const std::string name(option.name);
+    std::string& value = values_[name];
+    if (option.isSwitch()) {
+      options_[name] = app_.add_flag_callback(
+          name, [] {}, std::string(option.value.description));
+    } else {
+      options_[name] =
+          app_.add_option(name, value, shownDescription(option.value, /*isOption=*/true))
+              ->type_name(std::string(option.value.name));
+    }
+  }
+
+  std::string footer() const {
+    std::string text = "Exit status: 0 when done";
+    if (!command_.no.empty()) text += ", 1 when " + std::string(command_.no);
+    text += ", 2 on failure.\n\nExample: " + std::string(command_.example.purpose) + "\n  " +
+            std::string(command_.example.line);
+    return text;
+  }
+
+  const Command& command_;
+  CLI::App app_;
+  std::map<std::string, std::string> values_;
+  std::map<std::string, CLI::Option*> options_;
+};
+
+void requireChoice(const Arguments& arguments, std::string_view name,
+                   const ValueDescription& value) {
+  const auto given = arguments.find(name);
+  if (value.kind != ValueKind::choice || !given) return;
+  if (std::ranges::find(value.choices, *given) != value.choices.end()) return;
+  throw UsageError(std::string(value.name) + " must be one of " + listed(value.choices) + ".");
+}
+
+void requireSense(const Command& command, const Arguments& arguments) {
+  for (const ValueDescription& value : command.arguments)
+    requireChoice(arguments, value.name, value);
+  for (const OptionDescription& option : command.options)
+    requireChoice(arguments, option.name, option.value);
+  if (command.changesBytes() && arguments.has("-o") == arguments.has("--in-place"))
+    throw UsageError("Exactly one of -o OUT and --in-place is required.");
+}
+
+/// CLI11's words as a sentence on one line.
+std::string sentenceOf(const CLI::ParseError& error) {
+  std::string sentence = unshielded(error.what());
+  std::ranges::replace(sentence, '\n', ' ');
+  return sentence + ".";
+}
+
+CommandLine parseWithoutCommand(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw UsageError(usageMessage("A command is required.", nullptr));
+  const std::string& first = arguments.front();
+  CommandLine line;
+  if (first == "--help" || first == "-h") {
+    line.text = programHelp();
+  } else if (first == "--version") {
+    line.text = std::string(kProgramName) + " " QUILLMOR_VERSION "\n";
+  } else if (first.starts_with('-')) {
+    throw UsageError(usageMessage("There is no option " + first + ".", nullptr));
+  } else {
+    throw UsageError(usageMessage("There is no command " + first + ".", nullptr));
+  }
+  return line;
+}
+
+}  // namespace
+
+std::string usageMessage(const std::string& sentence, const Command* command) {
+  std::string message = sentence + " See " + kProgramName;
+  if (command != nullptr) message += " " + std::string(command->name);
+  return message + " --help.";
+}
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+  const Command* const command = arguments.empty() ? nullptr : findCommand(arguments.front());
+  if (command == nullptr) return parseWithoutCommand(arguments);
+  CommandLine line{.command = command, .arguments = {}, .text = {}};
+  try {
+    CommandParser parser(*command);
+    try {
+      parser.parse({arguments.begin() + 1, arguments.end()});
+    } catch (const CLI::CallForHelp&) {
+      line.text = parser.help();
+      return line;
+    }
+    line.arguments = parser.arguments();
+    requireSense(*command, line.arguments);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(usageMessage(sentenceOf(error), command));
+  } catch (const UsageError& error) {
+    throw UsageError(usageMessage(error.what(), command));
+  }
+  return line;
+}
+
+std::string commandHelp(const Command& command) {
+  return CommandParser(command).help();
+}
+
+std::string programHelp() {
+  CLI::App app(
+      "Every tool of the Quillmor hex editor without a window. Reports go to standard output; a "
+      "file\nis changed only where -o or --in-place says so.",
+      kProgramName);
+  app.get_formatter()->column_width(kColumnWidth);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.set_version_flag("--version", QUILLMOR_VERSION, "Print the version and exit");
+  for (const Command& command : commands()) {
+    app.add_subcommand(std::string(command.name), std::string(command.summary))
+        ->group(std::string(command.group));
+  }
+  app.footer(
+      "Offsets and lengths are decimal, 0xHEX, HEX or HEXh.\n"
+      "Exit status: 0 done, valid, found or identical; 1 the answer is no; 2 failure.\n"
+      "quillmor-cli COMMAND --help explains a command and gives an example.");
+  return app.help();
+}
+
+}  // namespace quillmor::cli

@@ -1,0 +1,47 @@
+#include "cli/Delivery.h"
+
+#include <utility>
+
+#include "cli/InPlaceSaving.h"
+#include "cli/SpooledText.h"
+
+namespace quillmor::cli {
+
+OpenDocument openDocument(const Arguments& arguments, Session& session) {
+  FileLocation location = arguments.documentFile("FILE");
+  ReadSnapshot snapshot = session.readDocument(location);
+  return {std::move(location), std::move(snapshot)};
+}
+
+void deliverText(const Arguments& arguments, Session& session, std::vector<FileLocation> inputs,
+                 TaskProgress& progress, const std::function<void(const TextSink&)>& produce) {
+  if (arguments.has("-o"))
+    return writeTextFile({arguments.file("-o"), std::move(inputs)}, progress, produce);
+  produce([&session](std::string_view piece) { session.output().write(piece); });
+  session.output().endLine();
+}
+
+void deliverUncertainText(const Arguments& arguments, Session& session,
+                          std::vector<FileLocation> inputs, TaskProgress& progress,
+                          const std::function<void(const TextSink&)>& produce) {
+  if (arguments.has("-o")) return deliverText(arguments, session, inputs, progress, produce);
+  SpooledText spooled;
+  produce([&spooled](std::string_view piece) { spooled.append(piece); });
+  spooled.forEachPiece([&session](std::string_view piece) { session.output().write(piece); });
+  session.output().endLine();
+}
+
+void deliverBytes(const Arguments& arguments, Session& session, const OpenDocument& document,
+                  ByteBuffer changed, const std::string& text,
+                  std::vector<FileLocation> otherInputs) {
+  TaskProgress& progress = session.beginPart("Writing");
+  if (arguments.has("-o")) {
+    otherInputs.push_back(document.location);
+    writeBytes(changed.span(), {arguments.file("-o"), std::move(otherInputs)}, progress);
+  } else if (!(changed == document.bytes())) {
+    saveInPlace(document.location, document.snapshot, std::move(changed), progress);
+  }
+  session.print(text);
+}
+
+}  // namespace quillmor::cli

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "cli/Arguments.h"
+#include "cli/Session.h"
+#include "tools/TextExport.h"
+
+namespace quillmor::cli {
+
+/// A document, and where it was read from.
+struct OpenDocument {
+  FileLocation location;
+  ReadSnapshot snapshot;
+
+  const ByteBuffer& bytes() const { return snapshot.bytes; }
+};
+
+/// Reads the document that the argument "FILE" names.
+OpenDocument openDocument(const Arguments& arguments, Session& session);
+
+/// Writes a text that `produce` makes to "-o" or, when that is absent, to standard output with a
+/// line feed at its end. `inputs` are the files it is made of, which it must not land on.
+void deliverText(const Arguments& arguments, Session& session, std::vector<FileLocation> inputs,
+                 TaskProgress& progress, const std::function<void(const TextSink&)>& produce);
+
+/// The same for a text whose making may fail half way: nothing is printed then.
+void deliverUncertainText(const Arguments& arguments, Session& session,
+                          std::vector<FileLocation> inputs, TaskProgress& progress,
+                          const std::function<void(const TextSink&)>& produce);
+
+/// Writes `changed`, what became of `document`, to "-o" or "--in-place", and prints `text` then.
+/// `otherInputs` must not be overwritten either. A file that is to be changed in place and need not
+/// be is not touched.
+void deliverBytes(const Arguments& arguments, Session& session, const OpenDocument& document,
+                  ByteBuffer changed, const std::string& text,
+                  std::vector<FileLocation> otherInputs = {});
+
+}  // namespace quillmor::cli

@@ -1,0 +1,89 @@
+// Writing the bytes of a file in other forms.
+
+#include <map>
+
+#include "cli/Commands.h"
+#include "cli/Delivery.h"
+#include "cli/Requirements.h"
+#include "search/HexParser.h"
+#include "tools/ASCIIStringsExporter.h"
+#include "tools/ClipboardText.h"
+#include "tools/HexDumpExporter.h"
+#include "tools/HexPatch.h"
+#include "tools/IntelHexExporter.h"
+
+namespace quillmor::cli {
+
+namespace {
+
+constexpr const char* kExporting = "Exporting";
+
+std::int64_t minimumLength(const Arguments& arguments) {
+  const auto typed = arguments.find("--minimum");
+  if (!typed) return ASCIIStringsExporter::kDefaultMinimumLength;
+  const auto minimum = HexParser::parseOffset(*typed);
+  if (!minimum || *minimum < 1) throw UsageError("--minimum must be a number of 1 or more.");
+  return *minimum;
+}
+
+}  // namespace
+
+Outcome strings(const Arguments& arguments, Session& session) {
+  const std::int64_t minimum = minimumLength(arguments);
+  const OpenDocument document = openDocument(arguments, session);
+  TaskProgress& progress = session.beginPart(kExporting);
+  deliverText(arguments, session, {document.location}, progress, [&](const TextSink& sink) {
+    ASCIIStringsExporter::produce(document.bytes().span(), minimum, sink, progress);
+  });
+  return Outcome::done;
+}
+
+Outcome hexDump(const Arguments& arguments, Session& session) {
+  const OpenDocument document = openDocument(arguments, session);
+  const HexSelection range = arguments.range(document.bytes().size());
+  TaskProgress& progress = session.beginPart(kExporting);
+  deliverText(arguments, session, {document.location}, progress, [&](const TextSink& sink) {
+    HexDumpExporter::produce(document.bytes().span(), range, sink, progress);
+  });
+  return Outcome::done;
+}
+
+Outcome intelHex(const Arguments& arguments, Session& session) {
+  const OpenDocument document = openDocument(arguments, session);
+  TaskProgress& progress = session.beginPart(kExporting);
+  deliverText(arguments, session, {document.location}, progress, [&](const TextSink& sink) {
+    IntelHexExporter::produce(document.bytes().span(), sink, progress);
+  });
+  return Outcome::done;
+}
+
+Outcome patchExport(const Arguments& arguments, Session& session) {
+  if (!arguments.hasRange()) throw UsageError("--start or --length is required.");
+  const OpenDocument document = openDocument(arguments, session);
+  const HexSelection range = requireBytes(arguments.range(document.bytes().size()));
+  requireNone(refusalOfHexPatch(range.length));
+  TaskProgress& progress = session.beginPart(kExporting);
+  deliverText(arguments, session, {document.location}, progress, [&](const TextSink& sink) {
+    produceHexPatch(document.bytes().span(range.start, range.length), range.start, sink, progress);
+  });
+  return Outcome::done;
+}
+
+Outcome copyAs(const Arguments& arguments, Session& session) {
+  static const std::map<std::string_view, ClipboardTextStyle> styles = {
+      {"hex", ClipboardTextStyle::hex},
+      {"c-array", ClipboardTextStyle::cArray},
+      {"swift-array", ClipboardTextStyle::swiftArray},
+      {"base64", ClipboardTextStyle::base64},
+      {"python-bytes", ClipboardTextStyle::pythonBytes},
+      {"json", ClipboardTextStyle::jsonByteArray}};
+  const ClipboardTextStyle style = styles.at(arguments.text("STYLE"));
+  const OpenDocument document = openDocument(arguments, session);
+  const HexSelection range = arguments.range(document.bytes().size());
+  requireNone(refusalOfClipboardText(range.length));
+  session.print(clipboardText(document.bytes().span(range.start, range.length), style,
+                              &session.beginPart("Converting")));
+  return Outcome::done;
+}
+
+}  // namespace quillmor::cli

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "base/TaskProgress.h"
+
+/// Signals that ask the program to end. Work that is stopped by one removes what it has begun to
+/// write; the program then dies of that signal, as the shell expects.
+namespace quillmor::cli::Interruption {
+
+/// Lets SIGINT, SIGTERM and SIGHUP, those that are not ignored already, ask `progress` to stop, and
+/// makes writing into a closed pipe or beyond a size limit an error of that write. `progress` is
+/// never destroyed. Called once, before there are other threads.
+void install(TaskProgress& progress);
+
+/// Ends the process by the signal that asked it to stop.
+[[noreturn]] void die();
+
+/// Ends the process as writing into a closed pipe does: quietly.
+[[noreturn]] void dieOfClosedPipe();
+
+}  // namespace quillmor::cli::Interruption

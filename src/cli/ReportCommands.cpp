@@ -1,0 +1,92 @@
+// Reports about the bytes of one file.
+
+#include "base/HexText.h"
+#include "cli/Commands.h"
+#include "cli/Delivery.h"
+#include "tools/BookmarkFile.h"
+#include "tools/ByteStatistics.h"
+#include "tools/Checksum.h"
+#include "tools/DataInspector.h"
+#include "tools/FileStructure.h"
+#include "tools/ToolLimits.h"
+
+namespace quillmor::cli {
+
+namespace {
+
+constexpr const char* kCalculating = "Calculating";
+constexpr const char* kCounting = "Counting";
+
+/// Reads FILE and prints what `reportOf(document)` says.
+template <typename ReportOf>
+Outcome printReport(const Arguments& arguments, Session& session, ReportOf reportOf) {
+  const OpenDocument document = openDocument(arguments, session);
+  session.print(reportOf(document.bytes()));
+  return Outcome::done;
+}
+
+}  // namespace
+
+Outcome checksums(const Arguments& arguments, Session& session) {
+  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
+    const HexSelection range = arguments.range(bytes.size());
+    TaskProgress& progress = session.beginPart(kCalculating);
+    if (!arguments.hasRange()) return Checksum::report(bytes.span(), {}, progress);
+    // An empty selection would stand for the whole document.
+    return range.length > 0 ? Checksum::report(bytes.span(), range, progress)
+                            : Checksum::rangeReport(bytes.span(), range, progress);
+  });
+}
+
+Outcome checksumRange(const Arguments& arguments, Session& session) {
+  const HexSelection range{arguments.offset("START"), arguments.offset("LENGTH")};
+  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
+    return Checksum::rangeReport(bytes.span(), range, session.beginPart(kCalculating));
+  });
+}
+
+Outcome statistics(const Arguments& arguments, Session& session) {
+  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
+    const HexSelection range = arguments.range(bytes.size());
+    return selectionStatisticsReport(bytes.span(range.start, range.length),
+                                     arguments.hasRange() ? "Selection" : "Document",
+                                     session.beginPart(kCalculating));
+  });
+}
+
+Outcome frequency(const Arguments& arguments, Session& session) {
+  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
+    return frequencyReport(byteCounts(bytes.span(), &session.beginPart(kCounting)));
+  });
+}
+
+Outcome entropyMap(const Arguments& arguments, Session& session) {
+  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
+    return entropyMapReport(quillmor::entropyMap(bytes.span(), session.beginPart(kCalculating)));
+  });
+}
+
+Outcome inspect(const Arguments& arguments, Session& session) {
+  const std::int64_t offset = arguments.offset("OFFSET");
+  const OpenDocument document = openDocument(arguments, session);
+  const auto report = DataInspector::detailReport(document.bytes().span(), offset);
+  session.print(report ? *report : DataInspector::kCaretAtEnd);
+  return report ? Outcome::done : Outcome::no;
+}
+
+Outcome detect(const Arguments& arguments, Session& session) {
+  const OpenDocument document = openDocument(arguments, session);
+  session.print(fileStructureReport(document.bytes().span()));
+  return hasKnownStructure(document.bytes().span()) ? Outcome::done : Outcome::no;
+}
+
+Outcome bookmarks(const Arguments& arguments, Session& session) {
+  const auto offsets = BookmarkFile::read(arguments.file("BOOKMARKFILE"), maxBookmarkImportBytes,
+                                          session.beginPart("Reading"));
+  std::string lines;
+  for (const std::int64_t offset : offsets) lines += "0x" + uppercaseHex(offset, 8) + "\n";
+  session.print(lines);
+  return Outcome::done;
+}
+
+}  // namespace quillmor::cli

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "document/HexSelection.h"
+#include "tools/EditChecks.h"
+
+namespace quillmor::cli {
+
+/// Throws code 2002 with the sentence of a refusal, if there is one.
+void requireNone(const Refusal& refusal);
+
+/// `range` when it has a byte; throws code 2003 otherwise.
+HexSelection requireBytes(HexSelection range);
+
+}  // namespace quillmor::cli

@@ -1,0 +1,43 @@
+#include "cli/SpooledText.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "base/Error.h"
+
+namespace quillmor::cli {
+
+namespace {
+
+[[noreturn]] void failWithErrno() {
+  const int number = errno;
+  throw Error::posix(
+      number, std::string("Could not keep the text in a temporary file: ") + std::strerror(number));
+}
+
+}  // namespace
+
+void SpooledText::append(std::string_view piece) {
+  text_ += piece;
+  if (text_.size() > kInMemory) spill();
+}
+
+void SpooledText::spill() {
+  if (!file_) file_.reset(std::tmpfile());
+  if (!file_ || std::fwrite(text_.data(), 1, text_.size(), file_.get()) != text_.size())
+    failWithErrno();
+  text_.clear();
+}
+
+void SpooledText::forEachPiece(const std::function<void(std::string_view)>& onPiece) {
+  if (file_) {
+    if (std::fseek(file_.get(), 0, SEEK_SET) != 0) failWithErrno();
+    std::string piece(kInMemory, '\0');
+    while (const auto count = std::fread(piece.data(), 1, piece.size(), file_.get()))
+      onPiece(std::string_view(piece).substr(0, count));
+    if (std::ferror(file_.get()) != 0) failWithErrno();
+  }
+  onPiece(text_);
+}
+
+}  // namespace quillmor::cli

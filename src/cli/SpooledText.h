@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quillmor::cli {
+
+/// A text of any length that is kept until it is known to be good: a little of it in memory, more
+/// in a nameless temporary file, which goes with the object. Fails with POSIX errors.
+class SpooledText {
+ public:
+  /// What is kept in memory, in bytes.
+  static constexpr std::size_t kInMemory = std::size_t{16} * 1024 * 1024;
+
+  void append(std::string_view piece);
+
+  /// Hands the whole text on, in order.
+  void forEachPiece(const std::function<void(std::string_view)>& onPiece);
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
+  void spill();
+
+  std::string text_;
+  std::unique_ptr<std::FILE, Closer> file_;  // what came before `text_`
+};
+
+}  // namespace quillmor::cli

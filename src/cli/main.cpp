@@ -1,0 +1,62 @@
+// Every tool of the editor as a command.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "cli/CommandLine.h"
+#include "cli/Interruption.h"
+#include "platform/RunInBackground.h"
+
+namespace {
+
+using namespace quillmor;
+using namespace quillmor::cli;
+
+/// Gives the standard descriptors that are closed to nobody: a file that is opened later must not
+/// become standard output. Writing to them fails as it would if they were closed.
+void occupyStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) >= 0) continue;
+    // The lowest free number is this one. Standard input is made unreadable, the others unwritable.
+    if (::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) != descriptor)
+      ::_exit(static_cast<int>(Outcome::failed));
+  }
+}
+
+/// Runs what the arguments ask for.
+Outcome run(const std::vector<std::string>& arguments, TaskProgress& progress) {
+  ProgressLine progressLine(progress);
+  Session session(progress, progressLine);
+  const CommandLine line = parseCommandLine(arguments);
+  if (line.text) {
+    session.print(*line.text);
+    return Outcome::done;
+  }
+  try {
+    return line.command->run(line.arguments, session);
+  } catch (const UsageError& error) {
+    throw UsageError(usageMessage(error.what(), line.command));
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  occupyStandardDescriptors();
+  // Signals may come until the very end.
+  static TaskProgress progress;
+  Interruption::install(progress);
+  std::optional<Result<Outcome>> outcome;
+  try {
+    outcome = resultOf([&] { return run({argv + 1, argv + argc}, progress); });
+  } catch (const ClosedPipe&) {
+    Interruption::dieOfClosedPipe();
+  }
+  if (outcome->isOk()) return static_cast<int>(outcome->value());
+  if (outcome->error().isStopped()) Interruption::die();
+  printMessage(outcome->error().message());
+  return static_cast<int>(Outcome::failed);
+}
