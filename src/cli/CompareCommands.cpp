@@ -2,6 +2,7 @@
 
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
+#include "document/QuillmorResourceLimits.h"
 #include "tools/DifferenceReportExporter.h"
 #include "tools/FileComparison.h"
 
@@ -15,9 +16,9 @@ constexpr const char* kComparing = "Comparing";
 
 Outcome compare(const Arguments& arguments, Session& session) {
   const FileLocation other = arguments.file("OTHER");
-  const OpenDocument document = openDocument(arguments, session);
-  const FileComparison comparison =
-      compareWithFile(document.bytes().span(), other, session.beginPart(kComparing));
+  const FileComparison comparison = compareFiles(arguments.documentFile("FILE"),
+                                                 QuillmorResourceLimits::maximumDocumentByteCount(),
+                                                 other, session.beginPart(kComparing));
   session.print(comparisonSummary(comparison, other.lastPathComponent()));
   return comparison.firstMismatch ? Outcome::no : Outcome::done;
 }

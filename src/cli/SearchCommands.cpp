@@ -5,6 +5,8 @@
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "cli/TypedSearch.h"
+#include "document/QuillmorResourceLimits.h"
+#include "search/FileSearch.h"
 #include "search/SearchAnswers.h"
 #include "search/Searching.h"
 #include "tools/OffsetText.h"
@@ -43,14 +45,11 @@ Outcome printMatch(Session& session, std::optional<HexSelection> match, std::str
 
 Outcome find(const Arguments& arguments, Session& session) {
   const TypedSearch search = typedSearch(arguments);
-  const auto from = arguments.findOffset("--from");
-  const bool isForward = !arguments.has("--backward");
-  const OpenDocument document = openDocument(arguments, session);
-  const SearchPlan plan{from.value_or(isForward ? 0 : document.bytes().size()), isForward};
-  const auto match = nextMatch(document.bytes().span(), search.request, search.candidateList, plan,
-                               session.beginPart(kSearching));
-  std::optional<HexSelection> found;
-  if (match) found = {match->offset, std::ssize(match->bytes)};
+  const FileSearchStart start{.offset = arguments.findOffset("--from"),
+                              .forward = !arguments.has("--backward")};
+  const auto found = nextMatchInFile(
+      arguments.documentFile("FILE"), QuillmorResourceLimits::maximumDocumentByteCount(),
+      search.request, search.candidateList, start, session.beginPart(kSearching));
   return printMatch(session, found, foundText(0));
 }
 

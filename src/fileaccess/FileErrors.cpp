@@ -1,5 +1,7 @@
 #include "fileaccess/FileErrors.h"
 
+#include <string>
+
 namespace quillmor::SecureFileAccess {
 
 Error inputIsNotALocalFileError() {
@@ -12,6 +14,12 @@ Error outputIsNotALocalFileError() {
 
 Error inputIsNotARegularFileError() {
   return Error::quillmor(1203, "Only regular files can be opened as binary documents.");
+}
+
+Error exceedsLimitError(std::int64_t limit) {
+  return Error::quillmor(
+      kExceedsLimitCode,
+      "The selected file exceeds the safe in-memory limit of " + std::to_string(limit) + " bytes.");
 }
 
 Error changedWhileReadingError() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "base/Error.h"
 
 /// The errors that more than one operation on files reports.
@@ -13,6 +15,11 @@ Error outputIsNotALocalFileError();
 
 /// Code 1203 for directories apart: FIFOs, sockets, devices.
 Error inputIsNotARegularFileError();
+
+inline constexpr int kExceedsLimitCode = 1205;
+
+/// Code 1205: the file has more bytes than `limit`.
+Error exceedsLimitError(std::int64_t limit);
 
 /// Code 1204: the read found the file grown, shrunk, replaced or modified.
 Error changedWhileReadingError();

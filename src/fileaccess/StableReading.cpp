@@ -43,14 +43,6 @@ class ByteAccumulator final : public StableContents {
   std::size_t filledByteCount_ = 0;
 };
 
-constexpr int kExceedsLimitCode = 1205;
-
-Error exceedsLimitError(std::int64_t limit) {
-  return Error::quillmor(
-      kExceedsLimitCode,
-      "The selected file exceeds the safe in-memory limit of " + std::to_string(limit) + " bytes.");
-}
-
 /// Reads at most `room.size()` bytes; 0 at the end of the file.
 std::size_t readInto(std::span<std::uint8_t> room, const FileDescriptor& handle) {
   const ssize_t count = retryingInterrupted(

@@ -30,6 +30,10 @@ ssize_t SystemCalls::read(int descriptor, void* buffer, std::size_t count) {
   return ::read(descriptor, buffer, count);
 }
 
+ssize_t SystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
+  return ::pread(descriptor, buffer, count, offset);
+}
+
 ssize_t SystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
   return ::write(descriptor, buffer, count);
 }

@@ -1,11 +1,15 @@
 #include "tools/FileComparison.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 #include "base/HexText.h"
+#include "base/OrderedPieces.h"
+#include "fileaccess/StableFile.h"
 #include "fileaccess/StableReading.h"
 #include "tools/ByteDifferences.h"
 
@@ -14,6 +18,10 @@ namespace quillmor {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
+
+/// Small enough to stay in a core's own cache, twice, between being read and being compared.
+constexpr std::int64_t kPieceByteCount = std::int64_t{256} * 1024;
+constexpr std::int64_t kFewPieces = 16;
 
 /// Reads the file beside the document. `onBytes(current, other, offset)` takes equally many bytes
 /// of both, in order, up to the end of the shorter one. Returns the size of the file.
@@ -35,6 +43,16 @@ std::int64_t readBeside(Bytes current, const FileLocation& location, TaskProgres
 std::int64_t countDiffering(Bytes a, Bytes b) {
   return static_cast<std::int64_t>(
       fastestByteMaskKernels().countDiffering(a.data(), b.data(), a.size()));
+}
+
+/// Adds the differences of equally many bytes at `offset`; called with growing offsets.
+void addDifferences(Bytes current, Bytes other, std::int64_t offset, FileComparison& found) {
+  const std::int64_t differing = countDiffering(current, other);
+  if (differing > 0 && !found.firstMismatch) {
+    const auto first = std::ranges::mismatch(current, other).in1 - current.begin();
+    found.firstMismatch = offset + first;
+  }
+  found.mismatchCount += differing;
 }
 
 /// The rows of a listing, and the number of all differences.
@@ -76,26 +94,70 @@ class Listing {
   std::int64_t total_ = 0;
 };
 
+/// What is known of files whose common part has been compared.
+void addLengths(std::int64_t currentCount, std::int64_t otherCount, FileComparison& result) {
+  result.currentCount = currentCount;
+  result.otherCount = otherCount;
+  if (currentCount == otherCount) return;
+  result.mismatchCount += std::abs(currentCount - otherCount);
+  if (!result.firstMismatch) result.firstMismatch = std::min(currentCount, otherCount);
+}
+
+/// What one thread finds in the pieces it compares.
+struct PieceComparer {
+  std::vector<std::uint8_t> current;
+  std::vector<std::uint8_t> other;
+  FileComparison found;
+
+  void compare(const StableFile& currentFile, const StableFile& otherFile, std::int64_t offset,
+               std::int64_t byteCount) {
+    current.resize(static_cast<std::size_t>(byteCount));
+    other.resize(current.size());
+    currentFile.read(offset, current);
+    otherFile.read(offset, other);
+    addDifferences(current, other, offset, found);
+  }
+};
+
 }  // namespace
 
 FileComparison compareWithFile(Bytes current, const FileLocation& other, TaskProgress& progress) {
   FileComparison result;
-  result.currentCount = static_cast<std::int64_t>(current.size());
-  result.otherCount =
+  const std::int64_t otherCount =
       readBeside(current, other, progress, [&](Bytes mine, Bytes theirs, std::size_t place) {
-        const std::int64_t differing = countDiffering(mine, theirs);
-        if (differing > 0 && !result.firstMismatch) {
-          const auto first = std::ranges::mismatch(mine, theirs).in1 - mine.begin();
-          result.firstMismatch = static_cast<std::int64_t>(place) + first;
-        }
-        result.mismatchCount += differing;
+        addDifferences(mine, theirs, static_cast<std::int64_t>(place), result);
       });
-  if (result.currentCount != result.otherCount) {
-    result.mismatchCount += std::abs(result.currentCount - result.otherCount);
-    if (!result.firstMismatch) {
-      result.firstMismatch = std::min(result.currentCount, result.otherCount);
-    }
+  addLengths(std::ssize(current), otherCount, result);
+  return result;
+}
+
+FileComparison compareFiles(const FileLocation& current, std::int64_t maximumByteCount,
+                            const FileLocation& other, TaskProgress& progress) {
+  const StableFile currentFile(current, maximumByteCount);
+  const StableFile otherFile(other);
+  const std::int64_t common = std::min(currentFile.size(), otherFile.size());
+  const std::int64_t pieceCount = (common + kPieceByteCount - 1) / kPieceByteCount;
+  progress.setTotal(common);
+  std::array<PieceComparer, kMaximumPieceWorkers> comparers;
+  forEachPieceInOrder(pieceCount, /*mayShare=*/pieceCount > kFewPieces,
+                      [&](std::int64_t index, int worker) {
+                        progress.checkpoint();
+                        const std::int64_t offset = index * kPieceByteCount;
+                        const std::int64_t byteCount = std::min(kPieceByteCount, common - offset);
+                        comparers.at(static_cast<std::size_t>(worker))
+                            .compare(currentFile, otherFile, offset, byteCount);
+                        progress.advance(byteCount);
+                        return true;
+                      });
+  currentFile.requireUnchanged();
+  otherFile.requireUnchanged();
+  FileComparison result;
+  for (const auto& [mine, theirs, found] : comparers) {
+    result.mismatchCount += found.mismatchCount;
+    if (found.firstMismatch)
+      result.firstMismatch = std::min(result.firstMismatch.value_or(common), *found.firstMismatch);
   }
+  addLengths(currentFile.size(), otherFile.size(), result);
   return result;
 }
 

@@ -31,6 +31,12 @@ inline constexpr std::int64_t kMaximumListedDifferences = 300;
 FileComparison compareWithFile(std::span<const std::uint8_t> current, const FileLocation& other,
                                TaskProgress& progress);
 
+/// Compares two files, the first of which has at most `maximumByteCount` bytes. Both are read by
+/// several threads and not kept. Any thread. The total of `progress` becomes the size of the
+/// shorter one; throws `Error::stopped()` when it says so, and fails as reading the files does.
+FileComparison compareFiles(const FileLocation& current, std::int64_t maximumByteCount,
+                            const FileLocation& other, TaskProgress& progress);
+
 /// What the summary says; `name` is the compared file's.
 std::string comparisonSummary(const FileComparison& comparison, const std::string& name);
 

@@ -74,6 +74,11 @@ ssize_t FaultySystemCalls::read(int descriptor, void* buffer, std::size_t count)
   return SystemCalls::read(descriptor, buffer, allowedCount(SystemCall::read, count));
 }
 
+ssize_t FaultySystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
+  if (!admits(SystemCall::pread)) return -1;
+  return SystemCalls::pread(descriptor, buffer, allowedCount(SystemCall::pread, count), offset);
+}
+
 ssize_t FaultySystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
   if (!admits(SystemCall::write)) return -1;
   return SystemCalls::write(descriptor, buffer, allowedCount(SystemCall::write, count));

@@ -13,6 +13,7 @@ namespace quillmor::test {
 enum class SystemCall {
   open,
   read,
+  pread,
   write,
   close,
   fstat,
@@ -45,7 +46,7 @@ class FaultySystemCalls final : public SystemCalls {
   /// Every call is interrupted once before it is carried out.
   void interruptEveryCall() { interruptsEveryCall_ = true; }
 
-  /// The `nth` read, write or getrandom (or every one) moves at most `count` bytes; none when 0.
+  /// The `nth` read, pread, write or getrandom (or every one) moves at most `count` bytes; none when 0.
   void limitCount(SystemCall kind, int nth, std::size_t count);
 
   /// Runs `action` right before the `nth` call of this kind is carried out.
@@ -58,11 +59,12 @@ class FaultySystemCalls final : public SystemCalls {
 
   int count(SystemCall kind) const;
   const std::vector<SystemCall>& log() const { return log_; }
-  /// The bytes asked for by each read or write, in order.
+  /// The bytes asked for by each read, pread or write, in order.
   const std::vector<std::size_t>& requestedCounts(SystemCall kind) { return requested_[kind]; }
 
   int open(const char* path, int flags, mode_t mode) override;
   ssize_t read(int descriptor, void* buffer, std::size_t count) override;
+  ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset) override;
   ssize_t write(int descriptor, const void* buffer, std::size_t count) override;
   int close(int descriptor) override;
   int fstat(int descriptor, struct stat* status) override;

@@ -42,6 +42,9 @@ TEST_F(SystemCallsTest, opensReadsWritesAndCloses) {
   std::array<char, 8> text{};
   EXPECT_EQ(real.read(descriptor, text.data(), text.size()), 4);
   EXPECT_STREQ(text.data(), "ello");
+  text = {};
+  EXPECT_EQ(real.pread(descriptor, text.data(), 3, 1), 3);
+  EXPECT_STREQ(text.data(), "ell");
   EXPECT_EQ(real.fsync(descriptor), 0);
   EXPECT_EQ(real.close(descriptor), 0);
   EXPECT_EQ(real.fsync(descriptor), -1);
