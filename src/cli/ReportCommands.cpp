@@ -3,6 +3,7 @@
 #include "base/HexText.h"
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
+#include "document/QuillmorResourceLimits.h"
 #include "tools/BookmarkFile.h"
 #include "tools/ByteStatistics.h"
 #include "tools/Checksum.h"
@@ -25,23 +26,33 @@ Outcome printReport(const Arguments& arguments, Session& session, ReportOf repor
   return Outcome::done;
 }
 
+/// The same for a report that is made while FILE is read.
+template <typename ReportOf>
+Outcome printFileReport(const Arguments& arguments, Session& session, ReportOf reportOf) {
+  const StableFile file(arguments.documentFile("FILE"),
+                        QuillmorResourceLimits::maximumDocumentByteCount());
+  const std::string report = reportOf(file, session.beginPart(kCalculating));
+  file.requireUnchanged();
+  session.print(report);
+  return Outcome::done;
+}
+
 }  // namespace
 
 Outcome checksums(const Arguments& arguments, Session& session) {
-  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
-    const HexSelection range = arguments.range(bytes.size());
-    TaskProgress& progress = session.beginPart(kCalculating);
-    if (!arguments.hasRange()) return Checksum::report(bytes.span(), {}, progress);
+  return printFileReport(arguments, session, [&](const StableFile& file, TaskProgress& progress) {
+    const HexSelection range = arguments.range(file.size());
+    if (!arguments.hasRange()) return Checksum::report(file, {}, progress);
     // An empty selection would stand for the whole document.
-    return range.length > 0 ? Checksum::report(bytes.span(), range, progress)
-                            : Checksum::rangeReport(bytes.span(), range, progress);
+    return range.length > 0 ? Checksum::report(file, range, progress)
+                            : Checksum::rangeReport(file, range, progress);
   });
 }
 
 Outcome checksumRange(const Arguments& arguments, Session& session) {
   const HexSelection range{arguments.offset("START"), arguments.offset("LENGTH")};
-  return printReport(arguments, session, [&](const ByteBuffer& bytes) {
-    return Checksum::rangeReport(bytes.span(), range, session.beginPart(kCalculating));
+  return printFileReport(arguments, session, [&](const StableFile& file, TaskProgress& progress) {
+    return Checksum::rangeReport(file, range, progress);
   });
 }
 

@@ -10,14 +10,18 @@
 namespace quillmor::Checksum {
 namespace {
 
-std::span<const std::uint8_t> bytesOf(std::span<const std::uint8_t> bytes, HexSelection range) {
-  return bytes.subspan(static_cast<std::size_t>(range.start),
-                       static_cast<std::size_t>(range.length));
+ByteSource sourceOf(std::span<const std::uint8_t> bytes, HexSelection range) {
+  return ByteSource(
+      bytes.subspan(static_cast<std::size_t>(range.start), static_cast<std::size_t>(range.length)));
+}
+
+ByteSource sourceOf(const StableFile& file, HexSelection range) {
+  return {file, range};
 }
 
 /// The lines that all reports have in common: checksums, digests and the entropy.
-std::string linesAbout(std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-  const AllValues all = allValues(bytes, progress);
+std::string linesAbout(const ByteSource& source, TaskProgress& progress) {
+  const AllValues all = allValues(source, progress);
   std::string text;
   text += "CRC32: " + uppercaseHex(all.basic.crc32, 8);
   text += "\nAdler32: " + uppercaseHex(all.basic.adler32, 8);
@@ -29,6 +33,24 @@ std::string linesAbout(std::span<const std::uint8_t> bytes, TaskProgress& progre
   text += "\nSHA-256: " + all.digests.sha256;
   text += "\nEntropy: " + bitsPerByteText(entropyValue(all.counts));
   return text;
+}
+
+/// `source` is that of `selection` or, where that is empty, of everything.
+std::string selectionReport(const ByteSource& source, HexSelection selection,
+                            TaskProgress& progress) {
+  const std::string title =
+      selection.length == 0 ? "Full document" : "Selection " + offsetRangeText(selection);
+  return title + "\nSize: " + std::to_string(source.size()) + " bytes\n" +
+         linesAbout(source, progress);
+}
+
+/// `range` is clipped.
+std::string clippedRangeReport(const ByteSource& source, HexSelection range,
+                               TaskProgress& progress) {
+  const std::string title = range.length == 0 ? "Range: empty at 0x" + uppercaseHex(range.start, 8)
+                                              : "Range: " + offsetRangeText(range);
+  return title + "\nLength: " + std::to_string(range.length) + " bytes\n" +
+         linesAbout(source, progress);
 }
 
 }  // namespace
@@ -56,22 +78,27 @@ std::string lowercaseHex(std::span<const std::uint8_t> bytes) {
 
 std::string report(std::span<const std::uint8_t> bytes, HexSelection selection,
                    TaskProgress& progress) {
-  const HexSelection selected = selection.normalized(std::ssize(bytes));
-  const bool isWhole = selected.length == 0;
-  const auto scope = isWhole ? bytes : bytesOf(bytes, selected);
-  const std::string title = isWhole ? "Full document" : "Selection " + offsetRangeText(selected);
-  return title + "\nSize: " + std::to_string(scope.size()) + " bytes\n" +
-         linesAbout(scope, progress);
+  const std::int64_t byteCount = std::ssize(bytes);
+  const HexSelection selected = selection.normalized(byteCount);
+  const HexSelection scope = selected.length == 0 ? HexSelection{0, byteCount} : selected;
+  return selectionReport(sourceOf(bytes, scope), selected, progress);
+}
+
+std::string report(const StableFile& file, HexSelection selection, TaskProgress& progress) {
+  const HexSelection selected = selection.normalized(file.size());
+  const HexSelection scope = selected.length == 0 ? HexSelection{0, file.size()} : selected;
+  return selectionReport(sourceOf(file, scope), selected, progress);
 }
 
 std::string rangeReport(std::span<const std::uint8_t> bytes, HexSelection range,
                         TaskProgress& progress) {
   const HexSelection clipped = range.normalized(std::ssize(bytes));
-  const std::string title = clipped.length == 0
-                                ? "Range: empty at 0x" + uppercaseHex(clipped.start, 8)
-                                : "Range: " + offsetRangeText(clipped);
-  return title + "\nLength: " + std::to_string(clipped.length) + " bytes\n" +
-         linesAbout(bytesOf(bytes, clipped), progress);
+  return clippedRangeReport(sourceOf(bytes, clipped), clipped, progress);
+}
+
+std::string rangeReport(const StableFile& file, HexSelection range, TaskProgress& progress) {
+  const HexSelection clipped = range.normalized(file.size());
+  return clippedRangeReport(sourceOf(file, clipped), clipped, progress);
 }
 
 }  // namespace quillmor::Checksum

@@ -7,6 +7,7 @@
 
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
+#include "fileaccess/StableFile.h"
 
 /// Checksums and digests. Safe from any thread.
 namespace quillmor::Checksum {
@@ -47,8 +48,13 @@ std::string lowercaseHex(std::span<const std::uint8_t> bytes);
 std::string report(std::span<const std::uint8_t> bytes, HexSelection selection,
                    TaskProgress& progress);
 
-/// The report about a range, which is clipped to `bytes` and may be empty. Otherwise as above.
+/// The same about a file, which is not kept in memory. Fails as `StableFile::read` does, too; the
+/// report counts only when the file is unchanged in the end.
+std::string report(const StableFile& file, HexSelection selection, TaskProgress& progress);
+
+/// The report about a range, which is clipped to the bytes and may be empty. Otherwise as above.
 std::string rangeReport(std::span<const std::uint8_t> bytes, HexSelection range,
                         TaskProgress& progress);
+std::string rangeReport(const StableFile& file, HexSelection range, TaskProgress& progress);
 
 }  // namespace quillmor::Checksum

@@ -1,9 +1,9 @@
 #include "tools/ChecksumPasses.h"
 
-#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <thread>
+#include <vector>
 
 #include "tools/BasicSums.h"
 #include "tools/ByteTally.h"
@@ -15,19 +15,18 @@ namespace {
 using Piece = std::span<const std::uint8_t>;
 
 /// Small enough to stay in a core's own cache while all that a pass does is done to it.
-constexpr std::size_t kPieceSize = std::size_t{128} * 1024;
+constexpr std::int64_t kPieceSize = std::int64_t{128} * 1024;
 
 /// Starting a thread costs about as much as hashing some ten thousand bytes.
-constexpr std::size_t kSharedThreshold = 4 * kPieceSize;
+constexpr std::int64_t kSharedThreshold = 4 * kPieceSize;
 
 /// Two passes over the bytes, each in order and each good for a thread: one for MD5, which takes
 /// longest and cannot be divided, one for all the rest. Only the counts of the byte values need no
 /// order: whichever pass comes to a piece first counts it, which slows down the one that is ahead.
 class Passes {
  public:
-  Passes(std::span<const std::uint8_t> bytes, TaskProgress& progress)
-      : bytes_(bytes), progress_(progress) {
-    progress_.setTotal(std::ssize(bytes_));
+  Passes(const ByteSource& source, TaskProgress& progress) : source_(source), progress_(progress) {
+    progress_.setTotal(source_.size());
     progress_.checkpoint();
   }
 
@@ -54,7 +53,7 @@ class Passes {
   };
 
   std::thread startedHelper() {
-    if (bytes_.size() < kSharedThreshold || std::thread::hardware_concurrency() < 2) return {};
+    if (source_.size() < kSharedThreshold || std::thread::hardware_concurrency() < 2) return {};
     try {
       return std::thread([this] { runOthers(); });
     } catch (...) {
@@ -82,9 +81,10 @@ class Passes {
   template <typename Work>
   void run(Pass& pass, Work work) noexcept {
     try {
-      for (std::size_t begin = 0; begin < bytes_.size(); begin += kPieceSize) {
+      std::vector<std::uint8_t> buffer;
+      for (std::int64_t begin = 0; begin < source_.size(); begin += kPieceSize) {
         if (progress_.stopRequested() || hasFailed_.load(std::memory_order_relaxed)) return;
-        const Piece piece = bytes_.subspan(begin, std::min(kPieceSize, bytes_.size() - begin));
+        const Piece piece = source_.piece(begin, kPieceSize, buffer);
         if (isFirstAt(begin)) addTally(pass.counts, byteTally(piece));
         work(piece);
       }
@@ -95,7 +95,7 @@ class Passes {
   }
 
   /// Whether the other pass has not come to the piece at `begin` yet.
-  bool isFirstAt(std::size_t begin) {
+  bool isFirstAt(std::int64_t begin) {
     return reached_.compare_exchange_strong(begin, begin + kPieceSize, std::memory_order_relaxed);
   }
 
@@ -109,7 +109,7 @@ class Passes {
     return all;
   }
 
-  std::span<const std::uint8_t> bytes_;
+  const ByteSource& source_;
   TaskProgress& progress_;
   MessageDigest md5_{"MD5"};
   MessageDigest sha1_{"SHA1"};
@@ -117,14 +117,14 @@ class Passes {
   BasicSums sums_;
   Pass md5Pass_;
   Pass otherPass_;
-  std::atomic<std::size_t> reached_ = 0;  ///< where the pass that is ahead goes on
+  std::atomic<std::int64_t> reached_ = 0;  ///< where the pass that is ahead goes on
   std::atomic<bool> hasFailed_ = false;
 };
 
 }  // namespace
 
-AllValues allValues(std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-  return Passes(bytes, progress).run();
+AllValues allValues(const ByteSource& source, TaskProgress& progress) {
+  return Passes(source, progress).run();
 }
 
 }  // namespace quillmor::Checksum

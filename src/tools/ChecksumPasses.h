@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "base/TaskProgress.h"
+#include "tools/ByteSource.h"
 #include "tools/ByteStatistics.h"
 #include "tools/Checksum.h"
 
@@ -17,8 +15,9 @@ struct AllValues {
 };
 
 /// Any thread; a second one shares the work when the bytes are many. The total of `progress`
-/// becomes their number; throws `Error::stopped()` when it says so, and code 2401 when the system's
-/// digests are not to be had. No other thread is at work any more when it returns or throws.
-AllValues allValues(std::span<const std::uint8_t> bytes, TaskProgress& progress);
+/// becomes their number; fails as reading them does, throws `Error::stopped()` when it says so, and
+/// code 2401 when the system's digests are not to be had. No other thread is at work any more when
+/// it returns or throws.
+AllValues allValues(const ByteSource& source, TaskProgress& progress);
 
 }  // namespace quillmor::Checksum

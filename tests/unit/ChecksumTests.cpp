@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/RandomBytes.h"
+#include "support/TemporaryFolder.h"
 #include "tools/ByteStatistics.h"
 #include "tools/ChecksumPasses.h"
 #include "tools/MessageDigest.h"
@@ -244,7 +245,7 @@ TEST(ChecksumPasses, comeToWhatOnePassOverAllBytesComesTo) {
                                  kMiB / 2 + 1, 2 * kMiB + 1}) {
     const View bytes = View(random).first(size);
     TaskProgress progress;
-    const auto all = Checksum::allValues(bytes, progress);
+    const auto all = Checksum::allValues(ByteSource(bytes), progress);
     EXPECT_EQ(all.basic, naiveValues(bytes)) << size;
     EXPECT_EQ(all.counts, byteCounts(bytes)) << size;
     const Checksum::Digests expected = {digestOf("MD5", bytes), digestOf("SHA1", bytes),
@@ -254,12 +255,28 @@ TEST(ChecksumPasses, comeToWhatOnePassOverAllBytesComesTo) {
   }
 }
 
+TEST(ChecksumPasses, readAFileAsTheyReadMemory) {
+  const Bytes bytes = test::randomBytes(kMiB + 77, 31);
+  const test::TemporaryFolder folder;
+  const auto location =
+      folder.write("data", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const StableFile file(location);
+  for (const HexSelection selection : {HexSelection{}, HexSelection{5, 600'000}, HexSelection{9, 1},
+                                       HexSelection{kMiB, 500}, HexSelection{2 * kMiB, 5}}) {
+    TaskProgress progress;
+    EXPECT_EQ(Checksum::report(file, selection, progress),
+              Checksum::report(bytes, selection, progress));
+    EXPECT_EQ(Checksum::rangeReport(file, selection, progress),
+              Checksum::rangeReport(bytes, selection, progress));
+  }
+}
+
 TEST(ChecksumPasses, countEveryByteOnceWhicheverPassIsAhead) {
   const Bytes bytes = test::randomBytes(kMiB, 29);
   const ByteCounts expected = byteCounts(bytes);
   for (int repetition = 0; repetition < 20; ++repetition) {
     TaskProgress progress;
-    ASSERT_EQ(Checksum::allValues(bytes, progress).counts, expected);
+    ASSERT_EQ(Checksum::allValues(ByteSource(bytes), progress).counts, expected);
   }
 }
 
