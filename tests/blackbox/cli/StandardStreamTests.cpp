@@ -70,6 +70,17 @@ TEST_F(CliStandardStreamTest, noFileTakesThePlaceOfAClosedOutput) {
   EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin"));
 }
 
+TEST_F(CliStandardStreamTest, aLongReportIsNotWrittenToItsOwnTemporaryFile) {
+  // A report of more than 16 MiB waits in a file until it is complete.
+  writeZeros("zeros.bin", 700'000);
+  folder.write("ones.bin", std::string(700'000, '\1'));
+  const std::string report = "exec \"$CLI\" difference-report zeros.bin ones.bin";
+  const CliRun printed = runShell(report + " | wc -c");
+  EXPECT_GT(std::stoll(printed.output), 16 * 1024 * 1024);
+  // The limit only ends a program that goes on writing there.
+  expectQuietRun("ulimit -f 100000; " + report + " >&-", 2, kClosed);
+}
+
 TEST_F(CliStandardStreamTest, noFileTakesThePlaceOfAClosedErrorOutput) {
   // The note about the byte behind the last group has nowhere to go.
   const CliRun ended = runShell("exec \"$CLI\" transform swap16 in.bin --in-place 2>&-");
