@@ -7,6 +7,8 @@
 
 #include "base/Check.h"
 #include "document/DocumentSaver.h"
+#include "fileaccess/DocumentOutput.h"
+#include "platform/RunInBackground.h"
 
 namespace quillmor::cli {
 
@@ -37,6 +39,16 @@ class ImmediateExecutor final : public BackgroundExecutor {
   std::deque<std::function<void()>> posted_;
 };
 
+/// Puts the old bytes back into the file that a save has left torn by `failure`: nobody has a
+/// window in which to try again. Throws `failure`, with a warning when that fails as well.
+[[noreturn]] void restoreAndThrow(const FileLocation& location, const ReadSnapshot& snapshot,
+                                  const Error& failure) {
+  const auto restored = resultOf(
+      [&] { return SecureFileAccess::writeDocumentBytes(snapshot.bytes.span(), location); });
+  if (restored.isOk()) throw failure;
+  throw Error(failure.domain(), failure.code(), failure.message() + " The file is incomplete now.");
+}
+
 }  // namespace
 
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot, ByteBuffer changed,
@@ -55,13 +67,19 @@ void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot, Byt
   bool wasChangedMeanwhile = false;
   saver.save(document, location, DocumentSaveOperation::save,
              {.confirmOverwritingChangedFile = [&] { return !(wasChangedMeanwhile = true); },
-              .willWrite = [] {},
+              // From here on the save has its effect, and is not reported as stopped any more.
+              .willWrite = [&progress] { progress.passPointOfNoReturn(); },
               .completion = [&](const DocumentSaveOutcome& ended) { outcome = ended; },
               // Owned by the caller, who outlives the save.
               .progress = std::shared_ptr<TaskProgress>(std::shared_ptr<void>(), &progress)});
   executor.runPosted();
   checkPrecondition(outcome.has_value(), "a save that has ended");
-  if (outcome->error) throw *outcome->error;
+  if (outcome->error) {
+    // Only a save that got to change the file notes what has become of it.
+    if (document->fileStatus() != snapshot.status)
+      restoreAndThrow(location, snapshot, *outcome->error);
+    throw *outcome->error;
+  }
   if (outcome->result == DocumentSaveResult::success) return;
   if (wasChangedMeanwhile) {
     throw Error::quillmor(2001, "The file has been changed by another program. Nothing was saved.");

@@ -1,0 +1,80 @@
+// What --in-place does to the file itself.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "blackbox/cli/ChangeTest.h"
+
+namespace quillmor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CliInPlaceTest : public ChangeTest {
+ protected:
+  CliInPlaceTest() { folder.write("in.bin", "ABCD"); }
+
+  void expectInverted(const std::string& name) const {
+    expectOutput({"transform", "invert", name, "--in-place"}, 0, "Changed 4 byte(s)\n");
+    EXPECT_EQ(folder.read("in.bin"), "\xBE\xBD\xBC\xBB");
+  }
+};
+
+TEST_F(CliInPlaceTest, theFileStaysTheSameFile) {
+  ASSERT_EQ(::chmod((folder.path() / "in.bin").c_str(), 0751), 0);
+  fs::create_hard_link(folder.path() / "in.bin", folder.path() / "hard.bin");
+  const FileState before = stateOf("in.bin");
+  expectInverted("in.bin");
+  const FileState after = stateOf("in.bin");
+  EXPECT_EQ(after.inode, before.inode);
+  EXPECT_EQ(after.mode, before.mode);
+  EXPECT_EQ(folder.read("hard.bin"), folder.read("in.bin"));
+  EXPECT_THAT(names(), testing::ElementsAre("hard.bin", "in.bin"));
+}
+
+TEST_F(CliInPlaceTest, linksAreFollowedToTheRealFile) {
+  fs::create_symlink("in.bin", folder.path() / "first");
+  fs::create_symlink(folder.path() / "first", folder.path() / "second");
+  const FileState before = stateOf("second");
+  expectInverted("second");
+  EXPECT_TRUE(stateOf("second") == before);
+  EXPECT_EQ(fs::read_symlink(folder.path() / "first"), "in.bin");
+  EXPECT_THAT(names(), testing::ElementsAre("first", "in.bin", "second"));
+}
+
+TEST_F(CliInPlaceTest, aFileThatMayNotBeWrittenIsRefused) {
+  ASSERT_EQ(::chmod((folder.path() / "in.bin").c_str(), 0444), 0);
+  const FileState before = stateOf("in.bin");
+  // Only root's capabilities would let it write the file all the same.
+  const std::string user = ::geteuid() == 0 ? "setpriv --bounding-set=-all " : "";
+  const CliRun ended = runShell(user + "\"$CLI\" transform invert in.bin --in-place");
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quillmor-cli: Could not open the document output file.\n");
+  EXPECT_TRUE(stateOf("in.bin") == before);
+}
+
+TEST_F(CliInPlaceTest, aFileThatCannotBeWrittenWholeGetsItsOldBytesBack) {
+  const std::string old(1000, 'a');
+  folder.write("in.bin", old);
+  const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" replace in.bin a bb --in-place");
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data.\n");
+  EXPECT_TRUE(folder.read("in.bin") == old);
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
+}
+
+TEST_F(CliInPlaceTest, oldBytesThatCannotBeWrittenBackAreTold) {
+  folder.write("in.bin", std::string(2000, 'a'));
+  const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" transform invert in.bin --in-place");
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: Could not write the document data. The file is incomplete now.\n");
+}
+
+}  // namespace
+}  // namespace quillmor::test

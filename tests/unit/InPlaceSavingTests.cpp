@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "cli/InPlaceSaving.h"
+#include "support/ErrorMatchers.h"
+#include "support/FileAccessTest.h"
+#include "support/Stopping.h"
+
+namespace quillmor::cli {
+namespace {
+
+using test::failsWith;
+using test::failsWithPosix;
+using test::isStopped;
+using test::SystemCall;
+
+class InPlaceSavingTest : public test::FileAccessTest {
+ protected:
+  InPlaceSavingTest()
+      : file(folder.write("data.bin", "old bytes")),
+        snapshot(SecureFileAccess::readSnapshot(file, std::nullopt)) {}
+
+  void save(std::string_view changed = "new bytes, and more") {
+    saveInPlace(file, snapshot, ByteBuffer(test::bytesOf(changed)), progress);
+  }
+
+  std::string written() const { return test::TemporaryFolder::read(file); }
+
+  const FileLocation file;
+  const ReadSnapshot snapshot;
+  TaskProgress progress;
+};
+
+constexpr const char* kChanged = "The file has been changed by another program. Nothing was saved.";
+constexpr const char* kCouldNotWrite = "Could not write the document data.";
+
+TEST_F(InPlaceSavingTest, theChangedBytesBecomeTheFile) {
+  save();
+  EXPECT_EQ(written(), "new bytes, and more");
+  EXPECT_TRUE(test::isUnreserved(file));
+  EXPECT_EQ(folder.names().size(), 1U);
+}
+
+TEST_F(InPlaceSavingTest, aFileThatIsLongerByNowIsLeftAlone) {
+  folder.append("data.bin", "!");
+  EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
+  EXPECT_EQ(written(), "old bytes!");
+}
+
+TEST_F(InPlaceSavingTest, aFileRewrittenMeanwhileIsLeftAlone) {
+  folder.write("data.bin", "OLD BYTES");
+  EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
+  EXPECT_EQ(written(), "OLD BYTES");
+}
+
+TEST_F(InPlaceSavingTest, aFileInThePlaceOfTheOneReadIsLeftAlone) {
+  folder.write("other.bin", "old bytes");
+  std::filesystem::rename(folder.path() / "other.bin", folder.path() / "data.bin");
+  EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
+  EXPECT_EQ(written(), "old bytes");
+}
+
+TEST_F(InPlaceSavingTest, aFileThatHasGoneIsNotMadeAnew) {
+  std::filesystem::remove(folder.path() / "data.bin");
+  EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
+  EXPECT_FALSE(folder.exists("data.bin"));
+}
+
+TEST_F(InPlaceSavingTest, aRequestToStopBeforeTheSaveIsHeeded) {
+  progress.requestStop();
+  EXPECT_THAT([&] { save(); }, isStopped());
+  EXPECT_EQ(written(), "old bytes");
+}
+
+TEST_F(InPlaceSavingTest, aRequestToStopAfterTheSaveComesTooLate) {
+  calls.before(SystemCall::write, 1, [&] { progress.requestStop(); });
+  save();
+  EXPECT_EQ(written(), "new bytes, and more");
+  // The program does not end as if nothing had been saved.
+  progress.checkpoint();
+}
+
+TEST_F(InPlaceSavingTest, aFailureHalfWayPutsTheOldBytesBack) {
+  calls.limitCount(SystemCall::write, 1, 4);
+  calls.fail(SystemCall::write, 2, ENOSPC);
+  EXPECT_THAT([&] { save(); }, failsWithPosix(ENOSPC, kCouldNotWrite));
+  EXPECT_EQ(written(), "old bytes");
+  EXPECT_TRUE(test::isUnreserved(file));
+}
+
+TEST_F(InPlaceSavingTest, aFailureAfterTheWriteDoesToo) {
+  calls.fail(SystemCall::fsync, 1, EIO);
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO));
+  EXPECT_EQ(written(), "old bytes");
+}
+
+TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
+  calls.limitCount(SystemCall::write, 1, 4);
+  calls.fail(SystemCall::write, 2, ENOSPC);
+  calls.fail(SystemCall::write, 3, ENOSPC);
+  EXPECT_THAT([&] { save(); },
+              failsWithPosix(ENOSPC, std::string(kCouldNotWrite) + " The file is incomplete now."));
+}
+
+TEST_F(InPlaceSavingTest, aFailureBeforeTheWriteTouchesNothing) {
+  calls.fail(SystemCall::ftruncate, 1, EIO);
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, "Could not prepare the document output file."));
+  EXPECT_EQ(written(), "old bytes");
+  EXPECT_EQ(calls.count(SystemCall::write), 0);
+  EXPECT_EQ(SecureFileAccess::readSnapshot(file, std::nullopt).status, snapshot.status);
+}
+
+}  // namespace
+}  // namespace quillmor::cli
