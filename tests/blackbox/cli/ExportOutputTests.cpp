@@ -9,9 +9,9 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-class CliOutputFileTest : public CliTest {
+class CliExportOutputTest : public CliTest {
  protected:
-  CliOutputFileTest() {
+  CliExportOutputTest() {
     folder.write("a.bin", "ABCDEFGH");
     folder.write("b.bin", "ABCDEFGx");
     folder.write("empty", "");
@@ -46,7 +46,7 @@ std::string overwriting(const std::string& name) {
          " would overwrite an open document or another input file.";
 }
 
-TEST_F(CliOutputFileTest, holdsExactlyTheEditorsBytes) {
+TEST_F(CliExportOutputTest, holdsExactlyTheEditorsBytes) {
   expectFile({"strings", "a.bin"}, 0, "Offset      Length  String\n00000000  8  ABCDEFGH\n");
   expectFile({"hex-dump", "a.bin"}, 0,
              "00000000  41 42 43 44 45 46 47 48                          |ABCDEFGH|\n");
@@ -58,7 +58,7 @@ TEST_F(CliOutputFileTest, holdsExactlyTheEditorsBytes) {
              "00000006  47                                               |G|\n");
 }
 
-TEST_F(CliOutputFileTest, mayBeEmpty) {
+TEST_F(CliExportOutputTest, mayBeEmpty) {
   expectFile({"hex-dump", "empty"}, 0, "");
   expectFile({"hex-dump", "a.bin", "--length", "0"}, 0, "");
   expectFile({"intel-hex", "empty"}, 0, ":00000001FF\n");
@@ -66,7 +66,7 @@ TEST_F(CliOutputFileTest, mayBeEmpty) {
              "No printable ASCII strings with minimum length 4 were found.\n");
 }
 
-TEST_F(CliOutputFileTest, ofADifferenceReportHasNoFinalLineFeed) {
+TEST_F(CliExportOutputTest, ofADifferenceReportHasNoFinalLineFeed) {
   const std::string head =
       "Quillmor Difference Report\nCompared file: b.bin\nCurrent size: 8 bytes\n"
       "Compared size: 8 bytes\n\nOffset      Current  Compared\n-----------------------------\n";
@@ -79,13 +79,13 @@ TEST_F(CliOutputFileTest, ofADifferenceReportHasNoFinalLineFeed) {
   expectOutput({"difference-report", "a.bin", "b.bin"}, 0, equal + "\n");
 }
 
-TEST_F(CliOutputFileTest, replacesAFileThatIsThere) {
+TEST_F(CliExportOutputTest, replacesAFileThatIsThere) {
   folder.write("out", std::string(1000, 'o'));
   expectFile({"intel-hex", "empty"}, 0, ":00000001FF\n");
   EXPECT_EQ(names(), (Arguments{"a.bin", "b.bin", "empty", "out"}));
 }
 
-TEST_F(CliOutputFileTest, isThatOfStandardOutput) {
+TEST_F(CliExportOutputTest, isThatOfStandardOutput) {
   folder.write("large.bin", std::string(300'000, 'z'));
   for (const std::string command : {"strings", "hex-dump", "intel-hex", "patch-export --start 0"}) {
     const CliRun ended = runShell("\"$CLI\" " + command + " large.bin >printed && \"$CLI\" " +
@@ -94,7 +94,7 @@ TEST_F(CliOutputFileTest, isThatOfStandardOutput) {
   }
 }
 
-TEST_F(CliOutputFileTest, isNeverAnInput) {
+TEST_F(CliExportOutputTest, isNeverAnInput) {
   expectRefused("a.bin", overwriting("a.bin"));
   expectRefused("./a.bin", overwriting("a.bin"));
   expectRefused(folder.path() / "a.bin", overwriting("a.bin"));
@@ -104,7 +104,7 @@ TEST_F(CliOutputFileTest, isNeverAnInput) {
   EXPECT_EQ(folder.read("b.bin"), "ABCDEFGx");
 }
 
-TEST_F(CliOutputFileTest, isNeverAnInputThatIsReadThroughALink) {
+TEST_F(CliExportOutputTest, isNeverAnInputThatIsReadThroughALink) {
   std::filesystem::create_symlink("a.bin", folder.path() / "link");
   for (const std::string out : {"a.bin", "link"}) {
     const CliRun ended = run({"hex-dump", "link", "-o", out});
@@ -115,7 +115,7 @@ TEST_F(CliOutputFileTest, isNeverAnInputThatIsReadThroughALink) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "link"));
 }
 
-TEST_F(CliOutputFileTest, isARegularFileInAFolderThatIsThere) {
+TEST_F(CliExportOutputTest, isARegularFileInAFolderThatIsThere) {
   folder.write("target", "kept");
   std::filesystem::create_symlink("target", folder.path() / "link");
   expectRefused("link",
@@ -135,7 +135,7 @@ TEST_F(CliOutputFileTest, isARegularFileInAFolderThatIsThere) {
   expectRefused("a.bin/out", "Not a directory");
 }
 
-TEST_F(CliOutputFileTest, isNotWrittenWhenTheInputCannotBeRead) {
+TEST_F(CliExportOutputTest, isNotWrittenWhenTheInputCannotBeRead) {
   folder.write("out", "kept");
   const std::string missing = "No such file or directory";
   expectFailure({"strings", "missing", "-o", "out"}, missing);
