@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "base/Check.h"
 #include "base/ShieldedArguments.h"
 
 namespace quillmor::cli {
@@ -45,8 +46,20 @@ class CommandParser {
     app_.footer(footer());
   }
 
+  /// Throws `UsageError` for what CLI11 does not understand, and its call for the help.
   void parse(const std::vector<std::string>& arguments) {
-    app_.parse(shieldedArguments(arguments));
+    try {
+      app_.parse(shieldedArguments(arguments));
+    } catch (const CLI::CallForHelp&) {
+      throw;
+    } catch (const CLI::ExtrasError&) {
+      throw UsageError(sentenceOnSurplus());
+    } catch (const CLI::ConversionError&) {
+      // Values are texts, so it was a switch that was given one.
+      throw UsageError(switchWithValue() + " takes no value.");
+    } catch (const CLI::ParseError& error) {
+      throw UsageError(std::string(error.what()) + ".");
+    }
   }
 
   std::string help() const { return app_.help(); }
@@ -81,6 +94,25 @@ class CommandParser {
     }
   }
 
+  /// CLI11's own message ends at the shield of a value.
+  std::string sentenceOnSurplus() const {
+    const std::vector<std::string> surplus = app_.remaining();
+    const auto first =
+        std::ranges::find_if(surplus, [](const std::string& text) { return text != "--"; });
+    checkPrecondition(first != surplus.end(), "an argument that is left over");
+    if (first->starts_with('-')) return "There is no option " + unshielded(*first) + ".";
+    return "\"" + unshielded(*first) + "\" is one argument too many.";
+  }
+
+  std::string switchWithValue() const {
+    const auto isTyped = [](const std::string& value) { return unshielded(value) != value; };
+    for (const auto& [name, option] : options_) {
+      if (option->get_items_expected_max() == 0 && std::ranges::any_of(option->results(), isTyped))
+        return name;
+    }
+    return "A switch";
+  }
+
   std::string footer() const {
     std::string text = "Exit status: 0 when done";
     if (!command_.no.empty()) text += ", 1 when " + std::string(command_.no);
@@ -110,13 +142,6 @@ void requireSense(const Command& command, const Arguments& arguments) {
     requireChoice(arguments, option.name, option.value);
   if (command.changesBytes() && arguments.has("-o") == arguments.has("--in-place"))
     throw UsageError("Exactly one of -o OUT and --in-place is required.");
-}
-
-/// CLI11's words as a sentence on one line.
-std::string sentenceOf(const CLI::ParseError& error) {
-  std::string sentence = unshielded(error.what());
-  std::ranges::replace(sentence, '\n', ' ');
-  return sentence + ".";
 }
 
 CommandLine parseWithoutCommand(const std::vector<std::string>& arguments) {
@@ -157,8 +182,6 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     }
     line.arguments = parser.arguments();
     requireSense(*command, line.arguments);
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(usageMessage(sentenceOf(error), command));
   } catch (const UsageError& error) {
     throw UsageError(usageMessage(error.what(), command));
   }

@@ -1,9 +1,11 @@
 #include "blackbox/ChildProcess.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,6 +45,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
+}
+
+/// Waits for the end of a child without looking again and again, where the system can.
+void awaitEnd(pid_t id) {
+  const int handle = static_cast<int>(::syscall(SYS_pidfd_open, id, 0));
+  if (handle < 0) return;
+  pollfd ended{.fd = handle, .events = POLLIN, .revents = 0};
+  ::poll(&ended, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count()));
+  ::close(handle);
 }
 
 }  // namespace
@@ -100,6 +111,7 @@ std::optional<int> ChildProcess::exitStatus() {
 }
 
 std::optional<int> ChildProcess::waitForExit() {
+  awaitEnd(id_);
   waitUntil([this] { return !isRunning(); });
   return exitStatus();
 }

@@ -37,6 +37,12 @@ class FileComparisons : public test::ComparedFileTest {
     TaskProgress own;
     return compareWindowReport(bytesOf(document), other, "other.bin", own).text;
   }
+
+  bool isListedAsIdentical(std::string_view document, std::string_view file) {
+    folder.write("other.bin", file);
+    TaskProgress own;
+    return compareWindowReport(bytesOf(document), other, "other.bin", own).isIdentical;
+  }
 };
 
 TEST_F(FileComparisons, findIdenticalFilesIdentical) {
@@ -203,6 +209,22 @@ TEST_F(FileComparisons, agreeWithThePlainWayOnRandomData) {
     if (i % 4 == 0) document.resize(document.size() / 2);
     EXPECT_EQ(compared(document, file), plainComparison(document, file)) << i;
   }
+}
+
+TEST_F(FileComparisons, tellWhetherTheListingIsOfEqualFiles) {
+  EXPECT_TRUE(isListedAsIdentical("", ""));
+  EXPECT_TRUE(isListedAsIdentical("abc", "abc"));
+  EXPECT_FALSE(isListedAsIdentical("abc", "abd"));
+  EXPECT_FALSE(isListedAsIdentical("abc", "abcd")) << "a longer file";
+  EXPECT_FALSE(isListedAsIdentical("abcd", "abc")) << "a shorter file";
+  EXPECT_FALSE(isListedAsIdentical("", "a"));
+  EXPECT_FALSE(isListedAsIdentical("a", ""));
+  EXPECT_FALSE(isListedAsIdentical("xbc", "abcd"));
+  const std::string large = test::patternedText(2 * kMiB + 1);
+  EXPECT_TRUE(isListedAsIdentical(large, large));
+  std::string changed = large;
+  changed.back() = static_cast<char>(~changed.back());
+  EXPECT_FALSE(isListedAsIdentical(large, changed));
 }
 
 TEST_F(FileComparisons, refuseAFileThatChangesMeanwhile) {

@@ -114,5 +114,22 @@ TEST(FileStructure, hasALineForEveryMatch) {
             kHead + "- BMP image\n- ACPI table: BMzz, length 40, checksum invalid");
 }
 
+TEST(FileStructure, isKnownWhereTheReportNamesOne) {
+  EXPECT_FALSE(hasKnownStructure({}));
+  for (const Magic& magic : magics()) {
+    EXPECT_TRUE(hasKnownStructure(magic.bytes)) << magic.line;
+    EXPECT_FALSE(hasKnownStructure(std::span(magic.bytes).first(magic.bytes.size() - 1)))
+        << magic.line;
+    Bytes later = magic.bytes;
+    later.insert(later.begin(), 0x00);
+    EXPECT_FALSE(hasKnownStructure(later)) << magic.line;
+  }
+  EXPECT_TRUE(hasKnownStructure(acpiTable("SSDT", 36, 7, 0)));
+  EXPECT_TRUE(hasKnownStructure(acpiTable("SSDT", 36, 7, 1)));
+  EXPECT_FALSE(hasKnownStructure(acpiStructure("SSDT", 35, 36)));
+  EXPECT_TRUE(hasKnownStructure(acpiStructure("FACS", 64, 64)));
+  EXPECT_TRUE(hasKnownStructure(acpiStructure("FACS", 63, 64)));
+}
+
 }  // namespace
 }  // namespace quillmor::test

@@ -71,6 +71,19 @@ TEST(PCIRomInfo, needsTheSignatureAnd28Bytes) {
             "PCI Option ROM\nFile size: 28 bytes\nPCIR offset: 0x0000\n" + kNoStructure);
 }
 
+TEST(PCIRomInfo, knowsAnOptionRom) {
+  EXPECT_FALSE(hasOptionRomSignature({}));
+  EXPECT_FALSE(hasOptionRomSignature(Rom(27).bytes()));
+  EXPECT_TRUE(hasOptionRomSignature(Rom(28).bytes()));
+  EXPECT_FALSE(hasOptionRomSignature(Rom(28).at(0, {0x54}).bytes()));
+  EXPECT_FALSE(hasOptionRomSignature(Rom(28).at(1, {0xAB}).bytes()));
+  EXPECT_FALSE(hasOptionRomSignature(Rom(28).at(0, {0xAA, 0x55}).bytes()));
+  EXPECT_TRUE(hasOptionRomSignature(legacyRom().bytes()));
+  GuardedBytes guarded(28);
+  EXPECT_FALSE(hasOptionRomSignature(guarded.atEnd(Rom(2).bytes())));
+  EXPECT_TRUE(hasOptionRomSignature(guarded.atEnd(Rom(28).bytes())));
+}
+
 TEST(PCIRomInfo, describesALegacyImage) {
   EXPECT_EQ(infoOn(legacyRom()), kHead + kSizes + kFields);
 }

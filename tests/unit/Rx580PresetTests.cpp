@@ -228,5 +228,32 @@ TEST(PatchRules, agreeWithThePlainLoop) {
   }
 }
 
+const std::string kCounts =
+    "RX580 2048SP signature to RX580: 1 replacement(s)\n"
+    "Device ID 0x6FDF to 0x67DF: 2 replacement(s)\n\n"
+    "Total: 3 replacement(s)";
+
+TEST(Rx580Preset, saysWhatItReplacedAndWhatIsLeftToDo) {
+  const std::string postStep =
+      "\n\nPost-step: run Presets > Fix Polaris Checksum before any flash attempt, or "
+      "validate/fix the VBIOS checksum with a proper Polaris BIOS tool.";
+  EXPECT_EQ(rx580ResultText({.report = report(1, 2), .totalReplacements = 3}), kCounts + postStep);
+  EXPECT_EQ(rx580ResultText({.report = report(0, 0)}),
+            "RX580 2048SP signature to RX580: 0 replacement(s)\n"
+            "Device ID 0x6FDF to 0x67DF: 0 replacement(s)\n\n"
+            "Total: 0 replacement(s)" +
+                postStep);
+}
+
+TEST(Rx580Preset, saysWhatBecameOfTheChecksum) {
+  const Rx580PatchRun run{.report = report(1, 2), .totalReplacements = 3};
+  EXPECT_EQ(rx580AndFixResultText(run, PolarisChecksumResult{512, 0x21, 0x10, 0x0B, 0x05, 0, true}),
+            kCounts +
+                "\n\nPolaris checksum: Checksum fixed.\nROM image size: 512 bytes\n"
+                "Checksum offset: 0x00000021\nOld checksum byte: 0x10\nNew checksum byte: 0x0B\n"
+                "Sum before: 0x05\nSum after: 0x00");
+  EXPECT_EQ(rx580AndFixResultText(run, std::nullopt), kCounts);
+}
+
 }  // namespace
 }  // namespace quillmor::test

@@ -73,5 +73,36 @@ TEST(TaskProgress, isNotStoppedAfterThePointOfNoReturn) {
   EXPECT_NO_THROW(progress.passPointOfNoReturn());
 }
 
+TEST(TaskProgress, countsAnewOnceRestarted) {
+  TaskProgress progress;
+  progress.setTotal(8);
+  progress.advance(8);
+  progress.restart();
+  EXPECT_LT(progress.fraction(), 0);
+  progress.setTotal(4);
+  EXPECT_EQ(progress.fraction(), 0);
+  progress.advance(1);
+  EXPECT_EQ(progress.fraction(), 0.25);
+}
+
+TEST(TaskProgress, remembersARequestToStopWhenRestarted) {
+  TaskProgress progress;
+  progress.restart();
+  EXPECT_FALSE(progress.stopRequested());
+  progress.requestStop();
+  progress.restart();
+  EXPECT_TRUE(progress.stopRequested());
+  EXPECT_THAT([&] { progress.checkpoint(); }, kIsStopped);
+}
+
+TEST(TaskProgress, remembersThePointOfNoReturnWhenRestarted) {
+  TaskProgress progress;
+  progress.passPointOfNoReturn();
+  progress.restart();
+  EXPECT_FALSE(progress.canBeStopped());
+  progress.requestStop();
+  EXPECT_NO_THROW(progress.checkpoint());
+}
+
 }  // namespace
 }  // namespace quillmor
