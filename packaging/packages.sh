@@ -8,3 +8,7 @@ test_packages=(libgtest-dev libgmock-dev xvfb xdotool xclip openbox x11-utils db
 
 # Standard tools whose output the tests compare the editor's with.
 test_packages+=(xxd srecord binutils diffutils openssl acpica-tools)
+
+# What the manual page and the completions are for: a formatter and a checker of manual pages, and the
+# shells beside bash.
+test_packages+=(groff-base mandoc zsh fish)

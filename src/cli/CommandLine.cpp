@@ -12,7 +12,10 @@ namespace quillmor::cli {
 namespace {
 
 constexpr const char* kProgramName = "quillmor-cli";
-constexpr std::size_t kColumnWidth = 28;
+constexpr const char* kPlaceRule = "Exactly one of -o OUT and --in-place is required.";
+// Narrow enough for lines of 80 columns.
+constexpr std::size_t kOptionColumnWidth = 24;
+constexpr std::size_t kCommandColumnWidth = 21;
 
 std::string listed(std::span<const std::string_view> choices) {
   std::string text;
@@ -38,7 +41,7 @@ class CommandParser {
       : command_(command),
         app_(std::string(command.summary) + ".",
              std::string(kProgramName) + " " + std::string(command.name)) {
-    app_.get_formatter()->column_width(kColumnWidth);
+    app_.get_formatter()->column_width(kOptionColumnWidth);
     app_.get_formatter()->label("REQUIRED", "");
     for (const ValueDescription& argument : command.arguments) addArgument(argument);
     for (const OptionDescription& option : command.options) addOption(option);
@@ -114,7 +117,9 @@ class CommandParser {
   }
 
   std::string footer() const {
-    std::string text = "Exit status: 0 when done";
+    std::string text;
+    if (command_.changesBytes()) text += std::string(kPlaceRule) + "\n\n";
+    text += "Exit status: 0 when done";
     if (!command_.no.empty()) text += ", 1 when " + std::string(command_.no);
     text += ", 2 on failure.\n\nExample: " + std::string(command_.example.purpose) + "\n  " +
             std::string(command_.example.line);
@@ -141,7 +146,7 @@ void requireSense(const Command& command, const Arguments& arguments) {
   for (const OptionDescription& option : command.options)
     requireChoice(arguments, option.name, option.value);
   if (command.changesBytes() && arguments.has("-o") == arguments.has("--in-place"))
-    throw UsageError("Exactly one of -o OUT and --in-place is required.");
+    throw UsageError(kPlaceRule);
 }
 
 CommandLine parseWithoutCommand(const std::vector<std::string>& arguments) {
@@ -194,10 +199,10 @@ std::string commandHelp(const Command& command) {
 
 std::string programHelp() {
   CLI::App app(
-      "Every tool of the Quillmor hex editor without a window. Reports go to standard output; a "
-      "file\nis changed only where -o or --in-place says so.",
+      "Every tool of the Quillmor hex editor without a window. Reports go to standard\n"
+      "output; a file is changed only where -o or --in-place says so.",
       kProgramName);
-  app.get_formatter()->column_width(kColumnWidth);
+  app.get_formatter()->column_width(kCommandColumnWidth);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.set_version_flag("--version", QUILLMOR_VERSION, "Print the version and exit");
@@ -205,6 +210,7 @@ std::string programHelp() {
     app.add_subcommand(std::string(command.name), std::string(command.summary))
         ->group(std::string(command.group));
   }
+  app.require_subcommand();
   app.footer(
       "Offsets and lengths are decimal, 0xHEX, HEX or HEXh.\n"
       "Exit status: 0 done, valid, found or identical; 1 the answer is no; 2 failure.\n"

@@ -56,15 +56,16 @@ const Options kMode = {
     {"--encoding", {"ENCODING", "How text becomes bytes", ValueKind::choice, kEncodings}},
     {"--case-sensitive", {"", "Tell upper- from lowercase ASCII letters"}}};
 
-const Options kFrom = {{"--from", {"OFFSET", "Where the search starts"}}};
+const Options kFrom = {{"--from", {"OFFSET", "Where the search starts (default 0)"}}};
 
-const Options kBackward = {{"--backward", {"", "Search towards the start of the file"}}};
+const Options kBackward = {
+    {"--backward", {"", "Search towards the start, by default from the end"}}};
 
 std::vector<Command> reports() {
   return {
       {.name = "checksums",
        .group = kReports,
-       .summary = "Print CRC-32, Adler-32, sums, MD5, SHA-1, SHA-256 and entropy",
+       .summary = "Print CRC-32, Adler-32, sums, MD5, SHA-1, SHA-256, entropy",
        .arguments = {kFile},
        .options = kRange,
        .example = {"Checksums of a video BIOS", "quillmor-cli checksums vbios.rom"},
@@ -107,7 +108,7 @@ std::vector<Command> reports() {
        .run = inspect},
       {.name = "detect",
        .group = kReports,
-       .summary = "Print what kinds of file the first bytes tell of",
+       .summary = "Say what kinds of file the first bytes suggest",
        .no = "no known kind was found",
        .arguments = {kFile},
        .example = {"What is this file?", "quillmor-cli detect unknown.bin"},
@@ -133,7 +134,7 @@ std::vector<Command> exports() {
        .run = strings},
       {.name = "hex-dump",
        .group = kExports,
-       .summary = "Print offsets, hexadecimal digits and ASCII, 16 bytes a line",
+       .summary = "Print offsets, hex digits and ASCII, 16 bytes a line",
        .arguments = {kFile},
        .options = joined({kRange, kTextOutput}),
        .example = {"The first 64 bytes", "quillmor-cli hex-dump vbios.rom --length 64"},
@@ -151,8 +152,8 @@ std::vector<Command> exports() {
        .summary = "Print a range as a text patch",
        .arguments = {kFile},
        .options = joined({kRange, kTextOutput}),
-       .example = {"Keep sixteen bytes to put them elsewhere",
-                   "quillmor-cli patch-export good.rom --start 0x140 --length 16 -o fix.txt"},
+       .example = {"Keep eight bytes to put them elsewhere",
+                   "quillmor-cli patch-export good.rom --start 64 --length 8 -o fix.txt"},
        .run = patchExport},
       {.name = "copy-as",
        .group = kExports,
@@ -218,7 +219,7 @@ std::vector<Command> searches() {
        .run = findAll},
       {.name = "find-wildcard",
        .group = kSearching,
-       .summary = "Print offset and length of the next match of hex bytes with ??",
+       .summary = "Print the next match of hex bytes, ?? being any byte",
        .no = kNowhere,
        .arguments = {kFile, {"PATTERN", "Hexadecimal bytes, ?? for any byte"}},
        .options = kFrom,
@@ -269,7 +270,7 @@ std::vector<Command> firmwareTools() {
       {.name = "rx580",
        .group = kFirmware,
        .summary = "Apply the RX 580 preset for macOS to a Polaris video BIOS",
-       .no = "nothing was to be replaced or fixed",
+       .no = "no byte had to change",
        .arguments = {kFile},
        .options =
            joined({{{"--fix-checksum", {"", "Make the checksum valid afterwards"}}}, kBytesOutput}),
@@ -288,7 +289,7 @@ std::vector<Command> changes() {
        .arguments = {kFile, kText, {"REPLACEMENT", "What to put there, read as TEXT is"}},
        .options = joined({kMode, kBytesOutput}),
        .example = {"Raise all clocks of 1750 to 1850",
-                   "quillmor-cli replace vbios.rom 1750 1850 --mode integer -o faster.rom"},
+                   "quillmor-cli replace vbios.rom 1750 1850 --mode integer -o new.rom"},
        .run = replace},
       {.name = "transform",
        .group = kChanging,
