@@ -1,5 +1,7 @@
 #include "cli/Arguments.h"
 
+#include <utility>
+
 #include "base/Check.h"
 #include "base/SaturatingMath.h"
 #include "fileaccess/ResolvedPaths.h"
@@ -7,35 +9,28 @@
 
 namespace quillmor::cli {
 
-namespace {
-
-/// The name under which the help shows the value of an option: "START" of "--start".
-std::string shownName(std::string_view name) {
-  if (!name.starts_with("--")) return std::string(name);
-  std::string shown;
-  for (const char letter : name.substr(2))
-    shown += static_cast<char>(letter >= 'a' && letter <= 'z' ? letter - 'a' + 'A' : letter);
-  // The one option whose value is an offset under another name.
-  return shown == "FROM" ? "OFFSET" : shown;
+void Arguments::set(std::string_view name, std::string text, std::string_view shownName) {
+  values_[std::string(name)] = {std::string(shownName.empty() ? name : shownName), std::move(text)};
 }
 
-}  // namespace
-
-const std::string& Arguments::text(std::string_view name) const {
+const Arguments::Value& Arguments::value(std::string_view name) const {
   const auto found = values_.find(name);
   checkPrecondition(found != values_.end(), "an argument that the command requires");
   return found->second;
 }
 
+const std::string& Arguments::text(std::string_view name) const {
+  return value(name).text;
+}
+
 std::optional<std::string> Arguments::find(std::string_view name) const {
-  const auto found = values_.find(name);
-  if (found == values_.end()) return std::nullopt;
-  return found->second;
+  if (!has(name)) return std::nullopt;
+  return text(name);
 }
 
 FileLocation Arguments::file(std::string_view name) const {
-  const std::string& path = text(name);
-  if (path.empty()) throw UsageError(std::string(name) + " is an empty name.");
+  const auto& [shownName, path] = value(name);
+  if (path.empty()) throw UsageError(shownName + " is an empty name.");
   return FileLocation::fromPath(path);
 }
 
@@ -44,14 +39,14 @@ FileLocation Arguments::documentFile(std::string_view name) const {
 }
 
 std::int64_t Arguments::offset(std::string_view name) const {
-  const std::string& typed = text(name);
-  const auto value = HexParser::parseOffset(typed);
-  if (!value) {
-    throw UsageError(shownName(name) + " cannot be read: \"" + typed +
+  const auto& [shownName, typed] = value(name);
+  const auto parsed = HexParser::parseOffset(typed);
+  if (!parsed) {
+    throw UsageError(shownName + " cannot be read: \"" + typed +
                      "\" is neither decimal, 0xHEX, HEX nor HEXh.");
   }
-  if (*value < 0) throw UsageError(shownName(name) + " must be 0 or more, not " + typed + ".");
-  return *value;
+  if (*parsed < 0) throw UsageError(shownName + " must be 0 or more, not " + typed + ".");
+  return *parsed;
 }
 
 std::optional<std::int64_t> Arguments::findOffset(std::string_view name) const {

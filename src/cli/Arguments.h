@@ -22,8 +22,9 @@ class UsageError : public std::runtime_error {
 /// does not make sense throws `UsageError`.
 class Arguments {
  public:
-  /// A value that was given; a switch such as "--backward" has an empty one.
-  void set(std::string_view name, std::string value) { values_[std::string(name)] = value; }
+  /// A value that was given; a switch such as "--backward" has an empty one. Messages call it by
+  /// its `shownName`, as the help does ("START" of "--start"), where that is not the name itself.
+  void set(std::string_view name, std::string text, std::string_view shownName = {});
 
   bool has(std::string_view name) const { return values_.contains(name); }
 
@@ -51,7 +52,14 @@ class Arguments {
   HexSelection range(std::int64_t byteCount) const;
 
  private:
-  std::map<std::string, std::string, std::less<>> values_;
+  struct Value {
+    std::string shownName;
+    std::string text;
+  };
+
+  const Value& value(std::string_view name) const;
+
+  std::map<std::string, Value, std::less<>> values_;
 };
 
 }  // namespace quillmor::cli

@@ -69,9 +69,12 @@ class CommandParser {
 
   Arguments arguments() const {
     Arguments given;
-    for (const auto& [name, option] : options_) {
-      if (option->count() > 0) given.set(name, unshielded(values_.at(name)));
-    }
+    const auto take = [&](std::string_view name, std::string_view shownName) {
+      const std::string key(name);
+      if (options_.at(key)->count() > 0) given.set(name, unshielded(values_.at(key)), shownName);
+    };
+    for (const ValueDescription& argument : command_.arguments) take(argument.name, argument.name);
+    for (const OptionDescription& option : command_.options) take(option.name, option.value.name);
     return given;
   }
 

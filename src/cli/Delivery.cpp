@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "cli/InPlaceSaving.h"
+#include "cli/Interruption.h"
 #include "cli/SpooledText.h"
 
 namespace quillmor::cli {
@@ -41,6 +42,8 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
   } else if (!(changed == document.bytes())) {
     saveInPlace(document.location, document.snapshot, std::move(changed), progress);
   }
+  // What is done is done: a signal while nobody reads the text has nothing to wait for.
+  Interruption::uninstall();
   session.print(text);
 }
 

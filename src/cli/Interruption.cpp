@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <csignal>
 
@@ -20,6 +19,18 @@ extern "C" void stopWork(int signalNumber) {
   stoppedBySignal.load()->requestStop();
 }
 
+/// Of the signals that are not ignored.
+void replaceHandlers(void (*handler)(int)) {
+  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    ::sigaction(signalNumber, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = handler;
+    ::sigaction(signalNumber, &action, nullptr);
+  }
+}
+
 [[noreturn]] void dieOf(int signalNumber) {
   std::signal(signalNumber, SIG_DFL);
   std::raise(signalNumber);
@@ -34,15 +45,12 @@ void install(TaskProgress& progress) {
   stoppedBySignal = &progress;
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
-  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction action {};
-    ::sigaction(signalNumber, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) continue;
-    // Without SA_RESTART: a write that waits for a reader is to return.
-    action = {};
-    action.sa_handler = stopWork;
-    ::sigaction(signalNumber, &action, nullptr);
-  }
+  // Without SA_RESTART: a write that waits for a reader is to return.
+  replaceHandlers(stopWork);
+}
+
+void uninstall() {
+  replaceHandlers(SIG_DFL);
 }
 
 void die() {

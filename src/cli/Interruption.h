@@ -11,6 +11,9 @@ namespace quillmor::cli::Interruption {
 /// never destroyed. Called once, before there are other threads.
 void install(TaskProgress& progress);
 
+/// Lets these signals end the process at once again, when nothing is left to be cleaned up.
+void uninstall();
+
 /// Ends the process by the signal that asked it to stop.
 [[noreturn]] void die();
 

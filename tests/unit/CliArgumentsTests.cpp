@@ -11,9 +11,9 @@ auto isUsageError(const std::string& sentence) {
   return testing::ThrowsMessage<UsageError>(sentence);
 }
 
-Arguments with(std::string_view name, const std::string& value) {
+Arguments with(std::string_view name, const std::string& value, std::string_view shownName = {}) {
   Arguments arguments;
-  arguments.set(name, value);
+  arguments.set(name, value, shownName);
   return arguments;
 }
 
@@ -44,12 +44,12 @@ TEST(CliArgumentsTest, offsetsThatCannotBeReadNameThemselves) {
   EXPECT_THAT(
       [] { with("OFFSET", "x").offset("OFFSET"); },
       isUsageError("OFFSET cannot be read: \"x\" is neither decimal, 0xHEX, HEX nor HEXh."));
-  EXPECT_THAT([] { with("--length", "9223372036854775808").offset("--length"); },
+  EXPECT_THAT([] { with("--length", "9223372036854775808", "LENGTH").offset("--length"); },
               isUsageError("LENGTH cannot be read: \"9223372036854775808\" is neither decimal, "
                            "0xHEX, HEX nor HEXh."));
-  EXPECT_THAT([] { with("--from", "").offset("--from"); },
+  EXPECT_THAT([] { with("--from", "", "OFFSET").offset("--from"); },
               isUsageError("OFFSET cannot be read: \"\" is neither decimal, 0xHEX, HEX nor HEXh."));
-  EXPECT_THAT([] { with("--start", "-1").offset("--start"); },
+  EXPECT_THAT([] { with("--start", "-1", "START").offset("--start"); },
               isUsageError("START must be 0 or more, not -1."));
 }
 

@@ -121,8 +121,8 @@ TEST_F(CliOutputFileTest, linksAndSpecialFilesAreRefused) {
 }
 
 TEST_F(CliOutputFileTest, anEmptyNameIsWrongUsage) {
-  expectOutRefused(invert, "", "-o is an empty name. See quillmor-cli transform --help.");
-  expectOutRefused(dump, "", "-o is an empty name. See quillmor-cli hex-dump --help.");
+  expectOutRefused(invert, "", "OUT is an empty name. See quillmor-cli transform --help.");
+  expectOutRefused(dump, "", "OUT is an empty name. See quillmor-cli hex-dump --help.");
 }
 
 TEST_F(CliOutputFileTest, bothOrNeitherWayOutIsWrongUsage) {

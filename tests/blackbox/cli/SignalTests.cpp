@@ -65,6 +65,22 @@ TEST_F(CliSignalTest, aSignalBeforeTheSaveLeavesTheFileAsItWas) {
   EXPECT_THAT(names(), testing::ElementsAre("preset.json", "zeros.bin"));
 }
 
+TEST_F(CliSignalTest, aSignalAfterTheSaveEndsAProgramWhoseTextNobodyReads) {
+  const std::string name(512, 'n');
+  std::string rules;
+  for (int i = 0; i < 512; ++i)
+    rules +=
+        std::string(i > 0 ? "," : "") + R"({"name":")" + name + R"(","find":"41","replace":"42"})";
+  folder.write("preset.json", R"({"rules":[)" + rules + "]}");
+  folder.write("in.bin", "A");
+  const Fifo pipe(pipePath());
+  const auto process = start("exec \"$CLI\" preset-apply in.bin preset.json -o out.bin > pipe");
+  ASSERT_TRUE(waitUntil([&] { return pipe.hasText(); }));
+  expectEndBy(SIGTERM, *process);
+  EXPECT_EQ(folder.read("out.bin"), "B");
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin", "pipe", "preset.json"));
+}
+
 TEST_F(CliSignalTest, aSignalThatWasIgnoredStaysIgnored) {
   folder.write("in.bin", std::string(100'000, 'x'));
   const std::string dump = run({"hex-dump", "in.bin"}).output;
