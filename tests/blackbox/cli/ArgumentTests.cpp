@@ -159,7 +159,7 @@ TEST_F(CliArgumentTest, namesAreNotEmpty) {
   expectWrongUsage({"difference-report", "a.bin", ""}, "OTHER is an empty name.");
   expectWrongUsage({"bookmarks", ""}, "BOOKMARKFILE is an empty name.");
   expectWrongUsage({"preset-dry-run", "a.bin", ""}, "PRESET is an empty name.");
-  expectWrongUsage({"hex-dump", "a.bin", "-o", ""}, "-o is an empty name.");
+  expectWrongUsage({"hex-dump", "a.bin", "-o", ""}, "OUT is an empty name.");
 }
 
 TEST_F(CliArgumentTest, everyCommandHasHelpWithAnExample) {
