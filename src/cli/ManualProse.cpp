@@ -66,8 +66,9 @@ Nothing is written when the exit status is 1, when a check fails, when no byte h
 when another program has changed
 .I FILE
 meanwhile.
-Only a disk that fails or fills up, or a machine that stops, while the bytes are being written can
-leave
+When writing fails half way the old bytes are put back.
+Only a machine that stops while the bytes are being written, or a disk that does not take back the
+old ones either, can leave
 .I FILE
 incomplete.
 Where there is no other copy,
