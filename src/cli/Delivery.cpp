@@ -25,7 +25,8 @@ void deliverText(const Arguments& arguments, Session& session, std::vector<FileL
 void deliverUncertainText(const Arguments& arguments, Session& session,
                           std::vector<FileLocation> inputs, TaskProgress& progress,
                           const std::function<void(const TextSink&)>& produce) {
-  if (arguments.has("-o")) return deliverText(arguments, session, inputs, progress, produce);
+  if (arguments.has("-o"))
+    return deliverText(arguments, session, std::move(inputs), progress, produce);
   SpooledText spooled;
   produce([&spooled](std::string_view piece) { spooled.append(piece); });
   spooled.forEachPiece([&session](std::string_view piece) { session.output().write(piece); });

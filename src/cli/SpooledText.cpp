@@ -1,7 +1,6 @@
 #include "cli/SpooledText.h"
 
 #include <cerrno>
-#include <cstring>
 
 #include "base/Error.h"
 
@@ -12,7 +11,7 @@ namespace {
 [[noreturn]] void failWithErrno() {
   const int number = errno;
   throw Error::posix(
-      number, std::string("Could not keep the text in a temporary file: ") + std::strerror(number));
+      number, "Could not keep the text in a temporary file: " + Error::posix(number).message());
 }
 
 }  // namespace

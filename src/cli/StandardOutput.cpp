@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <string>
 
 #include "base/Error.h"
 
@@ -27,8 +25,8 @@ void StandardOutput::write(std::string_view text) {
     } else if (error == EPIPE) {
       throw ClosedPipe();
     } else if (error != EINTR) {
-      throw Error::posix(
-          error, std::string("Could not write to standard output: ") + std::strerror(error));
+      throw Error::posix(error,
+                         "Could not write to standard output: " + Error::posix(error).message());
     }
   }
 }

@@ -3,9 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "cli/CommandLine.h"
 #include "cli/Interruption.h"
 #include "platform/RunInBackground.h"
@@ -42,21 +39,28 @@ Outcome run(const std::vector<std::string>& arguments, TaskProgress& progress) {
   }
 }
 
+/// Runs it and tells how it ended.
+int runToEnd(const std::vector<std::string>& arguments) {
+  // Signals may come until the very end.
+  static TaskProgress progress;
+  Interruption::install(progress);
+  const Result<Outcome> outcome = resultOf([&] { return run(arguments, progress); });
+  if (outcome.isOk()) return static_cast<int>(outcome.value());
+  if (outcome.error().isStopped()) Interruption::die();
+  printMessage(outcome.error().message());
+  return static_cast<int>(Outcome::failed);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   occupyStandardDescriptors();
-  // Signals may come until the very end.
-  static TaskProgress progress;
-  Interruption::install(progress);
-  std::optional<Result<Outcome>> outcome;
   try {
-    outcome = resultOf([&] { return run({argv + 1, argv + argc}, progress); });
+    return runToEnd({argv + 1, argv + argc});
   } catch (const ClosedPipe&) {
     Interruption::dieOfClosedPipe();
+  } catch (...) {
+    // There is not even memory for a message.
+    return static_cast<int>(Outcome::failed);
   }
-  if (outcome->isOk()) return static_cast<int>(outcome->value());
-  if (outcome->error().isStopped()) Interruption::die();
-  printMessage(outcome->error().message());
-  return static_cast<int>(Outcome::failed);
 }

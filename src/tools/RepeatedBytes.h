@@ -26,7 +26,7 @@ ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t cou
 class RepeatingPattern {
  public:
   /// Small enough to stay in a core's nearest cache while it is combined with other bytes.
-  static constexpr std::int64_t kBlockSize = 16 * 1024;
+  static constexpr std::int64_t kBlockSize = std::int64_t{16} * 1024;
 
   /// `pattern` holds at least one byte.
   explicit RepeatingPattern(std::span<const std::uint8_t> pattern);
