@@ -6,7 +6,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstddef>
-#include <limits>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -18,6 +18,10 @@ namespace quillmor::DataInspector {
 namespace {
 
 constexpr std::string_view kJoint = "  |  ";
+
+/// Numbers from 1e-4 on and below 1e16 are written without an exponent.
+constexpr int kLeastPlainExponent = -4;
+constexpr int kGreatestPlainExponent = 15;
 
 std::uint64_t littleEndian(std::span<const std::uint8_t> bytes) {
   std::uint64_t value = 0;
@@ -61,28 +65,30 @@ std::string unsignedLine(std::size_t width, std::string_view order, std::uint64_
   return line.append(" / ").append(std::to_string(value));
 }
 
-/// The form with an exponent begins where the digits before the point stop being exact (2^53, 2^24
-/// for 32 bits) and below 0.0001.
-template <std::floating_point Float>
-bool needsExponent(Float value) {
-  constexpr auto kExactBelow = static_cast<Float>(1ULL << std::numeric_limits<Float>::digits);
-  const Float magnitude = std::abs(value);
-  return magnitude != 0 && (magnitude > kExactBelow || magnitude < static_cast<Float>(1e-4));
+/// The plain form of the shortest digits "D.DDD" and the decimal exponent of their first one.
+std::string plainText(std::string digits, int exponent) {
+  std::erase(digits, '.');
+  if (exponent < 0)
+    return "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
+  const auto pointPlace = static_cast<std::size_t>(exponent) + 1;
+  if (digits.size() <= pointPlace) return digits.append(pointPlace - digits.size(), '0') + ".0";
+  return digits.insert(pointPlace, 1, '.');
 }
 
 template <std::floating_point Float>
 std::string shortestText(Float value) {
   if (std::isnan(value)) return "nan";
-  if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
-  const bool hasExponent = needsExponent(value);
+  if (std::signbit(value)) return "-" + shortestText(-value);
+  if (std::isinf(value)) return "inf";
   std::array<char, 64> characters;
-  const auto [end, error] =
-      std::to_chars(characters.data(), characters.data() + characters.size(), value,
-                    hasExponent ? std::chars_format::scientific : std::chars_format::fixed);
+  const auto [end, error] = std::to_chars(characters.data(), characters.data() + characters.size(),
+                                          value, std::chars_format::scientific);
   checkPrecondition(error == std::errc(), "room for the digits of a floating-point number");
-  std::string text(characters.data(), end);
-  if (!hasExponent && text.find('.') == std::string::npos) text.append(".0");
-  return text;
+  const std::string text(characters.data(), end);
+  const std::size_t mark = text.find('e');
+  const int exponent = std::stoi(text.substr(mark + 1));
+  const bool isPlain = exponent >= kLeastPlainExponent && exponent <= kGreatestPlainExponent;
+  return isPlain ? plainText(text.substr(0, mark), exponent) : text;
 }
 
 }  // namespace

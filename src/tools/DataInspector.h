@@ -21,10 +21,9 @@ inline constexpr std::string_view kCaretAtEnd = "Caret is at EOF.";
 /// as enough bytes follow. Absent when `offset` is no offset of a byte.
 std::optional<std::string> detailReport(std::span<const std::uint8_t> bytes, std::int64_t offset);
 
-/// The shortest decimal text that reads back as `value`, such as "1.0", "-0.5", "1e+16", "5e-324",
+/// The fewest decimal digits that read back as `value`, such as "1.0", "-0.5", "1e+16", "5e-324",
 /// "-0.0", "inf", "-inf"; "nan" for all values that are no number. It always has a point or an
-/// exponent, and an exponent (of two digits at least) only below 0.0001 and above the integers the
-/// type holds without gaps, up to 2^53, or 2^24 for 32 bits.
+/// exponent, and an exponent (of two digits at least) only below 0.0001 and from 1e16 on.
 std::string floatText(float value);
 std::string floatText(double value);
 

@@ -157,11 +157,14 @@ TEST(Float32Text, readsNaNPayloadsAndLimits) {
   EXPECT_EQ(floatText(3.14159274F), "3.1415927");
 }
 
-TEST(Float32Text, getsAnExponentBehindTheExactIntegers) {
-  EXPECT_EQ(floatText(16777215.0F), "16777215.0");
-  EXPECT_EQ(floatText(16777216.0F), "16777216.0");
-  EXPECT_EQ(floatText(-16777216.0F), "-16777216.0");
-  EXPECT_EQ(floatText(16777218.0F), "1.6777218e+07");
+TEST(Float32Text, isPlainBetweenOneTenThousandthAndTenQuadrillion) {
+  EXPECT_EQ(floatText(16777218.0F), "16777218.0");
+  EXPECT_EQ(floatText(-1e8F), "-100000000.0");
+  EXPECT_EQ(floatText(1e15F), "1000000000000000.0");
+  EXPECT_EQ(floatText(std::nextafter(1e16F, 0.0F)), "9999999000000000.0");
+  EXPECT_EQ(floatText(1e16F), "1e+16");
+  EXPECT_EQ(floatText(1e-4F), "0.0001");
+  EXPECT_EQ(floatText(std::nextafter(1e-4F, 0.0F)), "9.999999e-05");
 }
 
 TEST(Float64Text, readsNaNPayloadsAndLimits) {
@@ -177,12 +180,17 @@ TEST(Float64Text, readsNaNPayloadsAndLimits) {
   EXPECT_EQ(floatText(16777218.0), "16777218.0");
 }
 
-TEST(Float64Text, getsAnExponentBehindTheExactIntegers) {
-  EXPECT_EQ(floatText(9007199254740991.0), "9007199254740991.0");
+TEST(Float64Text, isPlainBetweenOneTenThousandthAndTenQuadrillion) {
   EXPECT_EQ(floatText(9007199254740992.0), "9007199254740992.0");
-  EXPECT_EQ(floatText(9007199254740994.0), "9.007199254740994e+15");
-  EXPECT_EQ(floatText(1e15), "1000000000000000.0");
+  EXPECT_EQ(floatText(9007199254740994.0), "9007199254740994.0");
+  EXPECT_EQ(floatText(9.999e15), "9999000000000000.0");
+  EXPECT_EQ(floatText(9999999999999998.0), "9999999999999998.0");
   EXPECT_EQ(floatText(1e16), "1e+16");
+  EXPECT_EQ(floatText(-1e16), "-1e+16");
+  EXPECT_EQ(floatText(1e-4), "0.0001");
+  EXPECT_EQ(floatText(0.00012345), "0.00012345");
+  EXPECT_EQ(floatText(std::nextafter(1e-4, 0.0)), "9.999999999999999e-05");
+  EXPECT_EQ(floatText(123.456), "123.456");
 }
 
 float readBack(const std::string& text, float) {
