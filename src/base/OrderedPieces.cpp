@@ -14,25 +14,35 @@ class OrderedWork {
       : end_(count), work_(work) {}
 
   void takePieces(int worker) noexcept {
-    try {
-      for (;;) {
-        const std::int64_t index = next_.fetch_add(1);
-        if (index >= end_) return;
+    for (;;) {
+      const std::int64_t index = next_.fetch_add(1);
+      if (index >= end_) return;
+      try {
         if (!work_(index, worker)) endBehind(index);
+      } catch (...) {
+        failures_[static_cast<std::size_t>(worker)] = {index, std::current_exception()};
+        endBehind(index);
+        return;
       }
-    } catch (...) {
-      failures_[static_cast<std::size_t>(worker)] = std::current_exception();
-      end_ = 0;
     }
   }
 
-  void rethrowFailure() const {
-    for (const std::exception_ptr& failure : failures_) {
-      if (failure) std::rethrow_exception(failure);
+  /// What was thrown behind the end is as if it had never been begun.
+  void rethrowFirstFailure() const {
+    const Failure* first = nullptr;
+    for (const Failure& failure : failures_) {
+      const bool counts = failure.exception && failure.index < end_;
+      if (counts && (first == nullptr || failure.index < first->index)) first = &failure;
     }
+    if (first != nullptr) std::rethrow_exception(first->exception);
   }
 
  private:
+  struct Failure {
+    std::int64_t index = 0;
+    std::exception_ptr exception;
+  };
+
   void endBehind(std::int64_t index) {
     std::int64_t end = end_;
     while (end > index + 1 && !end_.compare_exchange_weak(end, index + 1)) continue;
@@ -41,7 +51,7 @@ class OrderedWork {
   std::atomic<std::int64_t> next_ = 0;
   std::atomic<std::int64_t> end_;
   const std::function<bool(std::int64_t, int)>& work_;
-  std::array<std::exception_ptr, kMaximumPieceWorkers> failures_;
+  std::array<Failure, kMaximumPieceWorkers> failures_;
 };
 
 }  // namespace
@@ -59,7 +69,7 @@ void forEachPieceInOrder(std::int64_t count, bool mayShare,
   }
   ordered.takePieces(0);
   if (helper.joinable()) helper.join();
-  ordered.rethrowFailure();
+  ordered.rethrowFirstFailure();
 }
 
 }  // namespace quillmor

@@ -13,8 +13,9 @@ inline constexpr int kMaximumPieceWorkers = 2;
 /// `kMaximumPieceWorkers`, tells them apart, so that each can have a buffer of its own. When `work`
 /// returns false no piece behind that one is begun any more; all before it are worked on.
 ///
-/// What `work` throws is thrown here, after which nothing is begun. No other thread is at work any
-/// more when this returns or throws.
+/// What `work` throws for a piece that is not behind the end is thrown here, the one of the first
+/// piece; no piece behind that one is begun any more. No other thread is at work any more when this
+/// returns or throws.
 void forEachPieceInOrder(std::int64_t count, bool mayShare,
                          const std::function<bool(std::int64_t index, int worker)>& work);
 

@@ -34,7 +34,8 @@ class SearchedFile {
         pieceByteCount_(std::max(pieceBytes, saturatingMultiply(longest_, kPieceOverNeedle))) {
     const std::int64_t size = file.size();
     begin_ = isForward_ ? clampedToCount(start.offset.value_or(0), size) : 0;
-    end_ = isForward_ ? size : clampedToCount(saturatingAdd(start.offset.value_or(size), 1), size);
+    end_ =
+        isForward_ ? size : std::min(clampedToCount(start.offset.value_or(size), size) + 1, size);
     progress_.setTotal(end_ - begin_);
   }
 

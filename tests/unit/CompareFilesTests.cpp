@@ -61,13 +61,13 @@ class CompareFilesFaults : public test::FileAccessTest {
 };
 
 TEST_F(CompareFilesFaults, fileThatChanges) {
-  calls.before(test::SystemCall::pread, 1, [&] { folder.write("current", "abd"); });
+  calls.before(test::SystemCall::pread, 1, [&] { folder.write("current", "ab"); });
   EXPECT_THAT([&] { compare(); },
               failsWith(1204, "The file changed while it was being read. Try again."));
 }
 
 TEST_F(CompareFilesFaults, otherFileThatChanges) {
-  calls.before(test::SystemCall::pread, 2, [&] { folder.write("other", "abc"); });
+  calls.before(test::SystemCall::pread, 2, [&] { folder.write("other", "ab"); });
   EXPECT_THAT([&] { compare(); },
               failsWith(1204, "The file changed while it was being read. Try again."));
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <stdexcept>
+#include <thread>
 
 namespace quillmor {
 namespace {
@@ -44,6 +45,20 @@ TEST_P(OrderedPieces, passOnWhatTheWorkThrows) {
     return true;
   };
   EXPECT_THROW(forEachPieceInOrder(1000, GetParam(), fail), std::runtime_error);
+}
+
+TEST_P(OrderedPieces, passOnNothingThatIsThrownBehindTheEnd) {
+  std::atomic<bool> hasFailed = false;
+  forEachPieceInOrder(2, GetParam(), [&](std::int64_t index, int worker) -> bool {
+    if (index == 1) {
+      hasFailed = true;
+      throw std::runtime_error("behind the end");
+    }
+    // The piece that ends them all waits for the failure, if there is another thread to fail.
+    while (GetParam() && worker == 0 && !hasFailed && std::thread::hardware_concurrency() > 1)
+      std::this_thread::yield();
+    return false;
+  });
 }
 
 TEST_P(OrderedPieces, mayBeNone) {
