@@ -59,9 +59,10 @@ Outcome checksumRange(const Arguments& arguments, Session& session) {
 Outcome statistics(const Arguments& arguments, Session& session) {
   return printReport(arguments, session, [&](const ByteBuffer& bytes) {
     const HexSelection range = arguments.range(bytes.size());
-    return selectionStatisticsReport(bytes.span(range.start, range.length),
-                                     arguments.hasRange() ? "Selection" : "Document",
-                                     session.beginPart(kCalculating));
+    return selectionStatisticsReport(
+        bytes.span(range.start, range.length),
+        arguments.hasRange() ? StatisticsScope::selection : StatisticsScope::document,
+        session.beginPart(kCalculating));
   });
 }
 

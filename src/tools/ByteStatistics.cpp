@@ -22,11 +22,12 @@ bool isPresent(std::int64_t count) {
   return count > 0;
 }
 
-std::string statisticsLines(const ByteCounts& counts, const std::string& scope) {
+std::string statisticsLines(const ByteCounts& counts, StatisticsScope scope) {
   const auto minimum = std::ranges::find_if(counts, isPresent) - counts.begin();
   const auto maximum = counts.rend() - std::find_if(counts.rbegin(), counts.rend(), isPresent) - 1;
   const auto printable = std::span(counts).subspan(0x20, 0x7E - 0x20 + 1);
-  std::string text = "Scope: " + scope;
+  std::string text = "Scope: ";
+  text += scope == StatisticsScope::selection ? "Selection" : "Document";
   text += "\nLength: " + std::to_string(sumOf(counts)) + " bytes";
   text += "\nEntropy: " + bitsPerByteText(entropyValue(counts));
   text += "\nUnique byte values: " + std::to_string(std::ranges::count_if(counts, isPresent));
@@ -63,7 +64,7 @@ double entropyValue(std::span<const std::uint8_t> bytes) {
   return entropyValue(byteCounts(bytes));
 }
 
-std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, const std::string& scope,
+std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, StatisticsScope scope,
                                       TaskProgress& progress) {
   const ByteCounts counts = byteCounts(bytes, &progress);
   return bytes.empty() ? "There are no bytes to analyze." : statisticsLines(counts, scope);

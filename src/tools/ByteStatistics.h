@@ -23,9 +23,12 @@ ByteCounts byteCounts(std::span<const std::uint8_t> bytes, TaskProgress* progres
 double entropyValue(const ByteCounts& counts);
 double entropyValue(std::span<const std::uint8_t> bytes);
 
-/// Nine lines about the distribution of byte values, or the sentence that there are none. `scope`
-/// is "Selection" or "Document". Progress as for `byteCounts`.
-std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, const std::string& scope,
+/// What bytes are of their document.
+enum class StatisticsScope { document, selection };
+
+/// Nine lines about the distribution of byte values, or the sentence that there are none. Progress
+/// as for `byteCounts`.
+std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, StatisticsScope scope,
                                       TaskProgress& progress);
 
 /// What the file information report says besides what it finds in the bytes.

@@ -64,8 +64,9 @@ void HexWindowController::showSelectionStatistics() {
                const bool hasSelection = selection.length > 0;
                const auto analyzed =
                    hasSelection ? bytes.span(selection.start, selection.length) : bytes.span();
-               return selectionStatisticsReport(analyzed, hasSelection ? "Selection" : "Document",
-                                                progress);
+               return selectionStatisticsReport(
+                   analyzed, hasSelection ? StatisticsScope::selection : StatisticsScope::document,
+                   progress);
              });
 }
 
@@ -88,8 +89,9 @@ void HexWindowController::stringsViewer() {
   showReport("Strings Viewer", "Finding strings…",
              [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
                return ASCIIStringsExporter::extract(
-                   bytes.span(), ASCIIStringsExporter::kDefaultMinimumLength, maxUtilityReportCharacters,
-                   ASCIIStringsExporter::kMaximumReportEntries, progress);
+                   bytes.span(), ASCIIStringsExporter::kDefaultMinimumLength,
+                   maxUtilityReportCharacters, ASCIIStringsExporter::kMaximumReportEntries,
+                   progress);
              });
 }
 

@@ -46,7 +46,7 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-std::string statisticsOf(const Bytes& bytes, const std::string& scope = "Document") {
+std::string statisticsOf(const Bytes& bytes, StatisticsScope scope = StatisticsScope::document) {
   TaskProgress progress;
   return selectionStatisticsReport(bytes, scope, progress);
 }
@@ -112,7 +112,7 @@ TEST(ByteCounts, stopWhenAskedTo) {
   stopped.requestStop();
   EXPECT_THAT([&] { byteCounts(bytes, &stopped); }, stops);
   EXPECT_EQ(stopped.fraction(), 0);
-  EXPECT_THAT([&] { selectionStatisticsReport(bytes, "Document", stopped); }, stops);
+  EXPECT_THAT([&] { selectionStatisticsReport(bytes, StatisticsScope::document, stopped); }, stops);
 }
 
 TEST(EntropyValue, isZeroForNoBytesAndForOneValue) {
@@ -157,7 +157,7 @@ TEST(EntropyValue, takesTheLargestCounts) {
 }
 
 TEST(SelectionStatistics, ofASelectedByte) {
-  EXPECT_EQ(statisticsOf({0x41}, "Selection"),
+  EXPECT_EQ(statisticsOf({0x41}, StatisticsScope::selection),
             "Scope: Selection\n"
             "Length: 1 bytes\n"
             "Entropy: 0.0000 bits/byte\n"
@@ -199,12 +199,12 @@ TEST(SelectionStatistics, countEveryPrintableByteAndNoOther) {
 
 TEST(SelectionStatistics, ofNoBytesAreASentence) {
   EXPECT_EQ(statisticsOf({}), "There are no bytes to analyze.");
-  EXPECT_EQ(statisticsOf({}, "Selection"), "There are no bytes to analyze.");
+  EXPECT_EQ(statisticsOf({}, StatisticsScope::selection), "There are no bytes to analyze.");
 }
 
 TEST(SelectionStatistics, advanceByTheBytes) {
   TaskProgress progress;
-  selectionStatisticsReport(Bytes(3 * kMiB, 9), "Document", progress);
+  selectionStatisticsReport(Bytes(3 * kMiB, 9), StatisticsScope::document, progress);
   EXPECT_EQ(progress.fraction(), 1);
 }
 
