@@ -6,6 +6,7 @@
 
 #include "cli/Command.h"
 #include "cli/Commands.h"
+#include "cli/TypedSearch.h"
 
 namespace quillmor::cli {
 
@@ -20,13 +21,8 @@ constexpr std::string_view kSearching = kGroups[3];
 constexpr std::string_view kFirmware = kGroups[4];
 constexpr std::string_view kChanging = kGroups[5];
 
-constexpr std::array<std::string_view, 4> kModes = {"text", "hex", "integer", "float"};
-constexpr std::array<std::string_view, 5> kEncodings = {"editor", "utf8", "ascii", "utf16le",
-                                                        "utf16be"};
-constexpr std::array<std::string_view, 6> kStyles = {"hex",    "c-array",      "swift-array",
-                                                     "base64", "python-bytes", "json"};
-constexpr std::array<std::string_view, 8> kTransforms = {"invert", "reverse", "swap16", "swap32",
-                                                         "xor",    "and",     "or",     "fill"};
+constexpr auto kModes = namesOf(kSearchModes);
+constexpr auto kEncodings = namesOf(kSearchEncodings);
 
 constexpr ValueDescription kFile{"FILE", "The file to read", ValueKind::file};
 constexpr ValueDescription kOther{"OTHER", "The file to compare it with", ValueKind::file};
@@ -158,7 +154,7 @@ std::vector<Command> exports() {
       {.name = "copy-as",
        .group = kExports,
        .summary = "Print bytes as source code or as text",
-       .arguments = {{"STYLE", "How to write the bytes", ValueKind::choice, kStyles}, kFile},
+       .arguments = {{"STYLE", "How to write the bytes", ValueKind::choice, copyStyles()}, kFile},
        .options = kRange,
        .example = {"Eight bytes as a C array",
                    "quillmor-cli copy-as c-array vbios.rom --start 0x40 --length 8"},
@@ -294,7 +290,7 @@ std::vector<Command> changes() {
       {.name = "transform",
        .group = kChanging,
        .summary = "Rewrite the bytes of a range",
-       .arguments = {{"NAME", "What to do with them", ValueKind::choice, kTransforms}, kFile},
+       .arguments = {{"NAME", "What to do with them", ValueKind::choice, transformNames()}, kFile},
        .options = joined({{{"--pattern", {"PATTERN", "Hexadecimal bytes for xor, and, or, fill"}}},
                           kRange,
                           kBytesOutput}),

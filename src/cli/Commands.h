@@ -1,5 +1,8 @@
 #pragma once
 
+#include <span>
+#include <string_view>
+
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 
@@ -23,6 +26,8 @@ Outcome strings(const Arguments& arguments, Session& session);
 Outcome hexDump(const Arguments& arguments, Session& session);
 Outcome intelHex(const Arguments& arguments, Session& session);
 Outcome patchExport(const Arguments& arguments, Session& session);
+/// The words for STYLE.
+std::span<const std::string_view> copyStyles();
 Outcome copyAs(const Arguments& arguments, Session& session);
 
 // Comparing.
@@ -45,6 +50,8 @@ Outcome rx580(const Arguments& arguments, Session& session);
 
 // Changing bytes.
 Outcome replace(const Arguments& arguments, Session& session);
+/// The words for NAME.
+std::span<const std::string_view> transformNames();
 Outcome transform(const Arguments& arguments, Session& session);
 Outcome patchApply(const Arguments& arguments, Session& session);
 Outcome presetDryRun(const Arguments& arguments, Session& session);

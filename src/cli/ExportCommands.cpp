@@ -1,7 +1,8 @@
 // Writing the bytes of a file in other forms.
 
-#include <map>
+#include <array>
 
+#include "cli/Choice.h"
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "cli/Requirements.h"
@@ -17,6 +18,15 @@ namespace quillmor::cli {
 namespace {
 
 constexpr const char* kExporting = "Exporting";
+
+constexpr std::array<Choice<ClipboardTextStyle>, 6> kStyles = {
+    {{"hex", ClipboardTextStyle::hex},
+     {"c-array", ClipboardTextStyle::cArray},
+     {"swift-array", ClipboardTextStyle::swiftArray},
+     {"base64", ClipboardTextStyle::base64},
+     {"python-bytes", ClipboardTextStyle::pythonBytes},
+     {"json", ClipboardTextStyle::jsonByteArray}}};
+constexpr auto kStyleNames = namesOf(kStyles);
 
 std::int64_t minimumLength(const Arguments& arguments) {
   const auto typed = arguments.find("--minimum");
@@ -69,15 +79,12 @@ Outcome patchExport(const Arguments& arguments, Session& session) {
   return Outcome::done;
 }
 
+std::span<const std::string_view> copyStyles() {
+  return kStyleNames;
+}
+
 Outcome copyAs(const Arguments& arguments, Session& session) {
-  static const std::map<std::string_view, ClipboardTextStyle> styles = {
-      {"hex", ClipboardTextStyle::hex},
-      {"c-array", ClipboardTextStyle::cArray},
-      {"swift-array", ClipboardTextStyle::swiftArray},
-      {"base64", ClipboardTextStyle::base64},
-      {"python-bytes", ClipboardTextStyle::pythonBytes},
-      {"json", ClipboardTextStyle::jsonByteArray}};
-  const ClipboardTextStyle style = styles.at(arguments.text("STYLE"));
+  const ClipboardTextStyle style = chosen(kStyles, arguments.text("STYLE"));
   const OpenDocument document = openDocument(arguments, session);
   const HexSelection range = arguments.range(document.bytes().size());
   requireNone(refusalOfClipboardText(range.length));

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 
+#include "cli/Choice.h"
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "cli/Requirements.h"
@@ -20,46 +21,55 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 struct Transform {
-  std::string_view name;
   bool takesPattern;
   std::int64_t groupSize;  ///< of a swap, else 1
   ByteBuffer (*apply)(Bytes bytes, Bytes pattern, TaskProgress& progress);
 };
 
-constexpr std::array<Transform, 8> kTransforms = {{
-    {"invert", false, 1,
-     [](Bytes bytes, Bytes, TaskProgress& progress) {
-       return ByteTransforms::inverted(bytes, progress);
-     }},
-    {"reverse", false, 1,
-     [](Bytes bytes, Bytes, TaskProgress& progress) {
-       return ByteTransforms::reversed(bytes, progress);
-     }},
-    {"swap16", false, 2,
-     [](Bytes bytes, Bytes, TaskProgress& progress) {
-       return ByteTransforms::groupsSwapped(bytes, 2, progress);
-     }},
-    {"swap32", false, 4,
-     [](Bytes bytes, Bytes, TaskProgress& progress) {
-       return ByteTransforms::groupsSwapped(bytes, 4, progress);
-     }},
-    {"xor", true, 1,
-     [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
-       return ByteTransforms::combined(bytes, ByteOperation::exclusiveOr, pattern, progress);
-     }},
-    {"and", true, 1,
-     [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
-       return ByteTransforms::combined(bytes, ByteOperation::bitwiseAnd, pattern, progress);
-     }},
-    {"or", true, 1,
-     [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
-       return ByteTransforms::combined(bytes, ByteOperation::bitwiseOr, pattern, progress);
-     }},
-    {"fill", true, 1,
-     [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
-       return repeatedBytes(pattern, std::ssize(bytes), maxGeneratedInputBytes, progress);
-     }},
+constexpr std::array<Choice<Transform>, 8> kTransforms = {{
+    {"invert",
+     {false, 1,
+      [](Bytes bytes, Bytes, TaskProgress& progress) {
+        return ByteTransforms::inverted(bytes, progress);
+      }}},
+    {"reverse",
+     {false, 1,
+      [](Bytes bytes, Bytes, TaskProgress& progress) {
+        return ByteTransforms::reversed(bytes, progress);
+      }}},
+    {"swap16",
+     {false, 2,
+      [](Bytes bytes, Bytes, TaskProgress& progress) {
+        return ByteTransforms::groupsSwapped(bytes, 2, progress);
+      }}},
+    {"swap32",
+     {false, 4,
+      [](Bytes bytes, Bytes, TaskProgress& progress) {
+        return ByteTransforms::groupsSwapped(bytes, 4, progress);
+      }}},
+    {"xor",
+     {true, 1,
+      [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
+        return ByteTransforms::combined(bytes, ByteOperation::exclusiveOr, pattern, progress);
+      }}},
+    {"and",
+     {true, 1,
+      [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
+        return ByteTransforms::combined(bytes, ByteOperation::bitwiseAnd, pattern, progress);
+      }}},
+    {"or",
+     {true, 1,
+      [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
+        return ByteTransforms::combined(bytes, ByteOperation::bitwiseOr, pattern, progress);
+      }}},
+    {"fill",
+     {true, 1,
+      [](Bytes bytes, Bytes pattern, TaskProgress& progress) {
+        return repeatedBytes(pattern, std::ssize(bytes), maxGeneratedInputBytes, progress);
+      }}},
 }};
+
+constexpr auto kTransformNames = namesOf(kTransforms);
 
 std::vector<std::uint8_t> typedPattern(const Arguments& arguments, const Transform& transform) {
   const auto typed = arguments.find("--pattern");
@@ -67,7 +77,7 @@ std::vector<std::uint8_t> typedPattern(const Arguments& arguments, const Transfo
     if (typed) throw UsageError("--pattern is for xor, and, or and fill.");
     return {};
   }
-  if (!typed) throw UsageError("--pattern is required for " + std::string(transform.name) + ".");
+  if (!typed) throw UsageError("--pattern is required for " + arguments.text("NAME") + ".");
   auto pattern = HexParser::parseHexBytes(*typed, maxGeneratedInputBytes, maxTextInputCharacters);
   if (!pattern) throw Error::quillmor(2006, "PATTERN cannot be read as hexadecimal bytes.");
   return *std::move(pattern);
@@ -82,23 +92,27 @@ std::int64_t differingByteCount(Bytes a, Bytes b, const TaskProgress& progress) 
 
 }  // namespace
 
+std::span<const std::string_view> transformNames() {
+  return kTransformNames;
+}
+
 Outcome transform(const Arguments& arguments, Session& session) {
-  const auto& chosen = *std::ranges::find(kTransforms, arguments.text("NAME"), &Transform::name);
-  const auto pattern = typedPattern(arguments, chosen);
+  const std::string& name = arguments.text("NAME");
+  const Transform& transform = chosen(kTransforms, name);
+  const auto pattern = typedPattern(arguments, transform);
   const OpenDocument document = openDocument(arguments, session);
   const HexSelection range = requireBytes(arguments.range(document.bytes().size()));
-  requireNone(chosen.name == "fill" ? refusalOfGenerating(range.length)
-                                    : refusalOfEditing(range.length));
-  requireNone(refusalOfSwapping(range.length, chosen.groupSize));
+  requireNone(name == "fill" ? refusalOfGenerating(range.length) : refusalOfEditing(range.length));
+  requireNone(refusalOfSwapping(range.length, transform.groupSize));
   TaskProgress& progress = session.beginPart("Changing");
   const Bytes before = document.bytes().span(range.start, range.length);
-  const ByteBuffer after = chosen.apply(before, pattern, progress);
+  const ByteBuffer after = transform.apply(before, pattern, progress);
   const std::int64_t changedCount = differingByteCount(before, after.span(), progress);
   ByteBuffer changed = document.bytes();
   if (changedCount > 0) changed.replace(range.start, range.length, after.span());
   deliverBytes(arguments, session, document, std::move(changed),
                "Changed " + std::to_string(changedCount) + " byte(s)");
-  if (const auto note = noteOnTrailingBytes(range.length, chosen.groupSize)) printMessage(*note);
+  if (const auto note = noteOnTrailingBytes(range.length, transform.groupSize)) session.note(*note);
   return Outcome::done;
 }
 

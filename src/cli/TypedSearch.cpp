@@ -1,6 +1,5 @@
 #include "cli/TypedSearch.h"
 
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -34,23 +33,14 @@ std::string unreadable(const std::string& argument, SearchMode mode) {
 }  // namespace
 
 TypedSearch typedSearch(const Arguments& arguments) {
-  static const std::map<std::string_view, SearchMode> modes = {
-      {"text", SearchMode::textString},
-      {"hex", SearchMode::hexValues},
-      {"integer", SearchMode::integerNumber},
-      {"float", SearchMode::floatingPointNumber}};
-  static const std::map<std::string_view, SearchTextEncoding> encodings = {
-      {"editor", SearchTextEncoding::editor},
-      {"utf8", SearchTextEncoding::utf8},
-      {"ascii", SearchTextEncoding::ascii},
-      {"utf16le", SearchTextEncoding::utf16LittleEndian},
-      {"utf16be", SearchTextEncoding::utf16BigEndian}};
-  SearchRequest request{
-      .mode = modes.at(arguments.find("--mode").value_or("text")),
-      .searchText = arguments.text("TEXT"),
-      .replaceText = arguments.find("REPLACEMENT").value_or(""),
-      .textEncoding = encodings.at(arguments.find("--encoding").value_or("editor")),
-      .caseSensitive = arguments.has("--case-sensitive")};
+  const auto choiceOf = [&arguments](std::string_view name, const auto& choices) {
+    return chosen(choices, arguments.find(name).value_or(std::string(choices.front().name)));
+  };
+  SearchRequest request{.mode = choiceOf("--mode", kSearchModes),
+                        .searchText = arguments.text("TEXT"),
+                        .replaceText = arguments.find("REPLACEMENT").value_or(""),
+                        .textEncoding = choiceOf("--encoding", kSearchEncodings),
+                        .caseSensitive = arguments.has("--case-sensitive")};
   // Bytes that are not UTF-8 would silently be searched for as U+FFFD.
   auto candidateList =
       Unicode::isValid(request.searchText) ? candidates(request) : std::vector<SearchCandidate>();

@@ -1,13 +1,28 @@
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "cli/Arguments.h"
+#include "cli/Choice.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
 
 namespace quillmor::cli {
+
+inline constexpr std::array<Choice<SearchMode>, 4> kSearchModes = {
+    {{"text", SearchMode::textString},
+     {"hex", SearchMode::hexValues},
+     {"integer", SearchMode::integerNumber},
+     {"float", SearchMode::floatingPointNumber}}};
+
+inline constexpr std::array<Choice<SearchTextEncoding>, 5> kSearchEncodings = {
+    {{"editor", SearchTextEncoding::editor},
+     {"utf8", SearchTextEncoding::utf8},
+     {"ascii", SearchTextEncoding::ascii},
+     {"utf16le", SearchTextEncoding::utf16LittleEndian},
+     {"utf16be", SearchTextEncoding::utf16BigEndian}}};
 
 /// A search as given by TEXT, "--mode", "--encoding" and "--case-sensitive", and by REPLACEMENT
 /// where there is one.
