@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "cli/InPlaceSaving.h"
-#include "cli/Interruption.h"
 #include "cli/SpooledText.h"
 
 namespace quillmor::cli {
@@ -37,15 +36,19 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
                   ByteBuffer changed, const std::string& text,
                   std::vector<FileLocation> otherInputs) {
   TaskProgress& progress = session.beginPart("Writing");
+  // The last thing before the change is done, so that nothing has changed when it fails.
+  const auto printText = [&] {
+    session.endProgress();
+    session.print(text);
+  };
   if (arguments.has("-o")) {
     otherInputs.push_back(document.location);
-    writeBytes(changed.span(), {arguments.file("-o"), std::move(otherInputs)}, progress);
-  } else if (!(changed == document.bytes())) {
-    saveInPlace(document.location, document.snapshot, std::move(changed), progress);
+    writeBytes(changed.span(), {arguments.file("-o"), std::move(otherInputs)}, progress, printText);
+  } else if (changed == document.bytes()) {
+    printText();
+  } else {
+    saveInPlace(document.location, document.snapshot, std::move(changed), progress, printText);
   }
-  // What is done is done: a signal while nobody reads the text has nothing to wait for.
-  Interruption::uninstall();
-  session.print(text);
 }
 
 }  // namespace quillmor::cli

@@ -31,9 +31,9 @@ void deliverUncertainText(const Arguments& arguments, Session& session,
                           std::vector<FileLocation> inputs, TaskProgress& progress,
                           const std::function<void(const TextSink&)>& produce);
 
-/// Writes `changed`, what became of `document`, to "-o" or "--in-place", and prints `text` then.
-/// `otherInputs` must not be overwritten either. A file that is to be changed in place and need not
-/// be is not touched.
+/// Prints `text` and writes `changed`, what became of `document`, to "-o" or "--in-place". Where
+/// printing fails nothing is changed. `otherInputs` must not be overwritten either. A file that is
+/// to be changed in place and need not be is not touched.
 void deliverBytes(const Arguments& arguments, Session& session, const OpenDocument& document,
                   ByteBuffer changed, const std::string& text,
                   std::vector<FileLocation> otherInputs = {});

@@ -14,21 +14,23 @@ std::atomic<int> receivedSignal{0};
 static_assert(std::atomic<TaskProgress*>::is_always_lock_free &&
               std::atomic<int>::is_always_lock_free);
 
+/// Interrupts what a signal that came a moment too early did not: the start of a write that waits
+/// for a reader.
+extern "C" void remind(int) {
+  ::alarm(1);
+}
+
 extern "C" void stopWork(int signalNumber) {
   receivedSignal = signalNumber;
   stoppedBySignal.load()->requestStop();
+  ::alarm(1);
 }
 
-/// Of the signals that are not ignored.
-void replaceHandlers(void (*handler)(int)) {
-  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction action {};
-    ::sigaction(signalNumber, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) continue;
-    action = {};
-    action.sa_handler = handler;
-    ::sigaction(signalNumber, &action, nullptr);
-  }
+/// Without SA_RESTART: a write that waits for a reader is to return.
+void handle(int signalNumber, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  ::sigaction(signalNumber, &action, nullptr);
 }
 
 [[noreturn]] void dieOf(int signalNumber) {
@@ -45,12 +47,12 @@ void install(TaskProgress& progress) {
   stoppedBySignal = &progress;
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
-  // Without SA_RESTART: a write that waits for a reader is to return.
-  replaceHandlers(stopWork);
-}
-
-void uninstall() {
-  replaceHandlers(SIG_DFL);
+  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    struct sigaction action {};
+    ::sigaction(signalNumber, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) handle(signalNumber, stopWork);
+  }
+  handle(SIGALRM, remind);
 }
 
 void die() {

@@ -6,13 +6,10 @@
 /// write; the program then dies of that signal, as the shell expects.
 namespace quillmor::cli::Interruption {
 
-/// Lets SIGINT, SIGTERM and SIGHUP, those that are not ignored already, ask `progress` to stop, and
-/// makes writing into a closed pipe or beyond a size limit an error of that write. `progress` is
-/// never destroyed. Called once, before there are other threads.
+/// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT, those that are not ignored already, ask `progress` to
+/// stop, and makes writing into a closed pipe or beyond a size limit an error of that write.
+/// `progress` is never destroyed. Called once, before there are other threads.
 void install(TaskProgress& progress);
-
-/// Lets these signals end the process at once again, when nothing is left to be cleaned up.
-void uninstall();
 
 /// Ends the process by the signal that asked it to stop.
 [[noreturn]] void die();

@@ -62,12 +62,12 @@ A report is written also when the exit status is 1; changed bytes are written on
 writes into
 .I FILE
 itself, which keeps its inode, owner, permissions and hard links; a symbolic link is followed.
-Nothing is written when the exit status is 1, when a check fails, when no byte has to change, or
-when another program has changed
+Nothing is written when the exit status is 1, when a check fails, when the text about the change
+cannot be printed, when no byte has to change, or when another program has changed
 .I FILE
 meanwhile.
 When writing fails half way the old bytes are put back.
-Only a machine that stops while the bytes are being written, or a disk that does not take back the
+Only a machine that stops or a program that is killed while the bytes are being written, or a disk that does not take back the
 old ones either, can leave
 .I FILE
 incomplete.
@@ -75,7 +75,14 @@ Where there is no other copy,
 .B \-o
 is the safer way.
 .PP
-When interrupted, the program leaves no temporary file behind.
+When interrupted, the program leaves no temporary file behind, and a file that is being saved in
+place is saved to its end.
+.SH ENVIRONMENT
+.TP
+.B TMPDIR
+The folder where a difference report of more than 16 MiB is kept until it is known to be good and
+printed; by default
+.IR /tmp .
 .SH NOTES
 Offsets and lengths are decimal (4096), hexadecimal with a prefix (0x1000) or a suffix (1000h), or
 hexadecimal because a letter makes them so (F00).

@@ -2,9 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
-#include <string>
+#include <cstdio>
 #include <string_view>
+#include <system_error>
 
 namespace quillmor::cli {
 
@@ -15,6 +18,8 @@ constexpr std::chrono::milliseconds kInterval(100);
 
 /// Back to the start of the line, which is erased (ECMA-48, EL).
 constexpr std::string_view kEraseLine = "\r\x1B[K";
+constexpr const char* kLineFormat = "\r\x1B[K%s";
+constexpr const char* kLineWithPercentFormat = "\r\x1B[K%s %d %%";
 
 void writeToTerminal(std::string_view text) {
   // A line that cannot be shown is no failure of the work.
@@ -24,7 +29,12 @@ void writeToTerminal(std::string_view text) {
 }  // namespace
 
 ProgressLine::ProgressLine(const TaskProgress& progress) : progress_(progress) {
-  if (::isatty(STDERR_FILENO) == 1) thread_ = std::thread([this] { run(); });
+  if (::isatty(STDERR_FILENO) != 1) return;
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error&) {
+    // There is no thread left; the work is done without being watched.
+  }
 }
 
 void ProgressLine::end() {
@@ -33,13 +43,20 @@ void ProgressLine::end() {
   thread_.join();
 }
 
-void ProgressLine::run() {
+void ProgressLine::draw() const noexcept {
+  const double fraction = progress_.fraction();
+  std::array<char, 64> line{};
+  const int length = fraction < 0
+                         ? std::snprintf(line.data(), line.size(), kLineFormat, activity_.load())
+                         : std::snprintf(line.data(), line.size(), kLineWithPercentFormat,
+                                         activity_.load(), static_cast<int>(fraction * 100));
+  writeToTerminal({line.data(), std::min(static_cast<std::size_t>(length), line.size() - 1)});
+}
+
+void ProgressLine::run() noexcept {
   if (ending_.try_acquire_for(kFirstDelay)) return;
   do {
-    const double fraction = progress_.fraction();
-    std::string line = std::string(kEraseLine) + activity_.load();
-    if (fraction >= 0) line += " " + std::to_string(static_cast<int>(fraction * 100)) + " %";
-    writeToTerminal(line);
+    draw();
   } while (!ending_.try_acquire_for(kInterval));
   writeToTerminal(kEraseLine);
 }

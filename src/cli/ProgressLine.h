@@ -25,7 +25,8 @@ class ProgressLine {
   void end();
 
  private:
-  void run();
+  void draw() const noexcept;
+  void run() noexcept;
 
   const TaskProgress& progress_;
   std::atomic<const char*> activity_{""};

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "base/Unicode.h"
 #include "document/QuillmorResourceLimits.h"
 
 namespace quillmor::cli {
@@ -24,12 +25,19 @@ void Session::print(std::string_view text) {
   output_.endLine();
 }
 
+void Session::note(std::string_view text) {
+  progressLine_.end();
+  printMessage(text);
+}
+
 void printMessage(std::string_view text) {
   std::string line = "quillmor-cli: ";
-  for (const char character : text) {
-    // Names may hold anything; a message stays one line and moves no cursor.
-    const bool isControl = static_cast<unsigned char>(character) < ' ' || character == '\x7F';
-    line += isControl ? ' ' : character;
+  // Names may hold anything; a message stays one line and moves no cursor.
+  while (!text.empty()) {
+    const auto [scalar, length, isValid] = Unicode::decodeFirst(text);
+    const bool isControl = scalar < 0x20 || (scalar >= 0x7F && scalar < 0xA0);
+    line += isControl ? " " : text.substr(0, length);
+    text.remove_prefix(length);
   }
   line += '\n';
   // Nobody is left to be told when this fails.

@@ -30,8 +30,14 @@ class Session {
   /// The progress of the next part of the work, which a user reads as `activity` ("Searching").
   TaskProgress& beginPart(const char* activity);
 
+  /// Erases the progress line for good.
+  void endProgress() { progressLine_.end(); }
+
   /// Reads a whole file within the limit for documents.
   ReadSnapshot readDocument(const FileLocation& location);
+
+  /// Says something on standard error that is not a failure.
+  void note(std::string_view text);
 
   /// Prints a text with one line feed at its end; nothing for an empty text.
   void print(std::string_view text);

@@ -1,6 +1,10 @@
 #include "cli/SpooledText.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cerrno>
+#include <cstdlib>
 
 #include "base/Error.h"
 
@@ -14,6 +18,15 @@ namespace {
       number, "Could not keep the text in a temporary file: " + Error::posix(number).message());
 }
 
+/// A file without a name in the folder for temporary files; null and `errno` on failure.
+std::FILE* namelessFile() {
+  const char* const folder = std::getenv("TMPDIR");  // NOLINT(concurrency-mt-unsafe)
+  const int descriptor = ::open(folder != nullptr ? folder : P_tmpdir,
+                                O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  // Not every file system has such files.
+  return descriptor < 0 ? std::tmpfile() : ::fdopen(descriptor, "w+b");
+}
+
 }  // namespace
 
 void SpooledText::append(std::string_view piece) {
@@ -22,7 +35,7 @@ void SpooledText::append(std::string_view piece) {
 }
 
 void SpooledText::spill() {
-  if (!file_) file_.reset(std::tmpfile());
+  if (!file_) file_.reset(namelessFile());
   if (!file_ || std::fwrite(text_.data(), 1, text_.size(), file_.get()) != text_.size())
     failWithErrno();
   text_.clear();

@@ -9,7 +9,8 @@
 namespace quillmor::cli {
 
 /// A text of any length that is kept until it is known to be good: a little of it in memory, more
-/// in a nameless temporary file, which goes with the object. Fails with POSIX errors.
+/// in a nameless file in the folder for temporary files (TMPDIR), which goes with the object. Fails
+/// with POSIX errors.
 class SpooledText {
  public:
   /// What is kept in memory, in bytes.

@@ -23,6 +23,8 @@ class StandardOutput {
   void endLine();
 
  private:
+  void recover(int error) const;
+
   const TaskProgress& progress_;
   ProgressLine& progressLine_;
   const bool isTerminal_;

@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <string>
+#include <vector>
+
 #include "cli/CommandLine.h"
 #include "cli/Interruption.h"
 #include "platform/RunInBackground.h"

@@ -41,11 +41,14 @@ void writeTextFile(const ExportTarget& target, TaskProgress& progress,
 }
 
 void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
-                TaskProgress& progress) {
+                TaskProgress& progress, const std::function<void()>& beforeInstalling) {
   AtomicTextFileWriter writer(target.location, target.protectedUrls);
   convertInPieces(bytes, kRawPieceSize, &progress,
                   [&writer](std::span<const std::uint8_t> piece) { writer.write(piece); });
-  writer.finish([&progress] { progress.passPointOfNoReturn(); });
+  writer.finish([&] {
+    if (beforeInstalling) beforeInstalling();
+    progress.passPointOfNoReturn();
+  });
 }
 
 }  // namespace quillmor

@@ -57,8 +57,9 @@ void writeTextFile(const ExportTarget& target, TaskProgress& progress,
                    const std::function<void(const TextSink&)>& produce);
 
 /// Writes bytes as they are, in pieces of 1 MiB. The total of `progress` becomes their number.
-/// Otherwise as `writeTextFile`.
+/// `beforeInstalling` is called when the file is complete and not in its place yet; what it throws
+/// is passed on, and nothing is installed. Otherwise as `writeTextFile`.
 void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
-                TaskProgress& progress);
+                TaskProgress& progress, const std::function<void()>& beforeInstalling = {});
 
 }  // namespace quillmor

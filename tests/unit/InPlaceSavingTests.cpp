@@ -52,6 +52,8 @@ TEST_F(InPlaceSavingTest, aFileThatIsLongerByNowIsLeftAlone) {
 
 TEST_F(InPlaceSavingTest, aFileRewrittenMeanwhileIsLeftAlone) {
   folder.write("data.bin", "OLD BYTES");
+  // Timestamps may be as coarse as the time that the test takes.
+  std::filesystem::last_write_time(folder.path() / "data.bin", {});
   EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
   EXPECT_EQ(written(), "OLD BYTES");
 }
@@ -103,6 +105,30 @@ TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
   calls.fail(SystemCall::write, 3, ENOSPC);
   EXPECT_THAT([&] { save(); },
               failsWithPosix(ENOSPC, std::string(kCouldNotWrite) + " The file is incomplete now."));
+}
+
+TEST_F(InPlaceSavingTest, theOldBytesArePutBackAlsoWhenNobodyKnowsWhatHasBecomeOfTheFile) {
+  calls.limitCount(SystemCall::write, 1, 4);
+  calls.fail(SystemCall::write, 2, EIO);
+  calls.before(SystemCall::write, 2, [&] {
+    // The two looks at the file that follow: the save's own, and the one before putting back.
+    const int looks = calls.count(SystemCall::fstatat);
+    calls.fail(SystemCall::fstatat, looks + 1, EIO);
+    calls.fail(SystemCall::fstatat, looks + 2, EIO);
+  });
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, kCouldNotWrite));
+  EXPECT_EQ(written(), "old bytes");
+}
+
+TEST_F(InPlaceSavingTest, aFileThatTookThePlaceOfTheTornOneIsLeftAlone) {
+  folder.write("other.bin", "another file");
+  calls.limitCount(SystemCall::write, 1, 4);
+  calls.before(SystemCall::write, 2, [&] {
+    std::filesystem::rename(folder.path() / "other.bin", folder.path() / "data.bin");
+  });
+  calls.fail(SystemCall::write, 2, EIO);
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, kCouldNotWrite));
+  EXPECT_EQ(written(), "another file");
 }
 
 TEST_F(InPlaceSavingTest, aFailureBeforeTheWriteTouchesNothing) {

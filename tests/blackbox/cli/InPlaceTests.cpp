@@ -56,24 +56,25 @@ TEST_F(CliInPlaceTest, aFileThatMayNotBeWrittenIsRefused) {
   EXPECT_TRUE(stateOf("in.bin") == before);
 }
 
-TEST_F(CliInPlaceTest, aFileThatCannotBeWrittenWholeGetsItsOldBytesBack) {
+TEST_F(CliInPlaceTest, aFileThatWouldPassTheSizeLimitIsLeftAlone) {
   const std::string old(1000, 'a');
   folder.write("in.bin", old);
   const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" replace in.bin a bb --in-place");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data.\n");
+  EXPECT_EQ(ended.errors, "quillmor-cli: File too large\n");
   EXPECT_TRUE(folder.read("in.bin") == old);
   EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
 
-TEST_F(CliInPlaceTest, oldBytesThatCannotBeWrittenBackAreTold) {
+TEST_F(CliInPlaceTest, aFileThatPassesTheSizeLimitAlreadyIsLeftAlone) {
   folder.write("in.bin", std::string(2000, 'a'));
+  const FileState before = stateOf("in.bin");
   const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" transform invert in.bin --in-place");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors,
-            "quillmor-cli: Could not write the document data. The file is incomplete now.\n");
+  EXPECT_EQ(ended.errors, "quillmor-cli: File too large\n");
+  EXPECT_TRUE(stateOf("in.bin") == before);
 }
 
 }  // namespace

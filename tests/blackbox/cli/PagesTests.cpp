@@ -112,9 +112,9 @@ TEST_F(CliPagesTest, manualPageHasItsSections) {
     if (line[0] != ' ') headings.push_back(line);
     if (line.find_first_not_of(' ') == 3) groups.push_back(line.substr(3));
   }
-  EXPECT_THAT(headings, testing::ElementsAre("NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS",
-                                             "ARGUMENTS AND OPTIONS", "EXIT STATUS",
-                                             "FILES AND SAFETY", "NOTES", "EXAMPLES"));
+  EXPECT_THAT(headings, testing::ElementsAre(
+                            "NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "ARGUMENTS AND OPTIONS",
+                            "EXIT STATUS", "FILES AND SAFETY", "ENVIRONMENT", "NOTES", "EXAMPLES"));
   EXPECT_THAT(groups, testing::ElementsAreArray(cli::commandGroups()));
   EXPECT_THAT(rendered(kPage), HasSubstr("Quillmor " QUILLMOR_VERSION));
 }

@@ -38,7 +38,7 @@ class CliSignalsTest : public CliSignalTest, public testing::WithParamInterface<
 
 TEST_P(CliSignalsTest, anExportLeavesNothingBehind) {
   // It takes much longer to write than the temporary file takes to be noticed.
-  writeZeros("in.bin", 128 * 1024 * 1024);
+  writeZeros("in.bin", 256 * 1024 * 1024);
   const auto process = start("exec \"$CLI\" hex-dump in.bin -o out.txt");
   ASSERT_TRUE(waitUntil([&] { return hasTemporary(); }));
   expectEndBy(GetParam(), *process);
@@ -53,7 +53,7 @@ TEST_P(CliSignalsTest, aProgramThatWaitsForItsReaderEnds) {
   expectEndBy(GetParam(), *process);
 }
 
-INSTANTIATE_TEST_SUITE_P(, CliSignalsTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(, CliSignalsTest, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT));
 
 TEST_F(CliSignalTest, aSignalBeforeTheSaveLeavesTheFileAsItWas) {
   writeLongWork();
@@ -65,7 +65,7 @@ TEST_F(CliSignalTest, aSignalBeforeTheSaveLeavesTheFileAsItWas) {
   EXPECT_THAT(names(), testing::ElementsAre("preset.json", "zeros.bin"));
 }
 
-TEST_F(CliSignalTest, aSignalAfterTheSaveEndsAProgramWhoseTextNobodyReads) {
+TEST_F(CliSignalTest, aSignalWhileNobodyReadsTheTextLeavesNoOutput) {
   const std::string name(512, 'n');
   std::string rules;
   for (int i = 0; i < 512; ++i)
@@ -77,8 +77,7 @@ TEST_F(CliSignalTest, aSignalAfterTheSaveEndsAProgramWhoseTextNobodyReads) {
   const auto process = start("exec \"$CLI\" preset-apply in.bin preset.json -o out.bin > pipe");
   ASSERT_TRUE(waitUntil([&] { return pipe.hasText(); }));
   expectEndBy(SIGTERM, *process);
-  EXPECT_EQ(folder.read("out.bin"), "B");
-  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin", "pipe", "preset.json"));
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "pipe", "preset.json"));
 }
 
 TEST_F(CliSignalTest, aSignalThatWasIgnoredStaysIgnored) {

@@ -34,12 +34,14 @@ TEST_F(CliStandardStreamTest, aReaderThatLeavesEndsTheProgramQuietly) {
   EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
 
-TEST_F(CliStandardStreamTest, aTextThatNobodyReadsComesAfterTheBytes) {
+TEST_F(CliStandardStreamTest, nothingIsChangedWhenNobodyReadsTheText) {
   expectQuietRun(
       std::string(kPipeWithoutReader) + "exec \"$CLI\" transform invert in.bin -o out.bin >&4", 141,
       "");
-  EXPECT_EQ(folder.read("out.bin"), inverted);
-  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin", "pipe"));
+  expectQuietRun("exec 3<>pipe 4>pipe 3<&-; exec \"$CLI\" transform invert in.bin --in-place >&4",
+                 141, "");
+  EXPECT_EQ(folder.read("in.bin"), "ABC");
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "pipe"));
 }
 
 TEST_F(CliStandardStreamTest, aFullDeviceIsAFailure) {
@@ -53,21 +55,19 @@ TEST_F(CliStandardStreamTest, anEmptyReportFillsNoDevice) {
   expectQuietRun("exec \"$CLI\" hex-dump empty.bin >/dev/full", 0, "");
 }
 
-TEST_F(CliStandardStreamTest, aTextThatFindsNoRoomComesAfterTheBytes) {
+TEST_F(CliStandardStreamTest, nothingIsChangedWhenTheTextFindsNoRoom) {
   expectQuietRun("exec \"$CLI\" transform invert in.bin -o out.bin >/dev/full", 2, kFull);
-  EXPECT_EQ(folder.read("out.bin"), inverted);
   expectQuietRun("exec \"$CLI\" transform invert in.bin --in-place >/dev/full", 2, kFull);
-  EXPECT_EQ(folder.read("in.bin"), inverted);
-  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin"));
+  EXPECT_EQ(folder.read("in.bin"), "ABC");
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
 
 TEST_F(CliStandardStreamTest, noFileTakesThePlaceOfAClosedOutput) {
   expectQuietRun("exec \"$CLI\" transform invert in.bin -o out.bin >&-", 2, kClosed);
-  EXPECT_EQ(folder.read("out.bin"), inverted);
   expectQuietRun("exec \"$CLI\" transform invert in.bin --in-place >&-", 2, kClosed);
-  EXPECT_EQ(folder.read("in.bin"), inverted);
+  EXPECT_EQ(folder.read("in.bin"), "ABC");
   expectQuietRun("exec \"$CLI\" hex-dump in.bin >&-", 2, kClosed);
-  EXPECT_THAT(names(), testing::ElementsAre("in.bin", "out.bin"));
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
 
 TEST_F(CliStandardStreamTest, aLongReportIsNotWrittenToItsOwnTemporaryFile) {
@@ -93,12 +93,25 @@ TEST_F(CliStandardStreamTest, noFileTakesThePlaceOfAClosedErrorOutput) {
 
 TEST_F(CliStandardStreamTest, allStreamsMayBeClosed) {
   expectQuietRun("exec \"$CLI\" transform swap16 in.bin -o out.bin <&- >&- 2>&-", 2, "");
-  EXPECT_EQ(folder.read("out.bin"), "BAC");
   EXPECT_EQ(folder.read("in.bin"), "ABC");
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
   const CliRun ended = runShell("exec \"$CLI\" transform invert in.bin --in-place <&-");
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.output, "Changed 3 byte(s)\n");
   EXPECT_EQ(folder.read("in.bin"), inverted);
+}
+
+TEST_F(CliStandardStreamTest, aLongReportThatCannotBeKeptIsNotPrinted) {
+  writeZeros("zeros.bin", 1'000'000);
+  folder.write("ones.bin", std::string(1'000'000, '\x01'));
+  // Blocks of 1024 bytes; the report is larger than what is kept in memory.
+  const CliRun ended = runShell(
+      "ulimit -f 1000; exec \"$CLI\" difference-report zeros.bin ones.bin | cat; "
+      "exit ${PIPESTATUS[0]}");
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_TRUE(ended.output.empty());
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: Could not keep the text in a temporary file: File too large\n");
 }
 
 }  // namespace
