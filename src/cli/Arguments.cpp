@@ -4,10 +4,22 @@
 
 #include "base/Check.h"
 #include "base/SaturatingMath.h"
+#include "base/Unicode.h"
 #include "fileaccess/ResolvedPaths.h"
 #include "search/HexParser.h"
 
 namespace quillmor::cli {
+
+namespace {
+
+/// What was typed, as far as a message repeats it.
+std::string shortened(const std::string& typed) {
+  constexpr std::int64_t kRepeatedScalars = 64;
+  const auto shown = Unicode::prefixOfScalars(typed, kRepeatedScalars);
+  return std::string(shown) + (shown.size() < typed.size() ? "..." : "");
+}
+
+}  // namespace
 
 void Arguments::set(std::string_view name, std::string text, std::string_view shownName) {
   values_[std::string(name)] = {std::string(shownName.empty() ? name : shownName), std::move(text)};
@@ -42,10 +54,11 @@ std::int64_t Arguments::offset(std::string_view name) const {
   const auto& [shownName, typed] = value(name);
   const auto parsed = HexParser::parseOffset(typed);
   if (!parsed) {
-    throw UsageError(shownName + " cannot be read: \"" + typed +
+    throw UsageError(shownName + " cannot be read: \"" + shortened(typed) +
                      "\" is neither decimal, 0xHEX, HEX nor HEXh.");
   }
-  if (*parsed < 0) throw UsageError(shownName + " must be 0 or more, not " + typed + ".");
+  if (*parsed < 0)
+    throw UsageError(shownName + " must be 0 or more, not " + shortened(typed) + ".");
   return *parsed;
 }
 

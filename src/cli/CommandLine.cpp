@@ -45,7 +45,7 @@ class CommandParser {
     app_.get_formatter()->label("REQUIRED", "");
     for (const ValueDescription& argument : command.arguments) addArgument(argument);
     for (const OptionDescription& option : command.options) addOption(option);
-    app_.set_help_flag("-h,--help", "Print this help and exit");
+    app_.set_help_flag("-h,--help", kHelpDescription);
     app_.footer(footer());
   }
 
@@ -57,9 +57,15 @@ class CommandParser {
       throw;
     } catch (const CLI::ExtrasError&) {
       throw UsageError(sentenceOnSurplus());
+    } catch (const CLI::RequiredError& error) {
+      // An option that is not known may have been meant as the argument.
+      const bool hasSurplus = !app_.remaining().empty();
+      throw UsageError(hasSurplus ? sentenceOnSurplus() : std::string(error.what()) + ".");
     } catch (const CLI::ConversionError&) {
       // Values are texts, so it was a switch that was given one.
       throw UsageError(switchWithValue() + " takes no value.");
+    } catch (const CLI::ArgumentMismatch& error) {
+      throw UsageError(sentenceOnCount(error.what()));
     } catch (const CLI::ParseError& error) {
       throw UsageError(std::string(error.what()) + ".");
     }
@@ -108,6 +114,15 @@ class CommandParser {
     checkPrecondition(first != surplus.end(), "an argument that is left over");
     if (first->starts_with('-')) return "There is no option " + unshielded(*first) + ".";
     return "\"" + unshielded(*first) + "\" is one argument too many.";
+  }
+
+  /// `message` is CLI11's, which begins with the option's name.
+  std::string sentenceOnCount(const std::string& message) const {
+    for (const auto& [name, option] : options_) {
+      if (!message.starts_with(name + ":")) continue;
+      return name + (option->count() > 1 ? " is given more than once." : " needs a value.");
+    }
+    return message + ".";
   }
 
   std::string switchWithValue() const {
@@ -201,14 +216,14 @@ std::string commandHelp(const Command& command) {
 }
 
 std::string programHelp() {
-  CLI::App app(
-      "Every tool of the Quillmor hex editor without a window. Reports go to standard\n"
-      "output; a file is changed only where -o or --in-place says so.",
-      kProgramName);
+  CLI::App app(std::string(kProgramSummary) +
+                   ". Reports go to standard\noutput; a file is changed only where -o or "
+                   "--in-place says so.",
+               kProgramName);
   app.get_formatter()->column_width(kCommandColumnWidth);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.set_help_flag("-h,--help", "Print this help and exit");
-  app.set_version_flag("--version", QUILLMOR_VERSION, "Print the version and exit");
+  app.set_help_flag("-h,--help", kHelpDescription);
+  app.set_version_flag("--version", QUILLMOR_VERSION, kVersionDescription);
   for (const Command& command : commands()) {
     app.add_subcommand(std::string(command.name), std::string(command.summary))
         ->group(std::string(command.group));

@@ -49,6 +49,9 @@ TEST(CliArgumentsTest, offsetsThatCannotBeReadNameThemselves) {
                            "0xHEX, HEX nor HEXh."));
   EXPECT_THAT([] { with("--from", "", "OFFSET").offset("--from"); },
               isUsageError("OFFSET cannot be read: \"\" is neither decimal, 0xHEX, HEX nor HEXh."));
+  EXPECT_THAT([] { with("OFFSET", std::string(65, 'x')).offset("OFFSET"); },
+              isUsageError("OFFSET cannot be read: \"" + std::string(64, 'x') +
+                           "...\" is neither decimal, 0xHEX, HEX nor HEXh."));
   EXPECT_THAT([] { with("--start", "-1", "START").offset("--start"); },
               isUsageError("START must be 0 or more, not -1."));
 }

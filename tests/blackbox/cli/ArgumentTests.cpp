@@ -1,7 +1,10 @@
 // How arguments are read: surplus, missing and doubled ones, and values that look like something
 // else.
 
+#include <set>
+
 #include "blackbox/cli/CliTest.h"
+#include "cli/Command.h"
 
 namespace quillmor::test {
 namespace {
@@ -66,6 +69,16 @@ Arguments with(Arguments arguments, const Arguments& more) {
   return arguments;
 }
 
+TEST_F(CliArgumentTest, theseAreAllCommandsThatChangeNoBytes) {
+  std::set<std::string> listed;
+  for (const Arguments& arguments : completeCommands()) listed.insert(arguments.front());
+  std::set<std::string> inTable;
+  for (const cli::Command& command : cli::commands()) {
+    if (!command.changesBytes()) inTable.emplace(command.name);
+  }
+  EXPECT_EQ(listed, inTable);
+}
+
 TEST_F(CliArgumentTest, everyMissingArgumentIsNamed) {
   for (Arguments arguments : completeCommands()) {
     while (arguments.size() > 1) {
@@ -110,25 +123,30 @@ TEST_F(CliArgumentTest, unknownOptionsAreNamed) {
 }
 
 TEST_F(CliArgumentTest, anOptionIsGivenOnce) {
-  expectWrongUsage({"hex-dump", "a.bin", "--start", "1", "--start", "1"}, "--start: ");
-  expectWrongUsage({"hex-dump", "a.bin", "--length", "1", "--length=2"}, "--length: ");
-  expectWrongUsage({"hex-dump", "a.bin", "-o", "x", "-o", "y"}, "-o: ");
-  expectWrongUsage({"strings", "a.bin", "--minimum", "1", "--minimum", "2"}, "--minimum: ");
-  expectWrongUsage({"find", "a.bin", "A", "--mode", "hex", "--mode", "hex"}, "--mode: ");
+  expectWrongUsage({"hex-dump", "a.bin", "--start", "1", "--start", "1"},
+                   "--start is given more than once.");
+  expectWrongUsage({"hex-dump", "a.bin", "--length", "1", "--length=2"},
+                   "--length is given more than once.");
+  expectWrongUsage({"hex-dump", "a.bin", "-o", "x", "-o", "y"}, "-o is given more than once.");
+  expectWrongUsage({"strings", "a.bin", "--minimum", "1", "--minimum", "2"},
+                   "--minimum is given more than once.");
+  expectWrongUsage({"find", "a.bin", "A", "--mode", "hex", "--mode", "hex"},
+                   "--mode is given more than once.");
   expectWrongUsage({"find", "a.bin", "A", "--encoding", "utf8", "--encoding", "ascii"},
-                   "--encoding: ");
-  expectWrongUsage({"find", "a.bin", "A", "--from", "1", "--from", "1"}, "--from: ");
+                   "--encoding is given more than once.");
+  expectWrongUsage({"find", "a.bin", "A", "--from", "1", "--from", "1"},
+                   "--from is given more than once.");
   EXPECT_EQ(names(), (Arguments{"a.bin", "b.bin"}));
 }
 
 TEST_F(CliArgumentTest, anOptionNeedsItsValue) {
-  expectWrongUsage({"hex-dump", "a.bin", "--start"}, "--start: ");
-  expectWrongUsage({"hex-dump", "a.bin", "--length"}, "--length: ");
-  expectWrongUsage({"hex-dump", "a.bin", "-o"}, "-o: ");
-  expectWrongUsage({"strings", "a.bin", "--minimum"}, "--minimum: ");
-  expectWrongUsage({"find", "a.bin", "A", "--mode"}, "--mode: ");
-  expectWrongUsage({"find", "a.bin", "A", "--encoding"}, "--encoding: ");
-  expectWrongUsage({"find", "a.bin", "A", "--from"}, "--from: ");
+  expectWrongUsage({"hex-dump", "a.bin", "--start"}, "--start needs a value.");
+  expectWrongUsage({"hex-dump", "a.bin", "--length"}, "--length needs a value.");
+  expectWrongUsage({"hex-dump", "a.bin", "-o"}, "-o needs a value.");
+  expectWrongUsage({"strings", "a.bin", "--minimum"}, "--minimum needs a value.");
+  expectWrongUsage({"find", "a.bin", "A", "--mode"}, "--mode needs a value.");
+  expectWrongUsage({"find", "a.bin", "A", "--encoding"}, "--encoding needs a value.");
+  expectWrongUsage({"find", "a.bin", "A", "--from"}, "--from needs a value.");
 }
 
 TEST_F(CliArgumentTest, aSwitchTakesNoValue) {
@@ -196,9 +214,9 @@ TEST_F(CliArgumentTest, textsThatAreNoOptionsNeedNoDashesBefore) {
 }
 
 TEST_F(CliArgumentTest, textsThatLookLikeOptionsNeedDashesBefore) {
-  expectWrongUsage({"find", "a.bin", "-x"}, "TEXT is required.");
-  expectWrongUsage({"find", "a.bin", "--frobnicate"}, "TEXT is required.");
-  expectWrongUsage({"detect", "-x"}, "FILE is required.");
+  expectWrongUsage({"find", "a.bin", "-x"}, "There is no option -x.");
+  expectWrongUsage({"find", "a.bin", "--frobnicate"}, "There is no option --frobnicate.");
+  expectWrongUsage({"detect", "-x"}, "There is no option -x.");
 }
 
 TEST_F(CliArgumentTest, namesAreTakenAsTheyAre) {
