@@ -2,13 +2,16 @@
 # Compares whole runs of quillmor-cli with those of the tools a user would pick, from process start to
 # exit, on the same files from a warm cache: rg, md5sum, strings, cmp, xxd. Both take turns; the best
 # of several runs of each counts. Everything is printed to /dev/null.
-# Milliseconds by the clock and of processor time, and the most memory each had at a time.
-# Usage: bench/cli/against-tools.sh [MIB]   (default 1024, xxd a quarter of it; needs the release
-# preset built, and the Debian packages ripgrep, binutils, diffutils, xxd and time)
+# Milliseconds by the clock and of processor time, each with the start of a process by the shell; a
+# run of its own tells the most memory a command takes at a time.
+# Usage: bench/cli/against-tools.sh [MIB]   (64 or more, default 1024, xxd a quarter of it; takes 2.25
+# times as much in the folder for temporary files; needs the release preset built, and the Debian
+# packages ripgrep, binutils, diffutils, xxd and time)
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 cli=$root/build/release/bin/quillmor-cli
 mib=${1:-1024}
+((mib >= 64)) || { echo "at least 64 MiB are needed" >&2; exit 1; }
 export LC_ALL=C
 for tool in rg md5sum strings cmp xxd /usr/bin/time "$cli"; do
   command -v "$tool" >/dev/null || { echo "$tool is missing" >&2; exit 1; }
@@ -21,18 +24,20 @@ runs=7
 declare -A clock processor memory
 
 run() { # name command...
-  local name=$1 spent elapsed used peak
+  local name=$1 spent elapsed used TIMEFORMAT='%3R %3U %3S'
   shift
-  # Exit status 1 is an answer: nothing found, files differ.
-  /usr/bin/time -q -o spent -f '%e %U %S %M' "$@" >/dev/null || (($? == 1))
-  # Whole milliseconds are read from the shell's own clock; GNU time has hundredths only.
-  local TIMEFORMAT='%3R %3U %3S'
   spent=$({ time "$@" >/dev/null 2>&1 || true; } 2>&1)
-  read -r elapsed used < <(awk '{ printf "%d %d\n", $1 * 1000, ($2 + $3) * 1000 }' <<<"$spent")
-  peak=$(awk '{ printf "%d", $4 / 1024 }' spent)
+  read -r elapsed used < <(awk '{ printf "%.0f %.0f\n", $1 * 1000, ($2 + $3) * 1000 }' <<<"$spent")
   ((${clock[$name]:-999999999} <= elapsed)) || clock[$name]=$elapsed
   ((${processor[$name]:-999999999} <= used)) || processor[$name]=$used
-  ((${memory[$name]:-999999999} <= peak)) || memory[$name]=$peak
+}
+
+measureMemory() { # name command...
+  local name=$1
+  shift
+  # Exit status 1 is an answer: nothing found, files differ.
+  /usr/bin/time -q -o peak -f %M "$@" >/dev/null || (($? == 1))
+  memory[$name]=$(($(<peak) / 1024))
 }
 
 pair() { # label ours theirs: two commands as words
@@ -43,6 +48,10 @@ pair() { # label ours theirs: two commands as words
     # shellcheck disable=SC2086
     run "$label theirs" $theirs
   done
+  # shellcheck disable=SC2086
+  measureMemory "$label ours" $ours
+  # shellcheck disable=SC2086
+  measureMemory "$label theirs" $theirs
   awk -v label="$label" -v tool="$theirs" -v a="${clock[$label ours]}" -v b="${clock[$label theirs]}" \
     -v c="${processor[$label ours]}" -v d="${processor[$label theirs]}" \
     -v m="${memory[$label ours]}" -v n="${memory[$label theirs]}" 'BEGIN {
