@@ -46,7 +46,8 @@ class FaultySystemCalls final : public SystemCalls {
   /// Every call is interrupted once before it is carried out.
   void interruptEveryCall() { interruptsEveryCall_ = true; }
 
-  /// The `nth` read, pread, write or getrandom (or every one) moves at most `count` bytes; none when 0.
+  /// The `nth` read, pread, write or getrandom (or every one) moves at most `count` bytes; none
+  /// when 0.
   void limitCount(SystemCall kind, int nth, std::size_t count);
 
   /// Runs `action` right before the `nth` call of this kind is carried out.
