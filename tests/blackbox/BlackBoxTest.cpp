@@ -209,6 +209,15 @@ void BlackBoxTest::expectContent(const FileLocation& file, const std::string& co
       << TemporaryFolder::read(file);
 }
 
+void BlackBoxTest::expectSaved(const FileLocation& file, const std::string& content) {
+  expectContent(file, content);
+  EXPECT_TRUE(waitUntil([&] {
+    return std::ranges::any_of(windows(), [&](const Accessible& window) {
+      return window.name() == file.lastPathComponent();
+    });
+  })) << outline();
+}
+
 void BlackBoxTest::expectQuitBy(const std::vector<std::string>& keys) {
   press(keys);
   expectQuit();

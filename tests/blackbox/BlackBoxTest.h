@@ -58,6 +58,9 @@ class BlackBoxTest : public testing::Test {
   void expectNoAlert();
   /// Waits until the file has this content.
   void expectContent(const FileLocation& file, const std::string& content);
+  /// Waits until the file has this content and its window knows that it is saved: the bytes are in
+  /// the file some time before the disk has them.
+  void expectSaved(const FileLocation& file, const std::string& content);
   /// Waits for the program's end.
   void expectQuit();
   /// Presses `keys` and waits for the program's end.

@@ -53,7 +53,7 @@ TEST_F(ClipboardTest, textOfOtherProgramsIsReadAsHexWhereItIsHex) {
   press({"ctrl+v"});
   expectStatus(Status{.size = 9, .offset = 9});
   press({"ctrl+s"});
-  expectContent(file, "\xDE\xAD\xBE\xEFhello");
+  expectSaved(file, "\xDE\xAD\xBE\xEFhello");
   expectQuitBy({"ctrl+q"});
 }
 
@@ -65,7 +65,7 @@ TEST_F(ClipboardTest, bytesOfOtherEditorsArePastedAsTheyAre) {
   press({"ctrl+v"});
   expectStatus(Status{.size = 7, .offset = 7});
   press({"ctrl+s"});
-  expectContent(file, bytes);
+  expectSaved(file, bytes);
   expectQuitBy({"ctrl+q"});
 }
 
@@ -83,6 +83,7 @@ TEST_F(ClipboardTest, bytesGoFromOneEditorToAnother) {
   ASSERT_TRUE(waitUntil(isInFront)) << other.errors();
   desktop().press({"ctrl+v", "ctrl+s"});
   expectContent(destination, bytes);
+  expectTitle("destination.bin");
   desktop().press({"ctrl+q"});
   EXPECT_EQ(other.waitForExit(), 0);
   expectQuitBy({"ctrl+q"});
@@ -98,7 +99,7 @@ TEST_F(ClipboardTest, textIsReadInWhateverEncodingItIsOffered) {
   press({"ctrl+v"});
   expectStatus(Status{.size = 5, .offset = 5});
   press({"ctrl+s"});
-  expectContent(file, "\u20AC\u00E4");
+  expectSaved(file, "\u20AC\u00E4");
   expectQuitBy({"ctrl+q"});
 }
 
@@ -108,7 +109,7 @@ TEST_F(ClipboardTest, filesCopiedInAFileManagerAreNothingToPaste) {
   const auto owner = offer(folder.write("files.txt", "file:///tmp/a\r\n"), "text/uri-list");
   // The key after it tells that nothing was pasted before.
   press({"ctrl+v", "4", "1", "ctrl+s"});
-  expectContent(file, "Abc");
+  expectSaved(file, "Abc");
   expectQuitBy({"ctrl+q"});
 }
 
@@ -119,7 +120,7 @@ TEST_F(ClipboardTest, anOwnerThatIsKilledLeavesNothingToPaste) {
   ::kill(owner->id(), SIGKILL);
   ASSERT_TRUE(owner->waitForExit());
   press({"ctrl+v", "4", "1", "ctrl+s"});
-  expectContent(file, "Abc");
+  expectSaved(file, "Abc");
   expectQuitBy({"ctrl+q"});
 }
 
@@ -130,11 +131,11 @@ TEST_F(ClipboardTest, anOwnerThatDoesNotAnswerLeavesTheEditorUsable) {
   ::kill(silent->id(), SIGSTOP);
   // Carried out once the editor has given up waiting.
   press({"ctrl+v", "4", "1", "ctrl+s"});
-  expectContent(file, "Abc");
+  expectSaved(file, "Abc");
   ::kill(silent->id(), SIGCONT);
   const auto next = offer(folder.write("next.txt", "yz"), "UTF8_STRING");
   press({"ctrl+v", "ctrl+s"});
-  expectContent(file, "Ayz");
+  expectSaved(file, "Ayz");
   expectQuitBy({"ctrl+q"});
 }
 

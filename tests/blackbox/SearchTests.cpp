@@ -61,7 +61,7 @@ TEST_F(SearchTest, replaceAllIsOneStepAndReachesTheFile) {
   expectTitle("data.bin");
   EXPECT_EQ(TemporaryFolder::read(*file), "horse dog horse dog");
   press({"ctrl+z", "ctrl+s"});
-  expectContent(*file, "cat dog cat dog");
+  expectSaved(*file, "cat dog cat dog");
   expectQuitBy({"ctrl+q"});
 }
 
@@ -75,7 +75,7 @@ TEST_F(SearchTest, undoInAFieldOfThePanelLeavesTheBytesAlone) {
   press({"ctrl+z", "ctrl+z", "Escape"});
   expectTitle("data.bin*");
   press({"ctrl+s"});
-  expectContent(*file, "zbcdef");
+  expectSaved(*file, "zbcdef");
   expectQuitBy({"ctrl+q"});
 }
 
