@@ -35,7 +35,7 @@ struct PresetRun {
 PresetRun runPreset(const Arguments& arguments, Session& session) {
   FileLocation file = arguments.file("PRESET");
   const auto preset = JSONPatchPreset::read(file, maxJSONPresetBytes, session.beginPart("Reading"));
-  OpenDocument document = openDocument(arguments, session);
+  OpenDocument document = openDocument(arguments, session, {file});
   auto result = applyJSONPreset(document.bytes(), preset, {}, maximumByteCount(),
                                 session.beginPart("Applying"));
   std::string report = jsonPresetReport(preset, result);
@@ -65,7 +65,7 @@ Outcome patchApply(const Arguments& arguments, Session& session) {
   const FileLocation patchFile = arguments.file("PATCH");
   const QuillmorPatch patch = QuillmorPatch::read(patchFile, maxPatchImportBytes, maxPatchDataBytes,
                                                   session.beginPart("Reading"));
-  const OpenDocument document = openDocument(arguments, session);
+  const OpenDocument document = openDocument(arguments, session, {patchFile});
   const auto range = rangeReplacedByPatch(patch, document.bytes().size());
   if (!range.isOk()) throw range.error();
   const auto [start, removed] = range.value();

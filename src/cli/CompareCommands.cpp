@@ -34,7 +34,7 @@ Outcome compareList(const Arguments& arguments, Session& session) {
 
 Outcome differenceReport(const Arguments& arguments, Session& session) {
   const FileLocation other = arguments.file("OTHER");
-  const OpenDocument document = openDocument(arguments, session);
+  const OpenDocument document = openDocument(arguments, session, {other});
   TaskProgress& progress = session.beginPart(kComparing);
   std::int64_t differences = 0;
   // The other file is read while the report is made, and may turn out to be changing.

@@ -4,11 +4,20 @@
 
 #include "cli/InPlaceSaving.h"
 #include "cli/SpooledText.h"
+#include "fileaccess/OutputDestination.h"
 
 namespace quillmor::cli {
 
-OpenDocument openDocument(const Arguments& arguments, Session& session) {
+OpenDocument openDocument(const Arguments& arguments, Session& session,
+                          std::vector<FileLocation> otherInputs) {
   FileLocation location = arguments.documentFile("FILE");
+  if (arguments.has("-o")) {
+    // The writer looks again; here it saves the work for an output that cannot be.
+    const FileLocation output = arguments.file("-o");
+    otherInputs.push_back(location);
+    SecureFileAccess::validateDistinctOutputURL(output, otherInputs);
+    SecureFileAccess::validateOutputDestinationKind(output);
+  }
   ReadSnapshot snapshot = session.readDocument(location);
   return {std::move(location), std::move(snapshot)};
 }

@@ -18,8 +18,11 @@ struct OpenDocument {
   const ByteBuffer& bytes() const { return snapshot.bytes; }
 };
 
-/// Reads the document that the argument "FILE" names.
-OpenDocument openDocument(const Arguments& arguments, Session& session);
+/// Reads the document that the argument "FILE" names, unless there is a "-o" to which nothing can
+/// be written; fails as preparing that output would.
+/// `otherInputs` are files that such an output must not overwrite either.
+OpenDocument openDocument(const Arguments& arguments, Session& session,
+                          std::vector<FileLocation> otherInputs = {});
 
 /// Writes a text that `produce` makes to "-o" or, when that is absent, to standard output with a
 /// line feed at its end. `inputs` are the files it is made of, which it must not land on.

@@ -120,6 +120,13 @@ TEST_F(CliOutputFileTest, linksAndSpecialFilesAreRefused) {
   EXPECT_TRUE(fs::is_empty(folder.path() / "sub"));
 }
 
+TEST_F(CliOutputFileTest, anOutputThatCannotBeIsRefusedBeforeAnythingIsRead) {
+  fs::create_directory(folder.path() / "sub");
+  constexpr const char* kNoRegularFile = "The output destination must be a regular file.";
+  expectFailure({"hex-dump", "missing.bin", "-o", "sub"}, kNoRegularFile);
+  expectFailure({"transform", "invert", "missing.bin", "-o", "sub"}, kNoRegularFile);
+}
+
 TEST_F(CliOutputFileTest, anEmptyNameIsWrongUsage) {
   expectOutRefused(invert, "", "OUT is an empty name. See quillmor-cli transform --help.");
   expectOutRefused(dump, "", "OUT is an empty name. See quillmor-cli hex-dump --help.");
