@@ -6,6 +6,7 @@
 
 #include "base/Unicode.h"
 #include "document/QuillmorResourceLimits.h"
+#include "fileaccess/StableFile.h"
 
 namespace quillmor::cli {
 
@@ -16,7 +17,7 @@ TaskProgress& Session::beginPart(const char* activity) {
 }
 
 ReadSnapshot Session::readDocument(const FileLocation& location) {
-  return SecureFileAccess::readSnapshot(
+  return SecureFileAccess::readSnapshotShared(
       location, QuillmorResourceLimits::maximumDocumentByteCount(), &beginPart("Reading"));
 }
 

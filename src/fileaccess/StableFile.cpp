@@ -1,7 +1,12 @@
 #include "fileaccess/StableFile.h"
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <new>
+#include <utility>
 
+#include "base/OrderedPieces.h"
 #include "fileaccess/FileErrors.h"
 #include "fileaccess/SystemCalls.h"
 #include "fileaccess/UrlReservations.h"
@@ -9,6 +14,9 @@
 namespace quillmor {
 
 namespace {
+
+/// The threads take so much at a time that they rarely meet on one huge page.
+constexpr std::int64_t kSharedPieceBytes = std::int64_t{4} * 1024 * 1024;
 
 /// Reads at most `room.size()` bytes; 0 at the end of the file.
 std::size_t readSome(const FileDescriptor& handle, std::int64_t offset,
@@ -54,6 +62,38 @@ void StableFile::requireUnchanged() const {
   if (hasGrown || now != opened_.status ||
       SecureFileAccess::fileStatus(location_, FollowSymlinks::yes) != opened_.status)
     throw SecureFileAccess::changedWhileReadingError();
+}
+
+ReadSnapshot SecureFileAccess::readSnapshotShared(const FileLocation& location,
+                                                  std::optional<std::int64_t> maximumByteCount,
+                                                  TaskProgress* progress) {
+  const StableFile file(location, maximumByteCount);
+  if (progress != nullptr) progress->setTotal(file.size());
+  ByteBuffer bytes;
+  try {
+    bytes = ByteBuffer::uninitialized(file.size());
+  } catch (const std::bad_alloc&) {
+    // A sparse file can claim any size; that is a failed read, not the end of the process.
+    throw Error::posix(ENOMEM);
+  }
+  const auto all = bytes.mutableSpan();
+  const std::int64_t pieceCount = (file.size() + kSharedPieceBytes - 1) / kSharedPieceBytes;
+  forEachPieceInOrder(pieceCount, /*mayShare=*/true, [&](std::int64_t index, int) {
+    const std::int64_t end = std::min((index + 1) * kSharedPieceBytes, file.size());
+    for (std::int64_t begin = index * kSharedPieceBytes; begin < end;) {
+      if (progress != nullptr) progress->checkpoint();
+      const std::int64_t count = std::min(kReadChunkByteCount, end - begin);
+      file.read(begin,
+                all.subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(count)));
+      if (progress != nullptr) progress->advance(count);
+      begin += count;
+    }
+    return true;
+  });
+  file.requireUnchanged();
+  return {.bytes = std::move(bytes),
+          .modificationDate = file.status().modificationDate(),
+          .status = file.status()};
 }
 
 }  // namespace quillmor

@@ -22,6 +22,9 @@ class StableFile {
   /// Bytes, as the file had when it was opened.
   std::int64_t size() const { return size_; }
 
+  /// What the file looked like when it was opened.
+  const StableFileStatus& status() const { return opened_.status; }
+
   /// Fills `room` with the bytes from `offset` on, all of which lie within the size. Code 1204 when
   /// the file has become shorter, else a POSIX error. Any thread, several at a time.
   void read(std::int64_t offset, std::span<std::uint8_t> room) const;
@@ -37,5 +40,15 @@ class StableFile {
   const SecureFileAccess::StableReadHandle opened_;
   const std::int64_t size_;
 };
+
+namespace SecureFileAccess {
+
+/// What `readSnapshot` reads, and as safely, but by two threads where the file is large: half of
+/// the time to load it is the system's, for making the memory it goes to. Fails as that does.
+ReadSnapshot readSnapshotShared(const FileLocation& location,
+                                std::optional<std::int64_t> maximumByteCount,
+                                TaskProgress* progress = nullptr);
+
+}  // namespace SecureFileAccess
 
 }  // namespace quillmor

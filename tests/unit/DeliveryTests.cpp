@@ -98,7 +98,7 @@ TEST_F(DeliveryTest, aReportOfAFileThatChangesMeanwhileIsNotPrinted) {
   EXPECT_EQ(differenceReport(arguments, session), Outcome::no);
   const std::string report = output.text();
   EXPECT_FALSE(report.empty());
-  // The end of both files has been looked for by now: the next read is the first of FILE.
+  // FILE is read by other calls.
   const int reads = calls.count(SystemCall::read);
   calls.before(SystemCall::read, 2 * reads, [&] { folder.append("other.bin", "!"); });
   constexpr const char* kChanged = "The file changed while it was being read. Try again.";

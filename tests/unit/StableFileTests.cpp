@@ -8,6 +8,7 @@
 
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
+#include "support/Stopping.h"
 
 namespace quillmor {
 namespace {
@@ -106,6 +107,38 @@ TEST_F(StableFiles, reportAStatusThatCannotBeRead) {
   const StableFile file(data);
   calls.fail(SystemCall::fstat, calls.count(SystemCall::fstat) + 1, EIO);
   EXPECT_THAT([&] { file.requireUnchanged(); }, failsWithPosix(EIO));
+}
+
+TEST_F(StableFiles, areReadWholeAsOneThreadReadsThem) {
+  const auto snapshot = SecureFileAccess::readSnapshotShared(data, 10);
+  const auto expected = SecureFileAccess::readSnapshot(data, 10);
+  EXPECT_EQ(snapshot.bytes, expected.bytes);
+  EXPECT_EQ(snapshot.status, expected.status);
+  EXPECT_EQ(snapshot.modificationDate, expected.modificationDate);
+  EXPECT_TRUE(SecureFileAccess::readSnapshotShared(folder.write("empty.bin", ""), 0).bytes.empty());
+}
+
+TEST_F(StableFiles, areNotReadWholeWhenTheyChange) {
+  calls.before(SystemCall::pread, 1, [&] { std::filesystem::resize_file(data.path(), 4); });
+  EXPECT_THAT([&] { SecureFileAccess::readSnapshotShared(data, 10); }, failsWith(1204, kChanged));
+  TaskProgress progress;
+  progress.requestStop();
+  EXPECT_THAT([&] { SecureFileAccess::readSnapshotShared(data, 10, &progress); },
+              test::isStopped());
+}
+
+/// Without faults: two threads are at work.
+TEST(LargeStableFiles, areReadWholeByTwoThreads) {
+  const test::TemporaryFolder folder;
+  for (const std::size_t size :
+       {std::size_t{4} << 20, (std::size_t{4} << 20) + 1, (std::size_t{13} << 20) + 12345}) {
+    const std::string content = test::patternedText(size);
+    const auto location = folder.write("large.bin", content);
+    TaskProgress progress;
+    const auto snapshot = SecureFileAccess::readSnapshotShared(location, std::nullopt, &progress);
+    EXPECT_TRUE(test::textOf(snapshot.bytes.span()) == content) << size;
+    EXPECT_EQ(progress.fraction(), 1);
+  }
 }
 
 }  // namespace
