@@ -57,6 +57,9 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     line.exitStatus = 0;
     line.message = "quillmor " QUILLMOR_VERSION "\n";
     return line;
+  } catch (const CLI::ExtrasError&) {
+    // CLI11's own message would end at the shield of a value. Files are never too many.
+    return usageError("There is no option " + unshielded(app.remaining().front()) + ".");
   } catch (const CLI::ParseError& error) {
     return usageError(unshielded(error.what()) + ".");
   }

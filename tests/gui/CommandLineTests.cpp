@@ -54,6 +54,11 @@ TEST(CommandLine, takesWhatFollowsTwoDashesAsNames) {
   EXPECT_THAT(names({"a.bin", "--", "--"}), ElementsAre("a.bin", "--"));
 }
 
+TEST(CommandLine, namesAnUnknownOptionWithItsValue) {
+  EXPECT_EQ(parseCommandLine({"--unknown=[a]"}).message,
+            "quillmor: There is no option --unknown=[a]. See quillmor --help.\n");
+}
+
 TEST(CommandLine, refusesAnUnknownOption) {
   for (const char* option : {"-a.bin", "--unknown", "-x"}) {
     const CommandLine line = parseCommandLine({option});
