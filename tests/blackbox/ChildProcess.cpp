@@ -80,6 +80,9 @@ ChildProcess::ChildProcess(std::vector<std::string> command, const Environment& 
   if (id_ > 0) return;
   // Only calls that are safe after a fork from here on.
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  // What the tests themselves were started to ignore, as in the background of a shell.
+  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE})
+    ::signal(signalNumber, SIG_DFL);
   if (::getppid() != parent) ::_exit(kCannotExecuteStatus);
   if (!workingDirectory.empty() && ::chdir(workingDirectory.c_str()) != 0)
     ::_exit(kCannotExecuteStatus);
