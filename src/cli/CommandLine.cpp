@@ -216,10 +216,10 @@ std::string commandHelp(const Command& command) {
 }
 
 std::string programHelp() {
-  CLI::App app(std::string(kProgramSummary) +
-                   ". Reports go to standard\noutput; a file is changed only where -o or "
-                   "--in-place says so.",
-               kProgramName);
+  CLI::App app(
+      "Every tool of the Quillmor hex editor without a window. Reports go to standard\n"
+      "output; a file is changed only where -o or --in-place says so.",
+      kProgramName);
   app.get_formatter()->column_width(kCommandColumnWidth);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.set_help_flag("-h,--help", kHelpDescription);

@@ -20,10 +20,6 @@ struct CommandLine {
 inline constexpr const char* kHelpDescription = "Print this help and exit";
 inline constexpr const char* kVersionDescription = "Print the version and exit";
 
-/// What the program is, as the beginning of a sentence.
-inline constexpr const char* kProgramSummary =
-    "Every tool of the Quillmor hex editor without a window";
-
 /// Reads the arguments of the program, without its name. Throws `UsageError` with a sentence that
 /// ends by naming the help.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);

@@ -1,4 +1,4 @@
-#include "cli/Command.h"
+#include "cli/CommandLine.h"
 #include "cli/Completions.h"
 #include "cli/ShellText.h"
 
@@ -44,8 +44,6 @@ function __quillmor_cli_takes
 end
 
 complete -c quillmor-cli -f
-complete -c quillmor-cli -n __quillmor_cli_is_first -s h -l help -d 'Print this help and exit'
-complete -c quillmor-cli -n __quillmor_cli_is_first -l version -d 'Print the version and exit'
 )";
 
 std::string quoted(std::string_view text) {
@@ -54,6 +52,10 @@ std::string quoted(std::string_view text) {
 
 std::string completion(const std::string& condition, const std::string& rest) {
   return "complete -c quillmor-cli -n " + quoted(condition) + " " + rest + "\n";
+}
+
+std::string helpCompletion(const std::string& condition) {
+  return completion(condition, "-s h -l help -d " + quoted(kHelpDescription));
 }
 
 std::string choicesOf(const ValueDescription& value) {
@@ -83,7 +85,7 @@ std::string optionCompletions(const Command& command) {
     if (!option.isSwitch()) flags += valueFlags(option.value);
     text += completion(condition, flags + " -d " + quoted(option.value.description));
   }
-  return text + completion(condition, "-s h -l help -d 'Print this help and exit'");
+  return text + helpCompletion(condition);
 }
 
 std::string argumentCompletions(const Command& command) {
@@ -106,7 +108,9 @@ std::string argumentCompletions(const Command& command) {
 }  // namespace
 
 std::string fishCompletion() {
-  std::string text(kOpening);
+  std::string text = std::string(kOpening) + helpCompletion("__quillmor_cli_is_first");
+  text += completion("__quillmor_cli_is_first",
+                     std::string("-l version -d ") + quoted(kVersionDescription));
   for (const Command& command : commands()) {
     text += "\n" + completion("__quillmor_cli_is_first",
                               "-a " + std::string(command.name) + " -d " + quoted(command.summary));

@@ -1,7 +1,7 @@
 #include "cli/SpooledText.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -18,13 +18,14 @@ namespace {
       number, "Could not keep the text in a temporary file: " + Error::posix(number).message());
 }
 
-/// A file without a name in the folder for temporary files; null and `errno` on failure.
+/// A file in the folder for temporary files that has no name any more; null and `errno` on failure.
 std::FILE* namelessFile() {
   const char* const folder = std::getenv("TMPDIR");  // NOLINT(concurrency-mt-unsafe)
-  const int descriptor = ::open(folder != nullptr ? folder : P_tmpdir,
-                                O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  // Not every file system has such files.
-  return descriptor < 0 ? std::tmpfile() : ::fdopen(descriptor, "w+b");
+  std::string path = std::string(folder != nullptr ? folder : P_tmpdir) + "/quillmor-cli-XXXXXX";
+  const int descriptor = ::mkostemp(path.data(), O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  ::unlink(path.c_str());
+  return ::fdopen(descriptor, "w+b");
 }
 
 }  // namespace

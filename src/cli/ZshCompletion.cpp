@@ -1,4 +1,4 @@
-#include "cli/Command.h"
+#include "cli/CommandLine.h"
 #include "cli/Completions.h"
 #include "cli/ShellText.h"
 
@@ -16,9 +16,9 @@ _quillmor-cli() {
   local curcontext=$curcontext state state_descr line ret=1
   local -A opt_args
   _arguments -C \
-    '(- : *)'{-h,--help}'[Print this help and exit]' \
-    '(- : *)--version[Print the version and exit]' \
-    '1:command:_quillmor-cli_commands' \
+)";
+
+constexpr std::string_view kBehindOptions = R"(    '1:command:_quillmor-cli_commands' \
     '*::argument:->argument' && ret=0
   [[ $state == argument ]] || return ret
 
@@ -32,6 +32,14 @@ constexpr std::string_view kClosing = R"(  esac
 
 _quillmor-cli "$@"
 )";
+
+std::string helpSpecification() {
+  return std::string("'(- : *)'{-h,--help}'[") + kHelpDescription + "]'";
+}
+
+std::string versionSpecification() {
+  return std::string("'(- : *)--version[") + kVersionDescription + "]'";
+}
 
 /// What completes a value, behind its message.
 std::string action(const ValueDescription& value) {
@@ -66,7 +74,7 @@ std::string commandCase(const Command& command) {
   constexpr std::string_view kNext = " \\\n        ";
   std::string text = "    " + std::string(command.name) + ")\n      _arguments -S";
   text += kNext;
-  text += "'(- : *)'{-h,--help}'[Print this help and exit]'";
+  text += helpSpecification();
   for (const OptionDescription& option : command.options) {
     text += kNext;
     text += optionSpecification(command, option);
@@ -98,6 +106,8 @@ std::string commandList() {
 
 std::string zshCompletion() {
   std::string text = std::string(kOpening) + commandList() + std::string(kBeforeCommands);
+  text += "    " + helpSpecification() + " \\\n    " + versionSpecification() + " \\\n";
+  text += kBehindOptions;
   for (const Command& command : commands()) text += commandCase(command);
   return text + std::string(kClosing);
 }

@@ -15,7 +15,8 @@ namespace quillmor {
 /// answers. What was learnt counts only once `requireUnchanged` has returned.
 class StableFile {
  public:
-  /// Reserves, checks and opens the file; fails as `SecureFileAccess::readSnapshot` does.
+  /// Reserves, checks and opens the file; fails as `SecureFileAccess::readSnapshot` does. The limit
+  /// is 0 or more.
   explicit StableFile(const FileLocation& location,
                       std::optional<std::int64_t> maximumByteCount = std::nullopt);
 

@@ -26,8 +26,8 @@ inline constexpr std::int64_t kSearchedFilePieceBytes = std::int64_t{512} * 1024
 /// What `nextMatch` finds in the bytes of a file of at most `maximumByteCount`, which is read by
 /// several threads, as far as it must be, and not kept: a few MiB of memory. Fails as reading the
 /// whole file does. The total of `progress` becomes the bytes in the search's way; throws
-/// `Error::stopped()` when it says so. `pieceBytes` is 1 or more and far from
-/// the limits of 64 bits.
+/// `Error::stopped()` when it says so. `pieceBytes` is 1 or more and far from the limits of
+/// 64 bits.
 std::optional<HexSelection> nextMatchInFile(const FileLocation& location,
                                             std::int64_t maximumByteCount,
                                             const SearchRequest& request,

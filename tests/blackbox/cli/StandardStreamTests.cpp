@@ -1,5 +1,7 @@
 // Standard input, output and error that are closed, full or read by nobody.
 
+#include <filesystem>
+
 #include "blackbox/cli/RunningCliTest.h"
 
 namespace quillmor::test {
@@ -99,6 +101,34 @@ TEST_F(CliStandardStreamTest, allStreamsMayBeClosed) {
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.output, "Changed 3 byte(s)\n");
   EXPECT_EQ(folder.read("in.bin"), inverted);
+}
+
+TEST_F(CliStandardStreamTest, aLongReportIsKeptInTheFolderForTemporaryFiles) {
+  writeZeros("zeros.bin", 700'000);
+  folder.write("ones.bin", std::string(700'000, '\x01'));
+  std::filesystem::create_directory(folder.path() / "temporary");
+  const Fifo pipe(pipePath());
+  const auto process =
+      start("TMPDIR=$PWD/temporary exec \"$CLI\" difference-report zeros.bin ones.bin > pipe");
+  ASSERT_TRUE(waitUntil([&] { return pipe.hasText(); }));
+  std::vector<std::string> open;
+  for (const auto& entry :
+       std::filesystem::directory_iterator("/proc/" + std::to_string(process->id()) + "/fd")) {
+    open.push_back(std::filesystem::read_symlink(entry).string());
+  }
+  EXPECT_THAT(open, testing::Contains(
+                        testing::AllOf(testing::HasSubstr((folder.path() / "temporary").string()),
+                                       testing::EndsWith(" (deleted)"))));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "temporary"));
+  EXPECT_GT(pipe.readToEnd().size(), std::size_t{16} * 1024 * 1024);
+  EXPECT_EQ(process->waitForExit(), 1);
+}
+
+TEST_F(CliStandardStreamTest, aLongReportNeedsAFolderForTemporaryFiles) {
+  writeZeros("zeros.bin", 700'000);
+  folder.write("ones.bin", std::string(700'000, '\x01'));
+  expectQuietRun("TMPDIR=/missing exec \"$CLI\" difference-report zeros.bin ones.bin", 2,
+                 "Could not keep the text in a temporary file: No such file or directory");
 }
 
 TEST_F(CliStandardStreamTest, aLongReportThatCannotBeKeptIsNotPrinted) {
