@@ -1,5 +1,6 @@
 #include "fileaccess/OutputDestination.h"
 
+#include <cerrno>
 #include <string>
 
 #include "base/Error.h"
@@ -27,6 +28,17 @@ bool isAvailableDirectory(const FileLocation& directory) {
   }
 }
 
+/// The status, links not followed; absent also below a name that is no directory, of which the
+/// check of the directory tells.
+std::optional<StableFileStatus> destinationStatus(const FileLocation& destination) {
+  try {
+    return fileStatusIfExists(destination, FollowSymlinks::no);
+  } catch (const Error& error) {
+    if (error.domain() == ErrorDomain::posix && error.code() == ENOTDIR) return std::nullopt;
+    throw;
+  }
+}
+
 }  // namespace
 
 void validateDistinctOutputURL(const FileLocation& destination,
@@ -44,7 +56,7 @@ void validateDistinctOutputURL(const FileLocation& destination,
 
 void validateOutputDestinationKind(const FileLocation& destination) {
   if (!destination.isLocalFile()) throw outputIsNotALocalFileError();
-  const auto status = fileStatusIfExists(destination, FollowSymlinks::no);
+  const auto status = destinationStatus(destination);
   if (status && status->isSymbolicLink())
     throw Error::quillmor(1212,
                           "The output destination cannot be a symbolic link. Choose the real file "

@@ -132,7 +132,7 @@ TEST_F(CliExportOutputTest, isARegularFileInAFolderThatIsThere) {
   EXPECT_EQ(runShell("mkfifo fifo").status, 0);
   expectRefused("fifo", "The output destination must be a regular file.");
   expectRefused("missing/out", "The output destination directory is not available.");
-  expectRefused("a.bin/out", "Not a directory");
+  expectRefused("a.bin/out", "The output destination directory is not available.");
 }
 
 TEST_F(CliExportOutputTest, isNotWrittenWhenTheInputCannotBeRead) {
