@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "base/ShieldedArguments.h"
+#include "base/VisibleText.h"
 #include "search/HexParser.h"
 
 namespace quillmor {
@@ -24,7 +25,7 @@ std::optional<HexSelection> parseSelection(const std::string& text) {
 CommandLine usageError(const std::string& message) {
   CommandLine line;
   line.exitStatus = kUsageStatus;
-  line.message = "quillmor: " + message + " See quillmor --help.\n";
+  line.message = "quillmor: " + visibleText(message) + " See quillmor --help.\n";
   return line;
 }
 

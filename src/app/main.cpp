@@ -9,6 +9,7 @@
 #include "app/DarkAppearance.h"
 #include "app/GuardedApplication.h"
 #include "app/Screenshot.h"
+#include "base/VisibleText.h"
 #include "platform_qt/QtPlatform.h"
 
 namespace {
@@ -84,7 +85,7 @@ int main(int argc, char** argv) {
   try {
     return run(line, application);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "quillmor: %s\n", error.what());
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.what()).c_str());
     return kFailureStatus;
   }
 }

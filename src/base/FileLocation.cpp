@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/HexText.h"
+#include "base/VisibleText.h"
 
 namespace quillmor {
 
@@ -79,6 +80,14 @@ std::string FileLocation::lastPathComponent() const {
   const std::size_t slash = path_.find_last_of('/', end);
   const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
   return path_.substr(begin, end - begin + 1);
+}
+
+std::string FileLocation::shownName() const {
+  return visibleText(lastPathComponent());
+}
+
+std::string FileLocation::shownPath() const {
+  return visibleText(path_);
 }
 
 FileLocation FileLocation::directory() const {

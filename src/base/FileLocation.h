@@ -25,8 +25,12 @@ class FileLocation {
   /// The absolute path in the system's bytes; for a non-local location the URL text.
   const std::string& path() const { return path_; }
 
-  /// The last path component, as messages name files. Empty for the root directory.
+  /// The last path component. Empty for the root directory.
   std::string lastPathComponent() const;
+
+  /// The last path component and the whole path as texts show them, see `visibleText`.
+  std::string shownName() const;
+  std::string shownPath() const;
 
   /// The location of the directory that holds this file.
   FileLocation directory() const;

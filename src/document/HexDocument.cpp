@@ -27,7 +27,7 @@ HexDocument::HexDocument(BackgroundExecutor& executor) : executor_(executor) {
 HexDocument::~HexDocument() = default;
 
 std::string HexDocument::displayName() const {
-  if (location_) return location_->lastPathComponent();
+  if (location_) return location_->shownName();
   return untitledNumber_ > 1 ? "Untitled " + std::to_string(untitledNumber_) : "Untitled";
 }
 

@@ -50,7 +50,8 @@ class HexDocument {
   /// What the file looked like on disk when it was last read or saved.
   const std::optional<StableFileStatus>& fileStatus() const { return fileStatus_; }
 
-  /// The file's name, or "Untitled" with the number of this untitled document from the second on.
+  /// The file's name as titles and messages show it, or "Untitled" with the number of this untitled
+  /// document from the second on.
   std::string displayName() const;
   int untitledNumber() const { return untitledNumber_; }
   void setUntitledNumber(int number) { untitledNumber_ = number; }

@@ -45,8 +45,9 @@ std::optional<FileLocation> HexWindowController::documentDirectory() const {
 
 void HexWindowController::chooseDestinationAndSave(
     std::function<void(DocumentSaveResult)> completion) {
-  const auto destination = platform_.filePanels.runSavePanel("Save As", hexDocument_->displayName(),
-                                                             documentDirectory());
+  const auto& location = hexDocument_->location();
+  const std::string name = location ? location->lastPathComponent() : hexDocument_->displayName();
+  const auto destination = platform_.filePanels.runSavePanel("Save As", name, documentDirectory());
   if (!destination) return completion(DocumentSaveResult::cancelled);
   performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
                       std::move(completion));
@@ -70,7 +71,7 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
          .cancelButton = 0});
     return response.button == 1;
   };
-  hooks.willWrite = [weak = weak_from_this(), name = destination.lastPathComponent()] {
+  hooks.willWrite = [weak = weak_from_this(), name = destination.shownName()] {
     if (const auto self = weak.lock()) self->frame_.updateBusyStatus("Saving " + name);
   };
   hooks.completion = [weak = weak_from_this(),
@@ -104,7 +105,7 @@ void HexWindowController::reloadFromDisk() {
       location, "Reload Failed", [this, self = shared_from_this(), location](auto preparation) {
         if (preparation != DocumentReplacementPreparation::proceed) return;
         loadPreservingEditorState(location, "Reload Failed", [this, location] {
-          alert("Reload from Disk", "Reloaded: " + location.lastPathComponent());
+          alert("Reload from Disk", "Reloaded: " + location.shownName());
         });
       });
 }
@@ -197,8 +198,7 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                                                        bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.lastPathComponent(),
-                         BackgroundTaskFrame::Stopping::allowed);
+  frame_.beginBusyStatus("Opening " + location.shownName(), BackgroundTaskFrame::Stopping::allowed);
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
     LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};

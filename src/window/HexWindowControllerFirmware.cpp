@@ -32,8 +32,8 @@ constexpr const char* kAboutRx580AndFix =
 }  // namespace
 
 void HexWindowController::validateACPIChecksum() {
-  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress&) {
-    return acpiChecksumText(bytes.span());
+  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return quillmor::validateACPIChecksum(bytes.span(), &progress).text;
   };
   std::function completion = [this](Result<std::string> text) {
     if (!failed(text, kAcpiFailed)) alert(kAcpi, text.value());
@@ -44,8 +44,8 @@ void HexWindowController::validateACPIChecksum() {
 void HexWindowController::fixACPIChecksum() {
   constexpr const char* kActionName = "Fix ACPI Checksum";
   if (refuseWhileBusy(kActionName)) return;
-  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress&) {
-    return acpiChecksumFix(bytes.span());
+  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return acpiChecksumFix(bytes.span(), &progress);
   };
   std::function completion = [this](Result<ACPIChecksumFix> fix) {
     if (failed(fix, kAcpiFailed)) return;

@@ -228,5 +228,11 @@ TEST_F(ApplicationTest, doublesAnAsteriskPlaceholderInAFileName) {
   EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "a[*][*]b.bin[*]");
 }
 
+TEST_F(ApplicationTest, showsAFileNameVisiblyInTheTitle) {
+  delegate.openFiles({folder.write("c\nd\xE2\x80\xAE\xFF.bin", "x")}, [](bool) {});
+  platform.executor.runAll();
+  EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "c\\x0Ad\\u{202E}\\xFF.bin[*]");
+}
+
 }  // namespace
 }  // namespace quillmor::test
