@@ -50,7 +50,7 @@ int runToEnd(const std::vector<std::string>& arguments) {
   const Result<Outcome> outcome = resultOf([&] { return run(arguments, progress); });
   if (outcome.isOk()) return static_cast<int>(outcome.value());
   if (outcome.error().isStopped()) Interruption::die();
-  printMessage(outcome.error().message());
+  printMessage(outcome.error().messageWithReason());
   return static_cast<int>(Outcome::failed);
 }
 
