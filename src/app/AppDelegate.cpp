@@ -75,6 +75,7 @@ void AppDelegate::perform(std::string_view action) {
   const auto work = [&] { return route(action), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
+  if (const auto controller = currentHexWindowController()) controller->noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
@@ -96,7 +97,11 @@ bool AppDelegate::performTextAction(std::string_view action) {
   const bool nothingToUndo = (command->textAction == TextAction::undo && !focus->canUndo) ||
                              (command->textAction == TextAction::redo && !focus->canRedo);
   if (nothingToUndo) {
-    platform_.beeper.beep();
+    const bool isUndo = command->textAction == TextAction::undo;
+    const auto controller = currentHexWindowController();
+    if (!controller) return platform_.beeper.beep(), true;
+    controller->refuse(isUndo ? HexWindowController::kNothingToUndo
+                              : HexWindowController::kNothingToRedo);
     return true;
   }
   return surface_.sendTextAction(command->textAction);

@@ -108,6 +108,8 @@ void AppDelegate::openInNewWindow(const FileLocation& location, NewWindowComplet
         const auto loading = weak.lock();
         if (loading && !isShown) loading->closeUnusedWindow();
         if (!result.isOk() && !result.error().isStopped()) {
+          if (const auto current = currentHexWindowController())
+            current->noteOpenFailure(location, result.error());
           platform_.alerts.runModal(
               {.messageText = "Open Failed", .informativeText = result.error().message()});
         }

@@ -95,8 +95,7 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
     addMenus(window);
   };
   handlers.didMakePanel = [this](FindReplacePanelController& panel) { addMenus(panel); };
-  auto* window =
-      new EditorWindow(controller, {platform_.beeper, searchHistories_}, std::move(handlers));
+  auto* window = new EditorWindow(controller, {searchHistories_}, std::move(handlers));
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
   addMenus(*window, window->menuBar());
@@ -110,6 +109,7 @@ void ApplicationWindows::performIn(HexWindowController& controller, std::string_
   const auto work = [&] { return held->perform(action), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
+  held->noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }

@@ -53,7 +53,7 @@ void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationW
   QCoreApplication::processEvents();
   const QPixmap picture = window.grab();
   if (!writePicture(picture, *line.screenshotPath)) {
-    throw Error::posix(EIO, "Could not write the picture " + *line.screenshotPath + ".");
+    throw Error::posix(0, "Could not write the picture " + *line.screenshotPath + ".");
   }
 }
 

@@ -22,11 +22,16 @@ constexpr int kFailureStatus = 2;
 /// about, the windows go first and their delegate and services after them.
 class Session {
  public:
-  Session(GuardedApplication& application, AlertPresenter* alerts, ApplicationWindows& windows)
+  Session(GuardedApplication& application, AlertPresenter* alerts, AppDelegate& delegate,
+          ApplicationWindows& windows)
       : application_(application), windows_(windows) {
     application_.setAlertPresenter(alerts);
+    application_.setFailureObserver([&delegate](const Error& failure) {
+      if (const auto editor = delegate.currentHexWindowController()) editor->noteReason(failure);
+    });
   }
   ~Session() {
+    application_.setFailureObserver(nullptr);
     application_.setAlertPresenter(nullptr);
     windows_.destroyWindows();
   }
@@ -45,7 +50,8 @@ int run(const CommandLine& line, GuardedApplication& application) {
   AppDelegate delegate(services, windows);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
-  const Session session(application, line.screenshotPath ? nullptr : &services.alerts, windows);
+  const Session session(application, line.screenshotPath ? nullptr : &services.alerts, delegate,
+                        windows);
   if (line.screenshotPath) {
     saveScreenshot(line, delegate, windows);
     return EXIT_SUCCESS;
@@ -84,6 +90,9 @@ int main(int argc, char** argv) {
   applyDarkAppearance(application);
   try {
     return run(line, application);
+  } catch (const Error& error) {
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.messageWithReason()).c_str());
+    return kFailureStatus;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quillmor: %s\n", visibleText(error.what()).c_str());
     return kFailureStatus;

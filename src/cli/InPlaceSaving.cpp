@@ -69,7 +69,7 @@ void restore(const FileLocation& location, const ReadSnapshot& snapshot) {
   if (hasNothingToRestore(location, snapshot)) throw failure;
   const auto restored = resultOf([&] { return restore(location, snapshot), Done(); });
   if (restored.isOk()) throw failure;
-  throw Error(failure.domain(), failure.code(), failure.message() + " The file is incomplete now.");
+  throw failure.withMessage(failure.message() + " The file is incomplete now.");
 }
 
 /// Fails as writing would, as far as that is known before: the old bytes are lost once it begins.

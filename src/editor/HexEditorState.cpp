@@ -89,8 +89,13 @@ bool HexEditorState::overwritesAtCaret(HexSelection normalized) const {
 }
 
 bool HexEditorState::refusesEditing() {
-  if (!isEditingEnabled_) beeper_.beep();
+  if (!isEditingEnabled_) refuse("The document cannot be edited while an operation is running.");
   return !isEditingEnabled_;
+}
+
+void HexEditorState::refuse(const std::string& reason) {
+  beeper_.beep();
+  if (delegate_ != nullptr) delegate_->didRefuse(reason);
 }
 
 void HexEditorState::redraw() {

@@ -33,6 +33,9 @@ class HexEditorViewDelegate {
 
   /// The caret or the selection was set.
   virtual void updateStatus() = 0;
+
+  /// What the user typed or asked for was refused with a beep; `reason` is a sentence for the user.
+  virtual void didRefuse(const std::string& reason) = 0;
 };
 
 /// The widget that shows a `HexEditorState`. All calls come on the main thread.
@@ -79,7 +82,8 @@ struct KeyPress {
 
 /// The hex view without its drawing: caret, selection, typing modes and everything that keyboard,
 /// mouse and commands do with them. Edits go straight into the storage, each announced to the
-/// delegate before and reported after it. What is refused beeps and changes nothing.
+/// delegate before and reported after it. What is refused beeps, changes nothing, and its reason
+/// goes to the delegate.
 ///
 /// Main thread only. Delegate, surface and beeper must outlive the state or be reset.
 class HexEditorState {
@@ -170,7 +174,7 @@ class HexEditorState {
   void editByte(std::uint8_t value);
 
   // Replacing (HexEditorStateReplacing.cpp).
-  /// Whether the document's size allows the edit; beeps when it does not.
+  /// Whether the document's size allows the edit; refuses it when it does not.
   bool canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount);
   /// How many bytes `insertedCount` bytes, pasted now, would take the place of.
   std::int64_t byteCountReplacedBy(std::int64_t insertedCount) const {
@@ -189,6 +193,7 @@ class HexEditorState {
   HexSelection normalizedSelection() const { return selection_.normalized(count()); }
   bool overwritesAtCaret(HexSelection normalized) const;
   bool refusesEditing();
+  void refuse(const std::string& reason);
   void redraw();
   void updateStatus();
   void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount);

@@ -18,7 +18,8 @@ bool HexEditorState::canApplyEdit(std::int64_t removedCount, std::int64_t insert
   std::int64_t newCount = 0;
   const bool overflows = __builtin_add_overflow(count() - removed, inserted, &newCount);
   if (!overflows && newCount <= maximumByteCount_) return true;
-  beeper_.beep();
+  refuse(count() >= maximumByteCount_ ? "The document is at its size limit."
+                                      : "The document would grow beyond its size limit.");
   return false;
 }
 

@@ -28,7 +28,9 @@ void HexEditorState::handleTextInput(std::string_view characters) {
   } else if (first >= ' ' && first <= '~') {
     return editByte(static_cast<std::uint8_t>(first));
   }
-  beeper_.beep();
+  refuse(editingArea_ == EditingArea::hex
+             ? "Only the digits 0 to 9 and A to F can be typed in this column."
+             : "Only printable ASCII characters can be typed in this column.");
 }
 
 void HexEditorState::editHexNibble(std::uint8_t value) {
@@ -72,6 +74,7 @@ void HexEditorState::editFirstNibble(std::uint8_t value) {
 
 void HexEditorState::expectSecondDigit() {
   editingHighNibble_ = false;
+  updateStatus();
   if (surface_ != nullptr) surface_->caretOrSelectionChanged();
 }
 

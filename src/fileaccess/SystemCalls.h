@@ -78,7 +78,8 @@ auto retryingInterrupted(Call call) {
   }
 }
 
-/// The error of the call that has just failed, from `errno`, with `message` as its text.
+/// The error of the call that has just failed, with `message` as its text and the system's text for
+/// `errno` as its reason.
 Error lastSystemError(std::string_view message);
 
 /// The error of the call that has just failed, from `errno`, in the system's own words.

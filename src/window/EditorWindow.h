@@ -23,8 +23,8 @@ class HexEditorView;
 class HexFileDropView;
 class ReportWindow;
 
-/// The window of one editor: toolbar, hex view, status and inspector lines. Shows what its
-/// controller says and hands on what the user does.
+/// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows
+/// what its controller says and hands on what the user does.
 class EditorWindow : public QMainWindow, public EditorWindowSurface {
  public:
   /// What the application hears of the window.
@@ -50,6 +50,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
                    bool isEdited) override;
   void setStatusText(const std::string& text) override;
   void setInspectorText(const std::string& text) override;
+  void setNotice(const std::string& text) override;
   void setToolbarEnabled(bool enabled) override;
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
@@ -74,6 +75,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
  private:
   void setupUI();
   QWidget* makeStatusRow();
+  QLayout* makeInspectorRow();
   void acceptDrops();
   void keepOnScreen();
   bool mayCloseNow();
@@ -90,6 +92,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   HexEditorView* editorView_ = nullptr;
   ElidedLabel* status_ = nullptr;
   ElidedLabel* inspector_ = nullptr;
+  ElidedLabel* notice_ = nullptr;
   QProgressBar* progress_ = nullptr;
   QPushButton* stop_ = nullptr;
   QShortcut* stopShortcut_ = nullptr;

@@ -101,6 +101,27 @@ class HexWindowController : public DocumentWindow,
   /// The window has closed or is about to, whatever the reason.
   void windowWillClose();
 
+  // HexWindowControllerNotices.cpp: sentences in the status area. A notice stays until another one
+  // takes its place, the window's next command begins, the caret or the selection moves, or bytes
+  // change. Without a window nothing is shown.
+
+  static constexpr const char* kNothingToUndo = "There is nothing to undo.";
+  static constexpr const char* kNothingToRedo = "There is nothing to redo.";
+
+  void showNotice(const std::string& text);
+  void clearNotice();
+
+  /// Beeps and shows `reason`, a sentence.
+  void refuse(const std::string& reason);
+  void didRefuse(const std::string& reason) override;
+
+  /// Shows the error's sentence with the system's reason, when it has one; beside an alert with the
+  /// sentence alone.
+  void noteReason(const Error& error);
+
+  /// Names the file that could not be opened, and why.
+  void noteOpenFailure(const FileLocation& location, const Error& error);
+
   // HexWindowControllerCommands.cpp: commands by the names that menus use.
 
   /// True when an editor has the command of this menu action ("forwardGoToOffset:").
@@ -367,6 +388,17 @@ class HexWindowController : public DocumentWindow,
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
 
+  /// Where the editor stood when a notice was shown.
+  struct NoticePlace {
+    std::int64_t caretOffset = 0;
+    HexSelection selection;
+    bool highNibble = true;
+
+    bool operator==(const NoticePlace&) const = default;
+  };
+  NoticePlace noticePlace() const;
+  void clearNoticeAfterMove();
+
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   HexSelection selectedRange() const { return editor_.selection().normalized(byteCount()); }
   void moveCaret(std::int64_t offset, HexSelection selection);
@@ -401,6 +433,8 @@ class HexWindowController : public DocumentWindow,
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
 
   void alert(const std::string& title, const std::string& text);
+  /// The reason, which no alert has, is shown as a notice.
+  void alert(const std::string& title, const Error& error);
   /// Whether there is a refusal; it is shown.
   bool alertRefusal(const Refusal& refusal, const std::string& title);
   /// Shows what went wrong, unless the user stopped it or the window has gone.
@@ -549,6 +583,8 @@ class HexWindowController : public DocumentWindow,
   BackgroundTaskFrame frame_;
   SearchRequest lastSearchRequest_;
   std::string lastWildcardText_;
+  /// Present while a notice is shown.
+  std::optional<NoticePlace> noticePlace_;
   bool editorMutationWasAnnounced_ = false;
   bool editorMutationHasUndo_ = false;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.

@@ -14,6 +14,7 @@ constexpr std::int64_t kBackgroundPasteBytes = 1'048'576;
 
 constexpr const char* kPaste = "Paste";
 constexpr const char* kPasteFailed = "Paste Failed";
+constexpr const char* kNothingToPaste = "The clipboard holds nothing to paste.";
 
 std::int64_t sizeOf(const std::string& text) {
   return static_cast<std::int64_t>(text.size());
@@ -124,7 +125,7 @@ void HexWindowController::paste() {
 std::optional<std::string> HexWindowController::boundedPasteboardString() {
   auto held = platform_.pasteboard.text(maxClipboardTextSourceBytes);
   if (!held || (!held->isTooLong && held->text.empty())) {
-    platform_.beeper.beep();
+    refuse(kNothingToPaste);
     return std::nullopt;
   }
   if (held->isTooLong) {
@@ -137,7 +138,7 @@ std::optional<std::string> HexWindowController::boundedPasteboardString() {
 
 void HexWindowController::pastePreparedBytes(std::span<const std::uint8_t> bytes) {
   const auto count = static_cast<std::int64_t>(bytes.size());
-  if (count < 1) return platform_.beeper.beep();
+  if (count < 1) return refuse(kNothingToPaste);
   if (!validateGeneratedByteCount(count, kPaste)) return;
   if (!validateResultingDocumentByteCount(editor_.byteCountReplacedBy(count), count, kPaste))
     return;

@@ -78,8 +78,7 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
                       completion = std::move(completion)](const DocumentSaveOutcome& outcome) {
     if (const auto self = weak.lock()) {
       self->endBusyStatus();
-      if (outcome.result == DocumentSaveResult::failed)
-        self->alert("Save Failed", outcome.error->message());
+      if (outcome.result == DocumentSaveResult::failed) self->alert("Save Failed", *outcome.error);
     }
     completion(outcome.result);
   };
@@ -117,7 +116,7 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
       location, /*preservingEditorState=*/true,
       [this, self = shared_from_this(), failureTitle, success = std::move(success)](auto result) {
         if (!result.isOk()) {
-          if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+          if (!result.error().isStopped()) alert(failureTitle, result.error());
         } else if (result.value() == OpenCurrentResult::opened) {
           success();
         }
@@ -126,6 +125,7 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
 
 void HexWindowController::openDroppedFile(const FileLocation& location) {
   if (isBusy()) {
+    noteOpenFailure(location, BackgroundTaskFrame::busyError());
     alert("Open Dropped File",
           "Another operation is already running. Wait for it to finish before opening a dropped "
           "file.");
@@ -136,7 +136,9 @@ void HexWindowController::openDroppedFile(const FileLocation& location) {
 
 void HexWindowController::openURLInCurrentWindow(const FileLocation& location,
                                                  OpenCompletion completion) {
+  clearNotice();
   if (isBusy()) {
+    noteOpenFailure(location, BackgroundTaskFrame::busyError());
     alert("Open Failed", BackgroundTaskFrame::busyError().message());
     return completion(OpenCurrentResult::failed);
   }
@@ -153,10 +155,11 @@ void HexWindowController::openURLInCurrentWindow(const FileLocation& location,
                                       return completion(OpenCurrentResult::failed);
                                     beginLoadFileInCurrentWindow(
                                         location, /*preservingEditorState=*/false,
-                                        [this, self, completion](auto result) {
+                                        [this, self, location, completion](auto result) {
                                           if (result.isOk()) return completion(result.value());
                                           if (result.error().isStopped())
                                             return completion(OpenCurrentResult::cancelled);
+                                          noteOpenFailure(location, result.error());
                                           alert("Open Failed", result.error().message());
                                           completion(OpenCurrentResult::failed);
                                         });
@@ -169,6 +172,7 @@ void HexWindowController::prepareToReplaceCurrentDocument(
   try {
     SecureFileAccess::validateURLIsNotReservedForReading(afterValidatingReadURL);
   } catch (const Error& error) {
+    noteOpenFailure(afterValidatingReadURL, error);
     alert(validationErrorTitle, error.message());
     return completion(DocumentReplacementPreparation::failed);
   }

@@ -4,6 +4,12 @@
 
 namespace quillmor {
 
+namespace {
+
+constexpr const char* kTooLargeToUndo = "This change was too large to be undone.";
+
+}  // namespace
+
 void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
                                        std::int64_t insertedCount) {
   announceEdit(start, removedCount, insertedCount, "Edit");
@@ -20,6 +26,7 @@ void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedC
 }
 
 void HexWindowController::hexEditorDidEdit(HexEditorState&) {
+  const bool cannotBeUndone = editorMutationWasAnnounced_ && !editorMutationHasUndo_;
   if (!editorMutationWasAnnounced_) {
     unannouncedEditDidHappen();
   } else if (!editorMutationHasUndo_) {
@@ -29,6 +36,8 @@ void HexWindowController::hexEditorDidEdit(HexEditorState&) {
   editorMutationHasUndo_ = false;
   bookmarksBeforeEdit_.reset();
   updateStatus();
+  // The last thing of an edit, after the caret has moved.
+  cannotBeUndone ? showNotice(kTooLargeToUndo) : clearNotice();
 }
 
 void HexWindowController::forgetAnnouncements() {
@@ -113,14 +122,16 @@ bool HexWindowController::replaceRange(HexSelection range, std::span<const std::
 
 void HexWindowController::undo() {
   withdrawEditThatDidNotHappen();
-  if (isBusy() || !hexDocument_->undoManager().canUndo()) return platform_.beeper.beep();
+  if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
+  if (!hexDocument_->undoManager().canUndo()) return refuse(kNothingToUndo);
   hexDocument_->undoManager().undo();
   updateStatus();
 }
 
 void HexWindowController::redo() {
   withdrawEditThatDidNotHappen();
-  if (isBusy() || !hexDocument_->undoManager().canRedo()) return platform_.beeper.beep();
+  if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
+  if (!hexDocument_->undoManager().canRedo()) return refuse(kNothingToRedo);
   hexDocument_->undoManager().redo();
   updateStatus();
 }

@@ -139,7 +139,7 @@ void HexWindowController::applyRx580MacOSPresetInternal(bool fixChecksumAfterPat
   std::string text;
   if (!fixChecksumAfterPatch) {
     text = rx580ResultText(*run);
-    if (run->totalReplacements == 0) platform_.beeper.beep();
+    if (run->totalReplacements == 0) refuse("The preset found nothing to replace.");
   } else {
     text = rx580AndFixResultText(*run, applyPolarisChecksumFix());
   }

@@ -42,8 +42,9 @@ void HexWindowController::findPrevious() {
 
 void HexWindowController::performFind(const SearchRequest& request,
                                       bool advanceFromCurrentSelection) {
+  clearNotice();
   if (refuseWhileBusy("Find")) return;
-  if (request.searchText.empty()) return platform_.beeper.beep();
+  if (request.searchText.empty()) return refuse(std::string(kNothingToSearchFor));
   lastSearchRequest_ = request;
   search(request, advanceFromCurrentSelection, "Search Failed");
 }
@@ -61,7 +62,8 @@ void HexWindowController::startSearch(const SearchRequest& request,
                                 .selection = selectedRange(),
                                 .byteCount = byteCount()});
   auto candidateList = candidates(request);
-  if (!plan || candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
+  if (!plan) return refuse(std::string(kNoMatch));
   using Match = std::optional<SearchMatch>;
   auto work = [request, plan = *plan, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -69,7 +71,7 @@ void HexWindowController::startSearch(const SearchRequest& request,
   };
   std::function completion = [this, failureTitle](Result<Match> result) {
     if (failed(result, failureTitle)) return;
-    if (!result.value()) return platform_.beeper.beep();
+    if (!result.value()) return refuse(std::string(kNoMatch));
     selectMatch(*result.value());
   };
   if (byteCount() >= backgroundSearchThresholdBytes) {
@@ -80,13 +82,14 @@ void HexWindowController::startSearch(const SearchRequest& request,
 }
 
 void HexWindowController::performSearchAll(const SearchRequest& request) {
+  clearNotice();
   if (refuseWhileBusy("Search All")) return;
   attempt("Search Failed", [&] { startSearchAll(request); });
 }
 
 void HexWindowController::startSearchAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
   lastSearchRequest_ = request;
   auto work = [request, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -109,7 +112,7 @@ void HexWindowController::selectMatch(const SearchMatch& match) {
 void HexWindowController::showCount(std::int64_t count, const std::string& title,
                                     const std::string& answer) {
   alert(title, answer);
-  if (count == 0) platform_.beeper.beep();
+  if (count == 0) refuse(answer);
 }
 
 void HexWindowController::findWildcardMask() {
@@ -132,7 +135,10 @@ void HexWindowController::findWildcardMask() {
   };
   std::function completion = [this, length](Result<std::optional<std::int64_t>> result) {
     if (failed(result, std::string(kWildcardTitle) + " Failed")) return;
-    if (!result.value()) return alert(kWildcardTitle, std::string(kNoWildcardMatch));
+    if (!result.value()) {
+      showNotice(std::string(kNoMatch));
+      return alert(kWildcardTitle, std::string(kNoMatch));
+    }
     moveCaret(*result.value(), {*result.value(), length});
   };
   runBackgroundSnapshotTask("Searching wildcard pattern…", {}, std::move(work),

@@ -104,6 +104,15 @@ std::string BlackBoxTest::status() const {
   return "";
 }
 
+std::string BlackBoxTest::notice() const {
+  const auto window = activeWindow();
+  if (!window) return "";
+  for (const Accessible& alert : window->allWithRole("alert")) {
+    if (alert.isVisible()) return alert.name();
+  }
+  return "";
+}
+
 std::string BlackBoxTest::shownRows() const {
   const auto view = hexView();
   return view ? view->text() : "";
@@ -164,6 +173,11 @@ void BlackBoxTest::clickButton(const std::string& title) {
 void BlackBoxTest::expectStatus(const std::string& expected) {
   EXPECT_TRUE(waitUntil([&] { return status() == expected; }))
       << "expected: " << expected << "\nshown: " << status();
+}
+
+void BlackBoxTest::expectNotice(const std::string& expected) {
+  EXPECT_TRUE(waitUntil([&] { return notice() == expected; })) << "expected: " << expected << "\n"
+                                                               << outline();
 }
 
 void BlackBoxTest::expectTitle(const std::string& title) {

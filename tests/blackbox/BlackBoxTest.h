@@ -49,6 +49,8 @@ class BlackBoxTest : public testing::Test {
 
   /// Waits for the status line of the active editor window.
   void expectStatus(const std::string& status);
+  /// Waits for the notice in the status area of the active editor window; "" for none.
+  void expectNotice(const std::string& notice);
   /// Waits for the title of the active window; "*" is the mark of unsaved changes.
   void expectTitle(const std::string& title);
   /// Waits for the titles of all windows, in any order.
@@ -80,6 +82,7 @@ class BlackBoxTest : public testing::Test {
   std::optional<Accessible> dialog() const;
   std::optional<Accessible> hexView() const;
   std::string status() const;
+  std::string notice() const;
   void waitForFocus();
   void clickCharacter(int row, int columnInLine);
   std::string outline() const;

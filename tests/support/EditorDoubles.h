@@ -35,6 +35,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
                     std::int64_t insertedCount) override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { ++statusUpdates; }
+  void didRefuse(const std::string& reason) override { refusals.push_back(reason); }
 
   /// Takes the bytes as they are for what they were, after the test has changed them itself.
   void rememberBytes();
@@ -44,6 +45,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
   int edits = 0;
   int unannouncedEdits = 0;
   int statusUpdates = 0;
+  std::vector<std::string> refusals;
 
  private:
   void expectOnlyAnnouncedChange(const AnnouncedEdit& edit, std::span<const std::uint8_t> now);

@@ -112,6 +112,7 @@ TEST(LastSystemError, takesTheNumberOfTheCall) {
   errno = ENOSPC;
   const Error error = lastSystemError("No room.");
   EXPECT_THAT(error, test::isError(ErrorDomain::posix, ENOSPC, "No room."));
+  EXPECT_EQ(error.reason(), "No space left on device");
   errno = EACCES;
   EXPECT_EQ(lastSystemError().code(), EACCES);
 }

@@ -197,7 +197,7 @@ TEST_F(CliOutputFileTest, aFailureHalfWayLeavesNothingBehind) {
       const CliRun ended = runShell("ulimit -f 4; exec \"$CLI\" " + command + " -o " + out);
       EXPECT_EQ(ended.status, 2);
       EXPECT_EQ(ended.output, "");
-      EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the output data.\n");
+      EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the output data. (File too large)\n");
       EXPECT_EQ(names(), namesBefore);
       EXPECT_TRUE(stateOf("out.bin") == before);
     }
@@ -226,7 +226,9 @@ TEST_F(CliOutputFileTest, aFolderThatMayNotBeWrittenToIsRefused) {
   const CliRun ended = runShell(user + "\"$CLI\" hex-dump in.bin -o out.txt");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not create the temporary output file securely.\n");
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: Could not create the temporary output file securely. (Permission "
+            "denied)\n");
   ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
   EXPECT_FALSE(folder.exists("out.txt"));
 }
