@@ -14,6 +14,7 @@ if [[ ${1:-} != --in-namespace ]]; then
   "$repository/packaging/install-packages.sh" mmdebstrap util-linux
   work=$(mktemp -d "${TMPDIR:-/var/tmp}/bare-machine.XXXXXX")
   namespace=
+  # shellcheck disable=SC2317
   clean_up() {
     [[ -z $namespace ]] || { kill -KILL "$namespace" && wait "$namespace"; } 2>/dev/null || true
     # What is just being killed may still have written something.
@@ -24,8 +25,10 @@ if [[ ${1:-} != --in-namespace ]]; then
   # In the background, because a signal is handled at once only while the shell waits.
   unshare --mount --pid --fork --kill-child -- "${BASH_SOURCE[0]}" --in-namespace "$work" "$@" &
   namespace=$!
-  wait "$namespace"
-  exit
+  status=0
+  wait "$namespace" || status=$?
+  namespace=
+  exit "$status"
 fi
 work=$2
 shift 2
