@@ -39,8 +39,8 @@ void HexWindowController::noteReason(const Error& error) {
 }
 
 void HexWindowController::noteOpenFailure(const FileLocation& location, const Error& error) {
-  const std::string name = location.lastPathComponent();
-  showNotice("Could not open " + (name.empty() ? location.path() : name) + ": " +
+  const std::string name = location.shownName();
+  showNotice("Could not open " + (name.empty() ? location.shownPath() : name) + ": " +
              (error.reason().empty() ? error.message() : error.reason()));
 }
 

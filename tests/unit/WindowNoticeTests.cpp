@@ -267,6 +267,14 @@ TEST_F(WindowNotices, nameADroppedFileThatCouldNotBeOpened) {
   platform.executor.runAll();
 }
 
+TEST_F(WindowNotices, writeOutWhatANameWouldDoToTheText) {
+  auto editor = makeEditor("hello");
+  platform.alerts.expect("Open Failed", Error::posix(ENOENT).message());
+  editor->openDroppedFile(folder.location("a\nb\xFF"));
+  platform.executor.runAll();
+  EXPECT_EQ(editor.window->notice, "Could not open a\\x0Ab\\xFF: No such file or directory");
+}
+
 TEST_F(WindowNotices, nameAFileDroppedWhileAnOperationIsRunning) {
   auto editor = makeEditor("hello");
   ASSERT_TRUE(editor->beginBusyStatus("Working…"));
