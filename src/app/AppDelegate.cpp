@@ -141,13 +141,21 @@ std::shared_ptr<HexWindowController> AppDelegate::showNewEditorWindow(bool isPen
 std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
     const std::shared_ptr<HexDocument>& document) {
   std::shared_ptr<HexWindowController> controller;
-  document->makeWindowControllers([&](HexDocument&) {
-    controller = std::make_shared<HexWindowController>(
-        document, EditorEnvironment{platform_, documents_, saver_});
-    return controller;
-  });
-  windowOrder_.insert(windowOrder_.begin(), controller);
-  surface_.showEditorWindow(controller);
+  try {
+    document->makeWindowControllers([&](HexDocument&) {
+      controller = std::make_shared<HexWindowController>(
+          document, EditorEnvironment{platform_, documents_, saver_});
+      return controller;
+    });
+    windowOrder_.insert(windowOrder_.begin(), controller);
+    surface_.showEditorWindow(controller);
+  } catch (...) {
+    // No document stays open without a window in which to close it.
+    if (controller) controller->closeUnusedWindow();
+    if (controller) document->removeWindowController(controller.get());
+    documents_.close(document.get());
+    throw;
+  }
   return controller;
 }
 

@@ -96,6 +96,9 @@ class AppDelegate {
   void openInNewWindow(const FileLocation& location, NewWindowCompletion completion);
   bool coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& location,
                                                  NewWindowCompletion& completion);
+  void newWindowLoadDidEnd(const FileLocation& location,
+                           const std::shared_ptr<HexWindowController>& controller,
+                           const Result<OpenCurrentResult>& result);
   void finishPendingLoad(const FileLocation& location, bool opened);
 
   /// The states of documents whose unsaved changes the user wants to lose.
@@ -103,7 +106,7 @@ class AppDelegate {
 
   /// Asks for one document after another. While one is being saved, others can be edited; whatever
   /// is unsaved in the end has been asked for.
-  void reviewUnsavedDocuments(DiscardedStates discarded);
+  void reviewUnsavedDocuments(DiscardedStates discarded, const std::shared_ptr<void>& review);
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
@@ -111,8 +114,11 @@ class AppDelegate {
   DocumentSaver saver_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
-  bool isOpening_ = false;
-  bool isReviewing_ = false;
+  /// Held by the completion of the request that is being carried out: when an error drops that
+  /// completion, the application does not wait for it.
+  std::weak_ptr<void> opening_;
+  /// The same for the review before quitting.
+  std::weak_ptr<void> review_;
   std::vector<PendingNewWindowDocumentLoad> pendingLoads_;
 };
 

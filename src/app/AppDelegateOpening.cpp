@@ -5,6 +5,7 @@
 
 #include "app/AppDelegate.h"
 #include "fileaccess/UrlReservations.h"
+#include "platform/RunInBackground.h"
 
 namespace quillmor {
 
@@ -35,31 +36,28 @@ void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenRepl
   if (toOpen.empty() && !locations.empty()) return;
   ++shared->waiting;
   openRequests_.push_back({std::move(toOpen), part});
-  if (!isOpening_) runNextOpenRequest();
+  if (opening_.expired()) runNextOpenRequest();
 }
 
 void AppDelegate::runNextOpenRequest() {
   if (openRequests_.empty()) return;
-  isOpening_ = true;
   OpenRequest request = std::move(openRequests_.front());
   openRequests_.pop_front();
-  auto finish = [this, reply = std::move(request.reply)](bool everyFileOpened) {
-    isOpening_ = false;
+  const auto opening = std::make_shared<Done>();
+  opening_ = opening;
+  auto finish = [this, opening, reply = std::move(request.reply)](bool everyFileOpened) {
+    opening_.reset();
     if (documents_.documents().empty()) openUntitledDocumentIfNeeded();
     reply(everyFileOpened);
-    if (!isOpening_) runNextOpenRequest();
+    if (opening_.expired()) runNextOpenRequest();
   };
   if (request.locations.empty()) return finish(true);
   const FileLocation first = request.locations.front();
   request.locations.erase(request.locations.begin());
-  try {
-    openURLInCurrentWindow(first,
-                           [this, rest = std::move(request.locations), finish = std::move(finish)](
-                               bool opened) { openAdditionalDocuments(rest, opened, finish); });
-  } catch (...) {
-    isOpening_ = false;
-    throw;
-  }
+  openURLInCurrentWindow(
+      first, [this, rest = std::move(request.locations), finish = std::move(finish)](bool opened) {
+        openAdditionalDocuments(rest, opened, finish);
+      });
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& location) {
@@ -99,22 +97,38 @@ void AppDelegate::openInNewWindow(const FileLocation& location, NewWindowComplet
     return completion(true);
   }
   if (coalesceWithPendingNewWindowOpenIfPresent(location, completion)) return;
-  pendingLoads_.push_back({location, {std::move(completion)}});
   const auto controller = showNewEditorWindow(/*isPendingInitialLoad=*/true);
-  controller->beginLoadFileInCurrentWindow(
-      location, /*preservingEditorState=*/false,
-      [this, location, weak = std::weak_ptr(controller)](Result<OpenCurrentResult> result) {
-        const bool isShown = result.isOk() && result.value() == OpenCurrentResult::opened;
-        const auto loading = weak.lock();
-        if (loading && !isShown) loading->closeUnusedWindow();
-        if (!result.isOk() && !result.error().isStopped()) {
-          if (const auto current = currentHexWindowController())
-            current->noteOpenFailure(location, result.error());
-          platform_.alerts.runModal(
-              {.messageText = "Open Failed", .informativeText = result.error().message()});
-        }
-        finishPendingLoad(location, result.isOk());
-      });
+  try {
+    pendingLoads_.push_back({location, {std::move(completion)}});
+    controller->beginLoadFileInCurrentWindow(
+        location, /*preservingEditorState=*/false,
+        [this, location, weak = std::weak_ptr(controller)](Result<OpenCurrentResult> result) {
+          newWindowLoadDidEnd(location, weak.lock(), result);
+        });
+  } catch (...) {
+    std::erase_if(pendingLoads_, [&](const auto& load) { return load.location == location; });
+    controller->closeUnusedWindow();
+    throw;
+  }
+}
+
+void AppDelegate::newWindowLoadDidEnd(const FileLocation& location,
+                                      const std::shared_ptr<HexWindowController>& controller,
+                                      const Result<OpenCurrentResult>& result) {
+  // Whoever waits for the file is told even when the user cannot be.
+  auto shown = resultOf([&] {
+    const bool isShown = result.isOk() && result.value() == OpenCurrentResult::opened;
+    if (controller && !isShown) controller->closeUnusedWindow();
+    if (!result.isOk() && !result.error().isStopped()) {
+      if (const auto current = currentHexWindowController())
+        current->noteOpenFailure(location, result.error());
+      platform_.alerts.runModal(
+          {.messageText = "Open Failed", .informativeText = result.error().message()});
+    }
+    return Done();
+  });
+  finishPendingLoad(location, result.isOk());
+  if (!shown.isOk()) throw std::move(shown.error());
 }
 
 bool AppDelegate::coalesceWithPendingNewWindowOpenIfPresent(const FileLocation& location,

@@ -21,17 +21,14 @@ bool AppDelegate::applicationShouldTerminate() {
 
 void AppDelegate::requestQuit() {
   // The review saves in the background; a second request while it runs changes nothing.
-  if (isReviewing_ || !applicationShouldTerminate()) return;
-  isReviewing_ = true;
-  try {
-    reviewUnsavedDocuments({});
-  } catch (...) {
-    isReviewing_ = false;
-    throw;
-  }
+  if (!review_.expired() || !applicationShouldTerminate()) return;
+  const auto review = std::make_shared<Done>();
+  review_ = review;
+  reviewUnsavedDocuments({}, review);
 }
 
-void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded) {
+void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded,
+                                         const std::shared_ptr<void>& review) {
   const auto controllers = editorControllers();
   const auto needsReview = [&](const std::shared_ptr<HexWindowController>& controller) {
     const HexDocument& document = controller->document();
@@ -41,26 +38,20 @@ void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded) {
   };
   const auto next = std::find_if(controllers.begin(), controllers.end(), needsReview);
   if (next == controllers.end()) {
-    isReviewing_ = false;
+    review_.reset();
     // Another window may have started something while a save of this review was running.
     if (applicationShouldTerminate()) surface_.terminate();
     return;
   }
   const auto& controller = *next;
-  if (controller->isBusy() && !applicationShouldTerminate()) {
-    isReviewing_ = false;
-    return;
-  }
+  if (controller->isBusy() && !applicationShouldTerminate()) return;
   controller->activate();
   controller->requestClose(
-      [this, controller, discarded = std::move(discarded)](bool mayClose) mutable {
-        if (!mayClose) {
-          isReviewing_ = false;
-          return;
-        }
+      [this, controller, review, discarded = std::move(discarded)](bool mayClose) mutable {
+        if (!mayClose) return review_.reset();
         const HexDocument& document = controller->document();
         if (document.isDocumentEdited()) discarded[controller] = document.changeCountToken();
-        reviewUnsavedDocuments(std::move(discarded));
+        reviewUnsavedDocuments(std::move(discarded), review);
       });
 }
 

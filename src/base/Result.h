@@ -21,6 +21,7 @@ class Result {
   const T& value() const { return std::get<0>(outcome_); }
 
   /// The error; only when not `isOk`.
+  Error& error() { return std::get<1>(outcome_); }
   const Error& error() const { return std::get<1>(outcome_); }
 
  private:

@@ -2,22 +2,30 @@
 
 #include <utility>
 
+#include "document/QuillmorResourceLimits.h"
+#include "fileaccess/DocumentOutput.h"
 #include "fileaccess/OutputDestination.h"
+#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
 #include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
 
+namespace {
+
+constexpr int kTooLargeToKeepCode = 1216;
+
+}  // namespace
+
 /// One save under way. It keeps the document alive and the destination reserved until it ends.
 struct DocumentSaver::Job {
   std::shared_ptr<HexDocument> document;
-  FileLocation destination;
+  /// The destination right before this save.
+  DocumentDestination destination;
   DocumentSaveOperation operation;
-  Hooks hooks;
-  std::shared_ptr<OutputReservation> reservation;
-  /// The destination right before this save; absent when nothing was there.
-  std::optional<StableFileStatus> statusBefore = {};
+  Hooks hooks = {};
+  std::shared_ptr<OutputReservation> reservation = {};
   /// Whether the destination is the document's own file.
   bool isOwnFile = false;
   bool hasEnded = false;
@@ -25,6 +33,7 @@ struct DocumentSaver::Job {
 
   void end(DocumentSaveResult result, std::optional<Error> error = std::nullopt) {
     if (std::exchange(hasEnded, true)) return;
+    document->dropSnapshot();
     if (reservation) reservation->release();
     if (error && error->isStopped()) {
       // Who stopped the save knows of it.
@@ -38,41 +47,65 @@ struct DocumentSaver::Job {
 /// What the first background step finds out.
 struct DocumentSaver::Preparation {
   std::shared_ptr<OutputReservation> reservation;
-  std::optional<StableFileStatus> statusOnDisk;
+  DocumentDestination destination;
+  /// Whether the file there is not the one that the document was read from or saved to.
+  bool isChanged = false;
+};
+
+/// How the write ended, and what the destination looks like now.
+struct DocumentSaver::WriteOutcome {
+  std::optional<Error> error;
+  std::optional<KnownFile> file = {};
+  std::optional<FileLocation> realLocation = {};
 };
 
 namespace {
 
 /// What a failed write made of the file that was there before; absent when it did not get to change
 /// that file, when another file has taken its place, or when that cannot be told.
-std::optional<StableFileStatus> tornFile(const FileLocation& destination,
-                                         const std::optional<StableFileStatus>& before) {
-  try {
-    const auto now = SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
-    const bool isSameFile = now && before && now->identity() == before->identity();
-    return isSameFile && now != before ? now : std::nullopt;
-  } catch (const Error&) {
-    return std::nullopt;
-  }
+std::optional<KnownFile> tornFile(const DocumentDestination& before) {
+  const auto now =
+      resultOf([&] { return SecureFileAccess::documentDestination(before.location).found; });
+  if (!now.isOk() || !now.value() || !before.found) return std::nullopt;
+  const bool isSameFile = now.value()->identity() == before.found->identity();
+  if (!isSameFile || now.value() == before.found) return std::nullopt;
+  return KnownFile{*now.value()};
+}
+
+/// The bytes of a file that is to be overwritten, and can be no larger than a document.
+ByteBuffer bytesToKeep(const DocumentDestination& destination) {
+  const auto read = resultOf([&] {
+    return SecureFileAccess::stableBytes(destination.location,
+                                         QuillmorResourceLimits::maximumDocumentByteCount());
+  });
+  if (read.isOk() && read.value().status == *destination.found) return read.value().bytes;
+  if (read.isOk()) throw SecureFileAccess::changedDestinationError();
+  if (!SecureFileAccess::isExceededLimit(read.error())) throw read.error();
+  throw Error::quillmor(kTooLargeToKeepCode,
+                        "The file at the destination is too large to be restored if the save "
+                        "fails. Nothing was overwritten; choose a different destination.");
 }
 
 }  // namespace
 
-/// How the write ended, and what the destination looks like now.
-struct DocumentSaver::WriteOutcome {
-  std::optional<Error> error;
-  std::optional<StableFileStatus> status;
-};
+void DocumentSaver::save(const std::shared_ptr<HexDocument>& document,
+                         const FileLocation& destination, DocumentSaveOperation operation,
+                         Hooks hooks) {
+  auto job = resultOf([&] {
+    return std::make_shared<Job>(Job{document, DocumentDestination{destination}, operation});
+  });
+  if (!job.isOk()) return hooks.completion({DocumentSaveResult::failed, std::move(job.error())});
+  job.value()->hooks = std::move(hooks);
+  endIfItFails(*job.value(), [&] { prepare(job.value()); });
+}
 
-void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
-                         DocumentSaveOperation operation, Hooks hooks) {
-  auto job =
-      std::make_shared<Job>(Job{std::move(document), destination, operation, std::move(hooks), {}});
-  const auto prepare = [destination] {
-    Preparation preparation;
-    preparation.reservation = SecureFileAccess::reserveOutputURL(destination);
-    preparation.statusOnDisk =
-        SecureFileAccess::fileStatusIfExists(destination, FollowSymlinks::no);
+void DocumentSaver::prepare(const std::shared_ptr<Job>& job) {
+  const auto prepare = [location = job->destination.location, known = job->document->knownFile(),
+                        byteCount = job->document->storage()->count()] {
+    Preparation preparation{SecureFileAccess::reserveOutputURL(location),
+                            SecureFileAccess::documentDestination(location)};
+    SecureFileAccess::requireWritable(preparation.destination, byteCount);
+    preparation.isChanged = known && known->hasChanged(preparation.destination);
     return preparation;
   };
   runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
@@ -82,27 +115,30 @@ void DocumentSaver::save(std::shared_ptr<HexDocument> document, const FileLocati
 
 template <class Step>
 void DocumentSaver::endIfItFails(Job& job, Step step) {
-  const auto outcome = resultOf([&] { return step(), Done(); });
+  auto outcome = resultOf([&] { return step(), Done(); });
   if (outcome.isOk()) return;
-  if (job.hasEnded) throw outcome.error();
-  job.end(DocumentSaveResult::failed, outcome.error());
+  if (job.hasEnded) throw std::move(outcome.error());
+  job.end(DocumentSaveResult::failed, std::move(outcome.error()));
 }
 
 void DocumentSaver::prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation) {
-  if (!preparation.isOk()) throw preparation.error();
+  if (!preparation.isOk()) throw std::move(preparation.error());
   job->reservation = preparation.value().reservation;
-  SecureFileAccess::validateDistinctOutputURL(job->destination,
+  job->destination = std::move(preparation.value().destination);
+  const FileLocation& destination = job->destination.location;
+  SecureFileAccess::validateDistinctOutputURL(destination,
                                               documents_.openDocumentURLs(job->document.get()));
   const auto& location = job->document->location();
   job->isOwnFile = location && (job->operation == DocumentSaveOperation::save ||
-                                SecureFileAccess::urlsReferToSameFile(*location, job->destination));
-  const auto& known = job->document->fileStatus();
-  job->statusBefore = preparation.value().statusOnDisk;
-  if (job->isOwnFile && known && job->statusBefore != known) {
-    if (!job->hooks.confirmOverwritingChangedFile()) return job->end(DocumentSaveResult::cancelled);
-    // The question may have stood for a long time.
-    job->statusBefore = SecureFileAccess::fileStatusIfExists(job->destination, FollowSymlinks::no);
-  }
+                                SecureFileAccess::urlsReferToSameFile(*location, destination));
+  if (job->isOwnFile && preparation.value().isChanged) return askAndWrite(job);
+  write(job);
+}
+
+void DocumentSaver::askAndWrite(const std::shared_ptr<Job>& job) {
+  if (!job->hooks.confirmOverwritingChangedFile()) return job->end(DocumentSaveResult::cancelled);
+  // The question may have stood for a long time.
+  job->destination = SecureFileAccess::documentDestination(job->destination.location);
   write(job);
 }
 
@@ -110,28 +146,41 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
   job->hooks.willWrite();
   job->token = job->document->changeCountToken();
   job->document->canAsynchronouslyWrite();
-  const auto work = [document = job->document, destination = job->destination,
-                     statusBefore = job->statusBefore, progress = job->hooks.progress] {
-    const auto status = resultOf([&] { return document->write(destination, progress.get()); });
-    if (status.isOk()) return WriteOutcome{std::nullopt, status.value()};
-    return WriteOutcome{status.error(), tornFile(destination, statusBefore)};
+  auto work = [document = job->document, destination = job->destination, isOwnFile = job->isOwnFile,
+               ownBytes = job->hooks.ownBytes, progress = job->hooks.progress]() mutable {
+    auto written = resultOf([&] {
+      // Saving must never have to follow a link, so the real file becomes the document's location.
+      // It is found before the write, because nothing may fail after it.
+      FileLocation realLocation = SecureFileAccess::realLocation(destination.location);
+      const bool isFile = destination.found && destination.found->isRegularFile();
+      if (isOwnFile) destination.oldBytes = std::move(ownBytes);
+      if (!isOwnFile && isFile) destination.oldBytes = bytesToKeep(destination);
+      return WriteOutcome{std::nullopt, document->write(destination, progress.get()),
+                          std::move(realLocation)};
+    });
+    if (written.isOk()) return std::move(written.value());
+    return WriteOutcome{std::move(written.error()), tornFile(destination)};
   };
-  runInBackground(executor_, work, std::function([this, job](Result<WriteOutcome> outcome) {
-                    endIfItFails(*job, [&] { written(job, outcome); });
+  runInBackground(executor_, std::move(work),
+                  std::function([this, job](Result<WriteOutcome> outcome) {
+                    endIfItFails(*job, [&] { written(job, std::move(outcome)); });
                   }));
 }
 
-void DocumentSaver::written(const std::shared_ptr<Job>& job, const Result<WriteOutcome>& outcome) {
-  if (!outcome.isOk()) throw outcome.error();
-  const WriteOutcome& write = outcome.value();
-  if (write.error) {
-    // What a failed write of ours left behind is no other program's change: the next try does not
-    // ask.
-    if (write.status && job->isOwnFile) job->document->setFileStatus(*write.status);
-    throw *write.error;
+void DocumentSaver::written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome) {
+  if (!outcome.isOk()) throw std::move(outcome.error());
+  WriteOutcome& write = outcome.value();
+  if (!write.error) {
+    job->document->didSave(*std::move(write.realLocation), *write.file, job->token);
+    return job->end(DocumentSaveResult::success);
   }
-  job->document->didSave(job->destination, *write.status, job->token);
-  job->end(DocumentSaveResult::success);
+  // Another program was faster than the write, after the question or instead of it.
+  if (job->isOwnFile && SecureFileAccess::isChangedDestination(*write.error))
+    return askAndWrite(job);
+  // What a failed write of ours left behind is no other program's change: the next try does not
+  // ask.
+  if (write.file && job->isOwnFile) job->document->setKnownFile(*write.file);
+  throw *std::move(write.error);
 }
 
 }  // namespace quillmor

@@ -26,6 +26,9 @@ struct DocumentSaveOutcome {
 /// save in their order: reserve the destination, compare it with the other open documents and with
 /// the file as it was read or saved, take the snapshot, write. Reserving and writing, which may
 /// wait for a disk, run on background threads, the others on the main thread.
+///
+/// A failed save to another place than the document's own file leaves that place as it was: no file
+/// where there was none, the old bytes where there was one.
 class DocumentSaver {
  public:
   /// What the owner of the window does during a save; all called on the main thread.
@@ -36,27 +39,33 @@ class DocumentSaver {
     std::function<void()> willWrite;
     std::function<void(const DocumentSaveOutcome&)> completion;
     /// Told how far the write has come; may be null.
-    std::shared_ptr<TaskProgress> progress;
+    std::shared_ptr<TaskProgress> progress = {};
+    /// The bytes of the document's own file, to be put back into it when the write fails; absent
+    /// where a window holds what was to be saved for another try.
+    std::optional<ByteBuffer> ownBytes = {};
   };
 
   DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)
       : executor_(executor), documents_(documents) {}
 
-  /// Saves `document` to `destination`. Main thread; the hooks are called later. The saver outlives
-  /// them.
-  void save(std::shared_ptr<HexDocument> document, const FileLocation& destination,
+  /// Saves `document` to `destination`. Main thread; the hooks are called later, or at once when
+  /// the save cannot even begin: the completion always is. The saver outlives them.
+  void save(const std::shared_ptr<HexDocument>& document, const FileLocation& destination,
             DocumentSaveOperation operation, Hooks hooks);
 
  private:
   struct Job;
   struct Preparation;
   struct WriteOutcome;
+  void prepare(const std::shared_ptr<Job>& job);
   void prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation);
   /// Runs a step of the save on the main thread; what it throws is how the save ends.
   template <class Step>
   static void endIfItFails(Job& job, Step step);
+  /// Asks whether to overwrite what another program made of the document's own file.
+  void askAndWrite(const std::shared_ptr<Job>& job);
   void write(const std::shared_ptr<Job>& job);
-  void written(const std::shared_ptr<Job>& job, const Result<WriteOutcome>& outcome);
+  void written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome);
 
   BackgroundExecutor& executor_;
   const DocumentController& documents_;

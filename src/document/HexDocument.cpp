@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/DocumentOutput.h"
 #include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
+#include "platform/RunInBackground.h"
 
 namespace quillmor {
 
@@ -34,14 +34,14 @@ std::string HexDocument::displayName() const {
 void HexDocument::read(const FileLocation& location) {
   // Saving must never have to follow a link, so the real file becomes the document's location.
   const FileLocation real = SecureFileAccess::realLocation(location);
-  const auto reservation = SecureFileAccess::reserveReadURL(location);
+  const auto reservation = SecureFileAccess::reserveReadURL(real, location.lastPathComponent());
   openingReadReservationHolder_.add(reservation);
   try {
     SecureFileAccess::validateReadableFileURL(real);
     auto snapshot =
         SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
     location_ = real;
-    fileStatus_ = snapshot.status;
+    knownFile_ = KnownFile{snapshot.status};
     installBytesAfterRead(std::move(snapshot.bytes), snapshot.modificationDate);
   } catch (...) {
     openingReadReservationHolder_.remove(*reservation);
@@ -86,14 +86,27 @@ void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
 }
 
 void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
-                                                     const FileLocation& location,
+                                                     FileLocation location,
                                                      std::optional<double> modificationDate) {
   storage_ = std::move(storage);
-  location_ = location;
+  location_ = std::move(location);
   modificationDate_ = modificationDate;
-  fileStatus_.reset();
-  updateChangeCount(ChangeCount::Change::cleared);
+  knownFile_.reset();
+  changeCount_.update(ChangeCount::Change::cleared);
   notifyIdentityChange();
+}
+
+void HexDocument::didRead(const StableFileStatus& status) {
+  knownFile_ = KnownFile{status};
+  if (storage_->count() > KnownFile::maximumDigestByteCount) return;
+  const auto digest = [bytes = storage_->bytes] { return contentDigest(bytes.span()); };
+  const auto keep = [weak = weak_from_this(), status](Result<ContentDigest> result) {
+    const auto self = weak.lock();
+    const bool isCurrent = self && self->knownFile_ && self->knownFile_->status == status;
+    if (isCurrent && result.isOk()) self->knownFile_->digest = result.value();
+  };
+  // Without a digest a save asks once too often, no more.
+  resultOf([&] { return runInBackground(executor_, digest, std::function(keep)), Done(); });
 }
 
 bool HexDocument::canAsynchronouslyWrite() {
@@ -101,23 +114,25 @@ bool HexDocument::canAsynchronouslyWrite() {
   return true;
 }
 
-StableFileStatus HexDocument::write(const FileLocation& destination, TaskProgress* progress) {
-  if (std::this_thread::get_id() == mainThread_) {
-    return SecureFileAccess::writeDocumentBytes(storage_->bytes.span(), destination, progress);
-  }
+KnownFile HexDocument::write(const DocumentDestination& destination, TaskProgress* progress) {
+  const auto writeAll = [&](const ByteBuffer& bytes) {
+    return KnownFile::of(SecureFileAccess::writeDocumentBytes(bytes.span(), destination, progress),
+                         bytes.span());
+  };
+  if (std::this_thread::get_id() == mainThread_) return writeAll(storage_->bytes);
   const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
   if (!snapshot) {
     throw Error::quillmor(1210,
                           "The asynchronous document save did not have a valid content snapshot.");
   }
-  return SecureFileAccess::writeDocumentBytes(snapshot->span(), destination, progress);
+  return writeAll(*snapshot);
 }
 
-void HexDocument::didSave(const FileLocation& destination, const StableFileStatus& status,
+void HexDocument::didSave(FileLocation realLocation, const KnownFile& file,
                           ChangeCount::Token token) {
-  location_ = SecureFileAccess::realLocation(destination);
-  fileStatus_ = status;
-  modificationDate_ = status.modificationDate();
+  location_ = std::move(realLocation);
+  knownFile_ = file;
+  modificationDate_ = file.status.modificationDate();
   changeCount_.didSave(token);
   notifyIdentityChange();
 }
@@ -156,7 +171,9 @@ void HexDocument::notifyWindowControllersOfStorageReplacement() {
 }
 
 void HexDocument::notifyIdentityChange() {
-  for (const auto& window : windows_) window->documentIdentityDidChange();
+  for (const auto& window : windows_) {
+    retryingWithoutMemory([&] { window->documentIdentityDidChange(); });
+  }
 }
 
 }  // namespace quillmor

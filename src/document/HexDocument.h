@@ -16,16 +16,17 @@
 #include "document/ChangeCount.h"
 #include "document/DocumentWindow.h"
 #include "document/HexStorage.h"
+#include "document/KnownFile.h"
 #include "document/UndoManager.h"
+#include "fileaccess/DocumentOutput.h"
 #include "fileaccess/Reservations.h"
-#include "fileaccess/StableFileStatus.h"
 #include "platform/BackgroundExecutor.h"
 
 namespace quillmor {
 
 /// One open file, or an untitled one: its bytes, where they live on disk, what has changed since,
 /// and the windows that show them. Main thread only, except `write` during a background save.
-class HexDocument {
+class HexDocument : public std::enable_shared_from_this<HexDocument> {
  public:
   using WindowMaker = std::function<std::shared_ptr<DocumentWindow>(HexDocument&)>;
 
@@ -47,8 +48,8 @@ class HexDocument {
   /// Seconds since 1970 of the file's last modification as it was read or saved.
   const std::optional<double>& modificationDate() const { return modificationDate_; }
 
-  /// What the file looked like on disk when it was last read or saved.
-  const std::optional<StableFileStatus>& fileStatus() const { return fileStatus_; }
+  /// The file as it was last read or saved; absent without a file.
+  const std::optional<KnownFile>& knownFile() const { return knownFile_; }
 
   /// The file's name as titles and messages show it, or "Untitled" with the number of this untitled
   /// document from the second on.
@@ -76,10 +77,15 @@ class HexDocument {
   void replaceStorageAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
 
   /// Makes this the document of another file: new storage, location and date, no unsaved changes.
+  /// It is that before anything can fail.
   void replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
-                                          const FileLocation& location,
+                                          FileLocation location,
                                           std::optional<double> modificationDate);
-  void setFileStatus(const StableFileStatus& status) { fileStatus_ = status; }
+  void setKnownFile(const KnownFile& file) { knownFile_ = file; }
+
+  /// The file was found with `status`, and its bytes are those that the document has now: their
+  /// digest is taken in the background, so that nobody waits for it. Never fails.
+  void didRead(const StableFileStatus& status);
 
   // Writing.
 
@@ -89,15 +95,18 @@ class HexDocument {
   /// Takes the snapshot that the next `write` off the main thread will write; always true.
   bool canAsynchronouslyWrite();
 
-  /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
-  /// file's status after the write. Throws 1210 when there is no snapshot, else the writer's
-  /// errors.
-  StableFileStatus write(const FileLocation& destination, TaskProgress* progress = nullptr);
+  /// Lets go of a snapshot that will not be written, so that edits need not copy the bytes.
+  void dropSnapshot() { asyncWriteSnapshotHolder_.take(); }
 
-  /// Notes a finished save: the new location and disk state, and no unsaved changes if the bytes
-  /// are still those that `token`, taken when the save began, stands for.
-  void didSave(const FileLocation& destination, const StableFileStatus& status,
-               ChangeCount::Token token);
+  /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
+  /// file as it is after the write. Throws 1210 when there is no snapshot, else the writer's
+  /// errors.
+  KnownFile write(const DocumentDestination& destination, TaskProgress* progress = nullptr);
+
+  /// Notes a finished save: the real location and the file there, and no unsaved changes if the
+  /// bytes are still those that `token`, taken when the save began, stands for. All of that has
+  /// happened before the windows are told, which may fail.
+  void didSave(FileLocation realLocation, const KnownFile& file, ChangeCount::Token token);
 
   // Changes.
 
@@ -130,7 +139,7 @@ class HexDocument {
   ChangeCount changeCount_;
   std::optional<FileLocation> location_;
   std::optional<double> modificationDate_;
-  std::optional<StableFileStatus> fileStatus_;
+  std::optional<KnownFile> knownFile_;
   int untitledNumber_ = 1;
   ReadReservationHolder openingReadReservationHolder_;
   AsyncWriteSnapshotHolder asyncWriteSnapshotHolder_;

@@ -91,6 +91,10 @@ ssize_t SystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) 
   return ::getrandom(buffer, count, flags);
 }
 
+int SystemCalls::getrlimit(int resource, struct rlimit* limit) {
+  return ::getrlimit(static_cast<__rlimit_resource>(resource), limit);
+}
+
 SystemCalls& SystemCalls::current() {
   SystemCalls* const replacement = replacementCalls.load(std::memory_order_acquire);
   return replacement != nullptr ? *replacement : realSystemCalls();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -48,6 +49,8 @@ class SystemCalls {
   virtual int unlink(const char* path);
 
   virtual ssize_t getrandom(void* buffer, std::size_t count, unsigned flags);
+
+  virtual int getrlimit(int resource, struct rlimit* limit);
 
   /// The calls in use by this process: the real ones unless a `ScopedSystemCalls` is alive.
   static SystemCalls& current();

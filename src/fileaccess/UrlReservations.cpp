@@ -24,7 +24,12 @@ ReservationKeys keysForReading(const FileLocation& url) {
 }  // namespace
 
 std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url) {
-  return fileReservationRegistry().reserveRead(keysForReading(url), url.shownName());
+  return reserveReadURL(url, url.shownName());
+}
+
+std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url,
+                                                const std::string& displayName) {
+  return fileReservationRegistry().reserveRead(keysForReading(url), displayName);
 }
 
 std::shared_ptr<OutputReservation> reserveOutputURL(const FileLocation& url) {

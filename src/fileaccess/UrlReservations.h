@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "base/FileLocation.h"
 #include "fileaccess/Reservations.h"
@@ -11,6 +12,10 @@ namespace quillmor::SecureFileAccess {
 /// Reserves the file for one read. Code 1200 for a location that is not a local file, 1208 while it
 /// is being written, 1209 when there are too many reads of it.
 std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url);
+
+/// The same; messages name the file `displayName`.
+std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url,
+                                                const std::string& displayName);
 
 /// Reserves the file for one output. Code 1200 for a location that is not a local file, 1207 while
 /// the file is being read or written.

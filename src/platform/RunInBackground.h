@@ -32,18 +32,35 @@ Result<T> resultOf(Work&& work) {
   }
 }
 
+/// Shows what has already happened, and so must not be reported as failed for want of the memory to
+/// show it: `show` is run once more when memory runs out, as nearly always there is some again.
+template <class Show>
+void retryingWithoutMemory(Show show) {
+  try {
+    show();
+  } catch (const std::bad_alloc&) {
+    show();
+  }
+}
+
 /// Runs `work` off the main thread, then `completion` on the main thread with its result. What
 /// `work` holds is released before the completion runs, so a snapshot of the bytes is no longer
-/// shared then.
+/// shared then. When this returns, all memory that handing over the result takes has been taken;
+/// when it throws, neither is ever run.
 template <class Work, class T = std::invoke_result_t<Work&>>
 void runInBackground(BackgroundExecutor& executor, Work work,
                      std::function<void(Result<T>)> completion) {
-  auto job = std::make_shared<std::optional<Work>>(std::move(work));
-  executor.runDetached([&executor, job, completion = std::move(completion)]() mutable {
-    auto result = std::make_shared<Result<T>>(resultOf(**job));
-    job->reset();
-    executor.postToMain(
-        [result, completion = std::move(completion)]() mutable { completion(std::move(*result)); });
+  struct Job {
+    std::optional<Work> work;
+    std::function<void(Result<T>)> completion;
+    std::optional<Result<T>> result = {};
+  };
+  auto job = std::make_shared<Job>(Job{std::move(work), std::move(completion)});
+  std::function<void()> complete = [job] { job->completion(*std::move(job->result)); };
+  executor.runDetached([&executor, job, complete = std::move(complete)]() mutable {
+    job->result.emplace(resultOf(*job->work));
+    job->work.reset();
+    executor.postToMain(std::move(complete));
   });
 }
 

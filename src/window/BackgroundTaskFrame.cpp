@@ -28,9 +28,11 @@ bool BackgroundTaskFrame::beginBusyStatus(const std::string& statusText, Stoppin
   }
   activity_ = std::make_shared<Activity>();
   activity_->stopping = stopping;
-  observer_.busyStateDidBegin();
-  observer_.showBusyStatus(statusText);
-  refreshProgressLater(activity_, kProgressDelay);
+  orEndBusyStatus([&] {
+    observer_.busyStateDidBegin();
+    observer_.showBusyStatus(statusText);
+    refreshProgressLater(activity_, kProgressDelay);
+  });
   return true;
 }
 
@@ -38,12 +40,18 @@ void BackgroundTaskFrame::updateBusyStatus(const std::string& statusText) {
   if (isBusy()) observer_.showBusyStatus(statusText);
 }
 
-void BackgroundTaskFrame::endBusyStatus() {
+void BackgroundTaskFrame::endBusyStatus() noexcept {
   if (!isBusy()) return;
   const bool wasShowingProgress = activity_->isShowingProgress;
   activity_.reset();
-  if (wasShowingProgress) observer_.hideProgress();
-  observer_.busyStateDidEnd();
+  // What cannot be shown now is shown with the next change; the outcome of the work must get on.
+  resultOf([&] {
+    retryingWithoutMemory([&] {
+      if (wasShowingProgress) observer_.hideProgress();
+      observer_.busyStateDidEnd();
+    });
+    return Done();
+  });
 }
 
 std::shared_ptr<TaskProgress> BackgroundTaskFrame::progress() const {

@@ -39,13 +39,26 @@ class BackgroundTaskFrame {
 
   bool isBusy() const { return activity_ != nullptr; }
 
-  /// Enters the busy state and shows `statusText`. While busy already: an alert, and false.
+  /// Enters the busy state and shows `statusText`. While busy already: an alert, and false. When it
+  /// throws, the busy state is not entered.
   bool beginBusyStatus(const std::string& statusText, Stopping stopping = Stopping::notAllowed);
 
   /// Shows another text in the busy state.
   void updateBusyStatus(const std::string& statusText);
 
-  void endBusyStatus();
+  /// Leaves the busy state, whatever may fail in showing that.
+  void endBusyStatus() noexcept;
+
+  /// Does `step` of beginning the work of the busy state that is in force; ends it when that fails.
+  template <class Step>
+  void orEndBusyStatus(Step step) {
+    try {
+      step();
+    } catch (...) {
+      endBusyStatus();
+      throw;
+    }
+  }
 
   /// The progress of the current operation, shared with its work; only while busy.
   std::shared_ptr<TaskProgress> progress() const;
@@ -58,29 +71,26 @@ class BackgroundTaskFrame {
   template <class Work, class T = std::invoke_result_t<Work&, TaskProgress&>>
   void run(const std::string& statusText, Work work, std::function<void(Result<T>)> completion) {
     if (!beginBusyStatus(statusText, Stopping::allowed)) return completion(busyError());
-    auto task = [work = std::move(work), progress = progress()]() mutable {
-      auto value = work(*progress);
-      progress->checkpoint();
-      return value;
-    };
-    std::weak_ptr<Activity> activity = activity_;
-    start(std::move(task),
-          std::function([this, activity, completion = std::move(completion)](Result<T> result) {
-            if (activity.expired()) return;
-            endBusyStatus();
-            completion(std::move(result));
-          }));
+    orEndBusyStatus([&] {
+      auto task = [work = std::move(work), progress = progress()]() mutable {
+        auto value = work(*progress);
+        progress->checkpoint();
+        return value;
+      };
+      std::weak_ptr<Activity> activity = activity_;
+      start(std::move(task),
+            std::function([this, activity, completion = std::move(completion)](Result<T> result) {
+              if (activity.expired()) return;
+              endBusyStatus();
+              completion(std::move(result));
+            }));
+    });
   }
 
-  /// Starts work of the busy state that is in force; ends it when the work cannot be started.
+  /// Starts work of the busy state that is in force. To be called within `orEndBusyStatus`.
   template <class Task, class T>
   void start(Task task, std::function<void(Result<T>)> completion) {
-    try {
-      runInBackground(executor_, std::move(task), std::move(completion));
-    } catch (...) {
-      endBusyStatus();
-      throw;
-    }
+    runInBackground(executor_, std::move(task), std::move(completion));
   }
 
   /// 409 "Another operation is already running."

@@ -61,6 +61,7 @@ class HexWindowController : public DocumentWindow,
                             public std::enable_shared_from_this<HexWindowController>,
                             private BusyStateObserver {
  public:
+  using SaveCompletion = std::function<void(DocumentSaveResult)>;
   using OpenCompletion = std::function<void(OpenCurrentResult)>;
   /// What loading into the window ended with; `broughtToFront` when another window shows the file.
   using LoadCompletion = std::function<void(Result<OpenCurrentResult>)>;
@@ -287,8 +288,7 @@ class HexWindowController : public DocumentWindow,
       std::function<void(DocumentReplacementPreparation)> completion);
   void saveCurrentDocumentBeforeReplacing(std::function<void(DocumentSaveResult)> completion);
   void performDocumentSave(const FileLocation& destination, DocumentSaveOperation operation,
-                           const std::string& statusTitle,
-                           std::function<void(DocumentSaveResult)> completion);
+                           const std::string& statusTitle, SaveCompletion completion);
   void beginLoadFileInCurrentWindow(const FileLocation& location, bool preservingEditorState,
                                     LoadCompletion completion);
 
@@ -565,6 +565,11 @@ class HexWindowController : public DocumentWindow,
   /// Where a file panel starts.
   std::optional<FileLocation> documentDirectory() const;
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
+  DocumentSaver::Hooks saveHooks(const FileLocation& destination,
+                                 const std::shared_ptr<SaveCompletion>& completion);
+  void saveDidEnd(const DocumentSaveOutcome& outcome, const SaveCompletion& completion);
+  void startLoad(const FileLocation& location, bool preservingEditorState,
+                 LoadCompletion completion);
   void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                   const LoadCompletion& completion);
   OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedFile& file);

@@ -18,6 +18,10 @@ Error windowClosedError() {
   return Error::quillmor(410, "The editor window was closed before the file finished opening.");
 }
 
+Result<OpenCurrentResult> windowClosed() {
+  return resultOf([]() -> OpenCurrentResult { throw windowClosedError(); });
+}
+
 }  // namespace
 
 void HexWindowController::saveDocument() {
@@ -56,8 +60,24 @@ void HexWindowController::chooseDestinationAndSave(
 void HexWindowController::performDocumentSave(const FileLocation& destination,
                                               DocumentSaveOperation operation,
                                               const std::string& statusTitle,
-                                              std::function<void(DocumentSaveResult)> completion) {
-  if (!beginBusyStatus(statusTitle + "…")) return completion(DocumentSaveResult::failed);
+                                              SaveCompletion completion) {
+  bool isRefused = false;
+  // Shared with the hooks, so that it is there when they cannot be made.
+  std::shared_ptr<SaveCompletion> held;
+  auto begun = resultOf([&] {
+    isRefused = !beginBusyStatus(statusTitle + "…");
+    if (isRefused) return Done();
+    held = std::make_shared<SaveCompletion>(std::move(completion));
+    saver_.save(hexDocument_, destination, operation, saveHooks(destination, held));
+    return Done();
+  });
+  if (isRefused) return completion(DocumentSaveResult::failed);
+  if (begun.isOk()) return;
+  saveDidEnd({DocumentSaveResult::failed, std::move(begun.error())}, held ? *held : completion);
+}
+
+DocumentSaver::Hooks HexWindowController::saveHooks(
+    const FileLocation& destination, const std::shared_ptr<SaveCompletion>& completion) {
   DocumentSaver::Hooks hooks;
   hooks.progress = frame_.progress();
   hooks.confirmOverwritingChangedFile = [weak = weak_from_this()] {
@@ -74,15 +94,24 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
   hooks.willWrite = [weak = weak_from_this(), name = destination.shownName()] {
     if (const auto self = weak.lock()) self->frame_.updateBusyStatus("Saving " + name);
   };
-  hooks.completion = [weak = weak_from_this(),
-                      completion = std::move(completion)](const DocumentSaveOutcome& outcome) {
-    if (const auto self = weak.lock()) {
-      self->endBusyStatus();
-      if (outcome.result == DocumentSaveResult::failed) self->alert("Save Failed", *outcome.error);
-    }
-    completion(outcome.result);
+  hooks.completion = [weak = weak_from_this(), completion](const DocumentSaveOutcome& outcome) {
+    if (const auto self = weak.lock()) return self->saveDidEnd(outcome, *completion);
+    (*completion)(outcome.result);
   };
-  saver_.save(hexDocument_, destination, operation, std::move(hooks));
+  return hooks;
+}
+
+void HexWindowController::saveDidEnd(const DocumentSaveOutcome& outcome,
+                                     const SaveCompletion& completion) {
+  endBusyStatus();
+  // Whoever waits for the save is told even when the user cannot be.
+  auto shown = resultOf([&] {
+    if (outcome.result == DocumentSaveResult::failed)
+      retryingWithoutMemory([&] { alert("Save Failed", *outcome.error); });
+    return Done();
+  });
+  completion(outcome.result);
+  if (!shown.isOk()) throw std::move(shown.error());
 }
 
 void HexWindowController::revertDocument() {
@@ -202,11 +231,20 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                                                        bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.shownName(), BackgroundTaskFrame::Stopping::allowed);
+  frame_.beginBusyStatus("Opening " + location.shownName(),
+                         BackgroundTaskFrame::Stopping::allowed);
+  frame_.orEndBusyStatus(
+      [&] { startLoad(location, preservingEditorState, std::move(completion)); });
+}
+
+void HexWindowController::startLoad(const FileLocation& location, bool preservingEditorState,
+                                    LoadCompletion completion) {
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
+    // Messages name what was to be opened.
     LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
-    file.reservation = SecureFileAccess::reserveReadURL(file.location);
+    file.reservation =
+        SecureFileAccess::reserveReadURL(file.location, location.shownName());
     SecureFileAccess::validateReadableFileURL(file.location);
     file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
@@ -216,24 +254,19 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
   frame_.start(work, std::function([weak = weak_from_this(), preservingEditorState,
                                     completion = std::move(completion)](Result<LoadedFile> result) {
                  const auto self = weak.lock();
-                 if (!self) return completion(windowClosedError());
-                 if (!self->window_) {
-                   self->endBusyStatus();
-                   result = windowClosedError();
-                   return completion(result.error());
-                 }
-                 self->finishLoad(preservingEditorState, std::move(result), completion);
+                 if (self) self->finishLoad(preservingEditorState, std::move(result), completion);
+                 if (!self) completion(windowClosed());
                }));
 }
 
 void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                                      const LoadCompletion& completion) {
-  Result<OpenCurrentResult> outcome = Error::stopped();
-  if (!result.isOk()) {
-    outcome = result.error();
-  } else if (!frame_.progress()->stopRequested()) {
-    outcome = resultOf([&] { return showLoadedFile(preservingEditorState, result.value()); });
-  }
+  auto outcome = resultOf([&] {
+    if (!window_) throw windowClosedError();
+    if (!result.isOk()) throw std::move(result.error());
+    frame_.progress()->checkpoint();
+    return showLoadedFile(preservingEditorState, result.value());
+  });
   // From here on the document's own location keeps other operations of the editor from the file.
   if (result.isOk()) result.value().reservation->release();
   endBusyStatus();
@@ -249,11 +282,15 @@ OpenCurrentResult HexWindowController::showLoadedFile(bool preservingEditorState
   auto storage = std::make_shared<HexStorage>();
   storage->bytes = std::move(file.snapshot.bytes);
   if (!preservingEditorState) saveSessionOffset();
-  hexDocument_->replaceContentsForSingleWindowOpen(std::move(storage), file.location,
-                                                   file.snapshot.modificationDate);
-  hexDocument_->setFileStatus(file.snapshot.status);
+  // From here on nothing fails but showing what has happened, which is tried again.
   hexDocument_->isPendingInitialLoad = false;
-  preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
+  hexDocument_->replaceContentsForSingleWindowOpen(std::move(storage), std::move(file.location),
+                                                   file.snapshot.modificationDate);
+  hexDocument_->didRead(file.snapshot.status);
+  const auto show = [&] {
+    preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
+  };
+  retryingWithoutMemory(show);
   return OpenCurrentResult::opened;
 }
 

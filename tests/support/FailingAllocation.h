@@ -2,20 +2,34 @@
 
 #include "support/MemoryProbes.h"
 
-#if QUILLMOR_NEW_CAN_FAIL
-
 namespace quillmor {
 
-/// While one of these lives, the next `operator new` of its thread throws; those after it do not,
-/// because telling of the failure takes memory as well.
+/// While one of these lives, the allocations of its thread neither fail nor count: for what a test
+/// does itself in the midst of the code under test.
+class UncountedAllocations {
+ public:
+  UncountedAllocations();
+  ~UncountedAllocations();
+  UncountedAllocations(const UncountedAllocations&) = delete;
+  UncountedAllocations& operator=(const UncountedAllocations&) = delete;
+};
+
+#if QUILLMOR_NEW_CAN_FAIL
+
+/// While one of these lives, one `operator new` of the process throws: the next one, or the
+/// `number`th from now. Those after it do not, because telling of the failure takes memory as well.
+/// To be used while one thread runs at a time.
 class FailingAllocation {
  public:
-  FailingAllocation();
+  explicit FailingAllocation(int number = 1);
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+  /// Whether there have been so many allocations that one has failed.
+  bool hasFailed() const;
 };
 
-}  // namespace quillmor
-
 #endif
+
+}  // namespace quillmor

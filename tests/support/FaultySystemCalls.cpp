@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <optional>
 #include <utility>
 
 namespace quillmor::test {
@@ -144,6 +143,13 @@ int FaultySystemCalls::unlink(const char* path) {
 ssize_t FaultySystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) {
   if (!admits(SystemCall::getrandom)) return -1;
   return SystemCalls::getrandom(buffer, allowedCount(SystemCall::getrandom, count), flags);
+}
+
+int FaultySystemCalls::getrlimit(int resource, struct rlimit* limit) {
+  if (!admits(SystemCall::getrlimit)) return -1;
+  const int result = SystemCalls::getrlimit(resource, limit);
+  if (result == 0 && resource == RLIMIT_FSIZE && fileSizeLimit_) limit->rlim_cur = *fileSizeLimit_;
+  return result;
 }
 
 }  // namespace quillmor::test

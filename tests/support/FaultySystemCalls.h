@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -27,7 +28,8 @@ enum class SystemCall {
   renameat2,
   link,
   unlink,
-  getrandom
+  getrandom,
+  getrlimit
 };
 
 /// The real system calls, except where a test wants otherwise: any single call can fail, come back
@@ -58,6 +60,9 @@ class FaultySystemCalls final : public SystemCalls {
     alteration_ = std::move(alteration);
   }
 
+  /// Says that files may have at most `byteCount` bytes. What is written is not held to it.
+  void limitFileSize(rlim_t byteCount) { fileSizeLimit_ = byteCount; }
+
   int count(SystemCall kind) const;
   const std::vector<SystemCall>& log() const { return log_; }
   /// The bytes asked for by each read, pread or write, in order.
@@ -81,6 +86,7 @@ class FaultySystemCalls final : public SystemCalls {
   int link(const char* from, const char* to) override;
   int unlink(const char* path) override;
   ssize_t getrandom(void* buffer, std::size_t count, unsigned flags) override;
+  int getrlimit(int resource, struct rlimit* limit) override;
 
  private:
   using Place = std::pair<SystemCall, int>;
@@ -98,6 +104,7 @@ class FaultySystemCalls final : public SystemCalls {
   std::map<Place, std::size_t> limits_;
   std::map<Place, std::function<void()>> actions_;
   std::function<void(struct stat&)> alteration_;
+  std::optional<rlim_t> fileSizeLimit_;
   bool interruptsEveryCall_ = false;
   bool wasInterrupted_ = false;
   std::map<SystemCall, int> counts_;

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -31,6 +32,9 @@ class ScriptedAlerts : public AlertPresenter {
   /// Runs while the next alert is on screen, as the event loop of a real one would.
   void duringNext(std::function<void()> action) { duringNext_ = std::move(action); }
 
+  /// From now on an alert that nothing expected is answered with its first button.
+  void acceptAnything() { acceptsAnything_ = true; }
+
   AlertResponse runModal(const Alert& alert) override;
 
   const std::vector<Alert>& shown() const { return shown_; }
@@ -45,6 +49,7 @@ class ScriptedAlerts : public AlertPresenter {
   std::deque<Expected> script_;
   std::vector<Alert> shown_;
   std::function<void()> duringNext_;
+  bool acceptsAnything_ = false;
   std::optional<std::pair<std::size_t, std::size_t>> nextChoice_;
 };
 
@@ -138,6 +143,8 @@ class ManualExecutor : public BackgroundExecutor {
     std::function<void()> function;
   };
   using Queue = std::deque<std::function<void()>>;
+
+  static std::thread startThread(std::function<void()> work);
 
   /// The oldest entry of a queue, taken out; null when it is empty.
   std::function<void()> takeFrom(Queue& queue);

@@ -285,7 +285,7 @@ TEST_F(DocumentSaving, withoutASnapshotOffTheMainThreadFails) {
   int code = 0;
   platform.executor.runDetached([&] {
     try {
-      document->write(folder.location("out.bin"));
+      document->write({folder.location("out.bin")});
     } catch (const Error& error) {
       message = error.message();
       code = error.code();
@@ -299,7 +299,7 @@ TEST_F(DocumentSaving, withoutASnapshotOffTheMainThreadFails) {
 
 TEST_F(DocumentSaving, onTheMainThreadWritesTheCurrentBytes) {
   auto editor = makeEditor("bytes");
-  editor.document->write(folder.location("out.bin"));
+  editor.document->write({folder.location("out.bin")});
   EXPECT_EQ(TemporaryFolder::read(folder.location("out.bin")), "bytes");
 }
 

@@ -130,7 +130,7 @@ TEST_F(HexDocumentTest, snapshotsAreUsedOnce) {
   std::vector<std::string> outcomes;
   const auto write = [&] {
     try {
-      document->write(place);
+      document->write({place});
       outcomes.push_back(TemporaryFolder::read(place));
     } catch (const Error& error) {
       outcomes.push_back(std::to_string(error.code()) + " " + error.message());

@@ -14,6 +14,7 @@ namespace {
 
 using test::failsWith;
 using test::failsWithPosix;
+using test::FaultySystemCalls;
 using test::isStopped;
 using test::SystemCall;
 
@@ -26,6 +27,9 @@ class InPlaceSavingTest : public test::FileAccessTest {
   void save(std::string_view changed = "new bytes, and more") {
     saveInPlace(file, snapshot, ByteBuffer(test::bytesOf(changed)), progress);
   }
+
+  /// The number of the first such call of the save.
+  int next(SystemCall kind) const { return calls.count(kind) + 1; }
 
   std::string written() const { return test::TemporaryFolder::read(file); }
 
@@ -71,6 +75,38 @@ TEST_F(InPlaceSavingTest, aFileThatHasGoneIsNotMadeAnew) {
   EXPECT_FALSE(folder.exists("data.bin"));
 }
 
+TEST_F(InPlaceSavingTest, aFileReplacedAfterTheLookIsLeftAlone) {
+  folder.write("other.bin", "another file");
+  calls.before(SystemCall::open, next(SystemCall::open), [&] {
+    std::filesystem::rename(folder.path() / "other.bin", folder.path() / "data.bin");
+  });
+  EXPECT_THAT([&] { save(); }, failsWith(2001, kChanged));
+  EXPECT_EQ(written(), "another file");
+}
+
+TEST_F(InPlaceSavingTest, otherPermissionsTimesAndLinksAloneAreNoChange) {
+  std::filesystem::permissions(file.path(), std::filesystem::perms(0600));
+  std::filesystem::last_write_time(folder.path() / "data.bin", {});
+  std::filesystem::create_hard_link(file.path(), folder.path() / "hard.bin");
+  save();
+  EXPECT_EQ(written(), "new bytes, and more");
+}
+
+TEST_F(InPlaceSavingTest, aLimitOfFileSizesIsLookedAtBeforeTheFileIsTouched) {
+  calls.limitFileSize(9);
+  EXPECT_THAT([&] { save("ten bytes!"); }, failsWithPosix(EFBIG, kCouldNotWrite));
+  EXPECT_EQ(calls.count(SystemCall::ftruncate), 0);
+  EXPECT_EQ(written(), "old bytes");
+  save("nine byte");
+  EXPECT_EQ(written(), "nine byte");
+}
+
+TEST_F(InPlaceSavingTest, fewerBytesThanTheLimitOfFileSizesAreFine) {
+  calls.limitFileSize(9);
+  save("8 bytes!");
+  EXPECT_EQ(written(), "8 bytes!");
+}
+
 TEST_F(InPlaceSavingTest, aRequestToStopBeforeTheSaveIsHeeded) {
   progress.requestStop();
   EXPECT_THAT([&] { save(); }, isStopped());
@@ -99,6 +135,20 @@ TEST_F(InPlaceSavingTest, aFailureAfterTheWriteDoesToo) {
   EXPECT_EQ(written(), "old bytes");
 }
 
+TEST_F(InPlaceSavingTest, aFailedLookAtTheCompleteFileDoesToo) {
+  calls.fail(SystemCall::fstat, next(SystemCall::fstat) + 1, EIO);
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, "Could not validate the document output file."));
+  EXPECT_EQ(written(), "old bytes");
+}
+
+TEST_F(InPlaceSavingTest, aCompleteFileIsNotCalledIncomplete) {
+  calls.fail(SystemCall::close, next(SystemCall::close), EIO);
+  calls.fail(SystemCall::open, next(SystemCall::open) + 1, EMFILE);
+  EXPECT_THAT([&] { save(); },
+              failsWithPosix(EIO, Error::posix(EIO).message() + " The file has the new bytes."));
+  EXPECT_EQ(written(), "new bytes, and more");
+}
+
 TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
   calls.limitCount(SystemCall::write, 1, 4);
   calls.fail(SystemCall::write, 2, ENOSPC);
@@ -110,12 +160,8 @@ TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
 TEST_F(InPlaceSavingTest, theOldBytesArePutBackAlsoWhenNobodyKnowsWhatHasBecomeOfTheFile) {
   calls.limitCount(SystemCall::write, 1, 4);
   calls.fail(SystemCall::write, 2, EIO);
-  calls.before(SystemCall::write, 2, [&] {
-    // The two looks at the file that follow: the save's own, and the one before putting back.
-    const int looks = calls.count(SystemCall::fstatat);
-    calls.fail(SystemCall::fstatat, looks + 1, EIO);
-    calls.fail(SystemCall::fstatat, looks + 2, EIO);
-  });
+  calls.before(SystemCall::write, 2,
+               [&] { calls.fail(SystemCall::fstatat, FaultySystemCalls::kEvery, EIO); });
   EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, kCouldNotWrite));
   EXPECT_EQ(written(), "old bytes");
 }

@@ -202,6 +202,19 @@ TEST_F(WindowLoading, makesTheRealFileBehindALinkTheDocumentsLocation) {
             OpenCurrentResult::broughtToFront);
 }
 
+TEST_F(WindowLoading, namesALinkThatItCannotOpenAsItWasGiven) {
+  const auto file = folder.write("data.bin", "hello");
+  std::filesystem::create_symlink(file.path(), folder.location("link.bin").path());
+  auto editor = makeEditor("before");
+  editor->openURLInCurrentWindow(folder.location("link.bin"), [](auto) {});
+  const auto writing = SecureFileAccess::reserveOutputURL(file);
+  platform.alerts.expect("Open Failed",
+                         "link.bin is currently being written by another save or export. Wait for "
+                         "that operation to finish before opening or reading it.");
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "before");
+}
+
 TEST_F(WindowLoading, opensAndSavesTheFileTheSystemReachesByDotsBehindALink) {
   std::filesystem::create_directories(folder.location("far/sub").path());
   std::filesystem::create_directory_symlink("far/sub", folder.location("link").path());

@@ -1,0 +1,291 @@
+// What a save through the window must not lose: files of other programs, the file that was to be
+// overwritten, an edit made meanwhile; and what it need not ask.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "document/QuillmorResourceLimits.h"
+#include "fileaccess/StableFileStatus.h"
+#include "support/FaultySystemCalls.h"
+#include "support/WindowFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kCouldNotOpen = "Could not open the document output file.";
+constexpr const char* kCouldNotWrite = "Could not write the document data.";
+constexpr const char* kQuestion = "The file has been changed by another program.";
+constexpr const char* kQuestionText =
+    "Saving now replaces those changes by the bytes in this window.";
+constexpr const char* kChanged =
+    "The file was changed or replaced by another program while the document was being saved. "
+    "Nothing was overwritten; choose the destination again.";
+
+class DocumentSavingGuard : public WindowFixture {
+ protected:
+  void save() {
+    editor->saveDocument();
+    platform.executor.runAll();
+  }
+
+  void beginSaveAs(const std::string& name) {
+    platform.filePanels.saveAnswers.push_back(folder.location(name));
+    editor->saveDocumentAs();
+  }
+
+  void saveAs(const std::string& name) {
+    beginSaveAs(name);
+    platform.executor.runAll();
+  }
+
+  /// Runs `change` after the save has looked at its destination and before it opens that.
+  void changeBetweenLookAndOpen(const std::function<void()>& change) {
+    platform.executor.runOneWork();
+    change();
+    platform.executor.runAll();
+  }
+
+  void renameIntoPlace(const std::string& name) {
+    folder.write("other", "another program's");
+    fs::rename(folder.path() / "other", folder.path() / name);
+  }
+
+  void setModificationTime(const struct timespec& time) {
+    const struct timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, file.path().c_str(), times, 0), 0);
+  }
+
+  struct timespec modificationTime() const {
+    struct stat status {};
+    EXPECT_EQ(::lstat(file.path().c_str(), &status), 0);
+    return status.st_mtim;
+  }
+
+  FaultySystemCalls calls;
+  FileLocation file = folder.write("data.bin", "hello");
+  EditorUnderTest editor = openEdited(file);
+};
+
+TEST_F(DocumentSavingGuard, asNeverOverwritesAFileThatAppearedAfterTheLook) {
+  beginSaveAs("new.bin");
+  platform.alerts.expect("Save Failed", kChanged);
+  changeBetweenLookAndOpen([&] { renameIntoPlace("new.bin"); });
+  EXPECT_EQ(folder.read("new.bin"), "another program's");
+  EXPECT_TRUE(editor.window->isEdited);
+  EXPECT_EQ(editor.document->location(), file);
+}
+
+TEST_F(DocumentSavingGuard, asNeverOverwritesAFileThatWasReplacedAfterTheLook) {
+  folder.write("chosen.bin", "chosen");
+  beginSaveAs("chosen.bin");
+  platform.alerts.expect("Save Failed", kChanged);
+  changeBetweenLookAndOpen([&] { renameIntoPlace("chosen.bin"); });
+  EXPECT_EQ(folder.read("chosen.bin"), "another program's");
+}
+
+TEST_F(DocumentSavingGuard, asksWhenTheFileIsReplacedAfterTheLook) {
+  editor->saveDocument();
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  changeBetweenLookAndOpen([&] { renameIntoPlace("data.bin"); });
+  EXPECT_EQ(TemporaryFolder::read(file), "another program's");
+  EXPECT_TRUE(editor.window->isEdited);
+  EXPECT_FALSE(editor->isBusy());
+
+  platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingGuard, asksAgainWhenTheFileIsReplacedAfterTheQuestion) {
+  renameIntoPlace("data.bin");
+  editor->saveDocument();
+  platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
+  platform.executor.runOneWork();
+  platform.executor.runPosted();
+  renameIntoPlace("data.bin");
+  platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingGuard, asThatFailsLeavesNoNewFile) {
+  for (const SystemCall kind : {SystemCall::write, SystemCall::fsync, SystemCall::close}) {
+    FaultySystemCalls faulty;
+    faulty.limitCount(SystemCall::write, 1, 2);
+    faulty.fail(kind, kind == SystemCall::write ? 2 : 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    platform.alerts.expect(
+        "Save Failed", kind == SystemCall::write ? kCouldNotWrite : Error::posix(EIO).message());
+    saveAs("new.bin");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"data.bin"});
+    EXPECT_EQ(editor.document->location(), file);
+    EXPECT_TRUE(editor.window->isEdited);
+  }
+}
+
+TEST_F(DocumentSavingGuard, asThatFailsLeavesTheChosenFileWithItsOldBytes) {
+  const auto chosen = folder.write("chosen.bin", "what was chosen");
+  fs::create_hard_link(chosen.path(), folder.path() / "hard.bin");
+  ASSERT_EQ(::chmod(chosen.path().c_str(), 0640), 0);
+  const auto before = SecureFileAccess::fileStatus(chosen, FollowSymlinks::no);
+  calls.limitCount(SystemCall::write, 1, 2);
+  calls.fail(SystemCall::write, 2, ENOSPC);
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect("Save Failed", kCouldNotWrite);
+  saveAs("chosen.bin");
+  const auto after = SecureFileAccess::fileStatus(chosen, FollowSymlinks::no);
+  EXPECT_EQ(after.identity(), before.identity());
+  EXPECT_EQ(after.mode, before.mode);
+  EXPECT_EQ(folder.read("hard.bin"), "what was chosen");
+  EXPECT_TRUE(editor.window->isEdited);
+  EXPECT_EQ(editor.document->location(), file);
+}
+
+TEST_F(DocumentSavingGuard, asSaysWhenTheChosenFileIsIncomplete) {
+  folder.write("chosen.bin", "what was chosen");
+  calls.fail(SystemCall::write, FaultySystemCalls::kEvery, ENOSPC);
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect("Save Failed",
+                         std::string(kCouldNotWrite) + " The file is incomplete now.");
+  saveAs("chosen.bin");
+}
+
+TEST_F(DocumentSavingGuard, asTouchesNoFileThatCouldNotBeRestored) {
+  folder.write("chosen.bin", "what was chosen");
+  calls.fail(SystemCall::read, 1, EIO);
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect("Save Failed", Error::posix(EIO).message());
+  saveAs("chosen.bin");
+  EXPECT_EQ(folder.read("chosen.bin"), "what was chosen");
+  EXPECT_EQ(calls.count(SystemCall::ftruncate), 0);
+}
+
+TEST_F(DocumentSavingGuard, asRefusesAFileThatIsTooLargeToBeRestored) {
+  const auto limit = QuillmorResourceLimits::maximumDocumentByteCount();
+  const auto chosen = folder.write("chosen.bin", "");
+  fs::resize_file(chosen.path(), static_cast<std::uintmax_t>(limit) + 1);
+  platform.alerts.expect("Save Failed",
+                         "The file at the destination is too large to be restored if the save "
+                         "fails. Nothing was overwritten; choose a different destination.");
+  saveAs("chosen.bin");
+  EXPECT_EQ(fs::file_size(chosen.path()), static_cast<std::uintmax_t>(limit) + 1);
+}
+
+TEST_F(DocumentSavingGuard, looksAtTheLimitOfFileSizesBeforeItTouchesTheFile) {
+  const ScopedSystemCalls scope(calls);
+  calls.limitFileSize(4);
+  platform.alerts.expect("Save Failed", kCouldNotWrite);
+  save();
+  EXPECT_EQ(calls.count(SystemCall::ftruncate), 0);
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+  EXPECT_TRUE(editor.window->isEdited);
+  calls.limitFileSize(5);
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  type(editor, "E");
+  calls.limitFileSize(6);
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "JEllo");
+}
+
+TEST_F(DocumentSavingGuard, looksAtTheRightToWriteBeforeItAsksOrTouchesAnything) {
+  renameIntoPlace("data.bin");
+  const ScopedSystemCalls scope(calls);
+  calls.fail(SystemCall::access, 1, EROFS);
+  platform.alerts.expect("Save Failed", kCouldNotOpen);
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "another program's");
+}
+
+TEST_F(DocumentSavingGuard, asksNothingWhenOnlyPermissionsTimesOrLinksHaveChanged) {
+  const std::function<void()> changes[] = {
+      [&] { ASSERT_EQ(::chmod(file.path().c_str(), 0600), 0); },
+      [&] { setModificationTime({.tv_sec = 1, .tv_nsec = 2}); },
+      [&] { fs::create_hard_link(file.path(), folder.path() / "hard.bin"); },
+      [&] { TemporaryFolder::read(file); }};
+  const std::string typed = "abcd";
+  std::string expected = "Jello";
+  for (std::size_t i = 0; i < std::size(changes); ++i) {
+    changes[i]();
+    save();
+    EXPECT_EQ(TemporaryFolder::read(file), expected) << "change " << i;
+    EXPECT_FALSE(editor.window->isEdited) << "change " << i;
+    type(editor, typed.substr(i, 1));
+    expected[i + 1] = typed[i];
+  }
+}
+
+TEST_F(DocumentSavingGuard, asksWhenTheBytesHaveChangedBehindTheOldTime) {
+  const auto time = modificationTime();
+  folder.write("data.bin", "HELLO");
+  setModificationTime(time);
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "HELLO");
+}
+
+TEST_F(DocumentSavingGuard, asksWhenTheBytesHaveChangedSinceTheLastSave) {
+  save();
+  type(editor, "E");
+  folder.write("data.bin", "hello");
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+}
+
+TEST_F(DocumentSavingGuard, asksWhenAnotherFileWithTheSameBytesIsInThePlace) {
+  folder.write("other", "hello");
+  fs::rename(folder.path() / "other", folder.path() / "data.bin");
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+}
+
+TEST_F(DocumentSavingGuard, asksWhenTheBytesCannotBeCompared) {
+  ASSERT_EQ(::chmod(file.path().c_str(), 0600), 0);
+  calls.fail(SystemCall::read, 1, EIO);
+  const ScopedSystemCalls scope(calls);
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+}
+
+TEST_F(DocumentSavingGuard, readsNothingWhenNothingHasChanged) {
+  const ScopedSystemCalls scope(calls);
+  save();
+  EXPECT_EQ(calls.count(SystemCall::read), 0);
+}
+
+TEST_F(DocumentSavingGuard, leavesAnEditMadeDuringTheWriteUnsaved) {
+  editor->saveDocument();
+  platform.executor.runOneWork();
+  platform.executor.runPosted();
+  ASSERT_EQ(editor.window->statusText, "Saving data.bin");
+  editor.document->undoManager().registerUndo(this, [] {});
+  editor.document->storage()->bytes.set(1, 'E');
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  EXPECT_TRUE(editor.document->isDocumentEdited());
+  EXPECT_TRUE(editor.window->isEdited);
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "JEllo");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingGuard, belowAFileOrUnderANameThatIsTooLongSaysThatItCannotBeOpened) {
+  for (const std::string& name : {std::string("data.bin/x"), std::string(300, 'n')}) {
+    platform.alerts.expect("Save Failed", kCouldNotOpen);
+    saveAs(name);
+    EXPECT_FALSE(editor->isBusy());
+    EXPECT_TRUE(editor.window->isEdited);
+  }
+}
+
+}  // namespace
+}  // namespace quillmor::test
