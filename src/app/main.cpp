@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 
 #include "app/AppDelegate.h"
 #include "app/ApplicationWindows.h"
@@ -10,7 +11,9 @@
 #include "app/GuardedApplication.h"
 #include "app/Screenshot.h"
 #include "base/VisibleText.h"
+#include "platform/MemoryUserDefaults.h"
 #include "platform_qt/QtPlatform.h"
+#include "platform_qt/QtUserDefaults.h"
 
 namespace {
 
@@ -43,16 +46,21 @@ class Session {
   ApplicationWindows& windows_;
 };
 
+/// A picture is the same whatever the user has set, and leaves no trace but itself.
+std::unique_ptr<UserDefaults> defaultsFor(const CommandLine& line) {
+  if (line.picture) return std::make_unique<MemoryUserDefaults>();
+  return std::make_unique<QtUserDefaults>();
+}
+
 int run(const CommandLine& line, GuardedApplication& application) {
-  QtPlatform platform;
+  QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
   AppDelegate delegate(services, windows);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
-  const Session session(application, line.screenshotPath ? nullptr : &services.alerts, delegate,
-                        windows);
-  if (line.screenshotPath) {
+  const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);
+  if (line.picture) {
     saveScreenshot(line, delegate, windows);
     return EXIT_SUCCESS;
   }
@@ -77,7 +85,7 @@ int main(int argc, char** argv) {
     std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
     return *line.exitStatus;
   }
-  if (line.screenshotPath) {
+  if (line.picture) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     silencePlatformWithoutScreen();
   }

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/Error.h"
 #include "base/HexText.h"
 #include "base/VisibleText.h"
 
@@ -61,7 +62,9 @@ FileLocation FileLocation::fromPath(std::string_view path) {
   if (path.starts_with('/')) return {true, std::string(path)};
   std::error_code error;
   std::string base = std::filesystem::current_path(error).native();
-  if (base.empty() || base.back() != '/') base.push_back('/');
+  // From any other folder the path would lead to another file.
+  if (error) throw Error::posix(error.value());
+  if (base.back() != '/') base.push_back('/');
   base.append(path);
   return {true, std::move(base)};
 }

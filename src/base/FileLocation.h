@@ -13,7 +13,8 @@ namespace quillmor {
 /// directory is asked.
 class FileLocation {
  public:
-  /// A local file. A relative path is made absolute against the current directory.
+  /// A local file. A relative path is made absolute against the current directory; a POSIX error
+  /// when that cannot be told, because it was removed or lies below one that may not be read.
   static FileLocation fromPath(std::string_view path);
 
   /// A location given as a URL. "file:" URLs become local files (percent escapes decoded to bytes);

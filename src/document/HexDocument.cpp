@@ -34,7 +34,7 @@ std::string HexDocument::displayName() const {
 void HexDocument::read(const FileLocation& location) {
   // Saving must never have to follow a link, so the real file becomes the document's location.
   const FileLocation real = SecureFileAccess::realLocation(location);
-  const auto reservation = SecureFileAccess::reserveReadURL(real, location.lastPathComponent());
+  const auto reservation = SecureFileAccess::reserveReadURL(real, location.shownName());
   openingReadReservationHolder_.add(reservation);
   try {
     SecureFileAccess::validateReadableFileURL(real);

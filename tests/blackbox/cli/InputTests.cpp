@@ -203,5 +203,25 @@ TEST_F(CliInputTest, inputsStayAsTheyAre) {
   EXPECT_EQ(names(), (Arguments{"good.bin", "good.json"}));
 }
 
+TEST_F(CliInputTest, aRelativePathInARemovedFolderLeadsNowhere) {
+  // Taken from the root of the system, these would lead to files that exist.
+  const std::string absolute = (folder.path() / "good.bin").native();
+  const std::string relative = absolute.substr(1);
+  const std::string enter = "mkdir gone && cd gone && rmdir ../gone && exec \"$CLI\" ";
+  for (const std::string& command :
+       {"checksums " + relative, "transform invert " + relative + " --in-place",
+        "transform invert " + absolute + " -o " + relative + ".out",
+        "hex-dump " + absolute + " -o " + relative + ".out",
+        "compare " + absolute + " " + relative}) {
+    const CliRun ended = runShell(enter + command);
+    EXPECT_EQ(ended.status, 2) << command;
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors, std::string("quillmor-cli: ") + kMissing + "\n");
+  }
+  EXPECT_EQ(folder.read("good.bin"), "ABCDEFGH");
+  EXPECT_THAT(names(), testing::ElementsAre("good.bin", "good.json"));
+  EXPECT_EQ(runShell(enter + "checksums " + absolute).status, 0);
+}
+
 }  // namespace
 }  // namespace quillmor::test
