@@ -20,7 +20,8 @@ struct AppDelegate::SharedReply {
   }
 };
 
-void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply) {
+void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply,
+                            std::weak_ptr<HexWindowController> editor) {
   const auto shared = std::make_shared<SharedReply>(SharedReply{std::move(reply)});
   const OpenReply part = [shared](bool opened) { shared->partDidEnd(opened); };
   std::vector<FileLocation> toOpen;
@@ -34,7 +35,7 @@ void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenRepl
   }
   if (toOpen.empty() && !locations.empty()) return;
   ++shared->waiting;
-  openRequests_.push_back({std::move(toOpen), part});
+  openRequests_.push_back({std::move(toOpen), part, std::move(editor)});
   if (!isOpening_) runNextOpenRequest();
 }
 
@@ -53,9 +54,9 @@ void AppDelegate::runNextOpenRequest() {
   const FileLocation first = request.locations.front();
   request.locations.erase(request.locations.begin());
   try {
-    openURLInCurrentWindow(first,
-                           [this, rest = std::move(request.locations), finish = std::move(finish)](
-                               bool opened) { openAdditionalDocuments(rest, opened, finish); });
+    openInWindowOf(request.editor.lock(), first,
+                   [this, rest = std::move(request.locations), finish = std::move(finish)](
+                       bool opened) { openAdditionalDocuments(rest, opened, finish); });
   } catch (...) {
     isOpening_ = false;
     throw;
@@ -73,9 +74,9 @@ std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& lo
   return showEditorWindow(document);
 }
 
-void AppDelegate::openURLInCurrentWindow(const FileLocation& location,
-                                         NewWindowCompletion completion) {
-  auto controller = currentHexWindowController();
+void AppDelegate::openInWindowOf(std::shared_ptr<HexWindowController> controller,
+                                 const FileLocation& location, NewWindowCompletion completion) {
+  if (!controller || !controller->hasWindow()) controller = currentHexWindowController();
   if (!controller) controller = showNewEditorWindow(/*isPendingInitialLoad=*/false);
   controller->openURLInCurrentWindow(location, [completion = std::move(completion)](
                                                    OpenCurrentResult result) {

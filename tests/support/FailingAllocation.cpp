@@ -4,16 +4,16 @@
 
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 namespace {
 
-thread_local bool nextOneFails = false;
+/// How many allocations from now one fails; 0 for none.
+thread_local int allocationsLeft = 0;
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-  if (std::exchange(nextOneFails, false)) throw std::bad_alloc();
+  if (allocationsLeft > 0 && --allocationsLeft == 0) throw std::bad_alloc();
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
   throw std::bad_alloc();
 }
@@ -28,12 +28,16 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace quillmor {
 
-FailingAllocation::FailingAllocation() {
-  nextOneFails = true;
+FailingAllocation::FailingAllocation(int number) {
+  allocationsLeft = number;
 }
 
 FailingAllocation::~FailingAllocation() {
-  nextOneFails = false;
+  allocationsLeft = 0;
+}
+
+bool FailingAllocation::hasFailed() const {
+  return allocationsLeft == 0;
 }
 
 }  // namespace quillmor
