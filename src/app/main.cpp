@@ -90,6 +90,9 @@ int main(int argc, char** argv) {
     silencePlatformWithoutScreen();
   }
 
+  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
+  // drags by it.
+  QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   int qtArgumentCount = 1;
   GuardedApplication application(qtArgumentCount, argv);
   QApplication::setApplicationName("Quillmor");

@@ -30,10 +30,25 @@ void HexEditorState::setBytesPerRow(std::int64_t value) {
 }
 
 void HexEditorState::setCaretOffset(std::int64_t value) {
-  caretOffset_ = clampedToCount(value, count());
+  placeCaret(value);
+  showCaretAndSelection();
+}
+
+void HexEditorState::placeCaret(std::int64_t offset) noexcept {
+  caretOffset_ = clampedToCount(offset, count());
   editingHighNibble_ = true;
   pendingLowNibbleEditAnnouncement_ = false;
+  firstDigitWasAnnounced_ = false;
   selectionAnchor_.reset();
+}
+
+void HexEditorState::placeCaretAndSelection(std::int64_t caretOffset,
+                                            HexSelection selection) noexcept {
+  placeCaret(caretOffset);
+  selection_ = selection;
+}
+
+void HexEditorState::showCaretAndSelection() {
   if (surface_ != nullptr) {
     surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2));
     surface_->redrawVisiblePart();
@@ -106,16 +121,13 @@ void HexEditorState::updateStatus() {
   if (delegate_ != nullptr) delegate_->updateStatus();
 }
 
-void HexEditorState::announceEdit(std::int64_t start, std::int64_t removedCount,
-                                  std::int64_t insertedCount) {
-  if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
-}
-
+/// Accounts for an edit, and only then shows it: whatever showing may fail with, bytes, caret,
+/// history and change count agree.
 void HexEditorState::didEdit() {
-  // The delegate first: whatever showing the change may fail with, the change is accounted for.
   if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
+  layOut();
+  showCaretAndSelection();
   if (surface_ != nullptr) surface_->contentsChanged();
-  redraw();
 }
 
 }  // namespace quillmor

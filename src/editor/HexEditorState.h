@@ -27,8 +27,12 @@ class HexEditorViewDelegate {
   virtual void announceEdit(std::int64_t start, std::int64_t removedCount,
                             std::int64_t insertedCount) = 0;
 
-  /// The storage has changed. A digit completing a byte whose first digit was announced, or typed
-  /// after a click on a second digit, comes without an announcement of its own.
+  /// The announced edit failed, for want of memory: the storage is as it was.
+  virtual void editDidNotHappen() noexcept = 0;
+
+  /// The storage has changed, and caret and selection are those after the edit; nothing of it is
+  /// shown yet. A digit that completes a byte whose first digit was announced comes without an
+  /// announcement of its own.
   virtual void hexEditorDidEdit(HexEditorState& editor) = 0;
 
   /// The caret or the selection was set.
@@ -114,6 +118,12 @@ class HexEditorState {
   std::int64_t caretOffset() const { return caretOffset_; }
   void setCaretOffset(std::int64_t value);
 
+  /// Sets caret and selection as the two setters do and shows nothing: after a change of the bytes
+  /// this cannot fail. `showCaretAndSelection` follows.
+  void placeCaretAndSelection(std::int64_t caretOffset, HexSelection selection) noexcept;
+  /// Scrolls the caret into view and redraws.
+  void showCaretAndSelection();
+
   /// Kept as given; use it normalised.
   HexSelection selection() const { return selection_; }
   void setSelection(HexSelection value);
@@ -196,7 +206,10 @@ class HexEditorState {
   void refuse(const std::string& reason);
   void redraw();
   void updateStatus();
-  void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount);
+  void placeCaret(std::int64_t offset) noexcept;
+  template <class Change>
+  void edit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+            const Change& change);
   void didEdit();
   void layOut();
 
@@ -204,8 +217,8 @@ class HexEditorState {
   HexSelection selectionBetween(std::int64_t anchor, std::int64_t caret) const;
 
   void editFirstNibble(std::uint8_t value);
-  bool overwriteFirstNibble(std::uint8_t value);
-  bool makeByteForFirstNibble(HexSelection normalized);
+  void overwriteFirstNibble(std::uint8_t value);
+  void makeByteForFirstNibble(HexSelection normalized, std::uint8_t value);
   void expectSecondDigit();
   void editSecondNibble(std::uint8_t value);
 
@@ -234,8 +247,24 @@ class HexEditorState {
   EditingArea editingArea_ = EditingArea::hex;
   bool editingHighNibble_ = true;
   bool pendingLowNibbleEditAnnouncement_ = false;
+  /// Whether the announced edit of the first digit stands for the second one too.
+  bool firstDigitWasAnnounced_ = false;
   std::optional<std::int64_t> trackingDragStart_;
   std::optional<std::int64_t> selectionAnchor_;
 };
+
+/// Announces an edit and makes it with `change`, which changes the storage or throws.
+template <class Change>
+void HexEditorState::edit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+                          const Change& change) {
+  firstDigitWasAnnounced_ = false;
+  if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
+  try {
+    change();
+  } catch (...) {
+    if (delegate_ != nullptr) delegate_->editDidNotHappen();
+    throw;
+  }
+}
 
 }  // namespace quillmor

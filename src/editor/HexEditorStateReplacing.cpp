@@ -36,11 +36,9 @@ HexEditorState::Replacement HexEditorState::replacementFor(HexSelection normaliz
 void HexEditorState::replace(Replacement replacement, std::span<const std::uint8_t> bytes,
                              HexSelection newSelection) {
   if (!canApplyEdit(replacement.removedCount, countOf(bytes))) return;
-  announceEdit(replacement.start, replacement.removedCount, countOf(bytes));
-  storage_->bytes.replace(replacement.start, replacement.removedCount, bytes);
-  setSelection(newSelection);
-  layOut();
-  setCaretOffset(clampedOffset(replacement.start, countOf(bytes)));
+  edit(replacement.start, replacement.removedCount, countOf(bytes),
+       [&] { storage_->bytes.replace(replacement.start, replacement.removedCount, bytes); });
+  placeCaretAndSelection(clampedOffset(replacement.start, countOf(bytes)), newSelection);
   didEdit();
 }
 
@@ -56,18 +54,13 @@ void HexEditorState::deleteSelectionOrByte(bool backward) {
   if (refusesEditing()) return;
   const HexSelection selected = normalizedSelection();
   if (selected.length > 0) {
-    announceEdit(selected.start, selected.length, 0);
-    storage_->delete_(selected);
-    layOut();
-    setCaretOffset(selected.start);
-    setSelection({});
+    edit(selected.start, selected.length, 0, [&] { storage_->delete_(selected); });
+    placeCaretAndSelection(selected.start, {});
   } else {
     if (backward ? caretOffset_ < 1 : caretOffset_ >= count()) return;
     const std::int64_t place = backward ? caretOffset_ - 1 : caretOffset_;
-    announceEdit(place, 1, 0);
-    storage_->delete_({.start = place, .length = 1});
-    layOut();
-    if (backward) setCaretOffset(place);
+    edit(place, 1, 0, [&] { storage_->delete_({.start = place, .length = 1}); });
+    if (backward) placeCaret(place);
   }
   didEdit();
 }

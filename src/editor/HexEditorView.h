@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "editor/DraggedFiles.h"
+#include "editor/HeldMotions.h"
 #include "editor/HexEditorPainter.h"
 #include "editor/HexEditorState.h"
 #include "editor/ScrollAxis.h"
@@ -97,6 +98,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;
+  HeldMotions heldMotions_;
   QBasicTimer autoScrollTimer_;
   /// Where the pointer was last during a drag, in viewport coordinates.
   QPointF dragPoint_;

@@ -133,18 +133,22 @@ class HexWindowController : public DocumentWindow,
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void editDidNotHappen() noexcept override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override;
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
   HexSelection selection() const override { return editor_.selection(); }
-  void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) override;
+  void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept override;
 
+  /// Called before a command changes the bytes; the record becomes part of the history with
+  /// `markManualEdit`. When memory runs out, nothing has changed.
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
                         const std::string& actionName, std::optional<ByteBuffer> removed = {});
   bool registerUndoSnapshot(const std::string& actionName,
                             std::optional<std::int64_t> resultingByteCount);
 
-  /// After a command changed the bytes itself: caret, selection, change count, status.
+  /// After a command changed the bytes itself: caret, selection, history and change count; then
+  /// shows them.
   void markManualEdit(std::int64_t caretOffset, HexSelection selection, bool undoRegistered);
 
   void undo();
@@ -417,9 +421,18 @@ class HexWindowController : public DocumentWindow,
                     const std::string& actionName);
   bool replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                     const EditTitles& titles, const EditPlace& after);
+  /// An edit that is about to happen, with all that accounting for it takes.
+  struct AnnouncedEdit {
+    UndoRecords::Pending undo = {};
+    /// Where the new bytes will be and how many they replace; absent when the command moves the
+    /// bookmarks itself.
+    std::optional<HexSelection> inserted = {};
+    std::int64_t removedCount = 0;
+  };
   void unannouncedEditDidHappen();
+  void announcedEditDidHappen(AnnouncedEdit edit);
   void forgetAnnouncements();
-  void withdrawEditThatDidNotHappen();
+  void showRestoredState();
 
   /// A completion that is not called once this object has gone, and keeps it while it runs.
   template <class T>
@@ -590,12 +603,10 @@ class HexWindowController : public DocumentWindow,
   std::string lastWildcardText_;
   /// Present while a notice is shown.
   std::optional<NoticePlace> noticePlace_;
-  bool editorMutationWasAnnounced_ = false;
-  bool editorMutationHasUndo_ = false;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.
   std::optional<HexSelection> newestRecordedEdit_;
-  /// The bookmarks before an announced edit that moves them, until the edit has happened.
-  std::optional<std::vector<std::int64_t>> bookmarksBeforeEdit_;
+  /// From its announcement until it has happened.
+  std::optional<AnnouncedEdit> announcedEdit_;
 };
 
 }  // namespace quillmor

@@ -44,15 +44,17 @@ void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
   if (refuseWhileBusy(title)) return;
   const auto range = rangeForClipboardOrAlert(title, refusalOfCopying);
   if (!range) return;
-  std::function completion = [this, title, range = *range,
+  // Without a selection the byte at the caret is taken; undo brings back that nothing was selected.
+  const EditPlace place{.caretOffset = editor_.caretOffset(), .selection = editor_.selection()};
+  std::function completion = [this, title, place,
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
     if (failed(payload, title + " Failed")) return;
     if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
-    const auto remove = [&] {
-      editor_.setSelection(range);
+    attempt(title + " Failed", [&] {
+      // Another selection may have been made meanwhile; what was published goes.
+      editor_.placeCaretAndSelection(place.caretOffset, place.selection);
       editor_.deleteSelectionOrByte(/*backward=*/false);
-    };
-    if (attempt(title + " Failed", remove)) withdrawEditThatDidNotHappen();
+    });
   };
   constexpr auto payloadOf = [](const ByteBuffer& bytes, HexSelection selected,
                                 TaskProgress& progress) {
@@ -142,7 +144,7 @@ void HexWindowController::pastePreparedBytes(std::span<const std::uint8_t> bytes
   if (!validateGeneratedByteCount(count, kPaste)) return;
   if (!validateResultingDocumentByteCount(editor_.byteCountReplacedBy(count), count, kPaste))
     return;
-  if (attempt(kPasteFailed, [&] { editor_.paste(bytes); })) withdrawEditThatDidNotHappen();
+  attempt(kPasteFailed, [&] { editor_.paste(bytes); });
 }
 
 }  // namespace quillmor

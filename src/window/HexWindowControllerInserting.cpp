@@ -44,7 +44,7 @@ void HexWindowController::insert(const Insertion& insertion, const EditTitles& t
   attempt(titles.failure, [&] {
     announceEdit(insertion.offset, 0, count, titles.actionName);
     hexDocument_->storage()->bytes = *insertion.document;
-    markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+    markManualEdit(after.caretOffset, after.selection, announcedEdit_->undo.isRecorded);
   });
 }
 

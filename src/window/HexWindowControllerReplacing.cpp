@@ -39,8 +39,7 @@ std::optional<SearchMatch> HexWindowController::currentSelectionMatch(
 void HexWindowController::performReplace(const SearchRequest& request) {
   clearNotice();
   if (refuseWhileBusy("Replace")) return;
-  const bool failedNow = attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
-  if (failedNow) withdrawEditThatDidNotHappen();
+  attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
 }
 
 void HexWindowController::replaceAndFindNext(const SearchRequest& request) {

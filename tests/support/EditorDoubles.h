@@ -33,6 +33,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void editDidNotHappen() noexcept override { isAnnounced_ = false; }
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { ++statusUpdates; }
   void didRefuse(const std::string& reason) override { refusals.push_back(reason); }

@@ -92,6 +92,29 @@ TEST_F(WindowTransforms, swapGroupsOfFour) {
   EXPECT_EQ(editor.text(), "dhabcgfe");
 }
 
+TEST_F(WindowTransforms, speakOfLeftBytesOnlyWhenOthersWereSwapped) {
+  auto equal = editorWithSelection("aaaaabc", {0, 5});
+  equal->swapSelection16();
+  equal->swapSelection32();
+  EXPECT_EQ(equal.text(), "aaaaabc");
+  EXPECT_FALSE(equal.document->undoManager().canUndo());
+  std::string content;
+  for (std::int64_t i = 0; i <= backgroundEditThresholdBytes; ++i) content += i % 2 ? 'b' : 'a';
+  auto large = editorWithSelection(content, {0, backgroundEditThresholdBytes + 1});
+  large->swapSelection16();
+  ASSERT_TRUE(large->isBusy());
+  large->stopCurrentOperation();
+  platform.executor.runAll();
+  EXPECT_EQ(large.text(), content);
+  EXPECT_TRUE(platform.alerts.shown().empty());
+  platform.alerts.expect("Swap Selection 16-bit Endian",
+                         "Completed. 1 trailing byte(s) were left unchanged because the selection "
+                         "length is not divisible by 2.");
+  large->swapSelection16();
+  platform.executor.runAll();
+  EXPECT_NE(large.text(), content);
+}
+
 TEST_F(WindowTransforms, refuseSelectionsShorterThanAGroup) {
   auto editor = editorWithSelection("abc", {0, 3});
   platform.alerts.expect("Swap Selection 32-bit Endian",
