@@ -5,6 +5,13 @@
 
 namespace quillmor {
 
+namespace {
+
+/// How much is shown above and below a place gone to.
+constexpr std::int64_t kContextRows = 3;
+
+}  // namespace
+
 HexEditorState::HexEditorState(Beeper& beeper)
     : beeper_(beeper), storage_(std::make_shared<HexStorage>()) {}
 
@@ -24,14 +31,26 @@ void HexEditorState::setStorage(std::shared_ptr<HexStorage> storage) {
 void HexEditorState::setBytesPerRow(std::int64_t value) {
   const std::int64_t clamped = std::clamp<std::int64_t>(value, 8, 32);
   if (clamped == bytesPerRow_) return;
+  const Point scroll = surface_ != nullptr ? surface_->scrollPosition() : Point{};
+  const PlaceInView place =
+      geometry_.placeToKeep(scroll.y, viewportSize_.height, caretOffset_, shape());
   bytesPerRow_ = clamped;
-  recalcMetrics();
+  layOut();
+  if (surface_ != nullptr) {
+    surface_->scrollTo({scroll.x, geometry_.scrollFor(place, bytesPerRow_)});
+    surface_->contentsChanged();
+  }
   redraw();
 }
 
 void HexEditorState::setCaretOffset(std::int64_t value) {
   placeCaret(value);
   showCaretAndSelection();
+}
+
+void HexEditorState::goTo(std::int64_t offset) {
+  placeCaret(offset);
+  show(geometry_.contextAround(viewportSize_.height, kContextRows));
 }
 
 void HexEditorState::placeCaret(std::int64_t offset) noexcept {
@@ -49,8 +68,12 @@ void HexEditorState::placeCaretAndSelection(std::int64_t caretOffset,
 }
 
 void HexEditorState::showCaretAndSelection() {
+  show(0);
+}
+
+void HexEditorState::show(double context) {
   if (surface_ != nullptr) {
-    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2));
+    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2 + context));
     surface_->redrawVisiblePart();
     surface_->caretOrSelectionChanged();
   }

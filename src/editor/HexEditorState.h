@@ -56,6 +56,12 @@ class HexEditorSurface {
   /// Scrolls as little as needed to show `rect` (document coordinates).
   virtual void scrollToVisible(const Rect& rect) = 0;
 
+  /// The document coordinates of the top left corner of what can be seen.
+  virtual Point scrollPosition() const = 0;
+
+  /// Scrolls there, as far as the document goes.
+  virtual void scrollTo(Point position) = 0;
+
   /// Typing shall go to this view from now on.
   virtual void takeKeyboardFocus() = 0;
 
@@ -105,7 +111,8 @@ class HexEditorState {
   /// Replaces the bytes shown; the caller then sets caret and selection and lays out again.
   void setStorage(std::shared_ptr<HexStorage> storage);
 
-  /// Clamped to 8...32.
+  /// Clamped to 8...32. What can be seen stays in its place: the row of the caret when it is among
+  /// it, else the first row.
   std::int64_t bytesPerRow() const { return bytesPerRow_; }
   void setBytesPerRow(std::int64_t value);
 
@@ -117,6 +124,8 @@ class HexEditorState {
   /// and scrolls the caret into view.
   std::int64_t caretOffset() const { return caretOffset_; }
   void setCaretOffset(std::int64_t value);
+  /// The same for a place to go to: shows a few rows above and below it too, where there is room.
+  void goTo(std::int64_t offset);
 
   /// Sets caret and selection as the two setters do and shows nothing: after a change of the bytes
   /// this cannot fail. `showCaretAndSelection` follows.
@@ -204,6 +213,9 @@ class HexEditorState {
   bool overwritesAtCaret(HexSelection normalized) const;
   bool refusesEditing();
   void refuse(const std::string& reason);
+  /// Scrolls the caret into view with `context` above and below it, in document coordinates, and
+  /// redraws.
+  void show(double context);
   void redraw();
   void updateStatus();
   void placeCaret(std::int64_t offset) noexcept;

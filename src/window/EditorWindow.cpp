@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <utility>
 
 #include "editor/HexEditorView.h"
@@ -44,8 +45,7 @@ EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller,
   setAttribute(Qt::WA_DeleteOnClose);
   setGeometry(QRect(kInitialOrigin, kInitialSize));
   setupUI();
-  setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
-                 kMinimumSize.height());
+  limitMinimumSize();
   controller_->attachWindow(*this);
   editorView_->setFocus();
 }
@@ -303,16 +303,43 @@ void EditorWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (hasPresentedInitialWindow_) return;
   hasPresentedInitialWindow_ = true;
+  connect(windowHandle(), &QWindow::screenChanged, this, [this] { limitMinimumSize(); });
+  limitMinimumSize();
   keepOnScreen();
 }
 
+/// What the window needs to show everything, but no more than its screen has.
+void EditorWindow::limitMinimumSize() {
+  const QSize needed(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
+                     kMinimumSize.height());
+  setMinimumSize(needed.boundedTo(roomOnScreen().size()));
+}
+
+/// Where the window's content may lie, so that its frame is on the screen too.
+QRect EditorWindow::roomOnScreen() const {
+  const QRect content = geometry();
+  const QRect frame = frameGeometry();
+  return screen()->availableGeometry().adjusted(
+      content.left() - frame.left(), content.top() - frame.top(), content.right() - frame.right(),
+      content.bottom() - frame.bottom());
+}
+
+void EditorWindow::moveEvent(QMoveEvent* event) {
+  QMainWindow::moveEvent(event);
+  // The desktop puts its frame around a window some time after it has been shown.
+  if (hasSeenFrame_ || !isVisible() || frameGeometry() == geometry()) return;
+  hasSeenFrame_ = true;
+  limitMinimumSize();
+  if (!isMaximized() && !isFullScreen()) keepOnScreen();
+}
+
 void EditorWindow::keepOnScreen() {
-  const QRect available = screen()->availableGeometry();
-  QRect frame = geometry();
-  frame.setSize(frame.size().boundedTo(available.size()));
-  frame.moveLeft(std::clamp(frame.left(), available.left(), available.right() + 1 - frame.width()));
-  frame.moveTop(std::clamp(frame.top(), available.top(), available.bottom() + 1 - frame.height()));
-  setGeometry(frame);
+  const QRect room = roomOnScreen();
+  QRect content = geometry();
+  content.setSize(content.size().boundedTo(room.size()));
+  content.moveLeft(std::clamp(content.left(), room.left(), room.right() + 1 - content.width()));
+  content.moveTop(std::clamp(content.top(), room.top(), room.bottom() + 1 - content.height()));
+  setGeometry(content);
 }
 
 }  // namespace quillmor

@@ -71,12 +71,15 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void closeEvent(QCloseEvent* event) override;
   void changeEvent(QEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
 
  private:
   void setupUI();
   QWidget* makeStatusRow();
   QLayout* makeInspectorRow();
   void acceptDrops();
+  void limitMinimumSize();
+  QRect roomOnScreen() const;
   void keepOnScreen();
   bool mayCloseNow();
   FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
@@ -101,6 +104,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   FindReplacePanelController* replacePanelController_ = nullptr;
   bool closesWithoutAsking_ = false;
   bool hasPresentedInitialWindow_ = false;
+  bool hasSeenFrame_ = false;
 };
 
 }  // namespace quillmor

@@ -90,6 +90,7 @@ class FindReplacePanelController : public QDialog {
   using Operation = void (*)(HexWindowController& owner, const SearchRequest& request);
 
   void setupUI();
+  void setSize(QSize size);
   QTabBar* makeTabView();
   QBoxLayout* makeForm();
   QBoxLayout* makeRow(QLabel* label, QWidget* field);

@@ -406,6 +406,8 @@ class HexWindowController : public DocumentWindow,
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   HexSelection selectedRange() const { return editor_.selection().normalized(byteCount()); }
   void moveCaret(std::int64_t offset, HexSelection selection);
+  /// The same for a place to go to, which is shown with its surroundings.
+  void goTo(std::int64_t offset, HexSelection selection);
 
   /// What an edit is called in the Edit menu, and the title of an alert about its failure.
   struct EditTitles {
@@ -510,12 +512,14 @@ class HexWindowController : public DocumentWindow,
   void fillCurrentSelection(HexSelection range, std::vector<std::uint8_t> pattern,
                             const std::string& title, const std::string& statusText);
   void insertFill();
+  Refusal refusalOfInserting(std::int64_t count) const;
   void generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                          const std::string& title, const std::string& statusText);
   void insertFile(const InsertedFileTexts& texts, const std::function<std::int64_t()>& place);
   void insertReadFile(const InsertedFileTexts& texts, const Result<Insertion>& read);
 
   bool refuseAtEnd(const std::string& title);
+  bool fitsAtCaret(const std::vector<std::uint8_t>& bytes) const;
   void overwriteAtCaret(const std::vector<std::uint8_t>& bytes, const std::string& title,
                         const std::string& actionName);
 

@@ -158,4 +158,9 @@ void HexWindowController::moveCaret(std::int64_t offset, HexSelection selection)
   editor_.setSelection(selection);
 }
 
+void HexWindowController::goTo(std::int64_t offset, HexSelection selection) {
+  editor_.goTo(offset);
+  editor_.setSelection(selection);
+}
+
 }  // namespace quillmor

@@ -107,7 +107,7 @@ std::optional<PolarisChecksumResult> HexWindowController::applyPolarisChecksumFi
   if (!validation) return std::nullopt;
   const auto result = polarisChecksumFix(hexDocument_->storage()->bytes.span(), *validation);
   if (!result.changed) {
-    moveCaret(result.checksumOffset, {result.checksumOffset, 1});
+    goTo(result.checksumOffset, {result.checksumOffset, 1});
     return result;
   }
   if (!writeChecksumByte(result.checksumOffset, result.newChecksum,

@@ -105,7 +105,7 @@ void HexWindowController::startSearchAll(const SearchRequest& request) {
 }
 
 void HexWindowController::selectMatch(const SearchMatch& match) {
-  moveCaret(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
+  goTo(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
 }
 
 /// Says how many there were, with a beep when there were none.
@@ -119,10 +119,14 @@ void HexWindowController::findWildcardMask() {
   if (refuseWhileBusy(kWildcardTitle)) return;
   const auto text = askForText(
       platform_.alerts, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
-      {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_});
+      {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_},
+      [](const std::string& typed) -> std::optional<std::string> {
+        const auto read = typedWildcardPattern(typed);
+        if (read.isOk()) return std::nullopt;
+        return read.error().message();
+      });
   if (!text) return;
   auto pattern = typedWildcardPattern(*text);
-  if (!pattern.isOk()) return alert(kWildcardTitle, pattern.error().message());
   lastWildcardText_ = *text;
   const std::int64_t length = pattern.value().length();
   // Behind the selection, so that asking again goes to the next match.
@@ -139,7 +143,7 @@ void HexWindowController::findWildcardMask() {
       showNotice(std::string(kNoMatch));
       return alert(kWildcardTitle, std::string(kNoMatch));
     }
-    moveCaret(*result.value(), {*result.value(), length});
+    goTo(*result.value(), {*result.value(), length});
   };
   runBackgroundSnapshotTask("Searching wildcard pattern…", {}, std::move(work),
                             std::move(completion));

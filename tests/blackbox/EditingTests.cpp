@@ -175,6 +175,9 @@ TEST_F(EditingTest, anOffsetThatIsNoneMovesNothing) {
     const ShownAlert alert = expectAlert("Enter a valid offset.");
     EXPECT_THAT(alert.texts, testing::Contains("Go to Offset"));
     press({"Return"});
+    // Asks again.
+    expectAlert("Enter decimal, 0xHEX, HEX, or HEXh offset.");
+    press({"Escape"});
     expectNoAlert();
     expectStatus(Status{.size = 64, .offset = 16});
   }

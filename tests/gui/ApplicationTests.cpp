@@ -74,9 +74,8 @@ TEST_F(ApplicationTest, goesToAnOffsetFromTheToolbar) {
                          {"0x3"});
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
-  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
-                         {"zzz"});
-  platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+  platform.alerts.expectRefusedAnswer("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.",
+                                      "OK", {"zzz"}, "Enter a valid offset.");
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
 }

@@ -63,6 +63,8 @@ class RecordingSurface : public HexEditorSurface {
   void redrawVisiblePart() override { ++redraws; }
   void documentSizeChanged() override { ++sizeChanges; }
   void scrollToVisible(const Rect& rect) override { scrolledTo.push_back(rect); }
+  Point scrollPosition() const override { return scroll; }
+  void scrollTo(Point position) override { scroll = position; }
   void takeKeyboardFocus() override { ++focusRequests; }
   void caretOrSelectionChanged() override { ++caretChanges; }
   void contentsChanged() override { ++contentChanges; }
@@ -75,6 +77,7 @@ class RecordingSurface : public HexEditorSurface {
   int contentChanges = 0;
   int detachments = 0;
   std::vector<Rect> scrolledTo;
+  Point scroll;
 };
 
 inline std::vector<std::uint8_t> bytesOf(const HexEditorState& state) {

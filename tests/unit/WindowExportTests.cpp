@@ -278,9 +278,9 @@ TEST_F(WindowExports, askForTheLengthOfStrings) {
 TEST_F(WindowExports, refuseStringsOfNoLength) {
   auto editor = makeEditor("abc");
   for (const char* length : {"0", "-1", "many", "", "9223372036854775808"}) {
-    platform.alerts.expect("Export ASCII Strings", "Minimum printable ASCII string length.", "OK",
-                           {length});
-    platform.alerts.expect("Export ASCII Strings", "Enter a number of 1 or more.");
+    platform.alerts.expectRefusedAnswer("Export ASCII Strings",
+                                        "Minimum printable ASCII string length.", "OK", {length},
+                                        "Enter a number of 1 or more.");
     editor->exportASCIIStrings();
   }
   platform.alerts.expect("Export ASCII Strings", "Minimum printable ASCII string length.", "Cancel",
