@@ -59,3 +59,19 @@ int runToEnd(const std::vector<std::string>& arguments) {
   if (outcome.error().isStopped()) Interruption::die();
   if (!failedFile.empty()) failedFile += ": ";
   printMessage(failedFile + outcome.error().messageWithReason());
+  return static_cast<int>(Outcome::failed);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  occupyStandardDescriptors();
+  try {
+    return runToEnd({argv + 1, argv + argc});
+  } catch (const ClosedPipe&) {
+    Interruption::dieOfClosedPipe();
+  } catch (...) {
+    // There is not even memory for a message.
+    return static_cast<int>(Outcome::failed);
+  }
+}
