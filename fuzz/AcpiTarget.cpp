@@ -60,7 +60,7 @@ void checkTable(const Bytes& bytes, const ACPIInfo& info) {
                     "The report names the table");
   checkPrecondition(info.report.ends_with("\nSum: 0x00") == info.isValid, "A valid sum is zero");
   checkPrecondition(
-      acpiChecksumText(bytes) ==
+      validateACPIChecksum(bytes).text ==
           (info.isValid ? "Checksum is valid.\n\n" : "Checksum is invalid.\n\n") + info.report,
       "Validating says what the table is");
 }
@@ -88,7 +88,7 @@ void checkFix(const Bytes& bytes, const ACPIInfo& info) {
 
 void checkOthers(const Bytes& bytes) {
   const bool isFacs = startsWithFacs(bytes);
-  checkPrecondition(codeThrownBy([&] { (void)acpiChecksumText(bytes); }) == (isFacs ? 0 : 2801),
+  checkPrecondition(codeThrownBy([&] { (void)validateACPIChecksum(bytes); }) == (isFacs ? 0 : 2801),
                     "Validating refuses what is neither table nor FACS");
   checkPrecondition(codeThrownBy([&] { (void)acpiChecksumFix(bytes); }) == (isFacs ? 2802 : 2801),
                     "Fixing refuses what has no checksum");
@@ -107,7 +107,7 @@ void checkFacs(const Bytes& bytes) {
 }
 
 void checkDetector(const Bytes& bytes, const std::optional<ACPIInfo>& table) {
-  const std::string report = fileStructureReport(bytes);
+  const std::string report = detectFileStructure(bytes).report;
   checkPrecondition(report.starts_with("Detected structures:\n- ") && !report.ends_with('\n'),
                     "The detector's report has a head and lines");
   const std::string name = table ? "\n- ACPI table: " + table->signature + ", length " +

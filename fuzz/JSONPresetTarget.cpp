@@ -187,10 +187,10 @@ void checkApplying(const JSONPatchPreset& preset, std::uint8_t choice, std::uint
       "Without matches the memory is shared");
   checkResult(preset, *result);
 
-  std::int64_t lines = 4 + std::ranges::count(preset.name, '\n');
-  for (const Rule& rule : preset.rules) lines += 1 + std::ranges::count(rule.name, '\n');
+  // Whatever the names are.
   const std::string report = jsonPresetReport(preset, *result);
-  checkPrecondition(std::ranges::count(report, '\n') + 2 == lines, "A rule has its line");
+  checkPrecondition(std::ranges::count(report, '\n') == std::ssize(preset.rules) + 2,
+                    "A rule has its line");
 }
 
 }  // namespace

@@ -6,6 +6,9 @@ build_packages=(g++ cmake ninja-build ccache qt6-base-dev libgl-dev libcli11-dev
 # What the tests need on top: the test framework, and an X server that real key events go to.
 test_packages=(libgtest-dev libgmock-dev xvfb xdotool xclip openbox x11-utils dbus-bin dbus-daemon at-spi2-core)
 
+# Where `localedef` takes the character sets from; a test makes a locale with a decimal comma.
+test_packages+=(locales)
+
 # Standard tools whose output the tests compare the editor's with.
 test_packages+=(xxd srecord binutils diffutils openssl acpica-tools)
 

@@ -27,16 +27,16 @@ constexpr auto kTextCommands = std::to_array<TextCommand>({
 
 struct ApplicationCommand {
   std::string_view action;
-  void (*perform)(AppDelegate&, ApplicationSurface&);
+  void (*perform)(AppDelegate&, ApplicationSurface&, const CommandOrigin&);
 };
 
 constexpr auto kApplicationCommands = std::to_array<ApplicationCommand>({
-    {"showAbout:", [](AppDelegate&, ApplicationSurface& surface) { surface.showAboutWindow(); }},
-    {"showPreferences:", [](AppDelegate& app, ApplicationSurface&) { app.showPreferences(); }},
-    {"requestQuit:", [](AppDelegate& app, ApplicationSurface&) { app.requestQuit(); }},
-    {"newDocument:", [](AppDelegate& app, ApplicationSurface&) { app.newDocument(); }},
-    {"forwardOpenDocument:", [](AppDelegate& app, ApplicationSurface&) { app.openDocument(); }},
-    {"performClose:", [](AppDelegate&, ApplicationSurface& surface) { surface.performClose(); }},
+    {"showAbout:", [](auto&, auto& surface, auto&) { surface.showAboutWindow(); }},
+    {"showPreferences:", [](auto& app, auto&, auto&) { app.showPreferences(); }},
+    {"requestQuit:", [](auto& app, auto&, auto&) { app.requestQuit(); }},
+    {"newDocument:", [](auto& app, auto&, auto&) { app.newDocument(); }},
+    {"forwardOpenDocument:", [](auto& app, auto&, auto&) { app.openDocument(); }},
+    {"performClose:", [](auto&, auto& surface, auto& origin) { surface.performClose(origin); }},
 });
 
 template <class Table>
@@ -71,41 +71,47 @@ void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller
   if (found != windowOrder_.end()) std::rotate(windowOrder_.begin(), found, found + 1);
 }
 
-void AppDelegate::perform(std::string_view action) {
-  const auto work = [&] { return route(action), Done(); };
+void AppDelegate::perform(std::string_view action, const CommandOrigin& origin) {
+  const auto work = [&] { return route(action, origin), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
+  if (const auto controller = currentHexWindowController()) controller->noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
 
-void AppDelegate::route(std::string_view action) {
-  if (performTextAction(action)) return;
+void AppDelegate::route(std::string_view action, const CommandOrigin& origin) {
+  if (performTextAction(action, origin)) return;
+  if (origin.editor) editorWindowDidBecomeKey(*origin.editor);
   const auto own = findAction(kApplicationCommands, action);
-  if (own != kApplicationCommands.end()) return own->perform(*this, surface_);
+  if (own != kApplicationCommands.end()) return own->perform(*this, surface_, origin);
   if (const auto controller = currentHexWindowController()) controller->perform(action);
 }
 
-bool AppDelegate::performTextAction(std::string_view action) {
+bool AppDelegate::performTextAction(std::string_view action, const CommandOrigin& origin) {
   const auto command =
       std::find_if(kTextCommands.begin(), kTextCommands.end(),
                    [action](const TextCommand& entry) { return entry.menuAction == action; });
   if (command == kTextCommands.end()) return false;
-  const auto focus = surface_.focusedTextView();
+  const auto focus = surface_.focusedTextView(origin);
   if (!focus) return false;
   const bool nothingToUndo = (command->textAction == TextAction::undo && !focus->canUndo) ||
                              (command->textAction == TextAction::redo && !focus->canRedo);
   if (nothingToUndo) {
-    platform_.beeper.beep();
+    const bool isUndo = command->textAction == TextAction::undo;
+    const auto controller = currentHexWindowController();
+    if (!controller) return platform_.beeper.beep(), true;
+    controller->refuse(isUndo ? HexWindowController::kNothingToUndo
+                              : HexWindowController::kNothingToRedo);
     return true;
   }
-  return surface_.sendTextAction(command->textAction);
+  return surface_.sendTextAction(command->textAction, origin);
 }
 
-EnablingContext AppDelegate::enablingContext() const {
+EnablingContext AppDelegate::enablingContext(const CommandOrigin& origin) const {
   EnablingContext context;
-  context.textFocus = surface_.focusedTextView();
-  const auto controller = currentHexWindowController();
+  context.textFocus = surface_.focusedTextView(origin);
+  const auto controller = origin.editor ? origin.editor : currentHexWindowController();
   if (!controller) return context;
   context.hasController = true;
   context.isBusy = controller->isBusy();
@@ -119,12 +125,12 @@ EnablingContext AppDelegate::enablingContext() const {
   return context;
 }
 
-bool AppDelegate::validateMenuItem(std::string_view action) const {
+bool AppDelegate::validateMenuItem(std::string_view action, const CommandOrigin& origin) const {
   const auto hasCommand = [](std::string_view name) {
     return findAction(kApplicationCommands, name) != kApplicationCommands.end() ||
            HexWindowController::hasCommand(name);
   };
-  return isEnabled(action, enablingContext(), hasCommand);
+  return isEnabled(action, enablingContext(origin), hasCommand);
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::showNewEditorWindow(bool isPendingInitialLoad) {
@@ -170,7 +176,10 @@ void AppDelegate::openDocument() {
     directory = controller->document().location()->directory();
   auto locations =
       platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
-  if (!locations.empty()) openFiles(locations, [](bool) {});
+  // The panel ran the event loop, in which another window may have come to the front.
+  if (!locations.empty())
+    openFiles(
+        locations, [](bool) {}, controller);
 }
 
 void AppDelegate::showPreferences() {

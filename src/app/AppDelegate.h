@@ -36,11 +36,12 @@ class AppDelegate {
   void editorWindowDidBecomeKey(const HexWindowController& controller);
 
   /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails
-  /// with is shown as an alert titled with the command.
-  void perform(std::string_view action);
+  /// with is shown as an alert titled with the command. A command acts on the window that it was
+  /// chosen in, whichever has the keyboard; its editor is the one used last from then on.
+  void perform(std::string_view action, const CommandOrigin& origin = {});
 
-  /// Whether the menu action is enabled now.
-  bool validateMenuItem(std::string_view action) const;
+  /// Whether the menu action is enabled now in the menus of the origin.
+  bool validateMenuItem(std::string_view action, const CommandOrigin& origin = {}) const;
 
   void newDocument();
   void openDocument();
@@ -51,8 +52,10 @@ class AppDelegate {
 
   // AppDelegateOpening.cpp: files handed to the application.
 
-  /// Opens the first file into the current window and the others into new ones, one after another.
-  void openFiles(const std::vector<FileLocation>& locations, OpenReply reply);
+  /// Opens the first file into the window of `editor` and the others into new ones, one after
+  /// another; into the current window when there is no such window.
+  void openFiles(const std::vector<FileLocation>& locations, OpenReply reply,
+                 std::weak_ptr<HexWindowController> editor = {});
 
   /// Reads the file at once and shows it in a new window. Throws the reading layer's errors.
   std::shared_ptr<HexWindowController> openNow(const FileLocation& location);
@@ -77,20 +80,22 @@ class AppDelegate {
   struct OpenRequest {
     std::vector<FileLocation> locations;
     OpenReply reply;
+    std::weak_ptr<HexWindowController> editor;
   };
 
   struct SharedReply;
 
-  void route(std::string_view action);
-  bool performTextAction(std::string_view action);
-  EnablingContext enablingContext() const;
+  void route(std::string_view action, const CommandOrigin& origin);
+  bool performTextAction(std::string_view action, const CommandOrigin& origin);
+  EnablingContext enablingContext(const CommandOrigin& origin) const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
   std::shared_ptr<HexWindowController> showEditorWindow(
       const std::shared_ptr<HexDocument>& document);
   std::vector<std::shared_ptr<HexWindowController>> editorControllers() const;
 
   void runNextOpenRequest();
-  void openURLInCurrentWindow(const FileLocation& location, NewWindowCompletion completion);
+  void openInWindowOf(std::shared_ptr<HexWindowController> controller, const FileLocation& location,
+                      NewWindowCompletion completion);
   void openAdditionalDocuments(std::vector<FileLocation> locations, bool everyFileOpened,
                                OpenReply reply);
   void openInNewWindow(const FileLocation& location, NewWindowCompletion completion);

@@ -21,7 +21,8 @@ struct AppDelegate::SharedReply {
   }
 };
 
-void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply) {
+void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply,
+                            std::weak_ptr<HexWindowController> editor) {
   const auto shared = std::make_shared<SharedReply>(SharedReply{std::move(reply)});
   const OpenReply part = [shared](bool opened) { shared->partDidEnd(opened); };
   std::vector<FileLocation> toOpen;
@@ -35,7 +36,7 @@ void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenRepl
   }
   if (toOpen.empty() && !locations.empty()) return;
   ++shared->waiting;
-  openRequests_.push_back({std::move(toOpen), part});
+  openRequests_.push_back({std::move(toOpen), part, std::move(editor)});
   if (opening_.expired()) runNextOpenRequest();
 }
 
@@ -54,10 +55,9 @@ void AppDelegate::runNextOpenRequest() {
   if (request.locations.empty()) return finish(true);
   const FileLocation first = request.locations.front();
   request.locations.erase(request.locations.begin());
-  openURLInCurrentWindow(
-      first, [this, rest = std::move(request.locations), finish = std::move(finish)](bool opened) {
-        openAdditionalDocuments(rest, opened, finish);
-      });
+  openInWindowOf(request.editor.lock(), first,
+                 [this, rest = std::move(request.locations), finish = std::move(finish)](
+                     bool opened) { openAdditionalDocuments(rest, opened, finish); });
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& location) {
@@ -71,9 +71,9 @@ std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& lo
   return showEditorWindow(document);
 }
 
-void AppDelegate::openURLInCurrentWindow(const FileLocation& location,
-                                         NewWindowCompletion completion) {
-  auto controller = currentHexWindowController();
+void AppDelegate::openInWindowOf(std::shared_ptr<HexWindowController> controller,
+                                 const FileLocation& location, NewWindowCompletion completion) {
+  if (!controller || !controller->hasWindow()) controller = currentHexWindowController();
   if (!controller) controller = showNewEditorWindow(/*isPendingInitialLoad=*/false);
   controller->openURLInCurrentWindow(location, [completion = std::move(completion)](
                                                    OpenCurrentResult result) {
@@ -120,6 +120,8 @@ void AppDelegate::newWindowLoadDidEnd(const FileLocation& location,
     const bool isShown = result.isOk() && result.value() == OpenCurrentResult::opened;
     if (controller && !isShown) controller->closeUnusedWindow();
     if (!result.isOk() && !result.error().isStopped()) {
+      if (const auto current = currentHexWindowController())
+        current->noteOpenFailure(location, result.error());
       platform_.alerts.runModal(
           {.messageText = "Open Failed", .informativeText = result.error().message()});
     }

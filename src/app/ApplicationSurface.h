@@ -11,6 +11,14 @@ namespace quillmor {
 /// The standard commands that a focused text view carries out itself.
 enum class TextAction { undo, redo, cut, copy, paste, delete_, selectAll };
 
+/// Where a command was chosen.
+struct CommandOrigin {
+  /// The editor that the window of the menu belongs to; null for the current one.
+  std::shared_ptr<HexWindowController> editor;
+  /// The window as the surface knows it; null for the one with the keyboard.
+  void* window = nullptr;
+};
+
 /// What the application delegate needs of the toolkit's application. Main thread only.
 class ApplicationSurface {
  public:
@@ -19,14 +27,15 @@ class ApplicationSurface {
   /// Makes a window for the controller, attaches it and shows it in front.
   virtual void showEditorWindow(const std::shared_ptr<HexWindowController>& controller) = 0;
 
-  /// The text view with the keyboard focus in the key window; absent when something else has it.
-  virtual std::optional<TextFocus> focusedTextView() const = 0;
+  /// The text view with the keyboard focus of the origin's window; absent when something else has
+  /// it.
+  virtual std::optional<TextFocus> focusedTextView(const CommandOrigin& origin) const = 0;
 
-  /// Sends the action to the focused text view; false when there is none.
-  virtual bool sendTextAction(TextAction action) = 0;
+  /// Sends the action to that text view; false when there is none.
+  virtual bool sendTextAction(TextAction action, const CommandOrigin& origin) = 0;
 
-  /// Closes the key window, after its questions.
-  virtual void performClose() = 0;
+  /// Closes the origin's window, after its questions.
+  virtual void performClose(const CommandOrigin& origin) = 0;
 
   virtual void showAboutWindow() = 0;
 

@@ -21,10 +21,15 @@ namespace {
 
 constexpr const char* kMenusName = "windowMenus";
 
-/// The widget that gets what is typed: of an editable pop-up, which has the focus itself, its
-/// field.
-QWidget* focusedWidget() {
-  QWidget* focus = QApplication::focusWidget();
+QWidget* windowOf(const CommandOrigin& origin) {
+  return static_cast<QWidget*>(origin.window);
+}
+
+/// The widget that gets what is typed in the origin's window: of an editable pop-up, which has the
+/// focus itself, its field.
+QWidget* focusedWidget(const CommandOrigin& origin) {
+  const QWidget* window = windowOf(origin);
+  QWidget* focus = window ? window->focusWidget() : QApplication::focusWidget();
   const auto* popUp = qobject_cast<QComboBox*>(focus);
   return popUp && popUp->isEditable() ? popUp->lineEdit() : focus;
 }
@@ -45,11 +50,12 @@ TextFocus focusOf(const QPlainTextEdit& view) {
           .canRedo = view.document()->isRedoAvailable()};
 }
 
+/// Without a selection these do nothing: the command is not the key that deletes a character.
 void deleteSelectedText(QLineEdit& field) {
-  field.del();
+  if (field.hasSelectedText()) field.del();
 }
 void deleteSelectedText(QPlainTextEdit& view) {
-  view.textCursor().deleteChar();
+  view.textCursor().removeSelectedText();
 }
 
 template <class TextView>
@@ -89,17 +95,19 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   handlers.perform = [this](EditorWindow& window, std::string_view action) {
     performIn(window.controller(), action);
   };
-  handlers.didOpenReportWindow = [this](ReportWindow& window) {
+  const std::weak_ptr owner = controller;
+  handlers.didOpenReportWindow = [this, owner](ReportWindow& window) {
     std::erase_if(reportWindows_, [](const auto& held) { return held.isNull(); });
     reportWindows_.emplace_back(&window);
-    addMenus(window);
+    addMenus(window, owner);
   };
-  handlers.didMakePanel = [this](FindReplacePanelController& panel) { addMenus(panel); };
-  auto* window =
-      new EditorWindow(controller, {platform_.beeper, searchHistories_}, std::move(handlers));
+  handlers.didMakePanel = [this, owner](FindReplacePanelController& panel) {
+    addMenus(panel, owner);
+  };
+  auto* window = new EditorWindow(controller, {searchHistories_}, std::move(handlers));
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
-  addMenus(*window, window->menuBar());
+  addMenus(*window, owner, window->menuBar());
   window->show();
   window->activateWindow();
 }
@@ -110,15 +118,24 @@ void ApplicationWindows::performIn(HexWindowController& controller, std::string_
   const auto work = [&] { return held->perform(action), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
+  held->noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
 
-void ApplicationWindows::addMenus(QWidget& window, QMenuBar* menuBar) {
+void ApplicationWindows::addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,
+                                  QMenuBar* menuBar) {
+  const auto origin = [owner, &window] {
+    auto editor = owner.lock();
+    if (editor && !editor->hasWindow()) editor = nullptr;
+    return CommandOrigin{.editor = std::move(editor), .window = &window};
+  };
   WindowMenus::Handlers handlers;
-  handlers.perform = [this](std::string_view action) { delegate_->perform(action); };
-  handlers.validate = [this](std::string_view action) {
-    return delegate_->validateMenuItem(action);
+  handlers.perform = [this, origin](std::string_view action) {
+    delegate_->perform(action, origin());
+  };
+  handlers.validate = [this, origin](std::string_view action) {
+    return delegate_->validateMenuItem(action, origin());
   };
   auto* menus = new WindowMenus(window, menuBar, std::move(handlers));
   menus->setObjectName(kMenusName);
@@ -129,29 +146,30 @@ WindowMenus* ApplicationWindows::menusOf(QWidget& window) {
       window.findChild<QObject*>(kMenusName, Qt::FindDirectChildrenOnly));
 }
 
-std::optional<TextFocus> ApplicationWindows::focusedTextView() const {
-  QWidget* focus = focusedWidget();
+std::optional<TextFocus> ApplicationWindows::focusedTextView(const CommandOrigin& origin) const {
+  QWidget* focus = focusedWidget(origin);
   if (const auto* field = qobject_cast<QLineEdit*>(focus)) return focusOf(*field);
   if (const auto* view = qobject_cast<QPlainTextEdit*>(focus)) return focusOf(*view);
   return std::nullopt;
 }
 
-bool ApplicationWindows::sendTextAction(TextAction action) {
-  QWidget* focus = focusedWidget();
+bool ApplicationWindows::sendTextAction(TextAction action, const CommandOrigin& origin) {
+  QWidget* focus = focusedWidget(origin);
   if (auto* field = qobject_cast<QLineEdit*>(focus)) return send(action, *field), true;
   if (auto* view = qobject_cast<QPlainTextEdit*>(focus)) return send(action, *view), true;
   return false;
 }
 
-void ApplicationWindows::performClose() {
-  if (QWidget* window = QApplication::activeWindow()) window->close();
+void ApplicationWindows::performClose(const CommandOrigin& origin) {
+  QWidget* window = windowOf(origin) ? windowOf(origin) : QApplication::activeWindow();
+  if (window) window->close();
 }
 
 void ApplicationWindows::showAboutWindow() {
   if (!aboutWindowController_) {
     aboutWindowController_ = new AboutWindowController(
         platform_.workspace, [this](const QRect& frame) { aboutWindowFrame_ = frame; });
-    addMenus(*aboutWindowController_);
+    addMenus(*aboutWindowController_, {});
     if (const QWidget* active = QApplication::activeWindow(); active && !aboutWindowFrame_) {
       QRect frame = aboutWindowController_->geometry();
       frame.moveCenter(active->geometry().center());

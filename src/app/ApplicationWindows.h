@@ -33,9 +33,9 @@ class ApplicationWindows : public ApplicationSurface {
   void setDelegate(AppDelegate& delegate) { delegate_ = &delegate; }
 
   void showEditorWindow(const std::shared_ptr<HexWindowController>& controller) override;
-  std::optional<TextFocus> focusedTextView() const override;
-  bool sendTextAction(TextAction action) override;
-  void performClose() override;
+  std::optional<TextFocus> focusedTextView(const CommandOrigin& origin) const override;
+  bool sendTextAction(TextAction action, const CommandOrigin& origin) override;
+  void performClose(const CommandOrigin& origin) override;
   void showAboutWindow() override;
   void terminate() override;
 
@@ -49,7 +49,10 @@ class ApplicationWindows : public ApplicationSurface {
   static WindowMenus* menusOf(QWidget& window);
 
  private:
-  void addMenus(QWidget& window, QMenuBar* menuBar = nullptr);
+  /// Gives a window its menus, whose commands go to `owner`; to the current editor when there is no
+  /// such editor any more.
+  void addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,
+                QMenuBar* menuBar = nullptr);
   void performIn(HexWindowController& controller, std::string_view action);
 
   const PlatformServices platform_;

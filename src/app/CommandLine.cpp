@@ -2,14 +2,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/Error.h"
 #include "base/ShieldedArguments.h"
+#include "base/VisibleText.h"
 #include "search/HexParser.h"
 
 namespace quillmor {
 
 namespace {
 
-constexpr int kUsageStatus = 2;
+constexpr int kFailureStatus = 2;
 
 /// "START,LENGTH", each typed like any offset.
 std::optional<HexSelection> parseSelection(const std::string& text) {
@@ -21,16 +23,19 @@ std::optional<HexSelection> parseSelection(const std::string& text) {
   return HexSelection{*start, *length};
 }
 
-CommandLine usageError(const std::string& message) {
+CommandLine failure(const std::string& message) {
   CommandLine line;
-  line.exitStatus = kUsageStatus;
-  line.message = "quillmor: " + message + " See quillmor --help.\n";
+  line.exitStatus = kFailureStatus;
+  line.message = "quillmor: " + visibleText(message) + "\n";
   return line;
 }
 
-}  // namespace
+CommandLine usageError(const std::string& message) {
+  return failure(message + " See quillmor --help.");
+}
 
-CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+/// As `parseCommandLine`, but throws an `Error` when a relative path leads nowhere.
+CommandLine parse(const std::vector<std::string>& arguments) {
   CLI::App app("A hex editor for files you cannot afford to lose.", "quillmor");
   std::vector<std::string> files;
   std::string screenshot;
@@ -70,13 +75,24 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
   }
   if (screenshotOption->count() == 0) return line;
   if (line.files.size() != 1) return usageError("--screenshot needs exactly one FILE.");
-  line.screenshotPath = unshielded(screenshot);
-  if (line.screenshotPath->empty()) return usageError("--screenshot needs a name for the picture.");
+  const std::string picture = unshielded(screenshot);
+  if (picture.empty()) return usageError("--screenshot needs a name for the picture.");
+  line.picture = FileLocation::fromPath(picture);
   if (!selection.empty()) {
     line.selection = parseSelection(unshielded(selection));
     if (!line.selection) return usageError("--select needs START,LENGTH.");
   }
   return line;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+  try {
+    return parse(arguments);
+  } catch (const Error& error) {
+    return failure(error.message());
+  }
 }
 
 }  // namespace quillmor

@@ -12,11 +12,12 @@ namespace quillmor {
 /// What the program was asked to do by its arguments.
 struct CommandLine {
   std::vector<FileLocation> files;
-  std::optional<std::string>
-      screenshotPath;  ///< render the window of the one file to this PNG, then exit
+  /// Where to write the window of the one file as PNG before exiting.
+  std::optional<FileLocation> picture;
   std::optional<HexSelection> selection;  ///< selected in the screenshot
 
-  /// Set when the program is to print `message` and exit: help, version, or wrong usage (status 2).
+  /// Set when the program is to print `message` and exit: help, version, wrong usage,
+  /// or a relative path in a directory that has been removed (status 2).
   std::optional<int> exitStatus;
   std::string message;
 };

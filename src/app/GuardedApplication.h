@@ -1,7 +1,10 @@
 #pragma once
 
 #include <QApplication>
+#include <functional>
+#include <utility>
 
+#include "base/Error.h"
 #include "platform/AlertPresenter.h"
 
 namespace quillmor {
@@ -17,12 +20,18 @@ class GuardedApplication : public QApplication {
   /// Without one an error leaves `notify` for whoever runs the events.
   void setAlertPresenter(AlertPresenter* alerts) { alerts_ = alerts; }
 
+  /// Called with each failure before it is shown as an alert; null for nothing.
+  void setFailureObserver(std::function<void(const Error&)> observer) {
+    observer_ = std::move(observer);
+  }
+
   bool notify(QObject* receiver, QEvent* event) override;
 
  private:
-  void report(const std::string& message);
+  void report(const Error& failure);
 
   AlertPresenter* alerts_ = nullptr;
+  std::function<void(const Error&)> observer_;
   bool isReporting_ = false;
 };
 

@@ -1,11 +1,14 @@
 #include "app/Screenshot.h"
 
 #include <QBuffer>
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QPixmap>
 #include <cerrno>
-#include <fstream>
+#include <string_view>
 
+#include "fileaccess/AtomicTextFileWriter.h"
+#include "fileaccess/OutputDestination.h"
 #include "window/EditorWindow.h"
 
 namespace quillmor {
@@ -23,14 +26,11 @@ void dropPlatformChatter(QtMsgType type, const QMessageLogContext& context, cons
   previousHandler(type, context, text);
 }
 
-/// Writes `picture` as PNG to the path's bytes, which need not be UTF-8; false when that fails.
-bool writePicture(const QPixmap& picture, const std::string& path) {
+QByteArray pngOf(const QPixmap& picture) {
   QBuffer png;
-  if (!png.open(QIODevice::WriteOnly) || !picture.save(&png, "PNG")) return false;
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(png.data().constData(), png.data().size());
-  file.close();
-  return file.good();
+  if (!png.open(QIODevice::WriteOnly) || !picture.save(&png, "PNG"))
+    throw Error::posix(ENOMEM, "The picture could not be made.");
+  return png.data();
 }
 
 }  // namespace
@@ -40,7 +40,11 @@ void silencePlatformWithoutScreen() {
 }
 
 void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationWindows& windows) {
-  const auto controller = delegate.openNow(line.files.front());
+  const FileLocation& input = line.files.front();
+  // The writer looks again; here it saves the work for a picture that cannot be written.
+  SecureFileAccess::validateDistinctOutputURL(*line.picture, {&input, 1});
+  SecureFileAccess::validateOutputDestinationKind(*line.picture);
+  const auto controller = delegate.openNow(input);
   if (line.selection) {
     const auto range = line.selection->normalized(controller->document().storage()->count());
     controller->editor().setCaretOffset(range.start);
@@ -51,10 +55,10 @@ void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationW
   EditorWindow& window = *windows.editorWindows().front();
   window.resize(EditorWindow::kInitialSize);
   QCoreApplication::processEvents();
-  const QPixmap picture = window.grab();
-  if (!writePicture(picture, *line.screenshotPath)) {
-    throw Error::posix(EIO, "Could not write the picture " + *line.screenshotPath + ".");
-  }
+  const QByteArray png = pngOf(window.grab());
+  AtomicTextFileWriter writer(*line.picture, {input});
+  writer.write(std::string_view(png.constData(), static_cast<std::size_t>(png.size())));
+  writer.finish();
 }
 
 }  // namespace quillmor

@@ -10,8 +10,9 @@ namespace quillmor {
 /// messages are written as before. Before the application object is made.
 void silencePlatformWithoutScreen();
 
-/// Opens the command line's file in an editor window and saves what the window shows as a picture.
-/// Throws an `Error` when the file cannot be read or the picture cannot be written.
+/// Opens the command line's file in an editor window and writes what the window shows as a picture,
+/// as guarded as an export and never onto the file itself. Throws an `Error` when the file cannot
+/// be read or the picture cannot be written.
 void saveScreenshot(const CommandLine& line, AppDelegate& delegate, ApplicationWindows& windows);
 
 }  // namespace quillmor

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <algorithm>
@@ -80,10 +81,36 @@ void WindowMenus::revalidate() {
 }
 
 bool WindowMenus::eventFilter(QObject* watched, QEvent* event) {
-  // A disabled item's shortcut is not found at all, so the items must be right before the search.
-  if (event->type() == QEvent::ShortcutOverride && window_.isActiveWindow()) revalidate();
-  if (event->type() == QEvent::ActivationChange && watched == &window_) revalidateLater();
-  return false;
+  switch (event->type()) {
+    case QEvent::ShortcutOverride:
+      // A disabled item's shortcut is not found at all, so the items must be right before the
+      // search.
+      if (window_.isActiveWindow()) revalidate();
+      return isIn(watched) && claims(static_cast<QKeyEvent&>(*event));
+    case QEvent::MouseButtonPress:
+      // Typing goes where the user has clicked, even if no window manager sees to it.
+      if (isIn(watched) && QApplication::activeWindow() != &window_) window_.activateWindow();
+      return false;
+    case QEvent::ActivationChange:
+      if (watched == &window_) revalidateLater();
+      return false;
+    default:
+      return false;
+  }
+}
+
+bool WindowMenus::isIn(const QObject* object) const {
+  return object->isWidgetType() && static_cast<const QWidget*>(object)->window() == &window_;
+}
+
+/// Whether the key is one that text fields would take for themselves: with it they delete a word,
+/// where "Delete" deletes the selection and nothing else.
+bool WindowMenus::claims(QKeyEvent& key) const {
+  const QAction* item = find("forwardDeleteSelection:");
+  if (!item || !item->isEnabled() || item->shortcut() != QKeySequence(key.keyCombination()))
+    return false;
+  key.ignore();
+  return true;
 }
 
 QAction* WindowMenus::find(std::string_view action) const {

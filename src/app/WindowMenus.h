@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+class QKeyEvent;
 class QMenuBar;
 
 namespace quillmor {
@@ -28,7 +29,7 @@ class WindowMenus : public QObject {
   void revalidate();
 
   /// Brings the items up to date before a key is looked up among the window's shortcuts, and when
-  /// the window becomes the active one or ceases to be.
+  /// the window becomes the active one or ceases to be. Makes a window active that is clicked in.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
   /// The action object of an item; null when the menu has none with that name.
@@ -40,6 +41,8 @@ class WindowMenus : public QObject {
     QAction* item;
   };
 
+  bool isIn(const QObject* object) const;
+  bool claims(QKeyEvent& key) const;
   QAction* makeItem(std::string_view title, std::string_view action, const QKeySequence& key);
 
   QWidget& window_;

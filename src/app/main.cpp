@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 
 #include "app/AppDelegate.h"
 #include "app/ApplicationWindows.h"
@@ -9,7 +10,10 @@
 #include "app/DarkAppearance.h"
 #include "app/GuardedApplication.h"
 #include "app/Screenshot.h"
+#include "base/VisibleText.h"
+#include "platform/MemoryUserDefaults.h"
 #include "platform_qt/QtPlatform.h"
+#include "platform_qt/QtUserDefaults.h"
 
 namespace {
 
@@ -21,11 +25,16 @@ constexpr int kFailureStatus = 2;
 /// about, the windows go first and their delegate and services after them.
 class Session {
  public:
-  Session(GuardedApplication& application, AlertPresenter* alerts, ApplicationWindows& windows)
+  Session(GuardedApplication& application, AlertPresenter* alerts, AppDelegate& delegate,
+          ApplicationWindows& windows)
       : application_(application), windows_(windows) {
     application_.setAlertPresenter(alerts);
+    application_.setFailureObserver([&delegate](const Error& failure) {
+      if (const auto editor = delegate.currentHexWindowController()) editor->noteReason(failure);
+    });
   }
   ~Session() {
+    application_.setFailureObserver(nullptr);
     application_.setAlertPresenter(nullptr);
     windows_.destroyWindows();
   }
@@ -37,15 +46,21 @@ class Session {
   ApplicationWindows& windows_;
 };
 
+/// A picture is the same whatever the user has set, and leaves no trace but itself.
+std::unique_ptr<UserDefaults> defaultsFor(const CommandLine& line) {
+  if (line.picture) return std::make_unique<MemoryUserDefaults>();
+  return std::make_unique<QtUserDefaults>();
+}
+
 int run(const CommandLine& line, GuardedApplication& application) {
-  QtPlatform platform;
+  QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
   AppDelegate delegate(services, windows);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
-  const Session session(application, line.screenshotPath ? nullptr : &services.alerts, windows);
-  if (line.screenshotPath) {
+  const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);
+  if (line.picture) {
     saveScreenshot(line, delegate, windows);
     return EXIT_SUCCESS;
   }
@@ -70,11 +85,14 @@ int main(int argc, char** argv) {
     std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
     return *line.exitStatus;
   }
-  if (line.screenshotPath) {
+  if (line.picture) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     silencePlatformWithoutScreen();
   }
 
+  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
+  // drags by it.
+  QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   int qtArgumentCount = 1;
   GuardedApplication application(qtArgumentCount, argv);
   QApplication::setApplicationName("Quillmor");
@@ -83,8 +101,11 @@ int main(int argc, char** argv) {
   applyDarkAppearance(application);
   try {
     return run(line, application);
+  } catch (const Error& error) {
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.messageWithReason()).c_str());
+    return kFailureStatus;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "quillmor: %s\n", error.what());
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.what()).c_str());
     return kFailureStatus;
   }
 }

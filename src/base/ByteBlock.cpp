@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 
 #include "base/SaturatingMath.h"
@@ -79,8 +78,7 @@ ByteBlock* ByteBlock::place(void* at, std::int64_t bytes, std::uint8_t* content,
 ByteBlock* ByteBlock::createMalloced(std::int64_t size, std::int64_t slack,
                                      std::uint8_t** contentOut) {
   const std::int64_t bytes = static_cast<std::int64_t>(sizeof(ByteBlock)) + size + 2 * slack;
-  void* memory = std::malloc(static_cast<std::size_t>(bytes));
-  if (memory == nullptr) throw std::bad_alloc();
+  void* memory = ::operator new(static_cast<std::size_t>(bytes));
   *contentOut = static_cast<std::uint8_t*>(memory) + sizeof(ByteBlock) + slack;
   return place(memory, bytes, *contentOut, size);
 }
@@ -114,7 +112,7 @@ void ByteBlock::release() noexcept {
   const std::int64_t bytes = mappedSize;
   this->~ByteBlock();
   if (bytes == 0) {
-    std::free(this);
+    ::operator delete(this);
   } else {
     ::munmap(this, static_cast<std::size_t>(bytes));
   }

@@ -21,7 +21,9 @@ class Error : public std::exception {
   /// An error of this application's own domain.
   static Error quillmor(int code, std::string message);
 
-  /// An error of a system call. `errorNumber` 0 becomes EIO (5), so that a code is never "success".
+  /// An error of a system call, whose `reason` is the system's text for `errorNumber`. 0, for a
+  /// failure without a number, becomes EIO (5), so that a code is never "success", and has no
+  /// reason.
   static Error posix(int errorNumber, std::string message);
 
   /// An error of a system call, described by the system's own text for `errorNumber`.
@@ -33,6 +35,18 @@ class Error : public std::exception {
   ErrorDomain domain() const { return domain_; }
   int code() const { return code_; }
   const std::string& message() const { return message_; }
+
+  /// The system's own words for what went wrong ("No space left on device"). Empty when there are
+  /// none, and when `message` holds them already.
+  const std::string& reason() const { return reason_; }
+
+  /// The message with the reason, if any: "Could not write the output data. (No space left on
+  /// device)".
+  std::string messageWithReason() const;
+
+  /// The same failure told by another sentence.
+  Error withMessage(std::string message) const;
+
   bool isStopped() const;
 
   const char* what() const noexcept override { return message_.c_str(); }
@@ -41,6 +55,7 @@ class Error : public std::exception {
   ErrorDomain domain_;
   int code_;
   std::string message_;
+  std::string reason_;
 };
 
 }  // namespace quillmor

@@ -5,7 +5,9 @@
 #include <system_error>
 #include <utility>
 
+#include "base/Error.h"
 #include "base/HexText.h"
+#include "base/VisibleText.h"
 
 namespace quillmor {
 
@@ -60,7 +62,9 @@ FileLocation FileLocation::fromPath(std::string_view path) {
   if (path.starts_with('/')) return {true, std::string(path)};
   std::error_code error;
   std::string base = std::filesystem::current_path(error).native();
-  if (base.empty() || base.back() != '/') base.push_back('/');
+  // From any other folder the path would lead to another file.
+  if (error) throw Error::posix(error.value());
+  if (base.back() != '/') base.push_back('/');
   base.append(path);
   return {true, std::move(base)};
 }
@@ -79,6 +83,14 @@ std::string FileLocation::lastPathComponent() const {
   const std::size_t slash = path_.find_last_of('/', end);
   const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
   return path_.substr(begin, end - begin + 1);
+}
+
+std::string FileLocation::shownName() const {
+  return visibleText(lastPathComponent());
+}
+
+std::string FileLocation::shownPath() const {
+  return visibleText(path_);
 }
 
 FileLocation FileLocation::directory() const {

@@ -13,7 +13,8 @@ namespace quillmor {
 /// directory is asked.
 class FileLocation {
  public:
-  /// A local file. A relative path is made absolute against the current directory.
+  /// A local file. A relative path is made absolute against the current directory; a POSIX error
+  /// when that cannot be told, because it was removed or lies below one that may not be read.
   static FileLocation fromPath(std::string_view path);
 
   /// A location given as a URL. "file:" URLs become local files (percent escapes decoded to bytes);
@@ -25,8 +26,12 @@ class FileLocation {
   /// The absolute path in the system's bytes; for a non-local location the URL text.
   const std::string& path() const { return path_; }
 
-  /// The last path component, as messages name files. Empty for the root directory.
+  /// The last path component. Empty for the root directory.
   std::string lastPathComponent() const;
+
+  /// The last path component and the whole path as texts show them, see `visibleText`.
+  std::string shownName() const;
+  std::string shownPath() const;
 
   /// The location of the directory that holds this file.
   FileLocation directory() const;

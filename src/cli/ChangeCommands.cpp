@@ -5,6 +5,7 @@
 #include "base/HexText.h"
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
+#include "cli/FileFailure.h"
 #include "cli/Requirements.h"
 #include "cli/TypedSearch.h"
 #include "document/QuillmorResourceLimits.h"
@@ -34,10 +35,15 @@ struct PresetRun {
 
 PresetRun runPreset(const Arguments& arguments, Session& session) {
   FileLocation file = arguments.file("PRESET");
-  const auto preset = JSONPatchPreset::read(file, maxJSONPresetBytes, session.beginPart("Reading"));
+  const std::string& name = arguments.text("PRESET");
+  const auto preset = aboutFile(name, [&] {
+    return JSONPatchPreset::read(file, maxJSONPresetBytes, session.beginPart("Reading"));
+  });
   OpenDocument document = openDocument(arguments, session, {file});
-  auto result = applyJSONPreset(document.bytes(), preset, {}, maximumByteCount(),
-                                session.beginPart("Applying"));
+  auto result = aboutFile(name, [&] {
+    return applyJSONPreset(document.bytes(), preset, {}, maximumByteCount(),
+                           session.beginPart("Applying"));
+  });
   std::string report = jsonPresetReport(preset, result);
   return {std::move(document), std::move(file), std::move(result), std::move(report)};
 }
@@ -63,14 +69,19 @@ Outcome replace(const Arguments& arguments, Session& session) {
 
 Outcome patchApply(const Arguments& arguments, Session& session) {
   const FileLocation patchFile = arguments.file("PATCH");
-  const QuillmorPatch patch = QuillmorPatch::read(patchFile, maxPatchImportBytes, maxPatchDataBytes,
-                                                  session.beginPart("Reading"));
+  const std::string& name = arguments.text("PATCH");
+  const QuillmorPatch patch = aboutFile(name, [&] {
+    return QuillmorPatch::read(patchFile, maxPatchImportBytes, maxPatchDataBytes,
+                               session.beginPart("Reading"));
+  });
   const OpenDocument document = openDocument(arguments, session, {patchFile});
   const auto range = rangeReplacedByPatch(patch, document.bytes().size());
-  if (!range.isOk()) throw range.error();
+  if (!range.isOk()) throw FileFailure(range.error(), name);
   const auto [start, removed] = range.value();
   const auto inserted = std::ssize(patch.data);
-  requireNone(refusalOfResult(document.bytes().size(), removed, inserted, maximumByteCount()));
+  aboutFile(arguments.text("FILE"), [&, removed = removed] {
+    requireNone(refusalOfResult(document.bytes().size(), removed, inserted, maximumByteCount()));
+  });
   ByteBuffer patched = document.bytes();
   patched.replace(start, removed, patch.data);
   deliverBytes(arguments, session, document, std::move(patched),

@@ -48,6 +48,9 @@ struct Command {
 
   /// Whether it writes changed bytes: exactly one of "-o" and "--in-place" is then required.
   bool changesBytes() const;
+
+  /// Whether more than one of its arguments is a file: messages then say which one they are about.
+  bool takesSeveralFiles() const;
 };
 
 /// All commands, in the order in which they are listed. Made on first use.

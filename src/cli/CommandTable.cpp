@@ -331,6 +331,11 @@ bool Command::changesBytes() const {
       options, [](const OptionDescription& option) { return option.name == "--in-place"; });
 }
 
+bool Command::takesSeveralFiles() const {
+  const auto isFile = [](const ValueDescription& value) { return value.kind == ValueKind::file; };
+  return std::ranges::count_if(arguments, isFile) > 1;
+}
+
 const std::vector<Command>& commands() {
   static const std::vector<Command> all = [] {
     std::vector<Command> list;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "cli/FileFailure.h"
 #include "cli/InPlaceSaving.h"
 #include "cli/SpooledText.h"
 #include "fileaccess/OutputDestination.h"
@@ -15,19 +16,31 @@ OpenDocument openDocument(const Arguments& arguments, Session& session,
     // The writer looks again; here it saves the work for an output that cannot be.
     const FileLocation output = arguments.file("-o");
     otherInputs.push_back(location);
-    SecureFileAccess::validateDistinctOutputURL(output, otherInputs);
-    SecureFileAccess::validateOutputDestinationKind(output);
+    aboutFile(arguments.text("-o"), [&] {
+      SecureFileAccess::validateDistinctOutputURL(output, otherInputs);
+      SecureFileAccess::validateOutputDestinationKind(output);
+    });
   }
-  ReadSnapshot snapshot = session.readDocument(location);
+  ReadSnapshot snapshot =
+      aboutFile(arguments.text("FILE"), [&] { return session.readDocument(location); });
   return {std::move(location), std::move(snapshot)};
 }
 
 void deliverText(const Arguments& arguments, Session& session, std::vector<FileLocation> inputs,
                  TaskProgress& progress, const std::function<void(const TextSink&)>& produce) {
-  if (arguments.has("-o"))
-    return writeTextFile({arguments.file("-o"), std::move(inputs)}, progress, produce);
-  produce([&session](std::string_view piece) { session.output().write(piece); });
-  session.output().endLine();
+  if (!arguments.has("-o")) {
+    produce([&session](std::string_view piece) {
+      aboutNoFile([&] { session.output().write(piece); });
+    });
+    return session.output().endLine();
+  }
+  const std::string& name = arguments.text("-o");
+  aboutFile(name, [&] {
+    writeTextFile({arguments.file("-o"), std::move(inputs)}, progress, [&](const TextSink& sink) {
+      // What is made may be about another file.
+      produce([&](std::string_view piece) { aboutFile(name, [&] { sink(piece); }); });
+    });
+  });
 }
 
 void deliverUncertainText(const Arguments& arguments, Session& session,
@@ -36,7 +49,7 @@ void deliverUncertainText(const Arguments& arguments, Session& session,
   if (arguments.has("-o"))
     return deliverText(arguments, session, std::move(inputs), progress, produce);
   SpooledText spooled;
-  produce([&spooled](std::string_view piece) { spooled.append(piece); });
+  produce([&spooled](std::string_view piece) { aboutNoFile([&] { spooled.append(piece); }); });
   spooled.forEachPiece([&session](std::string_view piece) { session.output().write(piece); });
   session.output().endLine();
 }
@@ -45,19 +58,26 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
                   ByteBuffer changed, const std::string& text,
                   std::vector<FileLocation> otherInputs) {
   TaskProgress& progress = session.beginPart("Writing");
+  std::string writtenFile = arguments.text(arguments.has("-o") ? "-o" : "FILE");
   // The last thing before the change is done, so that nothing has changed when it fails.
   const auto printText = [&] {
     session.endProgress();
+    // Failing to print is about no file.
+    const std::string file = std::exchange(writtenFile, {});
     session.print(text);
+    writtenFile = file;
   };
-  if (arguments.has("-o")) {
-    otherInputs.push_back(document.location);
-    writeBytes(changed.span(), {arguments.file("-o"), std::move(otherInputs)}, progress, printText);
-  } else if (changed == document.bytes()) {
-    printText();
-  } else {
-    saveInPlace(document.location, document.snapshot, std::move(changed), progress, printText);
-  }
+  aboutFile(writtenFile, [&] {
+    if (arguments.has("-o")) {
+      otherInputs.push_back(document.location);
+      writeBytes(changed.span(), {arguments.file("-o"), std::move(otherInputs)}, progress,
+                 printText);
+    } else if (changed == document.bytes()) {
+      printText();
+    } else {
+      saveInPlace(document.location, document.snapshot, std::move(changed), progress, printText);
+    }
+  });
 }
 
 }  // namespace quillmor::cli

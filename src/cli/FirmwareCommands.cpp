@@ -10,6 +10,8 @@ namespace quillmor::cli {
 
 namespace {
 
+constexpr const char* kCalculating = "Calculating";
+
 PCIRomValidation requireValidRom(const ByteBuffer& bytes) {
   const auto validation = validatePCIRomForPolarisPreset(bytes.span());
   if (!validation.isOk()) throw validation.error();
@@ -26,15 +28,16 @@ Outcome pciRom(const Arguments& arguments, Session& session) {
 
 Outcome acpiValidate(const Arguments& arguments, Session& session) {
   const OpenDocument document = openDocument(arguments, session);
-  session.print(acpiChecksumText(document.bytes().span()));
-  const auto table = acpiInfo(document.bytes().span());
-  // A FACS has no checksum that could be wrong.
-  return !table || table->isValid ? Outcome::done : Outcome::no;
+  const ACPIValidation validation =
+      validateACPIChecksum(document.bytes().span(), &session.beginPart(kCalculating));
+  session.print(validation.text);
+  return validation.isValid ? Outcome::done : Outcome::no;
 }
 
 Outcome acpiFix(const Arguments& arguments, Session& session) {
   const OpenDocument document = openDocument(arguments, session);
-  const ACPIChecksumFix fix = acpiChecksumFix(document.bytes().span());
+  const ACPIChecksumFix fix =
+      acpiChecksumFix(document.bytes().span(), &session.beginPart(kCalculating));
   ByteBuffer fixed = document.bytes();
   if (fix.newValue != fix.oldValue) fixed.set(kACPIChecksumOffset, fix.newValue);
   deliverBytes(arguments, session, document, std::move(fixed), acpiChecksumFixText(fix));

@@ -31,6 +31,12 @@ or
 says so.
 .PP
 When standard error is a terminal, long work shows there how far it is.
+.PP
+Names are printed with control characters, controls of writing direction, separators of lines and
+bytes that are not UTF-8 as
+.I \exHH
+or
+.IR \eu{HHHH} .
 )";
 
 const std::string_view kManualClosing = R"(.SH EXIT STATUS
@@ -45,7 +51,7 @@ The commands that give it say when.
 .TP
 .B 2
 Wrong usage or failure.
-A message says why.
+A message says why; where a command takes several files it begins with the one it is about.
 .SH FILES AND SAFETY
 A file is read only when it is a regular file within the limits of the editor, and refused when it
 changes while it is being read.

@@ -88,8 +88,10 @@ Outcome inspect(const Arguments& arguments, Session& session) {
 
 Outcome detect(const Arguments& arguments, Session& session) {
   const OpenDocument document = openDocument(arguments, session);
-  session.print(fileStructureReport(document.bytes().span()));
-  return hasKnownStructure(document.bytes().span()) ? Outcome::done : Outcome::no;
+  const FileStructure structure =
+      detectFileStructure(document.bytes().span(), &session.beginPart(kCalculating));
+  session.print(structure.report);
+  return structure.isKnown ? Outcome::done : Outcome::no;
 }
 
 Outcome bookmarks(const Arguments& arguments, Session& session) {

@@ -78,7 +78,7 @@ Outcome findWildcard(const Arguments& arguments, Session& session) {
                                                         session.beginPart(kSearching));
   std::optional<HexSelection> found;
   if (offset) found = {*offset, pattern.value().length()};
-  return printMatch(session, found, kNoWildcardMatch);
+  return printMatch(session, found, kNoMatch);
 }
 
 }  // namespace quillmor::cli

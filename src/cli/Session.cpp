@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "base/Unicode.h"
+#include "base/VisibleText.h"
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/StableFile.h"
 
@@ -32,15 +32,8 @@ void Session::note(std::string_view text) {
 }
 
 void printMessage(std::string_view text) {
-  std::string line = "quillmor-cli: ";
   // Names may hold anything; a message stays one line and moves no cursor.
-  while (!text.empty()) {
-    const auto [scalar, length, isValid] = Unicode::decodeFirst(text);
-    const bool isControl = scalar < 0x20 || (scalar >= 0x7F && scalar < 0xA0);
-    line += isControl ? " " : text.substr(0, length);
-    text.remove_prefix(length);
-  }
-  line += '\n';
+  const std::string line = "quillmor-cli: " + visibleText(text) + "\n";
   // Nobody is left to be told when this fails.
   [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
 }

@@ -5,32 +5,10 @@
 
 #include "base/Error.h"
 #include "base/Unicode.h"
+#include "search/SearchAnswers.h"
 #include "search/SearchCandidates.h"
 
 namespace quillmor::cli {
-
-namespace {
-
-/// What a text should have been, as the end of a sentence.
-std::string_view expectedBy(SearchMode mode) {
-  switch (mode) {
-    case SearchMode::textString:
-      return "text in that encoding.";
-    case SearchMode::hexValues:
-      return "hexadecimal bytes.";
-    case SearchMode::integerNumber:
-      return "an integer.";
-    case SearchMode::floatingPointNumber:
-      return "a floating-point number.";
-  }
-  return {};
-}
-
-std::string unreadable(const std::string& argument, SearchMode mode) {
-  return argument + " cannot be read as " + std::string(expectedBy(mode));
-}
-
-}  // namespace
 
 TypedSearch typedSearch(const Arguments& arguments) {
   const auto choiceOf = [&arguments](std::string_view name, const auto& choices) {
@@ -44,7 +22,7 @@ TypedSearch typedSearch(const Arguments& arguments) {
   // Bytes that are not UTF-8 would silently be searched for as U+FFFD.
   auto candidateList =
       Unicode::isValid(request.searchText) ? candidates(request) : std::vector<SearchCandidate>();
-  if (candidateList.empty()) throw Error::quillmor(2004, unreadable("TEXT", request.mode));
+  if (candidateList.empty()) throw Error::quillmor(2004, unreadableText("TEXT", request.mode));
   return {std::move(request), std::move(candidateList)};
 }
 
@@ -53,7 +31,7 @@ ReplacementTable typedReplacements(const TypedSearch& search) {
   auto table = Unicode::isValid(request.replaceText)
                    ? replacementTable(request, search.candidateList)
                    : std::nullopt;
-  if (!table) throw Error::quillmor(2005, unreadable("REPLACEMENT", request.mode));
+  if (!table) throw Error::quillmor(2005, unreadableText("REPLACEMENT", request.mode));
   return *std::move(table);
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/CommandLine.h"
+#include "cli/FileFailure.h"
 #include "cli/Interruption.h"
 #include "platform/RunInBackground.h"
 
@@ -26,8 +27,10 @@ void occupyStandardDescriptors() {
   }
 }
 
-/// Runs what the arguments ask for.
-Outcome run(const std::vector<std::string>& arguments, TaskProgress& progress) {
+/// Runs what the arguments ask for. `failedFile` becomes the file that a failure is about, where
+/// that has to be told.
+Outcome run(const std::vector<std::string>& arguments, TaskProgress& progress,
+            std::string& failedFile) {
   ProgressLine progressLine(progress);
   Session session(progress, progressLine);
   const CommandLine line = parseCommandLine(arguments);
@@ -39,6 +42,9 @@ Outcome run(const std::vector<std::string>& arguments, TaskProgress& progress) {
     return line.command->run(line.arguments, session);
   } catch (const UsageError& error) {
     throw UsageError(usageMessage(error.what(), line.command));
+  } catch (const FileFailure& failure) {
+    if (line.command->takesSeveralFiles()) failedFile = failure.file();
+    throw;
   }
 }
 
@@ -47,23 +53,9 @@ int runToEnd(const std::vector<std::string>& arguments) {
   // Signals may come until the very end.
   static TaskProgress progress;
   Interruption::install(progress);
-  const Result<Outcome> outcome = resultOf([&] { return run(arguments, progress); });
+  std::string failedFile;
+  const Result<Outcome> outcome = resultOf([&] { return run(arguments, progress, failedFile); });
   if (outcome.isOk()) return static_cast<int>(outcome.value());
   if (outcome.error().isStopped()) Interruption::die();
-  printMessage(outcome.error().message());
-  return static_cast<int>(Outcome::failed);
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-  occupyStandardDescriptors();
-  try {
-    return runToEnd({argv + 1, argv + argc});
-  } catch (const ClosedPipe&) {
-    Interruption::dieOfClosedPipe();
-  } catch (...) {
-    // There is not even memory for a message.
-    return static_cast<int>(Outcome::failed);
-  }
-}
+  if (!failedFile.empty()) failedFile += ": ";
+  printMessage(failedFile + outcome.error().messageWithReason());

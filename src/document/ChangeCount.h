@@ -13,6 +13,8 @@ namespace quillmor {
 /// thread only.
 class ChangeCount {
  public:
+  ChangeCount() { segments_.reserve(kMaxSegments + 1); }
+
   enum class Change { done, undone, redone, cleared };
 
   /// Names one state of the document. No two states of one document have equal tokens.
@@ -22,7 +24,7 @@ class ChangeCount {
     bool operator==(const Token&) const = default;
   };
 
-  /// `cleared` makes the current state the saved one.
+  /// `cleared` makes the current state the saved one. Takes no memory, as nothing here does.
   void update(Change change);
 
   bool isEdited() const { return saved_ != token(); }

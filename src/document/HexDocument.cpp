@@ -27,14 +27,14 @@ HexDocument::HexDocument(BackgroundExecutor& executor) : executor_(executor) {
 HexDocument::~HexDocument() = default;
 
 std::string HexDocument::displayName() const {
-  if (location_) return location_->lastPathComponent();
+  if (location_) return location_->shownName();
   return untitledNumber_ > 1 ? "Untitled " + std::to_string(untitledNumber_) : "Untitled";
 }
 
 void HexDocument::read(const FileLocation& location) {
   // Saving must never have to follow a link, so the real file becomes the document's location.
   const FileLocation real = SecureFileAccess::realLocation(location);
-  const auto reservation = SecureFileAccess::reserveReadURL(real, location.lastPathComponent());
+  const auto reservation = SecureFileAccess::reserveReadURL(real, location.shownName());
   openingReadReservationHolder_.add(reservation);
   try {
     SecureFileAccess::validateReadableFileURL(real);

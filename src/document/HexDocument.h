@@ -51,7 +51,8 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   /// The file as it was last read or saved; absent without a file.
   const std::optional<KnownFile>& knownFile() const { return knownFile_; }
 
-  /// The file's name, or "Untitled" with the number of this untitled document from the second on.
+  /// The file's name as titles and messages show it, or "Untitled" with the number of this untitled
+  /// document from the second on.
   std::string displayName() const;
   int untitledNumber() const { return untitledNumber_; }
   void setUntitledNumber(int number) { untitledNumber_ = number; }

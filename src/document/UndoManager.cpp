@@ -1,21 +1,34 @@
 #include "document/UndoManager.h"
 
-#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/Check.h"
 
 namespace quillmor {
 
+UndoManager::PreparedStep UndoManager::prepareUndo(const void* target, Handler handler,
+                                                   std::string actionName) const {
+  PreparedStep prepared;
+  if (!isUndoRegistrationEnabled()) return prepared;
+  if (running_ != Running::nothing) actionName = runningName_;
+  prepared.step_.push_back({target, std::move(handler), std::move(actionName)});
+  return prepared;
+}
+
 void UndoManager::registerUndo(const void* target, Handler handler) {
-  if (!isUndoRegistrationEnabled()) return;
+  commit(prepareUndo(target, std::move(handler)));
+}
+
+void UndoManager::commit(PreparedStep prepared) {
+  if (prepared.step_.empty()) return;
   if (running_ != Running::nothing) {
-    ++inverses_;
     Steps& inverse = isUndoing() ? redoSteps_ : undoSteps_;
-    inverse.push_back({target, std::move(handler), runningName_});
+    inverse.splice(inverse.end(), prepared.step_);
+    ++inverses_;
     return;
   }
-  undoSteps_.push_back({target, std::move(handler), {}});
+  undoSteps_.splice(undoSteps_.end(), prepared.step_);
   trim(undoSteps_);
   redoSteps_.clear();
   notify(Event::didRegister);
@@ -51,23 +64,22 @@ void UndoManager::redo() {
 }
 
 void UndoManager::run(Running direction, Steps& from, Steps& to) {
-  Step step = std::move(from.back());
-  from.pop_back();
+  runningName_ = from.back().actionName;
+  Steps step;
+  step.splice(step.end(), from, std::prev(from.end()));
   running_ = direction;
-  runningName_ = step.actionName;
   inverses_ = 0;
   const auto stopped = [&] {
     running_ = Running::nothing;
     runningName_.clear();
   };
   try {
-    step.handler();
+    step.front().handler();
   } catch (...) {
-    // Memory can run out while bytes are put back: the step stays where it was.
+    // Memory can run out before bytes are put back: the step stays where it was.
     stopped();
-    const auto added = std::min(static_cast<std::size_t>(inverses_), to.size());
-    to.resize(to.size() - added);
-    from.push_back(std::move(step));
+    for (; inverses_ > 0 && !to.empty(); --inverses_) to.pop_back();
+    from.splice(from.end(), step);
     throw;
   }
   stopped();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <string>
 #include <utility>
 
@@ -12,11 +12,31 @@ namespace quillmor {
 /// back and, while doing so, registers the handler that takes it forward again. Every registration
 /// is one step. Main thread only.
 class UndoManager {
+ private:
+  struct Step;
+  /// The newest step is the last. Steps move from list to list, which takes no memory.
+  using Steps = std::list<Step>;
+
  public:
   using Handler = std::function<void()>;
 
+  /// A step that needs no more memory to be added.
+  class PreparedStep {
+   private:
+    friend class UndoManager;
+    /// Empty while registration is disabled.
+    Steps step_;
+  };
+
   /// What happened; told after a new step was registered, and after an undo or redo has run.
   enum class Event { didRegister, didUndo, didRedo };
+
+  /// Makes a step of `target` ready. All that can fail when memory runs out happens here.
+  PreparedStep prepareUndo(const void* target, Handler handler, std::string actionName = {}) const;
+
+  /// Adds a step as `registerUndo` does. The history is complete when the observer is told,
+  /// whatever that fails with.
+  void commit(PreparedStep prepared);
 
   /// Adds a step. While an undo runs it becomes a redo step and while a redo runs an undo step,
   /// both under the name of the step that is running; otherwise it becomes an undo step without a
@@ -36,7 +56,8 @@ class UndoManager {
 
   /// Runs the newest undo step, if there is one. A step that registers no inverse cannot be redone;
   /// later steps then cannot be either, because redo must never skip a change. Not to be called by
-  /// a handler. A handler that throws leaves the history as it was.
+  /// a handler. A handler that throws leaves the history as it was; it must not have changed
+  /// anything. Everything is done when the observer is told, whatever that fails with.
   void undo();
   /// The same for the newest redo step.
   void redo();
@@ -67,8 +88,6 @@ class UndoManager {
     Handler handler;
     std::string actionName;
   };
-  /// The newest step is the last.
-  using Steps = std::deque<Step>;
   enum class Running { nothing, undo, redo };
 
   void run(Running direction, Steps& from, Steps& to);

@@ -15,55 +15,77 @@ UndoRecords::UndoRecords(std::function<HexStorage&()> storage, UndoManager* mana
       editor_(editor),
       target_(target) {}
 
-bool UndoRecords::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
-                                   std::int64_t insertedCount, const std::string& actionName,
-                                   std::optional<ByteBuffer> removedBytes) {
-  if (manager_ == nullptr) return false;
-  if (!manager_->isUndoRegistrationEnabled()) return forgetHistory();
+UndoRecords::Pending UndoRecords::prepareUndoEdit(std::int64_t start, std::int64_t removedCount,
+                                                  std::int64_t insertedCount,
+                                                  const std::string& actionName,
+                                                  std::optional<ByteBuffer> removedBytes) {
+  if (manager_ == nullptr) return {};
   const std::int64_t count = storage_().count();
   const std::int64_t clampedStart = clampedToCount(start, count);
   const std::int64_t removed = std::min(count - clampedStart, removedCount);
-  if (removed > maxUndoSnapshotBytes || insertedCount > maxUndoSnapshotBytes) {
-    return forgetHistory();
+  // What cannot be recorded takes the history with it: undo must never skip a change.
+  if (!manager_->isUndoRegistrationEnabled() || removed > maxUndoSnapshotBytes ||
+      insertedCount > maxUndoSnapshotBytes) {
+    return {.step = {}, .forgetsHistory = true};
   }
   const std::int64_t replacementLength = std::max<std::int64_t>(insertedCount, 0);
-  registerEditRecord(captureEdit({clampedStart, removed}, replacementLength,
-                                 removed != replacementLength, std::move(removedBytes)),
-                     actionName);
-  return true;
+  auto record = captureEdit({clampedStart, removed}, replacementLength,
+                            removed != replacementLength, std::move(removedBytes));
+  return {.step = stepOf(std::move(record), actionName), .isRecorded = true};
+}
+
+UndoRecords::Pending UndoRecords::prepareUndoSnapshot(
+    const std::string& actionName, std::optional<std::int64_t> resultingByteCount) {
+  if (manager_ == nullptr) return {};
+  const std::int64_t count = storage_().count();
+  if (!manager_->isUndoRegistrationEnabled() || count > maxUndoSnapshotBytes ||
+      resultingByteCount.value_or(count) > maxUndoSnapshotBytes) {
+    return {.step = {}, .forgetsHistory = true};
+  }
+  return {.step = stepOf(captureSnapshot(), actionName), .isRecorded = true};
+}
+
+bool UndoRecords::commit(Pending pending) {
+  if (pending.forgetsHistory) manager_->removeAllActions(target_);
+  if (pending.isRecorded) manager_->commit(std::move(pending.step));
+  return pending.isRecorded;
+}
+
+bool UndoRecords::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
+                                   std::int64_t insertedCount, const std::string& actionName,
+                                   std::optional<ByteBuffer> removedBytes) {
+  return commit(
+      prepareUndoEdit(start, removedCount, insertedCount, actionName, std::move(removedBytes)));
 }
 
 bool UndoRecords::registerUndoSnapshot(const std::string& actionName,
                                        std::optional<std::int64_t> resultingByteCount) {
-  if (manager_ == nullptr) return false;
-  const std::int64_t count = storage_().count();
-  if (!manager_->isUndoRegistrationEnabled() || count > maxUndoSnapshotBytes ||
-      resultingByteCount.value_or(count) > maxUndoSnapshotBytes) {
-    return forgetHistory();
-  }
-  registerSnapshot(captureSnapshot(), actionName);
-  return true;
+  return commit(prepareUndoSnapshot(actionName, resultingByteCount));
 }
 
 void UndoRecords::restoreEditRecord(const UndoEditRecord& record, const std::string& actionName) {
   HexStorage& storage = storage_();
   const HexSelection range =
       HexSelection{record.start, record.replacementLength}.normalized(storage.count());
+  // All that takes memory comes first; changing the bytes is the last of it.
+  auto bookmarks = record.bookmarks;
   if (range.length <= maxUndoSnapshotBytes) {
-    registerEditRecord(captureEdit(range, record.restoreBytes.size(), record.bookmarks.has_value()),
-                       actionName);
+    manager_->commit(stepOf(
+        captureEdit(range, record.restoreBytes.size(), record.bookmarks.has_value()), actionName));
   }
   storage.bytes.replace(range.start, range.length, record.restoreBytes.span());
-  if (record.bookmarks) restoreBookmarks(*record.bookmarks);
+  if (bookmarks) restoreBookmarks(*std::move(bookmarks));
   restoreCaretAndSelection(record.caretOffset, record.selection);
 }
 
 void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
                                          const std::string& actionName) {
   HexStorage& storage = storage_();
-  if (storage.count() <= maxUndoSnapshotBytes) registerSnapshot(captureSnapshot(), actionName);
+  auto bookmarks = snapshot.bookmarks;
+  if (storage.count() <= maxUndoSnapshotBytes)
+    manager_->commit(stepOf(captureSnapshot(), actionName));
   storage.bytes = snapshot.bytes;
-  restoreBookmarks(snapshot.bookmarks);
+  restoreBookmarks(std::move(bookmarks));
   restoreCaretAndSelection(snapshot.caretOffset, snapshot.selection);
 }
 
@@ -87,34 +109,31 @@ UndoSnapshot UndoRecords::captureSnapshot() const {
           .selection = editor_.selection()};
 }
 
-void UndoRecords::registerEditRecord(UndoEditRecord record, const std::string& actionName) {
-  manager_->registerUndo(target_, [this, record = std::move(record), actionName] {
+UndoManager::PreparedStep UndoRecords::stepOf(UndoEditRecord record,
+                                              const std::string& actionName) {
+  auto restore = [this, record = std::move(record), actionName] {
     restoreEditRecord(record, actionName);
-  });
-  manager_->setActionName(actionName);
+  };
+  return manager_->prepareUndo(target_, std::move(restore), actionName);
 }
 
-void UndoRecords::registerSnapshot(UndoSnapshot snapshot, const std::string& actionName) {
-  manager_->registerUndo(target_, [this, snapshot = std::move(snapshot), actionName] {
+UndoManager::PreparedStep UndoRecords::stepOf(UndoSnapshot snapshot,
+                                              const std::string& actionName) {
+  auto restore = [this, snapshot = std::move(snapshot), actionName] {
     restoreStorageSnapshot(snapshot, actionName);
-  });
-  manager_->setActionName(actionName);
+  };
+  return manager_->prepareUndo(target_, std::move(restore), actionName);
 }
 
-void UndoRecords::restoreBookmarks(const std::vector<std::int64_t>& offsets) {
-  bookmarks_.replaceAll(offsets);
+void UndoRecords::restoreBookmarks(std::vector<std::int64_t> offsets) noexcept {
+  bookmarks_.replaceAll(std::move(offsets));
   bookmarks_.keepWithin(storage_().count());
 }
 
-void UndoRecords::restoreCaretAndSelection(std::int64_t caretOffset, HexSelection selection) {
+void UndoRecords::restoreCaretAndSelection(std::int64_t caretOffset,
+                                           HexSelection selection) noexcept {
   const std::int64_t count = storage_().count();
   editor_.restoreCaretAndSelection(clampedToCount(caretOffset, count), selection.normalized(count));
-}
-
-/// What cannot be recorded takes the history with it: undo must never skip a change.
-bool UndoRecords::forgetHistory() {
-  manager_->removeAllActions(target_);
-  return false;
 }
 
 }  // namespace quillmor

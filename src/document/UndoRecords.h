@@ -45,13 +45,16 @@ class UndoRecordsEditor {
   virtual std::int64_t caretOffset() const = 0;
   virtual HexSelection selection() const = 0;
   /// Called after the bytes have changed, with a caret and a selection that lie within them: takes
-  /// them over, computes the metrics anew and redraws.
-  virtual void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) = 0;
+  /// them over. Shows nothing yet, because showing can fail and the step is not complete.
+  virtual void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept = 0;
 };
 
 /// Registers the changes of one editor with its document's undo manager, and undoes them. A record
 /// holds at most 64 MiB; a change too large for that clears the history, so that undo never skips a
 /// change. Main thread only.
+///
+/// When memory runs out, each function throws std::bad_alloc and changes nothing; so do the steps,
+/// which put back all or nothing.
 ///
 /// The registered steps refer to this object: its owner removes the actions of `target` first when
 /// it goes.
@@ -64,6 +67,25 @@ class UndoRecords {
   /// null for a document without undo. All references outlive this object.
   UndoRecords(std::function<HexStorage&()> storage, UndoManager* manager, Bookmarks& bookmarks,
               UndoRecordsEditor& editor, const void* target);
+
+  /// What a change becomes in the history once it has happened.
+  struct Pending {
+    UndoManager::PreparedStep step;
+    /// Whether the change can be undone.
+    bool isRecorded = false;
+    /// Whether it takes the history with it instead.
+    bool forgetsHistory = false;
+  };
+
+  /// Prepares the record of an edit, see `registerUndoEdit`. The history stays as it is.
+  Pending prepareUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+                          const std::string& actionName, std::optional<ByteBuffer> removed = {});
+  /// The same for `registerUndoSnapshot`.
+  Pending prepareUndoSnapshot(const std::string& actionName,
+                              std::optional<std::int64_t> resultingByteCount = {});
+  /// The prepared change has happened; returns whether it can be undone. Takes no memory but for
+  /// what the undo manager's observer does.
+  bool commit(Pending pending);
 
   /// To be called before an edit that replaces `removedCount` bytes from `start` by `insertedCount`
   /// others. Returns whether the edit can be undone; otherwise all steps of the target are gone.
@@ -83,11 +105,10 @@ class UndoRecords {
   UndoEditRecord captureEdit(HexSelection range, std::int64_t replacementLength, bool withBookmarks,
                              std::optional<ByteBuffer> removed = {}) const;
   UndoSnapshot captureSnapshot() const;
-  void registerEditRecord(UndoEditRecord record, const std::string& actionName);
-  void registerSnapshot(UndoSnapshot snapshot, const std::string& actionName);
-  void restoreBookmarks(const std::vector<std::int64_t>& offsets);
-  void restoreCaretAndSelection(std::int64_t caretOffset, HexSelection selection);
-  bool forgetHistory();
+  UndoManager::PreparedStep stepOf(UndoEditRecord record, const std::string& actionName);
+  UndoManager::PreparedStep stepOf(UndoSnapshot snapshot, const std::string& actionName);
+  void restoreBookmarks(std::vector<std::int64_t> offsets) noexcept;
+  void restoreCaretAndSelection(std::int64_t caretOffset, HexSelection selection) noexcept;
 
   std::function<HexStorage&()> storage_;
   UndoManager* manager_;

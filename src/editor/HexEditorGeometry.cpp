@@ -114,6 +114,25 @@ RowRange HexEditorGeometry::visibleRows(double minY, double maxY, HexDocumentSha
   return {first, std::clamp(last, first, lastRow)};
 }
 
+double HexEditorGeometry::contextAround(double viewportHeight, std::int64_t rows) const {
+  const std::int64_t room = (toInt(viewportHeight / rowHeight_) - 1) / 2;
+  return rowHeight_ * static_cast<double>(std::clamp<std::int64_t>(room, 0, rows));
+}
+
+PlaceInView HexEditorGeometry::placeToKeep(double scrollY, double viewportHeight,
+                                           std::int64_t caretOffset, HexDocumentShape shape) const {
+  const RowRange visible = visibleRows(scrollY, scrollY + viewportHeight, shape);
+  const std::int64_t caretRow = caretOffset / shape.bytesPerRow;
+  const bool seesCaret = caretRow >= visible.first && caretRow <= visible.last;
+  const std::int64_t row = seesCaret ? caretRow : visible.first;
+  return {.offset = seesCaret ? caretOffset : row * shape.bytesPerRow,
+          .distance = rowTop(row) - scrollY};
+}
+
+double HexEditorGeometry::scrollFor(const PlaceInView& place, std::int64_t bytesPerRow) const {
+  return rowTop(place.offset / bytesPerRow) - place.distance;
+}
+
 std::int64_t HexEditorGeometry::columnFor(double x, std::int64_t bytesPerRow) const {
   const double column =
       x >= asciiStart_ ? (x - asciiStart_) / charWidth_ : (x - hexStart_) / (charWidth_ * 3);

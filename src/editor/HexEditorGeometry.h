@@ -31,6 +31,13 @@ struct RowRange {
   bool operator==(const RowRange&) const = default;
 };
 
+/// A byte, and how far the top of its row lies below the top of what can be seen.
+struct PlaceInView {
+  std::int64_t offset = 0;
+  double distance = 0;
+  bool operator==(const PlaceInView&) const = default;
+};
+
 /// The arithmetic of the hex view: where rows, cells, highlights and the caret lie in the document,
 /// and which byte lies under a point. Knows no widget and holds no bytes. Main thread only.
 ///
@@ -97,6 +104,19 @@ class HexEditorGeometry {
   /// The data rows of which `minY`...`maxY` shows at least a part; the nearest one when it shows
   /// none. The numbers are finite.
   RowRange visibleRows(double minY, double maxY, HexDocumentShape shape) const;
+
+  /// The most height above and below a row, in whole rows and at most `rows` of them, that a
+  /// viewport of `viewportHeight` has room for.
+  double contextAround(double viewportHeight, std::int64_t rows) const;
+
+  /// What to keep in its place when rows get longer or shorter, in a viewport of `viewportHeight`
+  /// scrolled to `scrollY`: the caret where its row can be seen, else the first row that can be.
+  /// The numbers are finite.
+  PlaceInView placeToKeep(double scrollY, double viewportHeight, std::int64_t caretOffset,
+                          HexDocumentShape shape) const;
+
+  /// Where to scroll to, so that `place` lies as it did; not clamped to the document.
+  double scrollFor(const PlaceInView& place, std::int64_t bytesPerRow) const;
 
   /// The offset under `point`, 0...`shape.byteCount`. Left of the hex cells the column is negative
   /// on purpose: such a click lands a few bytes before its row. `caretOffset` (clamped) is the

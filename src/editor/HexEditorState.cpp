@@ -5,6 +5,13 @@
 
 namespace quillmor {
 
+namespace {
+
+/// How much is shown above and below a place gone to.
+constexpr std::int64_t kContextRows = 3;
+
+}  // namespace
+
 HexEditorState::HexEditorState(Beeper& beeper)
     : beeper_(beeper), storage_(std::make_shared<HexStorage>()) {}
 
@@ -24,18 +31,49 @@ void HexEditorState::setStorage(std::shared_ptr<HexStorage> storage) {
 void HexEditorState::setBytesPerRow(std::int64_t value) {
   const std::int64_t clamped = std::clamp<std::int64_t>(value, 8, 32);
   if (clamped == bytesPerRow_) return;
+  const Point scroll = surface_ != nullptr ? surface_->scrollPosition() : Point{};
+  const PlaceInView place =
+      geometry_.placeToKeep(scroll.y, viewportSize_.height, caretOffset_, shape());
   bytesPerRow_ = clamped;
-  recalcMetrics();
+  layOut();
+  if (surface_ != nullptr) {
+    surface_->scrollTo({scroll.x, geometry_.scrollFor(place, bytesPerRow_)});
+    surface_->contentsChanged();
+  }
   redraw();
 }
 
 void HexEditorState::setCaretOffset(std::int64_t value) {
-  caretOffset_ = clampedToCount(value, count());
+  placeCaret(value);
+  showCaretAndSelection();
+}
+
+void HexEditorState::goTo(std::int64_t offset) {
+  placeCaret(offset);
+  show(geometry_.contextAround(viewportSize_.height, kContextRows));
+}
+
+void HexEditorState::placeCaret(std::int64_t offset) noexcept {
+  caretOffset_ = clampedToCount(offset, count());
   editingHighNibble_ = true;
   pendingLowNibbleEditAnnouncement_ = false;
+  firstDigitWasAnnounced_ = false;
   selectionAnchor_.reset();
+}
+
+void HexEditorState::placeCaretAndSelection(std::int64_t caretOffset,
+                                            HexSelection selection) noexcept {
+  placeCaret(caretOffset);
+  selection_ = selection;
+}
+
+void HexEditorState::showCaretAndSelection() {
+  show(0);
+}
+
+void HexEditorState::show(double context) {
   if (surface_ != nullptr) {
-    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2));
+    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2 + context));
     surface_->redrawVisiblePart();
     surface_->caretOrSelectionChanged();
   }
@@ -89,8 +127,13 @@ bool HexEditorState::overwritesAtCaret(HexSelection normalized) const {
 }
 
 bool HexEditorState::refusesEditing() {
-  if (!isEditingEnabled_) beeper_.beep();
+  if (!isEditingEnabled_) refuse("The document cannot be edited while an operation is running.");
   return !isEditingEnabled_;
+}
+
+void HexEditorState::refuse(const std::string& reason) {
+  beeper_.beep();
+  if (delegate_ != nullptr) delegate_->didRefuse(reason);
 }
 
 void HexEditorState::redraw() {
@@ -101,16 +144,13 @@ void HexEditorState::updateStatus() {
   if (delegate_ != nullptr) delegate_->updateStatus();
 }
 
-void HexEditorState::announceEdit(std::int64_t start, std::int64_t removedCount,
-                                  std::int64_t insertedCount) {
-  if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
-}
-
+/// Accounts for an edit, and only then shows it: whatever showing may fail with, bytes, caret,
+/// history and change count agree.
 void HexEditorState::didEdit() {
-  // The delegate first: whatever showing the change may fail with, the change is accounted for.
   if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
+  layOut();
+  showCaretAndSelection();
   if (surface_ != nullptr) surface_->contentsChanged();
-  redraw();
 }
 
 }  // namespace quillmor

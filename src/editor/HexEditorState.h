@@ -27,12 +27,19 @@ class HexEditorViewDelegate {
   virtual void announceEdit(std::int64_t start, std::int64_t removedCount,
                             std::int64_t insertedCount) = 0;
 
-  /// The storage has changed. A digit completing a byte whose first digit was announced, or typed
-  /// after a click on a second digit, comes without an announcement of its own.
+  /// The announced edit failed, for want of memory: the storage is as it was.
+  virtual void editDidNotHappen() noexcept = 0;
+
+  /// The storage has changed, and caret and selection are those after the edit; nothing of it is
+  /// shown yet. A digit that completes a byte whose first digit was announced comes without an
+  /// announcement of its own.
   virtual void hexEditorDidEdit(HexEditorState& editor) = 0;
 
   /// The caret or the selection was set.
   virtual void updateStatus() = 0;
+
+  /// What the user typed or asked for was refused with a beep; `reason` is a sentence for the user.
+  virtual void didRefuse(const std::string& reason) = 0;
 };
 
 /// The widget that shows a `HexEditorState`. All calls come on the main thread.
@@ -48,6 +55,12 @@ class HexEditorSurface {
 
   /// Scrolls as little as needed to show `rect` (document coordinates).
   virtual void scrollToVisible(const Rect& rect) = 0;
+
+  /// The document coordinates of the top left corner of what can be seen.
+  virtual Point scrollPosition() const = 0;
+
+  /// Scrolls there, as far as the document goes.
+  virtual void scrollTo(Point position) = 0;
 
   /// Typing shall go to this view from now on.
   virtual void takeKeyboardFocus() = 0;
@@ -79,7 +92,8 @@ struct KeyPress {
 
 /// The hex view without its drawing: caret, selection, typing modes and everything that keyboard,
 /// mouse and commands do with them. Edits go straight into the storage, each announced to the
-/// delegate before and reported after it. What is refused beeps and changes nothing.
+/// delegate before and reported after it. What is refused beeps, changes nothing, and its reason
+/// goes to the delegate.
 ///
 /// Main thread only. Delegate, surface and beeper must outlive the state or be reset.
 class HexEditorState {
@@ -97,7 +111,8 @@ class HexEditorState {
   /// Replaces the bytes shown; the caller then sets caret and selection and lays out again.
   void setStorage(std::shared_ptr<HexStorage> storage);
 
-  /// Clamped to 8...32.
+  /// Clamped to 8...32. What can be seen stays in its place: the row of the caret when it is among
+  /// it, else the first row.
   std::int64_t bytesPerRow() const { return bytesPerRow_; }
   void setBytesPerRow(std::int64_t value);
 
@@ -109,6 +124,14 @@ class HexEditorState {
   /// and scrolls the caret into view.
   std::int64_t caretOffset() const { return caretOffset_; }
   void setCaretOffset(std::int64_t value);
+  /// The same for a place to go to: shows a few rows above and below it too, where there is room.
+  void goTo(std::int64_t offset);
+
+  /// Sets caret and selection as the two setters do and shows nothing: after a change of the bytes
+  /// this cannot fail. `showCaretAndSelection` follows.
+  void placeCaretAndSelection(std::int64_t caretOffset, HexSelection selection) noexcept;
+  /// Scrolls the caret into view and redraws.
+  void showCaretAndSelection();
 
   /// Kept as given; use it normalised.
   HexSelection selection() const { return selection_; }
@@ -170,7 +193,7 @@ class HexEditorState {
   void editByte(std::uint8_t value);
 
   // Replacing (HexEditorStateReplacing.cpp).
-  /// Whether the document's size allows the edit; beeps when it does not.
+  /// Whether the document's size allows the edit; refuses it when it does not.
   bool canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount);
   /// How many bytes `insertedCount` bytes, pasted now, would take the place of.
   std::int64_t byteCountReplacedBy(std::int64_t insertedCount) const {
@@ -189,9 +212,16 @@ class HexEditorState {
   HexSelection normalizedSelection() const { return selection_.normalized(count()); }
   bool overwritesAtCaret(HexSelection normalized) const;
   bool refusesEditing();
+  void refuse(const std::string& reason);
+  /// Scrolls the caret into view with `context` above and below it, in document coordinates, and
+  /// redraws.
+  void show(double context);
   void redraw();
   void updateStatus();
-  void announceEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount);
+  void placeCaret(std::int64_t offset) noexcept;
+  template <class Change>
+  void edit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+            const Change& change);
   void didEdit();
   void layOut();
 
@@ -199,8 +229,8 @@ class HexEditorState {
   HexSelection selectionBetween(std::int64_t anchor, std::int64_t caret) const;
 
   void editFirstNibble(std::uint8_t value);
-  bool overwriteFirstNibble(std::uint8_t value);
-  bool makeByteForFirstNibble(HexSelection normalized);
+  void overwriteFirstNibble(std::uint8_t value);
+  void makeByteForFirstNibble(HexSelection normalized, std::uint8_t value);
   void expectSecondDigit();
   void editSecondNibble(std::uint8_t value);
 
@@ -229,8 +259,24 @@ class HexEditorState {
   EditingArea editingArea_ = EditingArea::hex;
   bool editingHighNibble_ = true;
   bool pendingLowNibbleEditAnnouncement_ = false;
+  /// Whether the announced edit of the first digit stands for the second one too.
+  bool firstDigitWasAnnounced_ = false;
   std::optional<std::int64_t> trackingDragStart_;
   std::optional<std::int64_t> selectionAnchor_;
 };
+
+/// Announces an edit and makes it with `change`, which changes the storage or throws.
+template <class Change>
+void HexEditorState::edit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
+                          const Change& change) {
+  firstDigitWasAnnounced_ = false;
+  if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
+  try {
+    change();
+  } catch (...) {
+    if (delegate_ != nullptr) delegate_->editDidNotHappen();
+    throw;
+  }
+}
 
 }  // namespace quillmor

@@ -18,7 +18,8 @@ bool HexEditorState::canApplyEdit(std::int64_t removedCount, std::int64_t insert
   std::int64_t newCount = 0;
   const bool overflows = __builtin_add_overflow(count() - removed, inserted, &newCount);
   if (!overflows && newCount <= maximumByteCount_) return true;
-  beeper_.beep();
+  refuse(count() >= maximumByteCount_ ? "The document is at its size limit."
+                                      : "The document would grow beyond its size limit.");
   return false;
 }
 
@@ -35,11 +36,9 @@ HexEditorState::Replacement HexEditorState::replacementFor(HexSelection normaliz
 void HexEditorState::replace(Replacement replacement, std::span<const std::uint8_t> bytes,
                              HexSelection newSelection) {
   if (!canApplyEdit(replacement.removedCount, countOf(bytes))) return;
-  announceEdit(replacement.start, replacement.removedCount, countOf(bytes));
-  storage_->bytes.replace(replacement.start, replacement.removedCount, bytes);
-  setSelection(newSelection);
-  layOut();
-  setCaretOffset(clampedOffset(replacement.start, countOf(bytes)));
+  edit(replacement.start, replacement.removedCount, countOf(bytes),
+       [&] { storage_->bytes.replace(replacement.start, replacement.removedCount, bytes); });
+  placeCaretAndSelection(clampedOffset(replacement.start, countOf(bytes)), newSelection);
   didEdit();
 }
 
@@ -55,18 +54,13 @@ void HexEditorState::deleteSelectionOrByte(bool backward) {
   if (refusesEditing()) return;
   const HexSelection selected = normalizedSelection();
   if (selected.length > 0) {
-    announceEdit(selected.start, selected.length, 0);
-    storage_->delete_(selected);
-    layOut();
-    setCaretOffset(selected.start);
-    setSelection({});
+    edit(selected.start, selected.length, 0, [&] { storage_->delete_(selected); });
+    placeCaretAndSelection(selected.start, {});
   } else {
     if (backward ? caretOffset_ < 1 : caretOffset_ >= count()) return;
     const std::int64_t place = backward ? caretOffset_ - 1 : caretOffset_;
-    announceEdit(place, 1, 0);
-    storage_->delete_({.start = place, .length = 1});
-    layOut();
-    if (backward) setCaretOffset(place);
+    edit(place, 1, 0, [&] { storage_->delete_({.start = place, .length = 1}); });
+    if (backward) placeCaret(place);
   }
   didEdit();
 }

@@ -28,7 +28,9 @@ void HexEditorState::handleTextInput(std::string_view characters) {
   } else if (first >= ' ' && first <= '~') {
     return editByte(static_cast<std::uint8_t>(first));
   }
-  beeper_.beep();
+  refuse(editingArea_ == EditingArea::hex
+             ? "Only the digits 0 to 9 and A to F can be typed in this column."
+             : "Only printable ASCII characters can be typed in this column.");
 }
 
 void HexEditorState::editHexNibble(std::uint8_t value) {
@@ -51,56 +53,57 @@ void HexEditorState::editSecondNibble(std::uint8_t value) {
     redraw();
     return;
   }
-  if (pendingLowNibbleEditAnnouncement_) announceEdit(caretOffset_, 1, 1);
-  storage_->bytes.set(caretOffset_, edited);
-  pendingLowNibbleEditAnnouncement_ = false;
-  setCaretOffset(clampedOffset(caretOffset_, 1));
+  const auto write = [&] { storage_->bytes.set(caretOffset_, edited); };
+  // The step of the first digit takes the second one back too. Without such a step, as after a
+  // click on the second digit, there is one of its own.
+  firstDigitWasAnnounced_ ? write() : edit(caretOffset_, 1, 1, write);
+  placeCaret(clampedOffset(caretOffset_, 1));
   didEdit();
 }
 
 void HexEditorState::editFirstNibble(std::uint8_t value) {
   const HexSelection selected = normalizedSelection();
-  const bool mayWrite =
-      overwritesAtCaret(selected) ? overwriteFirstNibble(value) : makeByteForFirstNibble(selected);
-  if (!mayWrite) return;
-  storage_->bytes.set(caretOffset_, withHighNibble(storage_->bytes[caretOffset_], value));
-  pendingLowNibbleEditAnnouncement_ = false;
-  layOut();
-  expectSecondDigit();
-  didEdit();
+  if (!overwritesAtCaret(selected)) return makeByteForFirstNibble(selected, value);
+  overwriteFirstNibble(value);
 }
 
+/// The caret stays on the byte of the first digit.
 void HexEditorState::expectSecondDigit() {
   editingHighNibble_ = false;
+  updateStatus();
   if (surface_ != nullptr) surface_->caretOrSelectionChanged();
 }
 
-/// Announces that the byte at the caret changes, and returns true. A digit that is there already
-/// is no edit: the second digit decides whether there is one.
-bool HexEditorState::overwriteFirstNibble(std::uint8_t value) {
+/// A digit that is there already is no edit: the second digit decides whether there is one.
+void HexEditorState::overwriteFirstNibble(std::uint8_t value) {
   const std::uint8_t old = storage_->bytes[caretOffset_];
-  if (withHighNibble(old, value) != old) {
-    announceEdit(caretOffset_, 1, 1);
-    return true;
+  const std::uint8_t edited = withHighNibble(old, value);
+  if (edited == old) {
+    pendingLowNibbleEditAnnouncement_ = true;
+    firstDigitWasAnnounced_ = false;
+    expectSecondDigit();
+    return redraw();
   }
-  pendingLowNibbleEditAnnouncement_ = true;
-  expectSecondDigit();
-  redraw();
-  return false;
+  edit(caretOffset_, 1, 1, [&] { storage_->bytes.set(caretOffset_, edited); });
+  pendingLowNibbleEditAnnouncement_ = false;
+  firstDigitWasAnnounced_ = true;
+  editingHighNibble_ = false;
+  didEdit();
 }
 
-/// Puts a zero byte in place of the selection, or at the caret, and the caret on it. Returns false
-/// when the document may not grow.
-bool HexEditorState::makeByteForFirstNibble(HexSelection normalized) {
-  static constexpr std::array<std::uint8_t, 1> kZero{0};
-  if (!canApplyEdit(normalized.length, 1)) return false;
+/// Puts a byte of the digit and a zero in place of the selection, or at the caret, and the caret on
+/// it. Beeps when the document may not grow.
+void HexEditorState::makeByteForFirstNibble(HexSelection normalized, std::uint8_t value) {
+  if (!canApplyEdit(normalized.length, 1)) return;
+  const std::array<std::uint8_t, 1> byte{withHighNibble(0, value)};
   const bool replaces = normalized.length > 0;
   const std::int64_t place = replaces ? normalized.start : std::min(count(), caretOffset_);
-  announceEdit(place, normalized.length, 1);
-  storage_->bytes.replace(place, normalized.length, kZero);
-  setCaretOffset(place);
-  if (replaces) setSelection({});
-  return true;
+  edit(place, normalized.length, 1,
+       [&] { storage_->bytes.replace(place, normalized.length, byte); });
+  placeCaretAndSelection(place, replaces ? HexSelection{} : selection_);
+  firstDigitWasAnnounced_ = true;
+  editingHighNibble_ = false;
+  didEdit();
 }
 
 void HexEditorState::editByte(std::uint8_t value) {
@@ -114,15 +117,12 @@ void HexEditorState::editByte(std::uint8_t value) {
   }
   const Replacement replacement = replacementFor(selected, 1);
   if (!canApplyEdit(replacement.removedCount, 1)) return;
-  announceEdit(replacement.start, replacement.removedCount, 1);
   const std::array<std::uint8_t, 1> byte{value};
-  storage_->bytes.replace(replacement.start, replacement.removedCount, byte);
-  if (selected.length > 0) {
-    setCaretOffset(selected.start);
-    setSelection({});
-  }
-  layOut();
-  setCaretOffset(clampedOffset(caretOffset_, 1));
+  edit(replacement.start, replacement.removedCount, 1,
+       [&] { storage_->bytes.replace(replacement.start, replacement.removedCount, byte); });
+  const bool replaced = selected.length > 0;
+  placeCaretAndSelection(clampedOffset(replaced ? selected.start : caretOffset_, 1),
+                         replaced ? HexSelection{} : selection_);
   didEdit();
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "editor/DraggedFiles.h"
+#include "editor/HeldMotions.h"
 #include "editor/HexEditorPainter.h"
 #include "editor/HexEditorState.h"
 #include "editor/ScrollAxis.h"
@@ -33,11 +34,6 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   /// Accepts no more drops, as when the window closes.
   void unregisterDrags() { viewport()->setAcceptDrops(false); }
 
-  /// The document coordinates of the viewport's top left corner.
-  Point scrollPosition() const { return {horizontal_.position(), vertical_.position()}; }
-  /// Clamped to the document.
-  void scrollTo(Point position);
-
   /// Between the viewport's coordinates and the document's.
   Point documentPoint(QPointF viewportPoint) const;
   QRectF viewportRect(const Rect& documentRect) const;
@@ -53,6 +49,8 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   void redrawVisiblePart() override;
   void documentSizeChanged() override;
   void scrollToVisible(const Rect& rect) override;
+  Point scrollPosition() const override { return {horizontal_.position(), vertical_.position()}; }
+  void scrollTo(Point position) override;
   void takeKeyboardFocus() override;
   void caretOrSelectionChanged() override;
   void contentsChanged() override;
@@ -97,6 +95,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   ScrollAxis horizontal_;
   ScrollAxis vertical_;
   bool isSyncingScrollBars_ = false;
+  HeldMotions heldMotions_;
   QBasicTimer autoScrollTimer_;
   /// Where the pointer was last during a drag, in viewport coordinates.
   QPointF dragPoint_;

@@ -95,6 +95,7 @@ void HexEditorView::mouseMoveEvent(QMouseEvent* event) {
     autoScrollTimer_.stop();
     return event->ignore();
   }
+  if (!heldMotions_.tookPlace(event->timestamp())) return event->ignore();
   dragPoint_ = event->position();
   const bool isOutside = !QRectF(viewport()->rect()).contains(dragPoint_);
   if (!isOutside || !editor_->trackingDragStart()) {

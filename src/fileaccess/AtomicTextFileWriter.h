@@ -10,25 +10,28 @@
 
 #include "base/Error.h"
 #include "base/FileLocation.h"
-#include "fileaccess/FileDescriptor.h"
 #include "fileaccess/OutputDestination.h"
+#include "fileaccess/ReplacedFileAccess.h"
 #include "fileaccess/Reservations.h"
+#include "fileaccess/TemporaryOutput.h"
 
 namespace quillmor {
 
 /// An output whose destination was found good and whose temporary file stands open.
 struct PreparedOutput {
-  FileLocation temporaryUrl;
-  OutputDestinationIdentity temporaryFileIdentity;
-  FileDescriptor handle;
+  TemporaryOutput temporary;
   std::shared_ptr<OutputReservation> reservation;
   /// Absent when no file existed at the destination.
   std::optional<OutputDestinationSnapshot> initialDestinationSnapshot;
+  /// Absent with it. It holds for as long as the snapshot does.
+  std::optional<ReplacedFileAccess> replacedFileAccess;
 };
 
 namespace SecureFileAccess {
 
-/// Reserves and checks the destination and creates the temporary file beside it. Codes 1207, 1200,
+/// Reserves and checks the destination and creates the temporary file beside it, where stale ones
+/// are removed first. Of a file that is to replace another, nobody but the owner may do anything
+/// until it is complete. Codes 1207, 1200,
 /// 1206, 1212, 1210, 1211, 1215 or a POSIX error; nothing is left behind on failure.
 PreparedOutput prepareOutput(const FileLocation& destination,
                              std::span<const FileLocation> protectedUrls);
@@ -36,7 +39,8 @@ PreparedOutput prepareOutput(const FileLocation& destination,
 }  // namespace SecureFileAccess
 
 /// Writes a file that appears at its destination complete, in one step, or not at all. It never
-/// overwrites a protected file, nor one that appeared or changed while it was being written.
+/// overwrites a protected file, nor one that appeared or changed while it was being written. A file
+/// that replaces another takes over its access, as `SecureFileAccess::carryOverAccess` says.
 ///
 /// Used by one thread at a time. A writer that is destroyed without a successful `finish` leaves
 /// the destination as it was and removes its temporary file, unless that has been moved away or the
@@ -76,23 +80,19 @@ class AtomicTextFileWriter {
 
   void completeTemporaryFile();
   void closeIfNeeded();
-  void validateTemporaryPathOwnership() const;
   void atomicallyInstallTemporaryFile();
   void installTemporaryFileWithoutReplacing();
   void installTemporaryFileByHardLink();
   void replaceDestinationWithTemporaryFile(const OutputDestinationSnapshot& expected);
-  void removeTemporaryPathIfStillOwned() noexcept;
 
   const FileLocation destinationUrl_;
-  const FileLocation temporaryUrl_;
-  const OutputDestinationIdentity temporaryFileIdentity_;
-  FileDescriptor handle_;
+  TemporaryOutput temporary_;
   const std::vector<FileLocation> protectedUrls_;
   const std::shared_ptr<OutputReservation> outputReservation_;
   const std::optional<OutputDestinationSnapshot> initialDestinationSnapshot_;
+  const std::optional<ReplacedFileAccess> replacedFileAccess_;
   bool finished_ = false;
   bool closed_ = false;
-  bool temporaryPathNeedsCleanup_ = true;
   /// The first failure after which the temporary file cannot be trusted to hold what was written.
   std::optional<Error> finalFailure_;
 };

@@ -18,7 +18,7 @@ std::size_t writeOnce(std::span<const std::uint8_t> bytes, const FileDescriptor&
   const ssize_t count = retryingInterrupted(
       [&] { return SystemCalls::current().write(handle.get(), bytes.data(), bytes.size()); });
   if (count < 0) throw lastSystemError(messages.couldNotWrite);
-  if (count == 0) throw Error::posix(EIO, std::string(messages.stopped));
+  if (count == 0) throw Error::posix(0, std::string(messages.stopped));
   return static_cast<std::size_t>(count);
 }
 

@@ -16,7 +16,7 @@ constexpr std::uint32_t kPermissionBits = 0777;
 
 Error wouldOverwriteInputError(const FileLocation& destination) {
   return Error::quillmor(1206, "Choose a different output destination. Writing to " +
-                                   destination.lastPathComponent() +
+                                   destination.shownName() +
                                    " would overwrite an open document or another input file.");
 }
 

@@ -1,7 +1,10 @@
 #include "fileaccess/SystemCalls.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/random.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -93,6 +96,35 @@ ssize_t SystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) 
 
 int SystemCalls::getrlimit(int resource, struct rlimit* limit) {
   return ::getrlimit(static_cast<__rlimit_resource>(resource), limit);
+}
+
+int SystemCalls::fcntl(int descriptor, int command, int argument) {
+  return ::fcntl(descriptor, command, argument);
+}
+
+int SystemCalls::flock(int descriptor, int operation) {
+  return ::flock(descriptor, operation);
+}
+
+ssize_t SystemCalls::getdents64(int descriptor, void* buffer, std::size_t count) {
+  return ::getdents64(descriptor, buffer, count);
+}
+
+int SystemCalls::fchown(int descriptor, uid_t owner, gid_t group) {
+  return ::fchown(descriptor, owner, group);
+}
+
+ssize_t SystemCalls::lgetxattr(const char* path, const char* name, void* value, std::size_t size) {
+  return ::lgetxattr(path, name, value, size);
+}
+
+int SystemCalls::fsetxattr(int descriptor, const char* name, const void* value, std::size_t size,
+                           int flags) {
+  return ::fsetxattr(descriptor, name, value, size, flags);
+}
+
+int SystemCalls::fremovexattr(int descriptor, const char* name) {
+  return ::fremovexattr(descriptor, name);
 }
 
 SystemCalls& SystemCalls::current() {

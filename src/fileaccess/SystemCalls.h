@@ -51,6 +51,15 @@ class SystemCalls {
   virtual ssize_t getrandom(void* buffer, std::size_t count, unsigned flags);
 
   virtual int getrlimit(int resource, struct rlimit* limit);
+  virtual int fcntl(int descriptor, int command, int argument);
+  virtual int flock(int descriptor, int operation);
+  virtual ssize_t getdents64(int descriptor, void* buffer, std::size_t count);
+
+  virtual int fchown(int descriptor, uid_t owner, gid_t group);
+  virtual ssize_t lgetxattr(const char* path, const char* name, void* value, std::size_t size);
+  virtual int fsetxattr(int descriptor, const char* name, const void* value, std::size_t size,
+                        int flags);
+  virtual int fremovexattr(int descriptor, const char* name);
 
   /// The calls in use by this process: the real ones unless a `ScopedSystemCalls` is alive.
   static SystemCalls& current();
@@ -81,7 +90,8 @@ auto retryingInterrupted(Call call) {
   }
 }
 
-/// The error of the call that has just failed, from `errno`, with `message` as its text.
+/// The error of the call that has just failed, with `message` as its text and the system's text for
+/// `errno` as its reason.
 Error lastSystemError(std::string_view message);
 
 /// The error of the call that has just failed, from `errno`, in the system's own words.

@@ -24,7 +24,7 @@ ReservationKeys keysForReading(const FileLocation& url) {
 }  // namespace
 
 std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url) {
-  return reserveReadURL(url, url.lastPathComponent());
+  return reserveReadURL(url, url.shownName());
 }
 
 std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url,
@@ -34,12 +34,11 @@ std::shared_ptr<ReadReservation> reserveReadURL(const FileLocation& url,
 
 std::shared_ptr<OutputReservation> reserveOutputURL(const FileLocation& url) {
   if (!url.isLocalFile()) throw outputIsNotALocalFileError();
-  return fileReservationRegistry().reserveOutput(keysOf(url), url.lastPathComponent());
+  return fileReservationRegistry().reserveOutput(keysOf(url), url.shownName());
 }
 
 void validateURLIsNotReservedForReading(const FileLocation& url) {
-  fileReservationRegistry().validateIsNotReservedForOutput(keysForReading(url),
-                                                           url.lastPathComponent());
+  fileReservationRegistry().validateIsNotReservedForOutput(keysForReading(url), url.shownName());
 }
 
 bool urlsReferToSameFile(const FileLocation& a, const FileLocation& b) {

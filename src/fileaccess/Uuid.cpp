@@ -41,4 +41,18 @@ std::string makeUuid() {
   return text;
 }
 
+bool isUuid(std::string_view text) {
+  // x: any digit, v: one that holds the two bits of the variant.
+  constexpr std::string_view kForm = "xxxxxxxx-xxxx-4xxx-vxxx-xxxxxxxxxxxx";
+  static_assert(kForm.size() == kUuidLength);
+  if (text.size() != kForm.size()) return false;
+  for (std::size_t i = 0; i < kForm.size(); ++i) {
+    const std::string_view allowed = kForm[i] == 'x'   ? "0123456789ABCDEF"
+                                     : kForm[i] == 'v' ? "89AB"
+                                                       : kForm.substr(i, 1);
+    if (allowed.find(text[i]) == std::string_view::npos) return false;
+  }
+  return true;
+}
+
 }  // namespace quillmor

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace quillmor {
 
 enum class AlertStyle { informational, warning, critical };
+
+struct AlertResponse;
 
 /// One labelled row of an alert's form: a text field, or a pop-up when `choices` is not empty.
 struct FormField {
@@ -15,8 +19,10 @@ struct FormField {
   std::string text = {};                  ///< what the field holds at first
   std::vector<std::string> choices = {};  ///< titles of a pop-up, in order
   std::size_t selectedChoice = 0;
-
-  bool operator==(const FormField&) const = default;
+  /// Where given, the line under a text field that says how its text will be read; empty to say
+  /// nothing. Gets the form as it stands (`button` means nothing) whenever something in it changes,
+  /// so it has to be quick.
+  std::function<std::string(const AlertResponse& form)> note = {};
 };
 
 /// A modal alert. All texts are UTF-8.
@@ -29,9 +35,8 @@ struct Alert {
   std::size_t cancelButton =
       static_cast<std::size_t>(-1);  ///< Escape; by default the button "Cancel", else the only one
   std::vector<FormField> fields = {};
-  int formWidth = 420;  ///< points
-
-  bool operator==(const Alert&) const = default;
+  std::optional<std::size_t> focusedField = {};  ///< by default the first text field
+  int formWidth = 420;                           ///< points, as far as the screen has room
 };
 
 struct AlertResponse {

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <limits>
@@ -15,6 +16,9 @@
 namespace quillmor {
 
 namespace {
+
+/// What a dialog needs at both sides of its form together.
+constexpr int kRoomAroundForm = 40;
 
 /// A label for text of any origin: never read as markup, free to be selected and copied.
 QLabel* makeTextLabel(const std::string& text) {
@@ -62,12 +66,15 @@ AlertFormDialog::AlertFormDialog(const Alert& alert, QWidget* parent)
   if (!alert_.informativeText.empty()) layout->addWidget(makeTextLabel(alert_.informativeText));
   layout->addWidget(makeForm());
   layout->addWidget(makeButtons());
-  if (!fieldWidgets_.empty()) fieldWidgets_.front()->setFocus();
+  updateNotes();
+  focusField();
 }
 
 QWidget* AlertFormDialog::makeForm() {
   auto* form = new QWidget;
-  form->setMinimumWidth(alert_.formWidth);
+  const QScreen* screen = (parentWidget() ? parentWidget() : this)->screen();
+  const int room = screen->availableSize().width() - kRoomAroundForm;
+  form->setMinimumWidth(std::min(alert_.formWidth, room));
   auto* layout = new QFormLayout(form);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
@@ -79,8 +86,46 @@ QWidget* AlertFormDialog::makeForm() {
     } else {
       layout->addRow(AlertButtons::title(field.label), widget);
     }
+    addNote(field, *widget, *layout);
   }
   return form;
+}
+
+void AlertFormDialog::addNote(const FormField& field, QWidget& widget, QFormLayout& layout) {
+  QLabel* label = nullptr;
+  if (field.note) {
+    label = makeTextLabel({});
+    // The dialog keeps its size while the note comes and goes.
+    label->setMinimumHeight(label->fontMetrics().height());
+    layout.addRow(QString(), label);
+  }
+  noteLabels_.push_back(label);
+  if (auto* edit = qobject_cast<QLineEdit*>(&widget))
+    connect(edit, &QLineEdit::textChanged, this, &AlertFormDialog::updateNotes);
+  if (auto* popUp = qobject_cast<QComboBox*>(&widget))
+    connect(popUp, &QComboBox::currentIndexChanged, this, &AlertFormDialog::updateNotes);
+}
+
+void AlertFormDialog::updateNotes() {
+  std::optional<AlertResponse> form;
+  for (std::size_t i = 0; i < noteLabels_.size(); ++i) {
+    if (noteLabels_[i] == nullptr) continue;
+    if (!form) form = response();
+    const QString note = QString::fromStdString(alert_.fields[i].note(*form));
+    noteLabels_[i]->setText(note);
+    fieldWidgets_[i]->setAccessibleDescription(note);
+  }
+}
+
+void AlertFormDialog::focusField() {
+  if (fieldWidgets_.empty()) return;
+  QWidget* field = fieldWidgets_.front();
+  const auto isTextField = [](QWidget* widget) { return qobject_cast<QLineEdit*>(widget); };
+  const auto firstText = std::ranges::find_if(fieldWidgets_, isTextField);
+  if (firstText != fieldWidgets_.end()) field = *firstText;
+  const std::size_t named = alert_.focusedField.value_or(fieldWidgets_.size());
+  if (named < fieldWidgets_.size()) field = fieldWidgets_[named];
+  field->setFocus();
 }
 
 QWidget* AlertFormDialog::makeField(const FormField& field) {

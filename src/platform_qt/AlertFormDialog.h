@@ -7,10 +7,14 @@
 #include "platform/AlertPresenter.h"
 
 class QDialogButtonBox;
+class QFormLayout;
+class QLabel;
 
 namespace quillmor {
 
-/// An alert with a form: labelled text fields and pop-ups between its texts and its buttons.
+/// An alert with a form: labelled text fields and pop-ups between its texts and its buttons. The
+/// focus is in the field the alert names, else in the first text field, with its text selected; the
+/// notes under the fields follow what is typed and chosen.
 /// Return presses the default button, Escape the one for cancelling; without one, Escape and the
 /// window's close button do nothing. Main thread only.
 class AlertFormDialog : public QDialog {
@@ -26,11 +30,15 @@ class AlertFormDialog : public QDialog {
  private:
   QWidget* makeForm();
   QWidget* makeField(const FormField& field);
+  void addNote(const FormField& field, QWidget& widget, QFormLayout& layout);
+  void updateNotes();
+  void focusField();
   QDialogButtonBox* makeButtons();
   void finish(std::size_t button);
 
   Alert alert_;
   std::vector<QWidget*> fieldWidgets_;
+  std::vector<QLabel*> noteLabels_;  ///< one per field; null without a note
   std::optional<std::size_t> pressedButton_;
 };
 

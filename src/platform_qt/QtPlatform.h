@@ -1,12 +1,14 @@
 #pragma once
 
+#include <memory>
+#include <utility>
+
 #include "platform/PlatformServices.h"
 #include "platform_qt/QtAlertPresenter.h"
 #include "platform_qt/QtBackgroundExecutor.h"
 #include "platform_qt/QtBeeper.h"
 #include "platform_qt/QtFilePanels.h"
 #include "platform_qt/QtPasteboard.h"
-#include "platform_qt/QtUserDefaults.h"
 #include "platform_qt/QtWorkspace.h"
 
 namespace quillmor {
@@ -15,15 +17,18 @@ namespace quillmor {
 /// keeps until the last window has gone. Main thread only.
 class QtPlatform {
  public:
+  /// `defaults` is not null.
+  explicit QtPlatform(std::unique_ptr<UserDefaults> defaults) : defaults_(std::move(defaults)) {}
+
   PlatformServices services() {
-    return {alerts_, filePanels_, pasteboard_, defaults_, beeper_, workspace_, executor_};
+    return {alerts_, filePanels_, pasteboard_, *defaults_, beeper_, workspace_, executor_};
   }
 
  private:
   QtAlertPresenter alerts_;
   QtFilePanels filePanels_;
   QtPasteboard pasteboard_;
-  QtUserDefaults defaults_;
+  std::unique_ptr<UserDefaults> defaults_;
   QtBeeper beeper_;
   QtWorkspace workspace_;
   QtBackgroundExecutor executor_;

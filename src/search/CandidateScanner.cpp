@@ -32,7 +32,8 @@ std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateLis
 
 CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                                    const std::vector<SearchCandidate>& candidateList,
-                                   bool ignoresASCIICase, std::int64_t start)
+                                   bool ignoresASCIICase, std::int64_t start,
+                                   const SearchLimits& limits)
     : haystack_(haystack), pieceBytes_(searchedPieceBytes(candidateList)), reported_(start) {
   cursors_.reserve(candidateList.size());
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
@@ -42,7 +43,7 @@ CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                         .length = std::ssize(bytes),
                         .searchedTo = start,
                         .list = {},
-                        .matcher = ByteMatcher(bytes, ignoresASCIICase)});
+                        .matcher = ByteMatcher(bytes, ignoresASCIICase, limits)});
   }
   std::ranges::stable_sort(cursors_, std::ranges::greater{}, &Cursor::length);
 }

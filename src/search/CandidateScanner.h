@@ -36,7 +36,7 @@ class CandidateScanner {
   /// For a walk that begins at `start`, 0 or more.
   CandidateScanner(std::span<const std::uint8_t> haystack,
                    const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
-                   std::int64_t start = 0);
+                   std::int64_t start = 0, const SearchLimits& limits = {});
 
   /// The earliest occurrence of any candidate at or behind `position`: that of the call before, or
   /// the end of the occurrence it found; `start` at first. Where several begin, the longest; among

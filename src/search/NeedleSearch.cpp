@@ -11,10 +11,6 @@ namespace {
 using Outcome = ScanResult::Outcome;
 using Direction = LinearSearch::Direction;
 
-/// How many positions the linear search takes over before scanning is tried again: the data may be
-/// of another kind by then.
-constexpr std::int64_t kStretch = std::int64_t{4} * 1024 * 1024;
-
 }  // namespace
 
 bool NeedleSearch::canBeFound(Bytes needle, Bytes haystack) const {
@@ -35,7 +31,7 @@ PatternView NeedleSearch::view(Bytes needle) const {
 /// At least several times the needle, since each stretch reads the needle's length beyond its end.
 std::int64_t NeedleSearch::stretchLength(Bytes needle) const {
   if (scanner_.limits().workBudget == 0) return std::numeric_limits<std::int64_t>::max();
-  return std::max(kStretch, 4 * std::ssize(needle));
+  return std::max(scanner_.limits().linearStretch, 4 * std::ssize(needle));
 }
 
 const LinearSearch::FailureTable& NeedleSearch::table(Bytes needle, Direction direction,

@@ -43,6 +43,10 @@ Part nextPart(std::int64_t from, std::int64_t through) {
 
 }  // namespace
 
+const ScanKernel& PatternScanner::kernel() const {
+  return limits_.kernel != nullptr ? *limits_.kernel : scanKernel(limits_.path);
+}
+
 /// What is found out about a pattern once.
 void PatternScanner::prepare(const PatternView& pattern) {
   if (filter_.count > 0) return;
@@ -97,14 +101,13 @@ ScanResult PatternScanner::scan(const PatternView& pattern, std::span<const std:
                          .haystack = haystack.data(),
                          .last = std::ssize(haystack) - pattern.length,
                          .list = list};
-  const ScanKernel& kernel = scanKernel(limits_.path);
   while (from <= through) {
     check();
     const Part part = nextPart<kIsForward>(from, through);
     ScanResult result = {Outcome::exhausted, kIsForward ? from : through};
     if (state_.allowance >= 0) {
-      result =
-          (kIsForward ? kernel.forward : kernel.backward)(task, part.from, part.through, state_);
+      result = (kIsForward ? kernel().forward : kernel().backward)(task, part.from, part.through,
+                                                                   state_);
       state_.allowance = std::min(state_.allowance, greatestAllowance_);
     }
     if (result.outcome == Outcome::found) return result;
@@ -149,7 +152,7 @@ std::optional<std::int64_t> PatternScanner::firstAtAnyCost(const PatternView& pa
                          .last = std::ssize(haystack) - pattern.length};
   const std::int64_t allowance = state_.allowance;
   state_.allowance = kMaxInt64 / 2;
-  const ScanResult result = scanKernel(limits_.path).forward(task, from, through, state_);
+  const ScanResult result = kernel().forward(task, from, through, state_);
   state_.allowance = allowance;
   if (result.outcome == Outcome::found) return result.position;
   return std::nullopt;

@@ -64,6 +64,7 @@ class PatternScanner {
   ScanResult scan(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                   std::int64_t from, std::int64_t through, StopCheck check,
                   MatchList* list = nullptr);
+  const ScanKernel& kernel() const;
   void prepare(const PatternView& pattern);
   void prepareForCulprits(const PatternView& pattern);
   void enterStage(int stage, const PatternView& pattern);

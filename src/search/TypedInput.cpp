@@ -35,15 +35,23 @@ bool shouldTreatAutoInputAsHex(std::string_view text) {
 
 std::optional<std::vector<std::uint8_t>> bytesFromInput(std::string_view text, int modeIndex,
                                                         std::int64_t maxOutputBytes) {
+  auto typed = readTypedBytes(text, modeIndex, maxOutputBytes);
+  if (!typed) return std::nullopt;
+  return std::move(typed->bytes);
+}
+
+std::optional<TypedBytes> readTypedBytes(std::string_view text, int modeIndex,
+                                         std::int64_t maxOutputBytes) {
   if (Unicode::hasMoreScalarsThan(text, maxTextInputCharacters)) return std::nullopt;
-  const auto parsedAsHex = [&] {
-    return HexParser::parseHexBytes(text, maxOutputBytes, maxTextInputCharacters);
-  };
-  if (modeIndex == kInputModeHex) return parsedAsHex();
-  if (modeIndex == kInputModeAuto && shouldTreatAutoInputAsHex(text)) {
-    if (auto bytes = parsedAsHex()) return bytes;
+  const bool mustBeHex = modeIndex == kInputModeHex;
+  if (mustBeHex || (modeIndex == kInputModeAuto && shouldTreatAutoInputAsHex(text))) {
+    if (auto bytes = HexParser::parseHexBytes(text, maxOutputBytes, maxTextInputCharacters))
+      return TypedBytes{.bytes = *std::move(bytes), .isText = false};
+    if (mustBeHex) return std::nullopt;
   }
-  return utf8Bytes(text, maxOutputBytes);
+  if (auto bytes = utf8Bytes(text, maxOutputBytes))
+    return TypedBytes{.bytes = *std::move(bytes), .isText = true};
+  return std::nullopt;
 }
 
 std::vector<std::uint8_t> bytesForPastedText(std::string_view text, std::int64_t maxOutputBytes,

@@ -26,6 +26,16 @@ bool shouldTreatAutoInputAsHex(std::string_view text);
 std::optional<std::vector<std::uint8_t>> bytesFromInput(
     std::string_view text, int modeIndex, std::int64_t maxOutputBytes = maxGeneratedInputBytes);
 
+/// Bytes read from typed input.
+struct TypedBytes {
+  std::vector<std::uint8_t> bytes;
+  bool isText = false;  ///< the input's own bytes, not those it denotes in hexadecimal
+};
+
+/// `bytesFromInput`, and how the input was read.
+std::optional<TypedBytes> readTypedBytes(std::string_view text, int modeIndex,
+                                         std::int64_t maxOutputBytes = maxGeneratedInputBytes);
+
 /// The bytes that clipboard text pastes: those it denotes when it is valid hexadecimal within both
 /// limits, else its own UTF-8 bytes. Throws code 412 when they are more than `maxOutputBytes`.
 std::vector<std::uint8_t> bytesForPastedText(std::string_view text, std::int64_t maxOutputBytes,

@@ -19,6 +19,9 @@ constexpr std::int64_t kLeastFacsLength = 64;
 constexpr std::int64_t kHardwareSignatureField = 8;
 constexpr std::int64_t kMaxLength = 64 << 20;
 
+/// The bytes that are added up between two looks at the stop request.
+constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
+
 constexpr int kNoTableCode = 2801;
 constexpr int kNoChecksumCode = 2802;
 
@@ -40,9 +43,16 @@ std::span<const std::uint8_t> tableAtStart(std::span<const std::uint8_t> bytes) 
   return bytes.first(static_cast<std::size_t>(length));
 }
 
-std::uint8_t sumOf(std::span<const std::uint8_t> bytes) {
+std::uint8_t sumOf(std::span<const std::uint8_t> table, TaskProgress* progress) {
+  if (progress != nullptr) progress->setTotal(std::ssize(table));
   std::uint32_t sum = 0;
-  for (const std::uint8_t byte : bytes) sum += byte;
+  while (!table.empty()) {
+    if (progress != nullptr) progress->checkpoint();
+    const auto piece = table.first(std::min(table.size(), kPieceSize));
+    for (const std::uint8_t byte : piece) sum += byte;
+    if (progress != nullptr) progress->advance(std::ssize(piece));
+    table = table.subspan(piece.size());
+  }
   return static_cast<std::uint8_t>(sum);
 }
 
@@ -61,14 +71,14 @@ Error noTableError() {
 
 }  // namespace
 
-std::optional<ACPIInfo> acpiInfo(std::span<const std::uint8_t> bytes) {
+std::optional<ACPIInfo> acpiInfo(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   const auto table = tableAtStart(bytes);
   if (table.empty()) return std::nullopt;
   ACPIInfo info;
   info.signature.assign(table.begin(), table.begin() + kSignatureLength);
   info.length = std::ssize(table);
   info.checksum = FieldReader(table).byte(kACPIChecksumOffset);
-  const std::uint8_t sum = sumOf(table);
+  const std::uint8_t sum = sumOf(table, progress);
   info.isValid = sum == 0;
   info.report = tableReport(info, sum);
   return info;
@@ -82,17 +92,20 @@ std::optional<FACSInfo> facsInfo(std::span<const std::uint8_t> bytes) {
   return FACSInfo{length, facs.doubleWord(kHardwareSignatureField)};
 }
 
-std::string acpiChecksumText(std::span<const std::uint8_t> bytes) {
+ACPIValidation validateACPIChecksum(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   if (isFacs(bytes)) {
-    return "FACS uses the Firmware ACPI Control Structure layout and does not define the standard "
-           "ACPI System Description Table checksum byte.";
+    return {.isValid = true,
+            .text =
+                "FACS uses the Firmware ACPI Control Structure layout and does not define the "
+                "standard ACPI System Description Table checksum byte."};
   }
-  const auto info = acpiInfo(bytes);
+  const auto info = acpiInfo(bytes, progress);
   if (!info) throw noTableError();
-  return (info->isValid ? "Checksum is valid.\n\n" : "Checksum is invalid.\n\n") + info->report;
+  const char* const answer = info->isValid ? "Checksum is valid.\n\n" : "Checksum is invalid.\n\n";
+  return {.isValid = info->isValid, .text = answer + info->report};
 }
 
-ACPIChecksumFix acpiChecksumFix(std::span<const std::uint8_t> bytes) {
+ACPIChecksumFix acpiChecksumFix(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   if (isFacs(bytes)) {
     throw Error::quillmor(kNoChecksumCode,
                           "FACS does not have the standard ACPI System Description Table checksum "
@@ -101,7 +114,7 @@ ACPIChecksumFix acpiChecksumFix(std::span<const std::uint8_t> bytes) {
   const auto table = tableAtStart(bytes);
   if (table.empty()) throw noTableError();
   const std::uint8_t old = FieldReader(table).byte(kACPIChecksumOffset);
-  return {old, static_cast<std::uint8_t>(old - sumOf(table))};
+  return {old, static_cast<std::uint8_t>(old - sumOf(table, progress))};
 }
 
 std::string acpiChecksumFixText(const ACPIChecksumFix& fix) {

@@ -9,6 +9,8 @@
 namespace quillmor::ByteTransforms {
 namespace {
 
+using Bytes = std::span<const std::uint8_t>;
+
 /// Groups below this size are reversed on the spot, where calling a kernel would cost more.
 constexpr std::int64_t kSmallGroup = 32;
 
@@ -20,23 +22,26 @@ std::size_t unsignedSize(std::int64_t count) {
   return static_cast<std::size_t>(count);
 }
 
-/// A new buffer of the size of `bytes`, written piece by piece: `write(to, begin, end)` writes the
-/// bytes `begin`..<`end` of the result, which starts at `to`.
-template <typename Write>
-ByteBuffer transformed(std::span<const std::uint8_t> bytes, TaskProgress& progress,
-                       const Write& write) {
-  progress.setTotal(sizeOf(bytes));
+/// A new buffer of the size of `bytes`, filled by `transform(room)`.
+template <typename Transform>
+ByteBuffer transformed(Bytes bytes, TaskProgress& progress, const Transform& transform) {
   progress.checkpoint();
   ByteBuffer result = ByteBuffer::uninitialized(sizeOf(bytes));
-  std::uint8_t* const to = result.mutableSpan().data();
-  forEachPiece(sizeOf(bytes), progress,
-               [&](std::int64_t begin, std::int64_t end) { write(to, begin, end); });
+  transform(result.mutableSpan());
   return result;
 }
 
-ByteBuffer copied(std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-  return transformed(bytes, progress, [&](std::uint8_t* to, std::int64_t begin, std::int64_t end) {
-    std::memcpy(to + begin, bytes.data() + begin, unsignedSize(end - begin));
+/// Fills `to` piece by piece: `write(begin, end)` writes the bytes `begin`..<`end`.
+template <typename Write>
+void writeInPieces(std::span<std::uint8_t> to, TaskProgress& progress, const Write& write) {
+  progress.setTotal(sizeOf(to));
+  progress.checkpoint();
+  forEachPiece(sizeOf(to), progress, write);
+}
+
+void copy(Bytes bytes, std::span<std::uint8_t> to, TaskProgress& progress) {
+  writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
+    std::memcpy(to.data() + begin, bytes.data() + begin, unsignedSize(end - begin));
   });
 }
 
@@ -59,8 +64,8 @@ void swapAnyGroups(std::uint8_t* to, const std::uint8_t* from, std::int64_t grou
 }
 
 /// The same for the groups that have a kernel of their own; pieces end where such groups do.
-void swapGroups(std::uint8_t* to, const std::uint8_t* from, std::int64_t groupSize,
-                std::int64_t begin, std::int64_t end) {
+void swapGroupsOfPiece(std::uint8_t* to, const std::uint8_t* from, std::int64_t groupSize,
+                       std::int64_t begin, std::int64_t end) {
   static_assert(kWorkPieceSize % 4 == 0);
   const ByteKernels& kernels = fastestByteKernels();
   if (groupSize == 2) {
@@ -74,42 +79,65 @@ void swapGroups(std::uint8_t* to, const std::uint8_t* from, std::int64_t groupSi
 
 }  // namespace
 
-ByteBuffer inverted(std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-  const auto invert = fastestByteKernels().invert;
-  return transformed(bytes, progress, [&](std::uint8_t* to, std::int64_t begin, std::int64_t end) {
-    invert(to + begin, bytes.data() + begin, unsignedSize(end - begin));
+void invert(Bytes bytes, std::span<std::uint8_t> to, TaskProgress& progress) {
+  const auto invertPiece = fastestByteKernels().invert;
+  writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
+    invertPiece(to.data() + begin, bytes.data() + begin, unsignedSize(end - begin));
   });
 }
 
-ByteBuffer reversed(std::span<const std::uint8_t> bytes, TaskProgress& progress) {
-  const auto reverse = fastestByteKernels().reverse;
-  return transformed(bytes, progress, [&](std::uint8_t* to, std::int64_t begin, std::int64_t end) {
-    reverse(to + begin, bytes.data() + (sizeOf(bytes) - end), unsignedSize(end - begin));
+ByteBuffer inverted(Bytes bytes, TaskProgress& progress) {
+  return transformed(bytes, progress,
+                     [&](std::span<std::uint8_t> to) { invert(bytes, to, progress); });
+}
+
+void reverse(Bytes bytes, std::span<std::uint8_t> to, TaskProgress& progress) {
+  const auto reversePiece = fastestByteKernels().reverse;
+  writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
+    reversePiece(to.data() + begin, bytes.data() + (sizeOf(bytes) - end),
+                 unsignedSize(end - begin));
   });
 }
 
-ByteBuffer groupsSwapped(std::span<const std::uint8_t> bytes, std::int64_t groupSize,
-                         TaskProgress& progress) {
-  if (groupSize < 2) return copied(bytes, progress);
+ByteBuffer reversed(Bytes bytes, TaskProgress& progress) {
+  return transformed(bytes, progress,
+                     [&](std::span<std::uint8_t> to) { reverse(bytes, to, progress); });
+}
+
+void swapGroups(Bytes bytes, std::int64_t groupSize, std::span<std::uint8_t> to,
+                TaskProgress& progress) {
+  if (groupSize < 2) return copy(bytes, to, progress);
   const std::int64_t complete = sizeOf(bytes) - sizeOf(bytes) % groupSize;
-  return transformed(bytes, progress, [&](std::uint8_t* to, std::int64_t begin, std::int64_t end) {
+  writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
     const std::int64_t trailing = std::clamp(complete, begin, end);
-    swapGroups(to, bytes.data(), groupSize, begin, trailing);
-    std::memcpy(to + trailing, bytes.data() + trailing, unsignedSize(end - trailing));
+    swapGroupsOfPiece(to.data(), bytes.data(), groupSize, begin, trailing);
+    std::memcpy(to.data() + trailing, bytes.data() + trailing, unsignedSize(end - trailing));
   });
 }
 
-ByteBuffer combined(std::span<const std::uint8_t> bytes, ByteOperation operation,
-                    std::span<const std::uint8_t> pattern, TaskProgress& progress) {
-  if (pattern.empty()) return copied(bytes, progress);
+ByteBuffer groupsSwapped(Bytes bytes, std::int64_t groupSize, TaskProgress& progress) {
+  return transformed(bytes, progress, [&](std::span<std::uint8_t> to) {
+    swapGroups(bytes, groupSize, to, progress);
+  });
+}
+
+void combine(Bytes bytes, ByteOperation operation, Bytes pattern, std::span<std::uint8_t> to,
+             TaskProgress& progress) {
+  if (pattern.empty()) return copy(bytes, to, progress);
   const RepeatingPattern repeating(pattern);
-  const auto combine = fastestByteKernels().combining(operation);
-  return transformed(bytes, progress, [&](std::uint8_t* to, std::int64_t begin, std::int64_t end) {
+  const auto combineRun = fastestByteKernels().combining(operation);
+  writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
     while (begin < end) {
       const auto run = repeating.run(begin, end - begin);
-      combine(to + begin, bytes.data() + begin, run.data(), run.size());
+      combineRun(to.data() + begin, bytes.data() + begin, run.data(), run.size());
       begin += sizeOf(run);
     }
+  });
+}
+
+ByteBuffer combined(Bytes bytes, ByteOperation operation, Bytes pattern, TaskProgress& progress) {
+  return transformed(bytes, progress, [&](std::span<std::uint8_t> to) {
+    combine(bytes, operation, pattern, to, progress);
   });
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/VisibleText.h"
 #include "fileaccess/StableReading.h"
 #include "tools/DifferenceLines.h"
 
@@ -16,7 +17,7 @@ std::string header(std::size_t currentSize, std::int64_t comparedSize,
                    const std::string& comparedName) {
   return "Quillmor Difference Report\n"
          "Compared file: " +
-         comparedName + "\nCurrent size: " + std::to_string(currentSize) +
+         visibleText(comparedName) + "\nCurrent size: " + std::to_string(currentSize) +
          " bytes\nCompared size: " + std::to_string(comparedSize) +
          " bytes\n\n"
          "Offset      Current  Compared\n"

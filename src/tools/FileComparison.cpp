@@ -9,7 +9,7 @@
 
 #include "base/HexText.h"
 #include "base/OrderedPieces.h"
-#include "fileaccess/StableFile.h"
+#include "base/VisibleText.h"
 #include "fileaccess/StableReading.h"
 #include "tools/ByteDifferences.h"
 
@@ -109,7 +109,7 @@ struct PieceComparer {
   std::vector<std::uint8_t> other;
   FileComparison found;
 
-  void compare(const StableFile& currentFile, const StableFile& otherFile, std::int64_t offset,
+  void compare(const ComparedFile& currentFile, const ComparedFile& otherFile, std::int64_t offset,
                std::int64_t byteCount) {
     current.resize(static_cast<std::size_t>(byteCount));
     other.resize(current.size());
@@ -131,42 +131,37 @@ FileComparison compareWithFile(Bytes current, const FileLocation& other, TaskPro
   return result;
 }
 
-FileComparison compareFiles(const FileLocation& current, std::int64_t maximumByteCount,
-                            const FileLocation& other, TaskProgress& progress) {
-  const StableFile currentFile(current, maximumByteCount);
-  const StableFile otherFile(other);
-  const std::int64_t common = std::min(currentFile.size(), otherFile.size());
+FileComparison compareFiles(const ComparedFile& current, const ComparedFile& other,
+                            TaskProgress& progress) {
+  const std::int64_t common = std::min(current.size, other.size);
   const std::int64_t pieceCount = (common + kPieceByteCount - 1) / kPieceByteCount;
   progress.setTotal(common);
   std::array<PieceComparer, kMaximumPieceWorkers> comparers;
-  forEachPieceInOrder(pieceCount, /*mayShare=*/pieceCount > kFewPieces,
-                      [&](std::int64_t index, int worker) {
-                        progress.checkpoint();
-                        const std::int64_t offset = index * kPieceByteCount;
-                        const std::int64_t byteCount = std::min(kPieceByteCount, common - offset);
-                        comparers.at(static_cast<std::size_t>(worker))
-                            .compare(currentFile, otherFile, offset, byteCount);
-                        progress.advance(byteCount);
-                        return true;
-                      });
-  currentFile.requireUnchanged();
-  otherFile.requireUnchanged();
+  forEachPieceInOrder(
+      pieceCount, /*mayShare=*/pieceCount > kFewPieces, [&](std::int64_t index, int worker) {
+        progress.checkpoint();
+        const std::int64_t offset = index * kPieceByteCount;
+        const std::int64_t byteCount = std::min(kPieceByteCount, common - offset);
+        comparers.at(static_cast<std::size_t>(worker)).compare(current, other, offset, byteCount);
+        progress.advance(byteCount);
+        return true;
+      });
   FileComparison result;
   for (const auto& [mine, theirs, found] : comparers) {
     result.mismatchCount += found.mismatchCount;
     if (found.firstMismatch)
       result.firstMismatch = std::min(result.firstMismatch.value_or(common), *found.firstMismatch);
   }
-  addLengths(currentFile.size(), otherFile.size(), result);
+  addLengths(current.size, other.size, result);
   return result;
 }
 
 std::string comparisonSummary(const FileComparison& comparison, const std::string& name) {
   if (!comparison.firstMismatch) {
-    return "Files are identical.\n\nCompared file: " + name +
+    return "Files are identical.\n\nCompared file: " + visibleText(name) +
            "\nSize: " + std::to_string(comparison.currentCount) + " bytes";
   }
-  return "Files are different.\n\nCompared file: " + name +
+  return "Files are different.\n\nCompared file: " + visibleText(name) +
          "\nCurrent size: " + std::to_string(comparison.currentCount) +
          " bytes\nOther size: " + std::to_string(comparison.otherCount) +
          " bytes\nDifference count: " + std::to_string(comparison.mismatchCount) +
@@ -180,7 +175,7 @@ ComparisonListing compareWindowReport(Bytes current, const FileLocation& compare
       current, comparedFile, progress,
       [&](Bytes mine, Bytes theirs, std::size_t place) { listing.add(mine, theirs, place); });
   const auto currentCount = static_cast<std::int64_t>(current.size());
-  std::string report = "Compared file: " + name +
+  std::string report = "Compared file: " + visibleText(name) +
                        "\nCurrent size: " + std::to_string(currentCount) +
                        "\nOther size: " + std::to_string(otherCount) +
                        "\n\n"

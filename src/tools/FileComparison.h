@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -31,11 +32,18 @@ inline constexpr std::int64_t kMaximumListedDifferences = 300;
 FileComparison compareWithFile(std::span<const std::uint8_t> current, const FileLocation& other,
                                TaskProgress& progress);
 
-/// Compares two files, the first of which has at most `maximumByteCount` bytes. Both are read by
-/// several threads and not kept. Any thread. The total of `progress` becomes the size of the
-/// shorter one; throws `Error::stopped()` when it says so, and fails as reading the files does.
-FileComparison compareFiles(const FileLocation& current, std::int64_t maximumByteCount,
-                            const FileLocation& other, TaskProgress& progress);
+/// A file that is compared with another one.
+struct ComparedFile {
+  std::int64_t size = 0;
+  /// Fills `room` with the bytes at `offset`; called by several threads at a time.
+  std::function<void(std::int64_t offset, std::span<std::uint8_t> room)> read;
+};
+
+/// Compares two files, which are read by several threads and not kept. Any thread. The total of
+/// `progress` becomes the size of the shorter one; throws `Error::stopped()` when it says so, and
+/// fails as reading the files does. The result counts only when both are unchanged in the end.
+FileComparison compareFiles(const ComparedFile& current, const ComparedFile& other,
+                            TaskProgress& progress);
 
 /// What the summary says; `name` is the compared file's.
 std::string comparisonSummary(const FileComparison& comparison, const std::string& name);

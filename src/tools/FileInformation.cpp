@@ -1,6 +1,7 @@
 #include <span>
 
 #include "base/HexText.h"
+#include "base/VisibleText.h"
 #include "tools/AnalysisText.h"
 #include "tools/ByteStatistics.h"
 #include "tools/ByteTally.h"
@@ -31,8 +32,8 @@ std::string fileInformationReport(std::span<const std::uint8_t> bytes,
   add(all, countedInPieces(bytes.first(start), progress));
   add(all, countedInPieces(bytes.subspan(start + length), progress));
 
-  std::string text = "Name: " + information.name.value_or("Untitled");
-  text += "\nPath: " + information.path;
+  std::string text = "Name: " + visibleText(information.name.value_or("Untitled"));
+  text += "\nPath: " + visibleText(information.path);
   text += "\nSize: " + std::to_string(bytes.size()) + " bytes";
   text += "\nOffset: 0x" + uppercaseHex(information.caretOffset, 8);
   text += "\nBytes per row: " + std::to_string(information.bytesPerRow);

@@ -44,7 +44,7 @@ constexpr std::array<Kind, 9> kKinds = {{
 }};
 
 /// The line on an ACPI structure; empty when there is none.
-std::string acpiLine(std::span<const std::uint8_t> bytes) {
+std::string acpiLine(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   if (FieldReader(bytes).has("FACS")) {
     const auto facs = facsInfo(bytes);
     if (!facs) {
@@ -53,14 +53,14 @@ std::string acpiLine(std::span<const std::uint8_t> bytes) {
     }
     return "- ACPI FACS, length " + std::to_string(facs->length) + " bytes (no SDT checksum field)";
   }
-  const auto table = acpiInfo(bytes);
+  const auto table = acpiInfo(bytes, progress);
   if (!table) return {};
   return "- ACPI table: " + table->signature + ", length " + std::to_string(table->length) +
          ", checksum " + (table->isValid ? "valid" : "invalid");
 }
 
 /// A line for each structure, each behind a line feed.
-std::string structureLines(std::span<const std::uint8_t> bytes) {
+std::string structureLines(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   const FieldReader file(bytes);
   std::string lines;
   const auto addLine = [&lines](std::string_view line) { lines.append("\n").append(line); };
@@ -68,20 +68,18 @@ std::string structureLines(std::span<const std::uint8_t> bytes) {
     const auto isAtStart = [&file](std::string_view magic) { return file.has(magic); };
     if (std::ranges::any_of(kind.magics, isAtStart)) addLine(kind.line);
   }
-  const std::string acpi = acpiLine(bytes);
+  const std::string acpi = acpiLine(bytes, progress);
   if (!acpi.empty()) addLine(acpi);
   return lines;
 }
 
 }  // namespace
 
-bool hasKnownStructure(std::span<const std::uint8_t> bytes) {
-  return !structureLines(bytes).empty();
-}
-
-std::string fileStructureReport(std::span<const std::uint8_t> bytes) {
-  const std::string lines = structureLines(bytes);
-  return "Detected structures:" + (lines.empty() ? "\n- Unknown / raw binary" : lines);
+FileStructure detectFileStructure(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
+  const std::string lines = structureLines(bytes, progress);
+  const bool isKnown = !lines.empty();
+  return {.isKnown = isKnown,
+          .report = "Detected structures:" + (isKnown ? lines : "\n- Unknown / raw binary")};
 }
 
 }  // namespace quillmor

@@ -4,13 +4,19 @@
 #include <span>
 #include <string>
 
+#include "base/TaskProgress.h"
+
 namespace quillmor {
 
-/// Whether the bytes begin with any of the magic numbers. Pure function, any thread.
-bool hasKnownStructure(std::span<const std::uint8_t> bytes);
+/// What kinds of file the first bytes of one say it is.
+struct FileStructure {
+  bool isKnown = false;  ///< whether there is any
+  std::string report;    ///< a line for each
+};
 
-/// The kinds of file whose magic numbers the bytes begin with, a line each; every one of them is
-/// tried. Pure function, any thread.
-std::string fileStructureReport(std::span<const std::uint8_t> bytes);
+/// The kinds of file whose magic numbers the bytes begin with; every one of them is tried, and an
+/// ACPI table is added up, as `acpiInfo` does with `progress`. Any thread.
+FileStructure detectFileStructure(std::span<const std::uint8_t> bytes,
+                                  TaskProgress* progress = nullptr);
 
 }  // namespace quillmor

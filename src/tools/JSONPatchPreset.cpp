@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/SaturatingMath.h"
+#include "base/VisibleText.h"
 #include "search/ByteMatcher.h"
 #include "search/ReplacementWriter.h"
 #include "tools/JSONPresetLimits.h"
@@ -106,9 +107,10 @@ JSONPresetResult applyJSONPreset(const ByteBuffer& original, const JSONPatchPres
 }
 
 std::string jsonPresetReport(const JSONPatchPreset& preset, const JSONPresetResult& result) {
-  std::string report = "Preset: " + preset.name + "\n";
+  std::string report = "Preset: " + visibleText(preset.name) + "\n";
   for (std::size_t i = 0; i < preset.rules.size(); ++i) {
-    report += preset.rules[i].name + ": " + std::to_string(result.counts[i]) + " match(es)\n";
+    report += visibleText(preset.rules[i].name) + ": " + std::to_string(result.counts[i]) +
+              " match(es)\n";
   }
   return report + "\nTotal: " + std::to_string(result.total) + " replacement(s)";
 }

@@ -53,11 +53,11 @@ class LongRunMasks {
 
 /// Calls `onRun(begin, end)` for every maximal run of the bytes 0x20...0x7E that is at least
 /// `minimumLength` (1 or more) long, in order. The total of `progress` becomes the number of bytes;
-/// throws `Error::stopped()` when it says so.
+/// throws `Error::stopped()` when it says so. All `kernels` find the same.
 template <typename OnRun>
 void forEachPrintableRun(std::span<const std::uint8_t> bytes, std::int64_t minimumLength,
-                         TaskProgress& progress, OnRun onRun) {
-  const ByteMaskKernels& kernels = fastestByteMaskKernels();
+                         TaskProgress& progress, OnRun onRun,
+                         const ByteMaskKernels& kernels = fastestByteMaskKernels()) {
   const std::int64_t maskedLength = std::min(minimumLength, LongRunMasks::kMaxLength);
   LongRunMasks runs(maskedLength);
   std::array<std::uint64_t, byteMaskCount(kMaskedPieceSize)> masks;

@@ -57,24 +57,29 @@ ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t cou
   return repeatedBytes(pattern, count, maximumCount, unwatched);
 }
 
-/// Doubles within a cache-sized block only and copies that block from then on: reading back what
-/// was written long ago would cost as much again as the writing.
 ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
                          std::int64_t maximumCount, TaskProgress& progress) {
   if (pattern.empty() || count < 1 || count > maximumCount) return {};
-  progress.setTotal(count);
+  progress.checkpoint();
+  ByteBuffer result = ByteBuffer::uninitialized(count);
+  fillWithPattern(pattern, result.mutableSpan(), progress);
+  return result;
+}
+
+/// Doubles within a cache-sized block only and copies that block from then on: reading back what
+/// was written long ago would cost as much again as the writing.
+void fillWithPattern(std::span<const std::uint8_t> pattern, std::span<std::uint8_t> to,
+                     TaskProgress& progress) {
+  progress.setTotal(std::ssize(to));
   progress.checkpoint();
   const RepeatingPattern repeating(pattern);
-  ByteBuffer result = ByteBuffer::uninitialized(count);
-  std::uint8_t* const to = result.mutableSpan().data();
-  forEachPiece(count, progress, [&](std::int64_t begin, std::int64_t end) {
+  forEachPiece(std::ssize(to), progress, [&](std::int64_t begin, std::int64_t end) {
     while (begin < end) {
       const auto run = repeating.run(begin, end - begin);
-      std::memcpy(to + begin, run.data(), run.size());
+      std::memcpy(to.data() + begin, run.data(), run.size());
       begin += sizeOf(run);
     }
   });
-  return result;
 }
 
 }  // namespace quillmor

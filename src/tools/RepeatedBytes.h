@@ -20,6 +20,10 @@ ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t cou
 ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
                          std::int64_t maximumCount, TaskProgress& progress);
 
+/// Fills all of `to` with the pattern, which holds at least one byte, in the same way.
+void fillWithPattern(std::span<const std::uint8_t> pattern, std::span<std::uint8_t> to,
+                     TaskProgress& progress);
+
 /// A pattern as an endless sequence of bytes that can be read in long runs, whatever the length of
 /// the pattern. A pattern of more than half `kBlockSize` is not copied and has to outlive this.
 /// Reading is safe from any thread.

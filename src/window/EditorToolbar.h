@@ -6,9 +6,14 @@
 #include <string_view>
 #include <vector>
 
+class QAction;
+
 namespace quillmor {
 
-/// The band of small buttons above the hex view.
+struct ToolbarItem;
+
+/// The band of small buttons above the hex view. Buttons for which the window is too narrow go into
+/// the menu of one more button at the end.
 class EditorToolbar : public QWidget {
  public:
   using Perform = std::function<void(std::string_view action)>;
@@ -18,18 +23,29 @@ class EditorToolbar : public QWidget {
   /// The width that shows every button whole.
   int fittingWidth() const;
 
+  QSize minimumSizeHint() const override;
+
   /// Enables the buttons whose commands an editor has, or disables all.
   void setButtonsEnabled(bool enabled);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   struct ToolbarButton {
     QPushButton* button;
+    QAction* menuItem;  ///< takes the button's place when it does not fit
     bool hasCommand;
   };
+
+  ToolbarButton makeButton(const ToolbarItem& item, const Perform& perform);
+  QPushButton* makeOverflowButton();
+  int widthOfButtons(std::size_t count) const;
+  void showWhatFits();
+
   std::vector<ToolbarButton> toolbarButtons_;
+  QPushButton* overflow_ = nullptr;
 };
 
 }  // namespace quillmor

@@ -1,5 +1,6 @@
 #include "window/EditorWindow.h"
 
+#include <QAccessible>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -8,6 +9,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <utility>
 
 #include "editor/HexEditorView.h"
@@ -25,6 +27,7 @@ namespace {
 constexpr QPoint kInitialOrigin(100, 100);
 constexpr QSize kMinimumSize(740, 460);
 constexpr int kProgressSteps = 1000;
+constexpr int kMinimumInspectorWidth = 120;
 
 /// "[*]" in a title stands for the mark of unsaved changes; a file name that holds it has it
 /// doubled.
@@ -42,8 +45,7 @@ EditorWindow::EditorWindow(std::shared_ptr<HexWindowController> controller,
   setAttribute(Qt::WA_DeleteOnClose);
   setGeometry(QRect(kInitialOrigin, kInitialSize));
   setupUI();
-  setMinimumSize(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
-                 kMinimumSize.height());
+  limitMinimumSize();
   controller_->attachWindow(*this);
   editorView_->setFocus();
 }
@@ -63,13 +65,12 @@ void EditorWindow::setupUI() {
   toolbar_ = new EditorToolbar(
       [this](std::string_view action) { handlers_.perform(*this, action); }, content_);
   editorView_ = new HexEditorView(controller_->editor(), content_);
-  inspector_ = new ElidedLabel(tr("Data inspector"), content_);
 
   auto* lines = new QVBoxLayout;
   lines->setContentsMargins(12, 4, 12, 8);
   lines->setSpacing(4);
   lines->addWidget(makeStatusRow());
-  lines->addWidget(inspector_);
+  lines->addLayout(makeInspectorRow());
 
   auto* layout = new QVBoxLayout(content_);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -106,6 +107,20 @@ QWidget* EditorWindow::makeStatusRow() {
   return row;
 }
 
+/// A notice takes room from the data inspector alone: the status text, and a progress bar beside
+/// it, stay where they are, and so does everything above.
+QLayout* EditorWindow::makeInspectorRow() {
+  inspector_ = new ElidedLabel(tr("Data inspector"), content_);
+  inspector_->setMinimumWidth(kMinimumInspectorWidth);
+  notice_ = new ElidedLabel(tr("Notice"), content_, ElidedLabel::Kind::notice);
+  notice_->hide();
+  auto* row = new QHBoxLayout;
+  row->setSpacing(24);
+  row->addWidget(inspector_, 1);
+  row->addWidget(notice_);
+  return row;
+}
+
 void EditorWindow::acceptDrops() {
   // The program the file comes from waits while the drop is handled, so opening starts afterwards.
   const auto open = [this](const FileLocation& location) {
@@ -131,6 +146,14 @@ void EditorWindow::setStatusText(const std::string& text) {
 
 void EditorWindow::setInspectorText(const std::string& text) {
   inspector_->setFullText(QString::fromStdString(text));
+}
+
+void EditorWindow::setNotice(const std::string& text) {
+  notice_->setFullText(QString::fromStdString(text));
+  notice_->setVisible(!text.empty());
+  if (text.empty()) return;
+  QAccessibleEvent announcement(notice_, QAccessible::Alert);
+  QAccessible::updateAccessibility(&announcement);
 }
 
 void EditorWindow::setToolbarEnabled(bool enabled) {
@@ -205,7 +228,7 @@ void EditorWindow::showUtilityWindow(ReportWindow* window) {
 }
 
 void EditorWindow::showOffsetUnlessBusy(std::int64_t offset) {
-  if (controller_->isBusy()) return panelServices_.beeper.beep();
+  if (controller_->isBusy()) return controller_->refuse(BackgroundTaskFrame::busyError().message());
   controller_->showOffset(offset);
 }
 
@@ -280,16 +303,43 @@ void EditorWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (hasPresentedInitialWindow_) return;
   hasPresentedInitialWindow_ = true;
+  connect(windowHandle(), &QWindow::screenChanged, this, [this] { limitMinimumSize(); });
+  limitMinimumSize();
   keepOnScreen();
 }
 
+/// What the window needs to show everything, but no more than its screen has.
+void EditorWindow::limitMinimumSize() {
+  const QSize needed(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
+                     kMinimumSize.height());
+  setMinimumSize(needed.boundedTo(roomOnScreen().size()));
+}
+
+/// Where the window's content may lie, so that its frame is on the screen too.
+QRect EditorWindow::roomOnScreen() const {
+  const QRect content = geometry();
+  const QRect frame = frameGeometry();
+  return screen()->availableGeometry().adjusted(
+      content.left() - frame.left(), content.top() - frame.top(), content.right() - frame.right(),
+      content.bottom() - frame.bottom());
+}
+
+void EditorWindow::moveEvent(QMoveEvent* event) {
+  QMainWindow::moveEvent(event);
+  // The desktop puts its frame around a window some time after it has been shown.
+  if (hasSeenFrame_ || !isVisible() || frameGeometry() == geometry()) return;
+  hasSeenFrame_ = true;
+  limitMinimumSize();
+  if (!isMaximized() && !isFullScreen()) keepOnScreen();
+}
+
 void EditorWindow::keepOnScreen() {
-  const QRect available = screen()->availableGeometry();
-  QRect frame = geometry();
-  frame.setSize(frame.size().boundedTo(available.size()));
-  frame.moveLeft(std::clamp(frame.left(), available.left(), available.right() + 1 - frame.width()));
-  frame.moveTop(std::clamp(frame.top(), available.top(), available.bottom() + 1 - frame.height()));
-  setGeometry(frame);
+  const QRect room = roomOnScreen();
+  QRect content = geometry();
+  content.setSize(content.size().boundedTo(room.size()));
+  content.moveLeft(std::clamp(content.left(), room.left(), room.right() + 1 - content.width()));
+  content.moveTop(std::clamp(content.top(), room.top(), room.bottom() + 1 - content.height()));
+  setGeometry(content);
 }
 
 }  // namespace quillmor

@@ -23,8 +23,8 @@ class HexEditorView;
 class HexFileDropView;
 class ReportWindow;
 
-/// The window of one editor: toolbar, hex view, status and inspector lines. Shows what its
-/// controller says and hands on what the user does.
+/// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows
+/// what its controller says and hands on what the user does.
 class EditorWindow : public QMainWindow, public EditorWindowSurface {
  public:
   /// What the application hears of the window.
@@ -50,6 +50,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
                    bool isEdited) override;
   void setStatusText(const std::string& text) override;
   void setInspectorText(const std::string& text) override;
+  void setNotice(const std::string& text) override;
   void setToolbarEnabled(bool enabled) override;
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
@@ -70,11 +71,15 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void closeEvent(QCloseEvent* event) override;
   void changeEvent(QEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
 
  private:
   void setupUI();
   QWidget* makeStatusRow();
+  QLayout* makeInspectorRow();
   void acceptDrops();
+  void limitMinimumSize();
+  QRect roomOnScreen() const;
   void keepOnScreen();
   bool mayCloseNow();
   FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
@@ -90,6 +95,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   HexEditorView* editorView_ = nullptr;
   ElidedLabel* status_ = nullptr;
   ElidedLabel* inspector_ = nullptr;
+  ElidedLabel* notice_ = nullptr;
   QProgressBar* progress_ = nullptr;
   QPushButton* stop_ = nullptr;
   QShortcut* stopShortcut_ = nullptr;
@@ -98,6 +104,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   FindReplacePanelController* replacePanelController_ = nullptr;
   bool closesWithoutAsking_ = false;
   bool hasPresentedInitialWindow_ = false;
+  bool hasSeenFrame_ = false;
 };
 
 }  // namespace quillmor

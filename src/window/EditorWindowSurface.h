@@ -23,6 +23,10 @@ class EditorWindowSurface {
 
   virtual void setStatusText(const std::string& text) = 0;
   virtual void setInspectorText(const std::string& text) = 0;
+
+  /// A sentence in the status area about what was refused, not found or went wrong; each call
+  /// announces it to assistive technology. An empty text takes it away.
+  virtual void setNotice(const std::string& text) = 0;
   virtual void setToolbarEnabled(bool enabled) = 0;
 
   /// The progress bar beside the status text; `fraction` is negative while it is not known.

@@ -13,10 +13,10 @@ constexpr int kFontPixelSize = 11;
 
 QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
   auto* const label = qobject_cast<ElidedLabel*>(object);
-  return label ? new QAccessibleWidget(label, QAccessible::StaticText) : nullptr;
+  return label ? new QAccessibleWidget(label, label->accessibleRole()) : nullptr;
 }
 
-/// Makes the toolkit present every label as a static text.
+/// Makes the toolkit present every label in its role, named by its text.
 void installAccessible() {
   static const bool isInstalled = [] {
     return QAccessible::installFactory(makeAccessible), true;
@@ -26,13 +26,19 @@ void installAccessible() {
 
 }  // namespace
 
-ElidedLabel::ElidedLabel(const QString& purpose, QWidget* parent) : QWidget(parent) {
+ElidedLabel::ElidedLabel(const QString& purpose, QWidget* parent, Kind kind)
+    : QWidget(parent), kind_(kind) {
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   font.setPixelSize(kFontPixelSize);
   setFont(font);
   installAccessible();
   setAccessibleDescription(purpose);
-  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  setSizePolicy(kind == Kind::notice ? QSizePolicy::Maximum : QSizePolicy::Ignored,
+                QSizePolicy::Fixed);
+}
+
+QAccessible::Role ElidedLabel::accessibleRole() const {
+  return kind_ == Kind::notice ? QAccessible::AlertMessage : QAccessible::StaticText;
 }
 
 void ElidedLabel::setFullText(const QString& text) {
@@ -41,6 +47,7 @@ void ElidedLabel::setFullText(const QString& text) {
   setToolTip(text);
   // Announces the new name as well.
   setAccessibleName(text);
+  if (kind_ == Kind::notice) updateGeometry();
   update();
 }
 
@@ -55,7 +62,8 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 void ElidedLabel::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText).lighter(140));
+  const QColor secondary = palette().color(QPalette::Disabled, QPalette::WindowText).lighter(140);
+  painter.setPen(kind_ == Kind::notice ? palette().color(QPalette::WindowText) : secondary);
   const QString shown = QFontMetrics(font()).elidedText(text_, Qt::ElideRight, width());
   painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter, shown);
 }

@@ -1,18 +1,25 @@
 #pragma once
 
+#include <QAccessible>
 #include <QWidget>
 
 namespace quillmor {
 
-/// One line of small monospaced secondary text that stretches, is cut with an ellipsis where it
-/// does not fit, and tells its whole text as tooltip and to assistive technology, where it is a
-/// static text named by what it shows.
+/// One line of small monospaced text that is cut with an ellipsis where it does not fit, and tells
+/// its whole text as tooltip and to assistive technology, where it is named by what it shows.
 class ElidedLabel : public QWidget {
   Q_OBJECT
 
  public:
-  /// `purpose` describes the line to assistive technology.
-  ElidedLabel(const QString& purpose, QWidget* parent);
+  /// A line stretches in the colour of secondary text, and is a static text to assistive
+  /// technology. A notice takes as much room as its text needs, in the colour of text, and is an
+  /// alert.
+  enum class Kind { line, notice };
+
+  /// `purpose` describes the label to assistive technology.
+  ElidedLabel(const QString& purpose, QWidget* parent, Kind kind = Kind::line);
+
+  QAccessible::Role accessibleRole() const;
 
   void setFullText(const QString& text);
   const QString& fullText() const { return text_; }
@@ -24,6 +31,7 @@ class ElidedLabel : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  const Kind kind_;
   QString text_;
 };
 

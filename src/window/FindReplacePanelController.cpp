@@ -11,7 +11,7 @@
 #include <QTabBar>
 
 #include "base/Unicode.h"
-#include "platform/Beeper.h"
+#include "search/SearchAnswers.h"
 #include "window/HexWindowController.h"
 #include "window/HistoryComboBox.h"
 #include "window/PanelPlacement.h"
@@ -113,6 +113,12 @@ std::optional<SearchRequest> FindReplacePanelController::buildRequest() const {
   return request;
 }
 
+std::string FindReplacePanelController::reasonForNoRequest() const {
+  if (searchField_->isFull() || (replaceField_ && replaceField_->isFull()))
+    return "The text is too long to be entered whole.";
+  return std::string(kNothingToSearchFor);
+}
+
 void FindReplacePanelController::apply(const SearchRequest& request) {
   tabView_->setCurrentIndex(static_cast<int>(request.mode));
   searchField_->setEditText(toQString(request.searchText));
@@ -145,7 +151,7 @@ void FindReplacePanelController::handOver(Operation operation) {
   const auto owner = hexWindowController_.lock();
   if (!owner || !owner->hasWindow()) return;
   const auto request = buildRequest();
-  if (!request) return services_.beeper.beep();
+  if (!request) return owner->refuse(reasonForNoRequest());
   remember(*request);
   // An alert of the operation runs the event loop, in which the panel may go.
   operation(*owner, *request);

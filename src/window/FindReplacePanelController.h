@@ -19,15 +19,13 @@ class QTabBar;
 
 namespace quillmor {
 
-class Beeper;
 class HexWindowController;
 class HistoryComboBox;
 class SearchHistory;
 struct SearchHistories;
 
-/// What the panels of all editors use. Both outlive the panels.
+/// What the panels of all editors use, and what outlives them.
 struct FindReplacePanelServices {
-  Beeper& beeper;
   SearchHistories& histories;
 };
 
@@ -56,11 +54,14 @@ class FindReplacePanelController : public QDialog {
   /// What the controls ask for; absent when there is nothing to search for: no text, or in the
   /// modes that read numbers nothing but white space.
   std::optional<SearchRequest> buildRequest() const;
+  /// Why `buildRequest` has none.
+  std::string reasonForNoRequest() const;
 
   /// Fills the controls from a request; of the replacement a find panel has no controls.
   void apply(const SearchRequest& request);
 
-  // Nothing happens in the next two once the owner has gone; without a request they beep.
+  // Nothing happens in the next two once the owner has gone; without a request they beep, and the
+  // owner says why.
 
   /// Find, or replace. The OK button, and Return anywhere in the panel.
   void handlePrimaryAction();
@@ -89,6 +90,7 @@ class FindReplacePanelController : public QDialog {
   using Operation = void (*)(HexWindowController& owner, const SearchRequest& request);
 
   void setupUI();
+  void setSize(QSize size);
   QTabBar* makeTabView();
   QBoxLayout* makeForm();
   QBoxLayout* makeRow(QLabel* label, QWidget* field);

@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QTabBar>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -145,7 +147,27 @@ void FindReplacePanelController::setupUI() {
   nameControls();
   tabViewDidSelect(tabView_->currentIndex());
   // A font larger than usual may need more.
-  setFixedSize((isFind ? kFindSize : kReplaceSize).expandedTo(content->minimumSize()));
+  setSize((isFind ? kFindSize : kReplaceSize).expandedTo(content->minimumSize()));
+}
+
+/// Gives the panel this size; on a screen that has not so much room, what there is, to scroll in.
+void FindReplacePanelController::setSize(QSize size) {
+  const QWidget& owner = parentWidget() ? *parentWidget() : *this;
+  // The desktop puts the same around the panel as around its owner.
+  const QSize decoration = owner.frameGeometry().size() - owner.size();
+  const QSize room = owner.screen()->availableSize() - decoration;
+  setFixedSize(size.boundedTo(room));
+  if (size.boundedTo(room) == size) return;
+  auto* scroll = new QScrollArea(this);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setFocusPolicy(Qt::NoFocus);
+  auto* page = new QWidget(scroll);
+  page->setLayout(layout());
+  page->setFixedSize(size);
+  scroll->setWidget(page);
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->addWidget(scroll);
 }
 
 QTabBar* FindReplacePanelController::makeTabView() {

@@ -48,6 +48,7 @@ std::string HexWindowController::statusText() const {
 }
 
 void HexWindowController::updateStatus() {
+  clearNoticeAfterMove();
   if (!window_ || isBusy()) return;
   window_->setStatusText(statusText());
   window_->setInspectorText(
@@ -59,6 +60,11 @@ void HexWindowController::alert(const std::string& title, const std::string& tex
   platform_.alerts.runModal({.messageText = title, .informativeText = text});
 }
 
+void HexWindowController::alert(const std::string& title, const Error& error) {
+  noteReason(error);
+  alert(title, error.message());
+}
+
 bool HexWindowController::alertRefusal(const Refusal& refusal, const std::string& title) {
   if (refusal) alert(title, *refusal);
   return refusal.has_value();
@@ -67,7 +73,7 @@ bool HexWindowController::alertRefusal(const Refusal& refusal, const std::string
 void HexWindowController::showFailure(const Error& error, const std::string& title) {
   // Of being busy the frame itself has told.
   if (window_ && !error.isStopped() && !BackgroundTaskFrame::isBusyError(error))
-    alert(title, error.message());
+    alert(title, error);
 }
 
 bool HexWindowController::attempt(const std::string& failureTitle,

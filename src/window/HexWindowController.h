@@ -102,6 +102,27 @@ class HexWindowController : public DocumentWindow,
   /// The window has closed or is about to, whatever the reason.
   void windowWillClose();
 
+  // HexWindowControllerNotices.cpp: sentences in the status area. A notice stays until another one
+  // takes its place, the window's next command begins, the caret or the selection moves, or bytes
+  // change. Without a window nothing is shown.
+
+  static constexpr const char* kNothingToUndo = "There is nothing to undo.";
+  static constexpr const char* kNothingToRedo = "There is nothing to redo.";
+
+  void showNotice(const std::string& text);
+  void clearNotice();
+
+  /// Beeps and shows `reason`, a sentence.
+  void refuse(const std::string& reason);
+  void didRefuse(const std::string& reason) override;
+
+  /// Shows the error's sentence with the system's reason, when it has one; beside an alert with the
+  /// sentence alone.
+  void noteReason(const Error& error);
+
+  /// Names the file that could not be opened, and why.
+  void noteOpenFailure(const FileLocation& location, const Error& error);
+
   // HexWindowControllerCommands.cpp: commands by the names that menus use.
 
   /// True when an editor has the command of this menu action ("forwardGoToOffset:").
@@ -112,18 +133,22 @@ class HexWindowController : public DocumentWindow,
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void editDidNotHappen() noexcept override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override;
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
   HexSelection selection() const override { return editor_.selection(); }
-  void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) override;
+  void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept override;
 
+  /// Called before a command changes the bytes; the record becomes part of the history with
+  /// `markManualEdit`. When memory runs out, nothing has changed.
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
                         const std::string& actionName, std::optional<ByteBuffer> removed = {});
   bool registerUndoSnapshot(const std::string& actionName,
                             std::optional<std::int64_t> resultingByteCount);
 
-  /// After a command changed the bytes itself: caret, selection, change count, status.
+  /// After a command changed the bytes itself: caret, selection, history and change count; then
+  /// shows them.
   void markManualEdit(std::int64_t caretOffset, HexSelection selection, bool undoRegistered);
 
   void undo();
@@ -367,9 +392,22 @@ class HexWindowController : public DocumentWindow,
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
 
+  /// Where the editor stood when a notice was shown.
+  struct NoticePlace {
+    std::int64_t caretOffset = 0;
+    HexSelection selection;
+    bool highNibble = true;
+
+    bool operator==(const NoticePlace&) const = default;
+  };
+  NoticePlace noticePlace() const;
+  void clearNoticeAfterMove();
+
   std::int64_t byteCount() const { return hexDocument_->storage()->count(); }
   HexSelection selectedRange() const { return editor_.selection().normalized(byteCount()); }
   void moveCaret(std::int64_t offset, HexSelection selection);
+  /// The same for a place to go to, which is shown with its surroundings.
+  void goTo(std::int64_t offset, HexSelection selection);
 
   /// What an edit is called in the Edit menu, and the title of an alert about its failure.
   struct EditTitles {
@@ -385,9 +423,18 @@ class HexWindowController : public DocumentWindow,
                     const std::string& actionName);
   bool replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                     const EditTitles& titles, const EditPlace& after);
+  /// An edit that is about to happen, with all that accounting for it takes.
+  struct AnnouncedEdit {
+    UndoRecords::Pending undo = {};
+    /// Where the new bytes will be and how many they replace; absent when the command moves the
+    /// bookmarks itself.
+    std::optional<HexSelection> inserted = {};
+    std::int64_t removedCount = 0;
+  };
   void unannouncedEditDidHappen();
+  void announcedEditDidHappen(AnnouncedEdit edit);
   void forgetAnnouncements();
-  void withdrawEditThatDidNotHappen();
+  void showRestoredState();
 
   /// A completion that is not called once this object has gone, and keeps it while it runs.
   template <class T>
@@ -401,6 +448,8 @@ class HexWindowController : public DocumentWindow,
   void removeUndoActions() { hexDocument_->undoManager().removeAllActions(this); }
 
   void alert(const std::string& title, const std::string& text);
+  /// The reason, which no alert has, is shown as a notice.
+  void alert(const std::string& title, const Error& error);
   /// Whether there is a refusal; it is shown.
   bool alertRefusal(const Refusal& refusal, const std::string& title);
   /// Shows what went wrong, unless the user stopped it or the window has gone.
@@ -463,12 +512,14 @@ class HexWindowController : public DocumentWindow,
   void fillCurrentSelection(HexSelection range, std::vector<std::uint8_t> pattern,
                             const std::string& title, const std::string& statusText);
   void insertFill();
+  Refusal refusalOfInserting(std::int64_t count) const;
   void generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                          const std::string& title, const std::string& statusText);
   void insertFile(const InsertedFileTexts& texts, const std::function<std::int64_t()>& place);
   void insertReadFile(const InsertedFileTexts& texts, const Result<Insertion>& read);
 
   bool refuseAtEnd(const std::string& title);
+  bool fitsAtCaret(const std::vector<std::uint8_t>& bytes) const;
   void overwriteAtCaret(const std::vector<std::uint8_t>& bytes, const std::string& title,
                         const std::string& actionName);
 
@@ -554,12 +605,12 @@ class HexWindowController : public DocumentWindow,
   BackgroundTaskFrame frame_;
   SearchRequest lastSearchRequest_;
   std::string lastWildcardText_;
-  bool editorMutationWasAnnounced_ = false;
-  bool editorMutationHasUndo_ = false;
+  /// Present while a notice is shown.
+  std::optional<NoticePlace> noticePlace_;
   /// Where the newest undo step left its bytes, as long as it is a typed edit and the last change.
   std::optional<HexSelection> newestRecordedEdit_;
-  /// The bookmarks before an announced edit that moves them, until the edit has happened.
-  std::optional<std::vector<std::int64_t>> bookmarksBeforeEdit_;
+  /// From its announcement until it has happened.
+  std::optional<AnnouncedEdit> announcedEdit_;
 };
 
 }  // namespace quillmor

@@ -46,7 +46,7 @@ void HexWindowController::previousBookmark() {
 }
 
 void HexWindowController::jumpToBookmark(std::int64_t offset) {
-  moveCaret(offset, {});
+  goTo(offset, {});
 }
 
 void HexWindowController::showBookmarks() {

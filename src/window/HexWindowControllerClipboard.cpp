@@ -14,6 +14,7 @@ constexpr std::int64_t kBackgroundPasteBytes = 1'048'576;
 
 constexpr const char* kPaste = "Paste";
 constexpr const char* kPasteFailed = "Paste Failed";
+constexpr const char* kNothingToPaste = "The clipboard holds nothing to paste.";
 
 std::int64_t sizeOf(const std::string& text) {
   return static_cast<std::int64_t>(text.size());
@@ -43,15 +44,17 @@ void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
   if (refuseWhileBusy(title)) return;
   const auto range = rangeForClipboardOrAlert(title, refusalOfCopying);
   if (!range) return;
-  std::function completion = [this, title, range = *range,
+  // Without a selection the byte at the caret is taken; undo brings back that nothing was selected.
+  const EditPlace place{.caretOffset = editor_.caretOffset(), .selection = editor_.selection()};
+  std::function completion = [this, title, place,
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
     if (failed(payload, title + " Failed")) return;
     if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
-    const auto remove = [&] {
-      editor_.setSelection(range);
+    attempt(title + " Failed", [&] {
+      // Another selection may have been made meanwhile; what was published goes.
+      editor_.placeCaretAndSelection(place.caretOffset, place.selection);
       editor_.deleteSelectionOrByte(/*backward=*/false);
-    };
-    if (attempt(title + " Failed", remove)) withdrawEditThatDidNotHappen();
+    });
   };
   constexpr auto payloadOf = [](const ByteBuffer& bytes, HexSelection selected,
                                 TaskProgress& progress) {
@@ -124,7 +127,7 @@ void HexWindowController::paste() {
 std::optional<std::string> HexWindowController::boundedPasteboardString() {
   auto held = platform_.pasteboard.text(maxClipboardTextSourceBytes);
   if (!held || (!held->isTooLong && held->text.empty())) {
-    platform_.beeper.beep();
+    refuse(kNothingToPaste);
     return std::nullopt;
   }
   if (held->isTooLong) {
@@ -137,11 +140,11 @@ std::optional<std::string> HexWindowController::boundedPasteboardString() {
 
 void HexWindowController::pastePreparedBytes(std::span<const std::uint8_t> bytes) {
   const auto count = static_cast<std::int64_t>(bytes.size());
-  if (count < 1) return platform_.beeper.beep();
+  if (count < 1) return refuse(kNothingToPaste);
   if (!validateGeneratedByteCount(count, kPaste)) return;
   if (!validateResultingDocumentByteCount(editor_.byteCountReplacedBy(count), count, kPaste))
     return;
-  if (attempt(kPasteFailed, [&] { editor_.paste(bytes); })) withdrawEditThatDidNotHappen();
+  attempt(kPasteFailed, [&] { editor_.paste(bytes); });
 }
 
 }  // namespace quillmor

@@ -147,7 +147,10 @@ bool HexWindowController::hasCommand(std::string_view action) {
 }
 
 void HexWindowController::perform(std::string_view action) {
-  if (const Command* command = findCommand(action)) command->perform(*this);
+  const Command* command = findCommand(action);
+  if (!command) return;
+  clearNotice();
+  command->perform(*this);
 }
 
 }  // namespace quillmor

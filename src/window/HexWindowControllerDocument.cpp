@@ -49,8 +49,9 @@ std::optional<FileLocation> HexWindowController::documentDirectory() const {
 
 void HexWindowController::chooseDestinationAndSave(
     std::function<void(DocumentSaveResult)> completion) {
-  const auto destination = platform_.filePanels.runSavePanel("Save As", hexDocument_->displayName(),
-                                                             documentDirectory());
+  const auto& location = hexDocument_->location();
+  const std::string name = location ? location->lastPathComponent() : hexDocument_->displayName();
+  const auto destination = platform_.filePanels.runSavePanel("Save As", name, documentDirectory());
   if (!destination) return completion(DocumentSaveResult::cancelled);
   performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
                       std::move(completion));
@@ -90,7 +91,7 @@ DocumentSaver::Hooks HexWindowController::saveHooks(
          .cancelButton = 0});
     return response.button == 1;
   };
-  hooks.willWrite = [weak = weak_from_this(), name = destination.lastPathComponent()] {
+  hooks.willWrite = [weak = weak_from_this(), name = destination.shownName()] {
     if (const auto self = weak.lock()) self->frame_.updateBusyStatus("Saving " + name);
   };
   hooks.completion = [weak = weak_from_this(), completion](const DocumentSaveOutcome& outcome) {
@@ -106,7 +107,7 @@ void HexWindowController::saveDidEnd(const DocumentSaveOutcome& outcome,
   // Whoever waits for the save is told even when the user cannot be.
   auto shown = resultOf([&] {
     if (outcome.result == DocumentSaveResult::failed)
-      retryingWithoutMemory([&] { alert("Save Failed", outcome.error->message()); });
+      retryingWithoutMemory([&] { alert("Save Failed", *outcome.error); });
     return Done();
   });
   completion(outcome.result);
@@ -132,7 +133,7 @@ void HexWindowController::reloadFromDisk() {
       location, "Reload Failed", [this, self = shared_from_this(), location](auto preparation) {
         if (preparation != DocumentReplacementPreparation::proceed) return;
         loadPreservingEditorState(location, "Reload Failed", [this, location] {
-          alert("Reload from Disk", "Reloaded: " + location.lastPathComponent());
+          alert("Reload from Disk", "Reloaded: " + location.shownName());
         });
       });
 }
@@ -144,7 +145,7 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
       location, /*preservingEditorState=*/true,
       [this, self = shared_from_this(), failureTitle, success = std::move(success)](auto result) {
         if (!result.isOk()) {
-          if (!result.error().isStopped()) alert(failureTitle, result.error().message());
+          if (!result.error().isStopped()) alert(failureTitle, result.error());
         } else if (result.value() == OpenCurrentResult::opened) {
           success();
         }
@@ -153,6 +154,7 @@ void HexWindowController::loadPreservingEditorState(const FileLocation& location
 
 void HexWindowController::openDroppedFile(const FileLocation& location) {
   if (isBusy()) {
+    noteOpenFailure(location, BackgroundTaskFrame::busyError());
     alert("Open Dropped File",
           "Another operation is already running. Wait for it to finish before opening a dropped "
           "file.");
@@ -163,7 +165,9 @@ void HexWindowController::openDroppedFile(const FileLocation& location) {
 
 void HexWindowController::openURLInCurrentWindow(const FileLocation& location,
                                                  OpenCompletion completion) {
+  clearNotice();
   if (isBusy()) {
+    noteOpenFailure(location, BackgroundTaskFrame::busyError());
     alert("Open Failed", BackgroundTaskFrame::busyError().message());
     return completion(OpenCurrentResult::failed);
   }
@@ -180,10 +184,11 @@ void HexWindowController::openURLInCurrentWindow(const FileLocation& location,
                                       return completion(OpenCurrentResult::failed);
                                     beginLoadFileInCurrentWindow(
                                         location, /*preservingEditorState=*/false,
-                                        [this, self, completion](auto result) {
+                                        [this, self, location, completion](auto result) {
                                           if (result.isOk()) return completion(result.value());
                                           if (result.error().isStopped())
                                             return completion(OpenCurrentResult::cancelled);
+                                          noteOpenFailure(location, result.error());
                                           alert("Open Failed", result.error().message());
                                           completion(OpenCurrentResult::failed);
                                         });
@@ -196,6 +201,7 @@ void HexWindowController::prepareToReplaceCurrentDocument(
   try {
     SecureFileAccess::validateURLIsNotReservedForReading(afterValidatingReadURL);
   } catch (const Error& error) {
+    noteOpenFailure(afterValidatingReadURL, error);
     alert(validationErrorTitle, error.message());
     return completion(DocumentReplacementPreparation::failed);
   }
@@ -225,7 +231,7 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                                                        bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.lastPathComponent(),
+  frame_.beginBusyStatus("Opening " + location.shownName(),
                          BackgroundTaskFrame::Stopping::allowed);
   frame_.orEndBusyStatus(
       [&] { startLoad(location, preservingEditorState, std::move(completion)); });
@@ -238,7 +244,7 @@ void HexWindowController::startLoad(const FileLocation& location, bool preservin
     // Messages name what was to be opened.
     LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
     file.reservation =
-        SecureFileAccess::reserveReadURL(file.location, location.lastPathComponent());
+        SecureFileAccess::reserveReadURL(file.location, location.shownName());
     SecureFileAccess::validateReadableFileURL(file.location);
     file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());

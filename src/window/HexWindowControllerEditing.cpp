@@ -1,8 +1,17 @@
 // Announced edits, undo, and results of commands that change the bytes themselves.
 
+#include <utility>
+
+#include "base/Check.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {
+
+namespace {
+
+constexpr const char* kTooLargeToUndo = "This change was too large to be undone.";
+
+}  // namespace
 
 void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
                                        std::int64_t insertedCount) {
@@ -11,40 +20,38 @@ void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedC
 
 void HexWindowController::announceEdit(std::int64_t start, std::int64_t removedCount,
                                        std::int64_t insertedCount, const std::string& actionName) {
-  withdrawEditThatDidNotHappen();
-  editorMutationHasUndo_ = registerUndoEdit(start, removedCount, insertedCount, actionName);
-  editorMutationWasAnnounced_ = true;
-  if (removedCount != insertedCount) bookmarksBeforeEdit_ = bookmarks_.offsets();
-  if (editorMutationHasUndo_) newestRecordedEdit_ = HexSelection{start, insertedCount};
-  bookmarks_.adjustForEdit(start, removedCount, insertedCount);
+  registerUndoEdit(start, removedCount, insertedCount, actionName);
+  announcedEdit_->inserted = HexSelection{start, insertedCount};
+  announcedEdit_->removedCount = removedCount;
+}
+
+void HexWindowController::editDidNotHappen() noexcept {
+  announcedEdit_.reset();
 }
 
 void HexWindowController::hexEditorDidEdit(HexEditorState&) {
-  if (!editorMutationWasAnnounced_) {
-    unannouncedEditDidHappen();
-  } else if (!editorMutationHasUndo_) {
-    hexDocument_->updateChangeCount(ChangeCount::Change::done);
-  }
-  editorMutationWasAnnounced_ = false;
-  editorMutationHasUndo_ = false;
-  bookmarksBeforeEdit_.reset();
+  auto edit = std::exchange(announcedEdit_, std::nullopt);
+  const bool cannotBeUndone = edit && !edit->undo.isRecorded;
+  edit ? announcedEditDidHappen(*std::move(edit)) : unannouncedEditDidHappen();
   updateStatus();
+  // The last thing of an edit, after the caret has moved.
+  cannotBeUndone ? showNotice(kTooLargeToUndo) : clearNotice();
+}
+
+/// Takes no memory until the change count has been told, which comes last.
+void HexWindowController::announcedEditDidHappen(AnnouncedEdit edit) {
+  newestRecordedEdit_.reset();
+  if (edit.inserted) {
+    if (edit.undo.isRecorded) newestRecordedEdit_ = edit.inserted;
+    bookmarks_.adjustForEdit(edit.inserted->start, edit.removedCount, edit.inserted->length);
+  }
+  if (!undoRecords_.commit(std::move(edit.undo)))
+    hexDocument_->updateChangeCount(ChangeCount::Change::done);
 }
 
 void HexWindowController::forgetAnnouncements() {
-  editorMutationWasAnnounced_ = false;
-  editorMutationHasUndo_ = false;
+  editDidNotHappen();
   newestRecordedEdit_.reset();
-  bookmarksBeforeEdit_.reset();
-}
-
-/// An edit that was announced and then ran out of memory has left an undo step for a change that is
-/// not there; taking that step would destroy bytes. The bytes are as before, the history goes.
-void HexWindowController::withdrawEditThatDidNotHappen() {
-  if (!editorMutationWasAnnounced_) return;
-  if (bookmarksBeforeEdit_) bookmarks_.replaceAll(*std::move(bookmarksBeforeEdit_));
-  forgetAnnouncements();
-  removeUndoActions();
 }
 
 /// A second digit was typed without an announcement of its own. When it completes the byte of the
@@ -58,36 +65,42 @@ void HexWindowController::unannouncedEditDidHappen() {
     hexDocument_->makeSavedStateUnreachable();
 }
 
-void HexWindowController::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) {
+void HexWindowController::restoreCaretAndSelection(std::int64_t caret,
+                                                   HexSelection selection) noexcept {
   newestRecordedEdit_.reset();
-  editor_.recalcMetrics();
-  moveCaret(caret, selection);
+  editor_.placeCaretAndSelection(caret, selection);
 }
 
 bool HexWindowController::registerUndoEdit(std::int64_t start, std::int64_t removedCount,
                                            std::int64_t insertedCount,
                                            const std::string& actionName,
                                            std::optional<ByteBuffer> removed) {
-  withdrawEditThatDidNotHappen();
-  newestRecordedEdit_.reset();
-  return undoRecords_.registerUndoEdit(start, removedCount, insertedCount, actionName,
-                                       std::move(removed));
+  editDidNotHappen();
+  announcedEdit_ =
+      AnnouncedEdit{.undo = undoRecords_.prepareUndoEdit(start, removedCount, insertedCount,
+                                                         actionName, std::move(removed)),
+                    .inserted = std::nullopt};
+  return announcedEdit_->undo.isRecorded;
 }
 
 bool HexWindowController::registerUndoSnapshot(const std::string& actionName,
                                                std::optional<std::int64_t> resultingByteCount) {
-  withdrawEditThatDidNotHappen();
-  newestRecordedEdit_.reset();
-  return undoRecords_.registerUndoSnapshot(actionName, resultingByteCount);
+  editDidNotHappen();
+  announcedEdit_ =
+      AnnouncedEdit{.undo = undoRecords_.prepareUndoSnapshot(actionName, resultingByteCount),
+                    .inserted = std::nullopt};
+  return announcedEdit_->undo.isRecorded;
 }
 
 void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection selection,
                                          bool undoRegistered) {
-  editorMutationWasAnnounced_ = true;
-  editorMutationHasUndo_ = undoRegistered;
-  editor_.recalcMetrics();
-  moveCaret(caretOffset, selection);
+  if (!announcedEdit_) announcedEdit_.emplace();
+  checkPrecondition(announcedEdit_->undo.isRecorded == undoRegistered,
+                    "an edit is marked as it was registered");
+  editor_.placeCaretAndSelection(caretOffset, selection);
   hexEditorDidEdit(editor_);
+  editor_.recalcMetrics();
+  editor_.showCaretAndSelection();
 }
 
 /// Puts `bytes` in the place of `range` as one undoable step. When memory runs out nothing changes,
@@ -103,26 +116,32 @@ bool HexWindowController::replaceRange(HexSelection range, std::span<const std::
     return Done{};
   });
   if (replaced.isOk()) {
-    markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+    markManualEdit(after.caretOffset, after.selection, announcedEdit_->undo.isRecorded);
   } else {
-    withdrawEditThatDidNotHappen();
+    editDidNotHappen();
     showFailure(replaced.error(), titles.failure);
   }
   return replaced.isOk();
 }
 
 void HexWindowController::undo() {
-  withdrawEditThatDidNotHappen();
-  if (isBusy() || !hexDocument_->undoManager().canUndo()) return platform_.beeper.beep();
+  if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
+  if (!hexDocument_->undoManager().canUndo()) return refuse(kNothingToUndo);
   hexDocument_->undoManager().undo();
-  updateStatus();
+  showRestoredState();
 }
 
 void HexWindowController::redo() {
-  withdrawEditThatDidNotHappen();
-  if (isBusy() || !hexDocument_->undoManager().canRedo()) return platform_.beeper.beep();
+  if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
+  if (!hexDocument_->undoManager().canRedo()) return refuse(kNothingToRedo);
   hexDocument_->undoManager().redo();
-  updateStatus();
+  showRestoredState();
+}
+
+/// Shows what an undo or redo has restored.
+void HexWindowController::showRestoredState() {
+  editor_.recalcMetrics();
+  editor_.showCaretAndSelection();
 }
 
 void HexWindowController::deleteSelection() {
@@ -136,6 +155,11 @@ void HexWindowController::selectAll() {
 
 void HexWindowController::moveCaret(std::int64_t offset, HexSelection selection) {
   editor_.setCaretOffset(offset);
+  editor_.setSelection(selection);
+}
+
+void HexWindowController::goTo(std::int64_t offset, HexSelection selection) {
+  editor_.goTo(offset);
   editor_.setSelection(selection);
 }
 

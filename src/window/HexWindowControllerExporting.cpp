@@ -35,7 +35,8 @@ void HexWindowController::exportTo(const ExportTexts& texts, ExportWork work,
     work(bytes, target, progress);
     return Done{};
   };
-  std::function completion = [this, texts, path = destination->path()](const Result<Done>& result) {
+  std::function completion = [this, texts,
+                              path = destination->shownPath()](const Result<Done>& result) {
     if (!failed(result, texts.failureTitle)) alert(texts.title, texts.savedPrefix + path);
   };
   runBackgroundSnapshotTask(texts.statusText, {}, std::move(task),

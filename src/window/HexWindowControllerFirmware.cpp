@@ -32,8 +32,8 @@ constexpr const char* kAboutRx580AndFix =
 }  // namespace
 
 void HexWindowController::validateACPIChecksum() {
-  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress&) {
-    return acpiChecksumText(bytes.span());
+  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return quillmor::validateACPIChecksum(bytes.span(), &progress).text;
   };
   std::function completion = [this](Result<std::string> text) {
     if (!failed(text, kAcpiFailed)) alert(kAcpi, text.value());
@@ -44,8 +44,8 @@ void HexWindowController::validateACPIChecksum() {
 void HexWindowController::fixACPIChecksum() {
   constexpr const char* kActionName = "Fix ACPI Checksum";
   if (refuseWhileBusy(kActionName)) return;
-  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress&) {
-    return acpiChecksumFix(bytes.span());
+  auto work = [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+    return acpiChecksumFix(bytes.span(), &progress);
   };
   std::function completion = [this](Result<ACPIChecksumFix> fix) {
     if (failed(fix, kAcpiFailed)) return;
@@ -107,7 +107,7 @@ std::optional<PolarisChecksumResult> HexWindowController::applyPolarisChecksumFi
   if (!validation) return std::nullopt;
   const auto result = polarisChecksumFix(hexDocument_->storage()->bytes.span(), *validation);
   if (!result.changed) {
-    moveCaret(result.checksumOffset, {result.checksumOffset, 1});
+    goTo(result.checksumOffset, {result.checksumOffset, 1});
     return result;
   }
   if (!writeChecksumByte(result.checksumOffset, result.newChecksum,
@@ -139,7 +139,7 @@ void HexWindowController::applyRx580MacOSPresetInternal(bool fixChecksumAfterPat
   std::string text;
   if (!fixChecksumAfterPatch) {
     text = rx580ResultText(*run);
-    if (run->totalReplacements == 0) platform_.beeper.beep();
+    if (run->totalReplacements == 0) refuse("The preset found nothing to replace.");
   } else {
     text = rx580AndFixResultText(*run, applyPolarisChecksumFix());
   }

@@ -145,7 +145,6 @@ void HexWindowController::importBookmarks() {
   };
   std::function completion = [this](Result<std::vector<std::int64_t>> offsets) {
     if (failed(offsets, "Import Bookmarks Failed")) return;
-    withdrawEditThatDidNotHappen();
     bookmarks_.replaceAll(std::move(offsets.value()));
     bookmarks_.keepWithin(byteCount());
     updateStatus();

@@ -13,12 +13,18 @@ namespace {
 constexpr const char* kFill = "Fill Selection";
 constexpr const char* kInsert = "Insert Bytes";
 constexpr const char* kInvalidRepeatCount = "Enter a valid repeat count.";
+constexpr const char* kNothingGenerated = "No bytes were generated.";
 
 /// Bytes made from this size on are made off the main thread.
 constexpr std::int64_t kBackgroundGenerationBytes = 1'048'576;
 
 /// So many bytes are inserted into a copy of the document, off the main thread.
 constexpr std::int64_t kPreparedInsertionBytes = 1'048'576;
+
+/// A length beyond 64 bits is refused as the largest one is.
+std::int64_t repeatedLength(const PatternAndNumber& typed) {
+  return safeProduct(std::ssize(typed.pattern), typed.number).value_or(kMaxInt64);
+}
 
 }  // namespace
 
@@ -44,7 +50,7 @@ void HexWindowController::insert(const Insertion& insertion, const EditTitles& t
   attempt(titles.failure, [&] {
     announceEdit(insertion.offset, 0, count, titles.actionName);
     hexDocument_->storage()->bytes = *insertion.document;
-    markManualEdit(after.caretOffset, after.selection, editorMutationHasUndo_);
+    markManualEdit(after.caretOffset, after.selection, announcedEdit_->undo.isRecorded);
   });
 }
 
@@ -68,7 +74,8 @@ void HexWindowController::fillSelection() {
   if (refuseWhileBusy(kFill)) return;
   if (selectedRange().length < 1) return insertFill();
   auto pattern = promptBytePattern(platform_.alerts, kFill,
-                                   "Enter a pattern to repeat across the selected bytes.");
+                                   "Enter a pattern to repeat across the selected bytes.",
+                                   PatternInput::autoHexOrText);
   if (!pattern || !window_ || refuseWhileBusy(kFill)) return;
   // The question ran the event loop.
   const HexSelection range = selectedRange();
@@ -110,9 +117,13 @@ void HexWindowController::insertFill() {
       platform_.alerts, kFill,
       "No selection is active. Enter a pattern and length to insert filled bytes at the current "
       "offset.",
-      {.label = "Length:", .placeholder = "256"}, "Enter a valid length.");
+      {.field = {.label = "Length:", .placeholder = "256"},
+       .invalid = "Enter a valid length.",
+       .refusalOf = [this](const PatternAndNumber& typed) -> Refusal {
+         if (typed.number < 1) return "Length must be greater than zero.";
+         return refusalOfInserting(typed.number);
+       }});
   if (!answer || !window_ || refuseWhileBusy(kFill)) return;
-  if (answer->number < 1) return alert(kFill, "Length must be greater than zero.");
   generateAndInsert(answer->pattern, answer->number, kFill, "Generating fill bytes…");
 }
 
@@ -120,24 +131,33 @@ void HexWindowController::insertBytes() {
   if (refuseWhileBusy(kInsert)) return;
   const auto answer = promptBytePatternAndNumber(
       platform_.alerts, kInsert, "Enter bytes to insert at the current offset.",
-      {.label = "Repeat count:", .placeholder = "1", .text = "1"}, kInvalidRepeatCount);
+      {.field = {.label = "Repeat count:", .placeholder = "1", .text = "1"},
+       .invalid = kInvalidRepeatCount,
+       .refusalOf = [this](const PatternAndNumber& typed) -> Refusal {
+         if (typed.number < 0) return kInvalidRepeatCount;
+         if (typed.number == 0) return kNothingGenerated;
+         return refusalOfInserting(repeatedLength(typed));
+       }});
   if (!answer || !window_ || refuseWhileBusy(kInsert)) return;
-  if (answer->number < 0) return alert(kInsert, kInvalidRepeatCount);
-  const auto total = safeProduct(std::ssize(answer->pattern), answer->number);
-  // A total beyond 64 bits is refused as the largest one is.
-  generateAndInsert(answer->pattern, total.value_or(kMaxInt64), kInsert, "Generating bytes…");
+  generateAndInsert(answer->pattern, repeatedLength(*answer), kInsert, "Generating bytes…");
+}
+
+/// For inserting `count` bytes.
+Refusal HexWindowController::refusalOfInserting(std::int64_t count) const {
+  if (auto refusal = refusalOfGenerating(count)) return refusal;
+  return refusalOfResult(byteCount(), 0, count, editor_.maximumByteCount());
 }
 
 void HexWindowController::generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                                             const std::string& title,
                                             const std::string& statusText) {
-  if (!validateGeneratedByteCount(count, title)) return;
-  if (!validateResultingDocumentByteCount(0, count, title)) return;
+  // The document may have changed since the answer was accepted.
+  if (alertRefusal(refusalOfInserting(count), title)) return;
   generateRepeatedBytes(std::move(pattern), count, statusText,
                         [this, title](const Result<Insertion>& generated) {
                           if (failed(generated, title + " Failed")) return;
                           if (generated.value().bytes.empty())
-                            return alert(title, "No bytes were generated.");
+                            return alert(title, kNothingGenerated);
                           insert(generated.value(), {title, title + " Failed"});
                         });
 }
@@ -189,8 +209,7 @@ void HexWindowController::insertReadFile(const InsertedFileTexts& texts,
   if (failed(read, failureTitle)) return;
   const std::int64_t count = read.value().bytes.size();
   if (count < 1) return alert(texts.title, texts.empty);
-  if (!validateGeneratedByteCount(count, texts.title)) return;
-  if (!validateResultingDocumentByteCount(0, count, texts.title)) return;
+  if (alertRefusal(refusalOfInserting(count), texts.title)) return;
   insert(read.value(), {texts.actionName, failureTitle});
 }
 

@@ -18,7 +18,7 @@ bool isOfferedBytesPerRow(std::int64_t value) {
 }  // namespace
 
 void HexWindowController::showOffset(std::int64_t offset) {
-  moveCaret(std::min(offset, byteCount()), {});
+  goTo(std::min(offset, byteCount()), {});
 }
 
 void HexWindowController::goToOffset() {
@@ -29,11 +29,11 @@ void HexWindowController::goToOffset() {
 }
 
 void HexWindowController::goToStart() {
-  moveCaret(0, {});
+  goTo(0, {});
 }
 
 void HexWindowController::goToEnd() {
-  moveCaret(byteCount(), {});
+  goTo(byteCount(), {});
 }
 
 void HexWindowController::selectRange() {
@@ -43,7 +43,7 @@ void HexWindowController::selectRange() {
                   "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.");
   if (!range) return;
   const HexSelection selection = range->normalized(byteCount());
-  moveCaret(selection.start, selection);
+  goTo(selection.start, selection);
 }
 
 void HexWindowController::setBytesPerRow(std::int64_t bytesPerRow) {
@@ -87,7 +87,7 @@ void HexWindowController::restoreLastSessionOffset() {
   if (*offset < 0 || *offset > byteCount()) {
     return alert("Session", "The saved offset is outside the current file.");
   }
-  moveCaret(*offset, {*offset, 0});
+  goTo(*offset, {*offset, 0});
 }
 
 }  // namespace quillmor

@@ -37,18 +37,18 @@ std::optional<SearchMatch> HexWindowController::currentSelectionMatch(
 }
 
 void HexWindowController::performReplace(const SearchRequest& request) {
+  clearNotice();
   if (refuseWhileBusy("Replace")) return;
-  const bool failedNow = attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
-  if (failedNow) withdrawEditThatDidNotHappen();
+  attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
 }
 
 void HexWindowController::replaceAndFindNext(const SearchRequest& request) {
   const auto candidateList = candidates(request);
-  if (candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
   bool advances = selectedRange().length > 0;
   if (const auto match = currentSelectionMatch(request, candidateList)) {
     const auto replacement = replacementBytes(request, match->candidate);
-    if (!replacement) return platform_.beeper.beep();
+    if (!replacement) return refuse(reasonForNoReplacement(request.mode));
     if (!applyReplacement(*match, *replacement)) return;
     // Going forward, what a deleted match leaves at the caret may itself begin the next match.
     advances = selectedRange().length > 0 || request.direction == SearchDirection::backward;
@@ -73,15 +73,16 @@ bool HexWindowController::applyReplacement(const SearchMatch& match,
 }
 
 void HexWindowController::performReplaceAll(const SearchRequest& request) {
+  clearNotice();
   if (refuseWhileBusy(kReplaceAll)) return;
   attempt(kReplaceAllFailed, [&] { startReplaceAll(request); });
 }
 
 void HexWindowController::startReplaceAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
   auto table = replacementTable(request, candidateList);
-  if (!table) return platform_.beeper.beep();
+  if (!table) return refuse(reasonForNoReplacement(request.mode));
   lastSearchRequest_ = request;
   const std::int64_t room = std::max<std::int64_t>(editor_.maximumByteCount() - byteCount(), 0);
   const std::int64_t maximumGrowth = std::min(room, maxGeneratedInputBytes);

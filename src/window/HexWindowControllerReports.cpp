@@ -97,8 +97,8 @@ void HexWindowController::stringsViewer() {
 
 void HexWindowController::detectFileStructure() {
   showReport("File Structure Detector", "Detecting file structure…",
-             [](const ByteBuffer& bytes, HexSelection, TaskProgress&) {
-               return fileStructureReport(bytes.span());
+             [](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
+               return quillmor::detectFileStructure(bytes.span(), &progress).report;
              });
 }
 

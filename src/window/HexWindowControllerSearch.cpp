@@ -42,8 +42,9 @@ void HexWindowController::findPrevious() {
 
 void HexWindowController::performFind(const SearchRequest& request,
                                       bool advanceFromCurrentSelection) {
+  clearNotice();
   if (refuseWhileBusy("Find")) return;
-  if (request.searchText.empty()) return platform_.beeper.beep();
+  if (request.searchText.empty()) return refuse(std::string(kNothingToSearchFor));
   lastSearchRequest_ = request;
   search(request, advanceFromCurrentSelection, "Search Failed");
 }
@@ -61,7 +62,8 @@ void HexWindowController::startSearch(const SearchRequest& request,
                                 .selection = selectedRange(),
                                 .byteCount = byteCount()});
   auto candidateList = candidates(request);
-  if (!plan || candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
+  if (!plan) return refuse(std::string(kNoMatch));
   using Match = std::optional<SearchMatch>;
   auto work = [request, plan = *plan, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -69,7 +71,7 @@ void HexWindowController::startSearch(const SearchRequest& request,
   };
   std::function completion = [this, failureTitle](Result<Match> result) {
     if (failed(result, failureTitle)) return;
-    if (!result.value()) return platform_.beeper.beep();
+    if (!result.value()) return refuse(std::string(kNoMatch));
     selectMatch(*result.value());
   };
   if (byteCount() >= backgroundSearchThresholdBytes) {
@@ -80,13 +82,14 @@ void HexWindowController::startSearch(const SearchRequest& request,
 }
 
 void HexWindowController::performSearchAll(const SearchRequest& request) {
+  clearNotice();
   if (refuseWhileBusy("Search All")) return;
   attempt("Search Failed", [&] { startSearchAll(request); });
 }
 
 void HexWindowController::startSearchAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return platform_.beeper.beep();
+  if (candidateList.empty()) return refuse(reasonForNoCandidates(request));
   lastSearchRequest_ = request;
   auto work = [request, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -102,24 +105,28 @@ void HexWindowController::startSearchAll(const SearchRequest& request) {
 }
 
 void HexWindowController::selectMatch(const SearchMatch& match) {
-  moveCaret(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
+  goTo(match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())});
 }
 
 /// Says how many there were, with a beep when there were none.
 void HexWindowController::showCount(std::int64_t count, const std::string& title,
                                     const std::string& answer) {
   alert(title, answer);
-  if (count == 0) platform_.beeper.beep();
+  if (count == 0) refuse(answer);
 }
 
 void HexWindowController::findWildcardMask() {
   if (refuseWhileBusy(kWildcardTitle)) return;
   const auto text = askForText(
       platform_.alerts, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
-      {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_});
+      {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_},
+      [](const std::string& typed) -> std::optional<std::string> {
+        const auto read = typedWildcardPattern(typed);
+        if (read.isOk()) return std::nullopt;
+        return read.error().message();
+      });
   if (!text) return;
   auto pattern = typedWildcardPattern(*text);
-  if (!pattern.isOk()) return alert(kWildcardTitle, pattern.error().message());
   lastWildcardText_ = *text;
   const std::int64_t length = pattern.value().length();
   // Behind the selection, so that asking again goes to the next match.
@@ -132,8 +139,11 @@ void HexWindowController::findWildcardMask() {
   };
   std::function completion = [this, length](Result<std::optional<std::int64_t>> result) {
     if (failed(result, std::string(kWildcardTitle) + " Failed")) return;
-    if (!result.value()) return alert(kWildcardTitle, std::string(kNoWildcardMatch));
-    moveCaret(*result.value(), {*result.value(), length});
+    if (!result.value()) {
+      showNotice(std::string(kNoMatch));
+      return alert(kWildcardTitle, std::string(kNoMatch));
+    }
+    goTo(*result.value(), {*result.value(), length});
   };
   runBackgroundSnapshotTask("Searching wildcard pattern…", {}, std::move(work),
                             std::move(completion));

@@ -49,7 +49,7 @@ bool HexWindowController::applyCompletedSelectionMutation(const Result<Selection
 void HexWindowController::writeMutation(const SelectionMutation& mutation, HexSelection range,
                                         const std::string& actionName) {
   HexStorage& storage = *hexDocument_->storage();
-  // What may run out of memory comes before the change is recorded: after it nothing is allocated.
+  // After the change is recorded nothing is allocated.
   if (!mutation.document) storage.bytes.mutableSpan();
   const bool registered =
       registerUndoEdit(range.start, range.length, range.length, actionName, mutation.before);

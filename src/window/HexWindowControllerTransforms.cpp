@@ -14,16 +14,14 @@ constexpr const char* kCrop = "Crop to Selection";
 
 }  // namespace
 
-/// Rewrites the selection as one undoable step. `done` is called when the new bytes are in place,
-/// whether or not they differ.
+/// Rewrites the selection as one undoable step. `done` is called when the bytes have changed.
 void HexWindowController::transformSelection(const std::string& title,
                                              const std::string& statusText, HexSelection range,
                                              MutationWork work, std::function<void()> done) {
   runBackgroundSelectionMutationTask(
       statusText, range, std::move(work),
       [this, title, range, done = std::move(done)](const Result<SelectionMutation>& result) {
-        applyCompletedSelectionMutation(result, range, title);
-        if (result.isOk() && window_ && done) done();
+        if (applyCompletedSelectionMutation(result, range, title) && window_ && done) done();
       });
 }
 
@@ -79,7 +77,8 @@ void HexWindowController::applyPatternOperationToSelection(const std::string& ti
                                                            const std::string& statusText,
                                                            ByteOperation operation) {
   if (!activeSelectionOrAlert(title)) return;
-  auto pattern = promptBytePattern(platform_.alerts, title, kPatternMessage);
+  auto pattern =
+      promptBytePattern(platform_.alerts, title, kPatternMessage, PatternInput::hexUnlessText);
   if (!pattern || !window_) return;
   // The question ran the event loop: the selection may be another one by now.
   const auto range = activeSelectionOrAlert(title);

@@ -1,5 +1,6 @@
 // Reading the bytes at the caret as values, and writing values in their place.
 
+#include "search/InputNotes.h"
 #include "tools/DataInspector.h"
 #include "tools/InspectorEdit.h"
 #include "window/HexWindowController.h"
@@ -11,6 +12,30 @@ namespace {
 
 constexpr const char* kEditValue = "Edit Current Value";
 constexpr const char* kBitEditor = "Bit Editor";
+constexpr const char* kDoesNotFit = "Selected type does not fit before EOF.";
+
+/// The places of the fields of the value editor.
+constexpr std::size_t kTypeField = 0;
+constexpr std::size_t kValueField = 1;
+
+using Bytes = std::vector<std::uint8_t>;
+
+std::optional<Bytes> typedValue(const AlertResponse& form) {
+  return bytesForInspectorEdit(static_cast<int>(form.selectedChoices.at(kTypeField)),
+                               form.texts.at(kValueField));
+}
+
+std::string noteOnTypedValue(const AlertResponse& form) {
+  if (form.texts.at(kValueField).empty()) return {};
+  const auto bytes = typedValue(form);
+  return bytes ? InputNotes::bytes(*bytes) : "not a value of this type";
+}
+
+std::string noteOnTypedBits(const AlertResponse& form) {
+  const auto answer = byteForBits(form.texts.at(0));
+  const auto* byte = std::get_if<std::uint8_t>(&answer);
+  return byte != nullptr ? InputNotes::bytes({byte, 1}) : "not 8 bits";
+}
 
 }  // namespace
 
@@ -30,30 +55,42 @@ void HexWindowController::showDataInspectorDetail() {
 
 void HexWindowController::editCurrentValue() {
   if (refuseWhileBusy(kEditValue) || refuseAtEnd(kEditValue)) return;
-  const auto response = platform_.alerts.runModal(
-      {.messageText = kEditValue,
-       .informativeText = "Select a type and enter a value.",
-       .buttons = {"Apply", "Cancel"},
-       .fields = {{.label = "Type:",
-                   .choices = {inspectorEditTypeTitles.begin(), inspectorEditTypeTitles.end()}},
-                  {.label = "Value:", .placeholder = "Value"}}});
-  if (response.button != 0 || !window_) return;
-  const auto bytes =
-      bytesForInspectorEdit(static_cast<int>(response.selectedChoices.at(0)), response.texts.at(1));
-  if (!bytes) return alert(kEditValue, "Invalid value for selected type.");
-  overwriteAtCaret(*bytes, kEditValue, "Edit Value");
+  const Alert form{
+      .messageText = kEditValue,
+      .informativeText = "Select a type and enter a value.",
+      .buttons = {"Apply", "Cancel"},
+      .fields = {{.label = "Type:",
+                  .choices = {inspectorEditTypeTitles.begin(), inspectorEditTypeTitles.end()}},
+                 {.label = "Value:", .placeholder = "Value", .note = noteOnTypedValue}}};
+  const auto bytes = askUntilRead<Bytes>(
+      platform_.alerts, form,
+      [this](const AlertResponse& answers) -> std::variant<Bytes, AnswerRefusal> {
+        auto typed = typedValue(answers);
+        if (!typed) return AnswerRefusal{"Invalid value for selected type.", kValueField};
+        if (!fitsAtCaret(*typed)) return AnswerRefusal{kDoesNotFit, kValueField};
+        return *std::move(typed);
+      });
+  if (bytes && window_) overwriteAtCaret(*bytes, kEditValue, "Edit Value");
 }
 
 void HexWindowController::bitEditor() {
   if (refuseWhileBusy(kBitEditor) || refuseAtEnd(kBitEditor)) return;
   const std::uint8_t current = hexDocument_->storage()->bytes[editor_.caretOffset()];
-  const auto text = askForText(platform_.alerts, kBitEditor, "Enter 8 bits for the current byte.",
-                               {.label = "Bits:", .text = bitsOfByte(current)});
+  const auto refusalOf = [](const std::string& text) -> std::optional<std::string> {
+    const auto answer = byteForBits(text);
+    if (const auto* refusal = std::get_if<BitTextRefusal>(&answer))
+      return std::string(messageFor(*refusal));
+    return std::nullopt;
+  };
+  const auto text = askForText(
+      platform_.alerts, kBitEditor, "Enter 8 bits for the current byte.",
+      {.label = "Bits:", .text = bitsOfByte(current), .note = noteOnTypedBits}, refusalOf);
   if (!text || !window_) return;
-  const auto answer = byteForBits(*text);
-  if (const auto* refusal = std::get_if<BitTextRefusal>(&answer))
-    return alert(kBitEditor, std::string(messageFor(*refusal)));
-  overwriteAtCaret({std::get<std::uint8_t>(answer)}, kBitEditor, "Edit Bits");
+  overwriteAtCaret({std::get<std::uint8_t>(byteForBits(*text))}, kBitEditor, "Edit Bits");
+}
+
+bool HexWindowController::fitsAtCaret(const std::vector<std::uint8_t>& bytes) const {
+  return byteCount() - editor_.caretOffset() >= std::ssize(bytes);
 }
 
 /// Puts `bytes` over those at the caret as one undoable step, unless they are there already.
@@ -62,9 +99,8 @@ void HexWindowController::overwriteAtCaret(const std::vector<std::uint8_t>& byte
                                            const std::string& actionName) {
   // The dialog ran the event loop.
   if (refuseWhileBusy(title)) return;
-  const HexSelection range{editor_.caretOffset(), static_cast<std::int64_t>(bytes.size())};
-  if (range.normalized(byteCount()) != range)
-    return alert(title, "Selected type does not fit before EOF.");
+  const HexSelection range{editor_.caretOffset(), std::ssize(bytes)};
+  if (!fitsAtCaret(bytes)) return alert(title, kDoesNotFit);
   HexStorage& storage = *hexDocument_->storage();
   if (storage.bytesEqual(range, bytes)) return updateStatus();
   replaceRange(range, bytes, {actionName, title + " Failed"},

@@ -1,124 +1,158 @@
 #include "window/Prompts.h"
 
+#include <utility>
+
 #include "search/HexParser.h"
+#include "search/InputNotes.h"
 #include "search/TypedInput.h"
 
 namespace quillmor {
 
 namespace {
 
-std::optional<std::int64_t> parseNonNegative(const std::string& text) {
-  const auto value = HexParser::parseOffset(text);
-  return value && *value >= 0 ? value : std::nullopt;
+using Pattern = std::vector<std::uint8_t>;
+
+/// The places of the fields of a form that begins with a byte pattern.
+constexpr std::size_t kModeIndex = 0;
+constexpr std::size_t kBytesIndex = 1;
+constexpr std::size_t kNumberIndex = 2;
+
+constexpr const char* kInvalidRange = "Enter a valid start offset and length.";
+
+Alert formOf(const std::string& title, const std::string& message, std::vector<FormField> fields) {
+  return {.messageText = title,
+          .informativeText = message,
+          .buttons = {"OK", "Cancel"},
+          .fields = std::move(fields)};
 }
 
-/// What the user filled in, or absent on "Cancel".
-std::optional<AlertResponse> runResponseForm(AlertPresenter& alerts, const std::string& title,
-                                             const std::string& message,
-                                             std::vector<FormField> fields) {
-  auto response = alerts.runModal({.messageText = title,
-                                   .informativeText = message,
-                                   .buttons = {"OK", "Cancel"},
-                                   .fields = std::move(fields)});
-  if (response.button != 0) return std::nullopt;
-  return response;
+/// The note of field `index`, which depends on that field's text alone.
+auto noteOn(std::size_t index, std::string (*noteOf)(std::string_view)) {
+  return [index, noteOf](const AlertResponse& form) { return noteOf(form.texts.at(index)); };
 }
 
-/// The form's texts, or absent on "Cancel".
-std::optional<std::vector<std::string>> runForm(AlertPresenter& alerts, const std::string& title,
-                                                const std::string& message,
-                                                std::vector<FormField> fields) {
-  auto response = runResponseForm(alerts, title, message, std::move(fields));
-  if (!response) return std::nullopt;
-  return std::move(response->texts);
+std::vector<std::string> modeTitles(PatternInput input) {
+  if (input == PatternInput::hexUnlessText) return {"Hex", "Text"};
+  return {"Auto", "Hex", "Text"};
 }
 
-/// In the order of `InputMode`.
-const FormField kModeField{.label = "Mode:", .choices = {"Auto", "Hex", "Text"}};
-const FormField kBytesField{.label = "Bytes:", .placeholder = "DE AD BE EF"};
+/// The input mode that the pop-up of `modeTitles` is set to.
+int modeOf(PatternInput input, const AlertResponse& form) {
+  const int first = input == PatternInput::hexUnlessText ? kInputModeHex : kInputModeAuto;
+  return first + static_cast<int>(form.selectedChoices.at(kModeIndex));
+}
 
-/// The pattern that a form beginning with the mode and the bytes was answered with; alerts when
-/// there is none.
-std::optional<std::vector<std::uint8_t>> patternOrAlert(AlertPresenter& alerts,
-                                                        const std::string& title,
-                                                        const AlertResponse& response) {
-  auto bytes =
-      bytesFromInput(response.texts.at(1), static_cast<int>(response.selectedChoices.at(0)));
-  if (bytes && !bytes->empty()) return bytes;
-  alerts.runModal({.messageText = title, .informativeText = "Enter a valid byte pattern."});
-  return std::nullopt;
+std::vector<FormField> patternFields(PatternInput input) {
+  const auto note = [input](const AlertResponse& form) {
+    return InputNotes::typedBytes(form.texts.at(kBytesIndex), modeOf(input, form));
+  };
+  return {{.label = "Mode:", .choices = modeTitles(input)},
+          {.label = "Bytes:", .placeholder = "DE AD BE EF", .note = note}};
+}
+
+std::variant<Pattern, AnswerRefusal> readPattern(PatternInput input, const AlertResponse& form) {
+  auto bytes = bytesFromInput(form.texts.at(kBytesIndex), modeOf(input, form));
+  if (bytes && !bytes->empty()) return *std::move(bytes);
+  return AnswerRefusal{"Enter a valid byte pattern.", kBytesIndex};
 }
 
 }  // namespace
 
+void refuseAnswer(AlertPresenter& alerts, Alert& form, const AlertResponse& response,
+                  const AnswerRefusal& refusal) {
+  alerts.runModal({.messageText = form.messageText, .informativeText = refusal.message});
+  for (std::size_t i = 0; i < form.fields.size(); ++i) {
+    form.fields[i].text = response.texts.at(i);
+    form.fields[i].selectedChoice = response.selectedChoices.at(i);
+  }
+  form.focusedField = refusal.field;
+}
+
 std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::string& title,
                                          const std::string& message) {
-  const auto answers =
-      runForm(alerts, title, message, {{.label = "Offset:", .placeholder = "0x1000"}});
-  if (!answers) return std::nullopt;
-  const auto offset = parseNonNegative(answers->at(0));
-  if (!offset) alerts.runModal({.messageText = title, .informativeText = "Enter a valid offset."});
-  return offset;
+  Alert form = formOf(
+      title, message,
+      {{.label = "Offset:", .placeholder = "0x1000", .note = noteOn(0, InputNotes::offset)}});
+  return askUntilRead<std::int64_t>(
+      alerts, std::move(form),
+      [](const AlertResponse& answers) -> std::variant<std::int64_t, AnswerRefusal> {
+        const auto offset = HexParser::parseOffset(answers.texts.at(0));
+        if (offset && *offset >= 0) return *offset;
+        return AnswerRefusal{"Enter a valid offset."};
+      });
 }
 
 std::optional<HexSelection> askForRange(AlertPresenter& alerts, const std::string& title,
                                         const std::string& message, const std::string& negative) {
-  const auto answers = runForm(
-      alerts, title, message,
-      {{.label = "Start:", .placeholder = "0x1000"}, {.label = "Length:", .placeholder = "256"}});
-  if (!answers) return std::nullopt;
-  const auto start = HexParser::parseOffset(answers->at(0));
-  const auto length = HexParser::parseOffset(answers->at(1));
-  if (start && length && *start >= 0 && *length >= 0) return HexSelection{*start, *length};
-  alerts.runModal(
-      {.messageText = title,
-       .informativeText = start && length ? negative : "Enter a valid start offset and length."});
-  return std::nullopt;
+  Alert form =
+      formOf(title, message,
+             {{.label = "Start:", .placeholder = "0x1000", .note = noteOn(0, InputNotes::offset)},
+              {.label = "Length:", .placeholder = "256", .note = noteOn(1, InputNotes::number)}});
+  return askUntilRead<HexSelection>(
+      alerts, std::move(form),
+      [&negative](const AlertResponse& answers) -> std::variant<HexSelection, AnswerRefusal> {
+        const auto start = HexParser::parseOffset(answers.texts.at(0));
+        const auto length = HexParser::parseOffset(answers.texts.at(1));
+        if (!start || !length) return AnswerRefusal{kInvalidRange, start ? 1U : 0U};
+        if (*start < 0 || *length < 0) return AnswerRefusal{negative, *start < 0 ? 0U : 1U};
+        return HexSelection{*start, *length};
+      });
 }
 
 std::optional<std::int64_t> askForPositiveInteger(AlertPresenter& alerts, const std::string& title,
                                                   const std::string& message,
                                                   std::int64_t offered) {
-  const auto answers =
-      runForm(alerts, title, message, {{.label = "Length:", .text = std::to_string(offered)}});
-  if (!answers) return std::nullopt;
-  const auto number = HexParser::parseOffset(answers->at(0));
-  if (number && *number >= 1) return number;
-  alerts.runModal({.messageText = title, .informativeText = "Enter a number of 1 or more."});
-  return std::nullopt;
+  Alert form = formOf(title, message,
+                      {{.label = "Length:",
+                        .text = std::to_string(offered),
+                        .note = noteOn(0, InputNotes::number)}});
+  return askUntilRead<std::int64_t>(
+      alerts, std::move(form),
+      [](const AlertResponse& answers) -> std::variant<std::int64_t, AnswerRefusal> {
+        const auto number = HexParser::parseOffset(answers.texts.at(0));
+        if (number && *number >= 1) return *number;
+        return AnswerRefusal{"Enter a number of 1 or more."};
+      });
 }
 
-std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
-                                      const std::string& message, FormField field) {
-  auto answers = runForm(alerts, title, message, {std::move(field)});
-  if (!answers) return std::nullopt;
-  return std::move(answers->at(0));
+std::optional<std::string> askForText(
+    AlertPresenter& alerts, const std::string& title, const std::string& message, FormField field,
+    const std::function<std::optional<std::string>(const std::string&)>& refusalOf) {
+  return askUntilRead<std::string>(
+      alerts, formOf(title, message, {std::move(field)}),
+      [&refusalOf](const AlertResponse& answers) -> std::variant<std::string, AnswerRefusal> {
+        if (auto refusal = refusalOf(answers.texts.at(0)))
+          return AnswerRefusal{*std::move(refusal)};
+        return answers.texts.at(0);
+      });
 }
 
-std::optional<std::vector<std::uint8_t>> promptBytePattern(AlertPresenter& alerts,
-                                                           const std::string& title,
-                                                           const std::string& message) {
-  const auto response = runResponseForm(alerts, title, message, {kModeField, kBytesField});
-  if (!response) return std::nullopt;
-  return patternOrAlert(alerts, title, *response);
+std::optional<Pattern> promptBytePattern(AlertPresenter& alerts, const std::string& title,
+                                         const std::string& message, PatternInput input) {
+  return askUntilRead<Pattern>(
+      alerts, formOf(title, message, patternFields(input)),
+      [input](const AlertResponse& answers) { return readPattern(input, answers); });
 }
 
 std::optional<PatternAndNumber> promptBytePatternAndNumber(AlertPresenter& alerts,
                                                            const std::string& title,
                                                            const std::string& message,
-                                                           FormField numberField,
-                                                           const std::string& invalidNumber) {
-  const auto response =
-      runResponseForm(alerts, title, message, {kModeField, kBytesField, std::move(numberField)});
-  if (!response) return std::nullopt;
-  auto pattern = patternOrAlert(alerts, title, *response);
-  if (!pattern) return std::nullopt;
-  const auto number = HexParser::parseOffset(response->texts.at(2));
-  if (!number) {
-    alerts.runModal({.messageText = title, .informativeText = invalidNumber});
-    return std::nullopt;
-  }
-  return PatternAndNumber{*std::move(pattern), *number};
+                                                           NumberPrompt number) {
+  auto fields = patternFields(PatternInput::autoHexOrText);
+  fields.push_back(std::move(number.field));
+  fields.back().note = noteOn(kNumberIndex, InputNotes::number);
+  return askUntilRead<PatternAndNumber>(
+      alerts, formOf(title, message, std::move(fields)),
+      [&number](const AlertResponse& answers) -> std::variant<PatternAndNumber, AnswerRefusal> {
+        auto pattern = readPattern(PatternInput::autoHexOrText, answers);
+        if (auto* refusal = std::get_if<AnswerRefusal>(&pattern)) return std::move(*refusal);
+        const auto typed = HexParser::parseOffset(answers.texts.at(kNumberIndex));
+        if (!typed) return AnswerRefusal{number.invalid, kNumberIndex};
+        PatternAndNumber answer{std::get<Pattern>(std::move(pattern)), *typed};
+        if (auto refusal = number.refusalOf(answer))
+          return AnswerRefusal{*std::move(refusal), kNumberIndex};
+        return answer;
+      });
 }
 
 }  // namespace quillmor

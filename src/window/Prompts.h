@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "document/HexSelection.h"
@@ -10,26 +12,69 @@
 
 namespace quillmor {
 
-/// Asks for one offset of 0 or more. Absent when cancelled or, after an alert saying "Enter a valid
-/// offset.", when the answer is none.
+// The forms of the commands. An answer that is refused costs the user no typing: an alert says why,
+// then the form is shown again as it was filled in, until its answer is accepted or the user
+// cancels, which makes every result absent. Under a text field stands how its text will be read.
+
+/// Why an answer is refused, and which field is to be mended.
+struct AnswerRefusal {
+  std::string message;
+  std::size_t field = 0;
+};
+
+/// Alerts `refusal` under the form's title, then fills the form in as it was and puts the focus
+/// into the refused field.
+void refuseAnswer(AlertPresenter& alerts, Alert& form, const AlertResponse& response,
+                  const AnswerRefusal& refusal);
+
+/// Shows `form`, whose first button accepts, until `read` makes a value of what was filled in.
+template <class Value>
+std::optional<Value> askUntilRead(
+    AlertPresenter& alerts, Alert form,
+    const std::function<std::variant<Value, AnswerRefusal>(const AlertResponse&)>& read) {
+  for (;;) {
+    const AlertResponse response = alerts.runModal(form);
+    if (response.button != 0) return std::nullopt;
+    auto answer = read(response);
+    if (auto* value = std::get_if<Value>(&answer)) return std::move(*value);
+    refuseAnswer(alerts, form, response, std::get<AnswerRefusal>(answer));
+  }
+}
+
+/// Asks for one offset of 0 or more; anything else is refused with "Enter a valid offset.".
 std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::string& title,
                                          const std::string& message);
 
-/// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document.
-/// Absent when cancelled or, after an alert saying "Enter a valid start offset and length.", when
-/// an answer is none; of negative answers the alert says `negative`.
+/// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document. What
+/// is no number is refused with "Enter a valid start offset and length.", negative numbers with
+/// `negative`.
 std::optional<HexSelection> askForRange(
     AlertPresenter& alerts, const std::string& title, const std::string& message,
     const std::string& negative = "Enter a valid start offset and length.");
 
-/// Asks for a number of 1 or more, offering `offered`. Absent when cancelled or, after an alert
-/// saying "Enter a number of 1 or more.", when the answer is none.
+/// Asks for a number of 1 or more, offering `offered`; anything else is refused with "Enter a
+/// number of 1 or more.".
 std::optional<std::int64_t> askForPositiveInteger(AlertPresenter& alerts, const std::string& title,
                                                   const std::string& message, std::int64_t offered);
 
-/// Asks for one text in `field`. Absent when cancelled.
-std::optional<std::string> askForText(AlertPresenter& alerts, const std::string& title,
-                                      const std::string& message, FormField field);
+/// Asks for a text in `field`; `refusalOf` says why a text is refused, and is absent for a good
+/// one.
+std::optional<std::string> askForText(
+    AlertPresenter& alerts, const std::string& title, const std::string& message, FormField field,
+    const std::function<std::optional<std::string>(const std::string&)>& refusalOf);
+
+/// How the bytes of a pattern may be typed.
+enum class PatternInput {
+  autoHexOrText,  ///< a pop-up offers Auto, Hex and Text; in Auto one unbroken word is text
+  hexUnlessText,  ///< hexadecimal bytes, one unbroken word too, unless the pop-up is set to Text
+};
+
+/// Asks for a byte pattern of one byte or more; what is none is refused with "Enter a valid byte
+/// pattern.".
+std::optional<std::vector<std::uint8_t>> promptBytePattern(AlertPresenter& alerts,
+                                                           const std::string& title,
+                                                           const std::string& message,
+                                                           PatternInput input);
 
 /// A byte pattern as typed, and a number beside it.
 struct PatternAndNumber {
@@ -37,17 +82,18 @@ struct PatternAndNumber {
   std::int64_t number = 0;
 };
 
-/// Asks for a byte pattern of one byte or more, typed as text or as hexadecimal bytes. Absent when
-/// cancelled or, after an alert saying "Enter a valid byte pattern.", when the answer is none.
-std::optional<std::vector<std::uint8_t>> promptBytePattern(AlertPresenter& alerts,
-                                                           const std::string& title,
-                                                           const std::string& message);
+/// A number beside a byte pattern.
+struct NumberPrompt {
+  FormField field;
+  std::string invalid;  ///< said of what is no number
+  /// Why a pattern and a number are refused; absent for good ones.
+  std::function<std::optional<std::string>(const PatternAndNumber&)> refusalOf;
+};
 
-/// The same with a number, of any sign, in `numberField`; `invalidNumber` is said of what is none.
+/// Asks for a byte pattern, in Auto, Hex or Text, and a number of any sign.
 std::optional<PatternAndNumber> promptBytePatternAndNumber(AlertPresenter& alerts,
                                                            const std::string& title,
                                                            const std::string& message,
-                                                           FormField numberField,
-                                                           const std::string& invalidNumber);
+                                                           NumberPrompt number);
 
 }  // namespace quillmor

@@ -29,6 +29,12 @@ QString withoutCase(QString text) {
   return text;
 }
 
+/// Assistive technology and many programs that text is pasted into take U+0000 for its end.
+QString withoutNull(QString text) {
+  constexpr QChar kSymbolForNull(0x2400);
+  return text.replace(QChar(QChar::Null), kSymbolForNull);
+}
+
 /// The toolkit would take these for the ends of lines or frames, or drop them.
 QString shownText(std::u16string text) {
   constexpr char16_t kReplacement = 0xFFFD;
@@ -56,7 +62,7 @@ ReportText::ReportText(QWidget* parent) : QPlainTextEdit(parent) {
 }
 
 void ReportText::setReport(const QString& report) {
-  report_ = report;
+  report_ = withoutNull(report);
   caseFolded_.clear();
   lines_ = FoldedLines(unitsOf(report_), kLongestLine);
   setPlainText(shownText(lines_.folded(unitsOf(report_))));

@@ -10,8 +10,8 @@
 namespace quillmor {
 
 /// The text of a report: read-only, monospaced, with all places of a searched text marked. Very
-/// long lines are shown broken; what is copied is the report itself. Places count UTF-16 units of
-/// the report.
+/// long lines are shown broken; what is copied is the report itself, but for U+0000, for which its
+/// symbol stands. Places count UTF-16 units of the report.
 class ReportText : public QPlainTextEdit {
  public:
   explicit ReportText(QWidget* parent);

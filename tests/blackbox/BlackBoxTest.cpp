@@ -104,6 +104,15 @@ std::string BlackBoxTest::status() const {
   return "";
 }
 
+std::string BlackBoxTest::notice() const {
+  const auto window = activeWindow();
+  if (!window) return "";
+  for (const Accessible& alert : window->allWithRole("alert")) {
+    if (alert.isVisible()) return alert.name();
+  }
+  return "";
+}
+
 std::string BlackBoxTest::shownRows() const {
   const auto view = hexView();
   return view ? view->text() : "";
@@ -135,22 +144,37 @@ void BlackBoxTest::waitForFocus() {
 }
 
 void BlackBoxTest::clickHexCell(int row, int column) {
-  clickCharacter(row, 10 + column * 3);
+  const ScreenPoint place = placeOf({row, column});
+  desktop_->click(place.x, place.y);
 }
 
 void BlackBoxTest::clickAsciiCell(int row, int column) {
-  clickCharacter(row, 10 + 16 * 3 + 1 + column);
+  const ScreenPoint place = characterPlace(row, 10 + 16 * 3 + 1 + column);
+  desktop_->click(place.x, place.y);
 }
 
-void BlackBoxTest::clickCharacter(int row, int columnInLine) {
+void BlackBoxTest::clickHexCellAndMoveOn(HexCell cell, HexCell next) {
+  desktop_->clickAndMoveOn(placeOf(cell), placeOf(next));
+}
+
+void BlackBoxTest::dragHexCells(HexCell from, HexCell to) {
+  desktop_->drag(placeOf(from), placeOf(to));
+}
+
+ScreenPoint BlackBoxTest::placeOf(HexCell cell) const {
+  return characterPlace(cell.row, 10 + cell.column * 3);
+}
+
+ScreenPoint BlackBoxTest::characterPlace(int row, int columnInLine) const {
   const auto view = hexView();
-  ASSERT_TRUE(view) << outline();
+  EXPECT_TRUE(view) << outline();
+  if (!view) return {};
   const std::string text = view->text();
   std::size_t lineStart = 0;
   for (int i = 0; i < row; ++i) lineStart = text.find('\n', lineStart) + 1;
   const ScreenRect cell = view->characterRect(static_cast<int>(lineStart) + columnInLine);
-  ASSERT_GT(cell.width, 0) << text;
-  desktop_->click(cell.x + cell.width / 2, cell.y + cell.height / 2);
+  EXPECT_GT(cell.width, 0) << text;
+  return {cell.x + cell.width / 2, cell.y + cell.height / 2};
 }
 
 void BlackBoxTest::clickButton(const std::string& title) {
@@ -164,6 +188,11 @@ void BlackBoxTest::clickButton(const std::string& title) {
 void BlackBoxTest::expectStatus(const std::string& expected) {
   EXPECT_TRUE(waitUntil([&] { return status() == expected; }))
       << "expected: " << expected << "\nshown: " << status();
+}
+
+void BlackBoxTest::expectNotice(const std::string& expected) {
+  EXPECT_TRUE(waitUntil([&] { return notice() == expected; })) << "expected: " << expected << "\n"
+                                                               << outline();
 }
 
 void BlackBoxTest::expectTitle(const std::string& title) {

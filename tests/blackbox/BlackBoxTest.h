@@ -21,6 +21,12 @@ struct ShownAlert {
   std::string focusedButton;
 };
 
+/// A byte of the shown rows.
+struct HexCell {
+  int row = 0;
+  int column = 0;
+};
+
 /// Tests of the real program: started on a desktop of its own, driven by keys and clicks, and
 /// judged by what it shows and by what it leaves on the disk.
 class BlackBoxTest : public testing::Test {
@@ -43,12 +49,19 @@ class BlackBoxTest : public testing::Test {
   /// Clicks on a byte of the shown rows.
   void clickHexCell(int row, int column);
   void clickAsciiCell(int row, int column);
+  /// Clicks on a byte in the hex column, and has the pointer on another byte before the program
+  /// hears of it.
+  void clickHexCellAndMoveOn(HexCell cell, HexCell next);
+  /// Drags from one byte in the hex column to another as fast.
+  void dragHexCells(HexCell from, HexCell to);
 
   /// Clicks on a button of the active window.
   void clickButton(const std::string& title);
 
   /// Waits for the status line of the active editor window.
   void expectStatus(const std::string& status);
+  /// Waits for the notice in the status area of the active editor window; "" for none.
+  void expectNotice(const std::string& notice);
   /// Waits for the title of the active window; "*" is the mark of unsaved changes.
   void expectTitle(const std::string& title);
   /// Waits for the titles of all windows, in any order.
@@ -80,8 +93,10 @@ class BlackBoxTest : public testing::Test {
   std::optional<Accessible> dialog() const;
   std::optional<Accessible> hexView() const;
   std::string status() const;
+  std::string notice() const;
   void waitForFocus();
-  void clickCharacter(int row, int columnInLine);
+  ScreenPoint characterPlace(int row, int columnInLine) const;
+  ScreenPoint placeOf(HexCell cell) const;
   std::string outline() const;
 
   std::unique_ptr<Desktop> desktop_;

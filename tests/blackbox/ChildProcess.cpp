@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -108,7 +109,10 @@ ChildProcess::~ChildProcess() {
 std::optional<int> ChildProcess::exitStatus() {
   if (exitStatus_) return exitStatus_;
   int status = 0;
-  if (::waitpid(id_, &status, WNOHANG) != id_) return std::nullopt;
+  rusage used{};
+  if (::wait4(id_, &status, WNOHANG, &used) != id_) return std::nullopt;
+  constexpr std::int64_t kUnit = 1024;
+  peakMemory_ = used.ru_maxrss * kUnit;
   exitStatus_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   return exitStatus_;
 }

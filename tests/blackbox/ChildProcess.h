@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -35,6 +36,9 @@ class ChildProcess {
   /// Waits for the end, but not forever: none when it is still running then.
   std::optional<int> waitForExit();
 
+  /// The most bytes that lay in memory at a time; known once it has ended.
+  std::int64_t peakMemory() const { return peakMemory_; }
+
   /// Everything printed so far.
   std::string output() const;
   std::string errors() const;
@@ -44,6 +48,7 @@ class ChildProcess {
   int outputFile_ = -1;
   int errorFile_ = -1;
   std::optional<int> exitStatus_;
+  std::int64_t peakMemory_ = 0;
 };
 
 }  // namespace quillmor::test

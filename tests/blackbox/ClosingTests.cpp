@@ -104,7 +104,7 @@ TEST_F(ChangedDocumentTest, aFileReplacedByAnotherProgramIsAskedAboutToo) {
 class FullDiskTest : public BlackBoxTest {
  protected:
   /// With the document open and no room for one more byte.
-  void insertOneByteAndFailToSaveIt() {
+  void insertOneByteAndFailToSaveIt(const std::string& reason) {
     expectStatus(Status{.size = 4096});
     press({"ctrl+i"});
     type("7a");
@@ -117,6 +117,7 @@ class FullDiskTest : public BlackBoxTest {
     expectNoAlert();
     expectTitle("data.bin*");
     expectStatus(Status{.size = 4097, .offset = 1, .mode = "Insert"});
+    expectNotice("Could not write the document data. (" + reason + ")");
     EXPECT_TRUE(isRunning());
   }
 
@@ -133,7 +134,7 @@ class FullDiskTest : public BlackBoxTest {
 TEST_F(FullDiskTest, aFileThatMayNotGrowFailsToSaveUntilTheDocumentFits) {
   const FileLocation file = folder.write("data.bin", content);
   startThrough({"prlimit", "--fsize=4096"}, {file.path()});
-  insertOneByteAndFailToSaveIt();
+  insertOneByteAndFailToSaveIt("File too large");
   press({"Delete"});
   expectStatus(Status{.size = 4096, .offset = 1, .mode = "Insert"});
   saveAndQuit();
@@ -149,7 +150,7 @@ TEST_F(FullDiskTest, aFullFileSystemFailsToSaveUntilThereIsRoomAgain) {
   const FileLocation file = folder.write("disk/data.bin", content);
   start({file.path()});
   folder.write("disk/filler", std::string(1 << 17, 'f'));
-  insertOneByteAndFailToSaveIt();
+  insertOneByteAndFailToSaveIt("No space left on device");
   std::filesystem::remove(disk / "filler");
   saveAndQuit();
   EXPECT_EQ(TemporaryFolder::read(file), "z" + content);

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "blackbox/BlackBoxTest.h"
 
 namespace quillmor::test {
@@ -65,6 +67,41 @@ TEST_F(CommandLineTest, aPictureThatCannotBeWrittenIsReported) {
       runWithoutDisplay({"--screenshot", folder.path() / "none" / "p.png", file.path()});
   EXPECT_EQ(run->exitStatus(), 2);
   EXPECT_THAT(run->errors(), StartsWith("quillmor: "));
+}
+
+TEST_F(CommandLineTest, aPictureLeavesTheUsersSettingsAlone) {
+  const auto file = folder.write("data.bin", "ABCD");
+  const auto settingsIn = [this] {
+    std::vector<std::string> found;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(desktop().home().path())) {
+      const std::string path = entry.path().native();
+      if (path.find("tenvale") != std::string::npos) found.push_back(path);
+    }
+    return found;
+  };
+  const auto run = runWithoutDisplay({"--screenshot", picturePath(), file.path()});
+  ASSERT_EQ(run->exitStatus(), 0) << run->errors();
+  EXPECT_THAT(settingsIn(), IsEmpty());
+  const std::string usual = folder.read("picture.png");
+
+  std::filesystem::create_directories(desktop().home().path() / "tenvale");
+  const std::string settings =
+      "[General]\ncom.tenvale.Quillmor.bytesPerRow=32\n"
+      "com.tenvale.Quillmor.insertMode=true\n";
+  desktop().home().write("tenvale/Quillmor.conf", settings);
+  const auto again = runWithoutDisplay({"--screenshot", picturePath(), file.path()});
+  ASSERT_EQ(again->exitStatus(), 0) << again->errors();
+  EXPECT_EQ(desktop().home().read("tenvale/Quillmor.conf"), settings);
+  EXPECT_TRUE(folder.read("picture.png") == usual);
+}
+
+TEST_F(CommandLineTest, aPictureNeverTakesTheFilesPlace) {
+  const auto file = folder.write("data.bin", "ABCD");
+  const auto run = runWithoutDisplay({"--screenshot", file.path(), file.path()});
+  EXPECT_EQ(run->exitStatus(), 2);
+  EXPECT_THAT(run->errors(), HasSubstr("would overwrite an open document or another input file."));
+  EXPECT_EQ(folder.read("data.bin"), "ABCD");
 }
 
 TEST_F(CommandLineTest, wrongUsageIsReported) {

@@ -136,6 +136,22 @@ void Desktop::click(int x, int y) const {
   xdotool({"mousemove", "--sync", std::to_string(x), std::to_string(y), "click", "1"});
 }
 
+void Desktop::clickAndMoveOn(ScreenPoint place, ScreenPoint next) const {
+  xdotool({"mousemove", "--sync", std::to_string(place.x), std::to_string(place.y)});
+  const FakePointer pointer(environment_.at("DISPLAY"));
+  pointer.press(true);
+  pointer.press(false);
+  pointer.move(next);
+}
+
+void Desktop::drag(ScreenPoint from, ScreenPoint to) const {
+  xdotool({"mousemove", "--sync", std::to_string(from.x), std::to_string(from.y)});
+  const FakePointer pointer(environment_.at("DISPLAY"));
+  pointer.press(true);
+  pointer.move(to);
+  pointer.press(false);
+}
+
 std::string Desktop::activeWindowTitle() const {
   ChildProcess process({"xdotool", "getactivewindow", "getwindowname"}, environment_);
   if (process.waitForExit().value_or(kCommandFailed) != 0) return "";

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "blackbox/ChildProcess.h"
+#include "blackbox/FakePointer.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillmor::test {
@@ -31,6 +32,11 @@ class Desktop {
   void type(const std::string& text) const;
   /// Clicks with the left button at a place on the screen.
   void click(int x, int y) const;
+  /// Clicks at a place and moves on at once: the pointer is elsewhere before anybody has dealt with
+  /// the click.
+  void clickAndMoveOn(ScreenPoint place, ScreenPoint next) const;
+  /// Presses the button at one place and releases it at another, as fast.
+  void drag(ScreenPoint from, ScreenPoint to) const;
   /// The title of the window that gets the keys; empty when there is none.
   std::string activeWindowTitle() const;
 

@@ -111,6 +111,32 @@ TEST_F(EditingTest, deletingSelectingAndTypingOverASelectionWorkWithTheKeys) {
   expectQuitBy({"ctrl+q"});
 }
 
+TEST_F(EditingTest, aClickSelectsNothingThoughThePointerHasMovedOn) {
+  open();
+  for (int i = 0; i < 5; ++i) {
+    clickHexCellAndMoveOn({1, 2}, {3, 5});
+    expectStatus(Status{.size = 64, .offset = 18});
+    clickHexCellAndMoveOn({0, 1}, {2, 7});
+    expectStatus(Status{.size = 64, .offset = 1});
+  }
+  type("7a");
+  expectStatus(Status{.size = 64, .offset = 2});
+  press({"ctrl+z"});
+  save(kContent);
+  expectQuitBy({"ctrl+q"});
+}
+
+TEST_F(EditingTest, aDragSelectsHoweverFastItIs) {
+  open();
+  for (int i = 0; i < 5; ++i) {
+    dragHexCells({1, 2}, {1, 5});
+    expectStatus(Status{.size = 64, .offset = 21, .selection = 4});
+    clickHexCell(0, 1);
+    expectStatus(Status{.size = 64, .offset = 1});
+  }
+  expectQuitBy({"ctrl+q"});
+}
+
 TEST_F(EditingTest, aTypedOffsetMovesTheCaret) {
   open();
   press({"ctrl+l"});
@@ -149,6 +175,9 @@ TEST_F(EditingTest, anOffsetThatIsNoneMovesNothing) {
     const ShownAlert alert = expectAlert("Enter a valid offset.");
     EXPECT_THAT(alert.texts, testing::Contains("Go to Offset"));
     press({"Return"});
+    // Asks again.
+    expectAlert("Enter decimal, 0xHEX, HEX, or HEXh offset.");
+    press({"Escape"});
     expectNoAlert();
     expectStatus(Status{.size = 64, .offset = 16});
   }

@@ -28,18 +28,19 @@ class OpeningTest : public BlackBoxTest {
   }
 
   /// Opening `path` is answered by an alert, after which the program goes on.
-  void expectRefusal(const std::string& path, const std::string& message) {
-    start({path});
-    expectRefusalShown(message);
+  void expectRefusal(const FileLocation& file, const std::string& message) {
+    start({file.path()});
+    expectRefusalShown(file, message);
   }
 
-  void expectRefusalShown(const std::string& message) {
+  void expectRefusalShown(const FileLocation& file, const std::string& message) {
     const ShownAlert alert = expectAlert(message);
     EXPECT_THAT(alert.texts, testing::Contains("Open Failed"));
     EXPECT_THAT(alert.buttons, testing::ElementsAre("OK"));
     press({"Return"});
     expectNoAlert();
     expectStatus(Status{});
+    expectNotice("Could not open " + file.lastPathComponent() + ": " + message);
     expectQuitBy({"ctrl+q"});
   }
 };
@@ -88,17 +89,19 @@ TEST_F(OpeningTest, aNameWithADashOpensBehindTwoDashes) {
 }
 
 TEST_F(OpeningTest, aFolderIsRefused) {
-  expectRefusal(folder.path().native(), "Directories cannot be opened as binary files.");
+  expectRefusal(FileLocation::fromPath(folder.path().native()),
+                "Directories cannot be opened as binary files.");
 }
 
 TEST_F(OpeningTest, aPipeIsRefusedWithoutWaitingForAWriter) {
   const auto pipe = folder.location("pipe");
   ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
-  expectRefusal(pipe.path(), "Only regular files can be opened as binary documents.");
+  expectRefusal(pipe, "Only regular files can be opened as binary documents.");
 }
 
 TEST_F(OpeningTest, aDeviceIsRefused) {
-  expectRefusal("/dev/zero", "Only regular files can be opened as binary documents.");
+  expectRefusal(FileLocation::fromPath("/dev/zero"),
+                "Only regular files can be opened as binary documents.");
 }
 
 TEST_F(OpeningTest, aSocketIsRefused) {
@@ -108,12 +111,12 @@ TEST_F(OpeningTest, aSocketIsRefused) {
   location.path().copy(address.sun_path, sizeof address.sun_path - 1);
   const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
   ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  expectRefusal(location.path(), "Only regular files can be opened as binary documents.");
+  expectRefusal(location, "Only regular files can be opened as binary documents.");
   ::close(socket);
 }
 
 TEST_F(OpeningTest, aMissingFileIsReported) {
-  expectRefusal(folder.location("missing").path(), "No such file or directory");
+  expectRefusal(folder.location("missing"), "No such file or directory");
 }
 
 TEST_F(OpeningTest, anUnreadableFileIsRefused) {
@@ -123,7 +126,7 @@ TEST_F(OpeningTest, anUnreadableFileIsRefused) {
   std::vector<std::string> asOwner;
   if (::geteuid() == 0) asOwner = {"setpriv", "--bounding-set=-all"};
   startThrough(asOwner, {file.path()});
-  expectRefusalShown("The selected file is not readable.");
+  expectRefusalShown(file, "The selected file is not readable.");
 }
 
 }  // namespace

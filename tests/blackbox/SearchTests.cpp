@@ -28,8 +28,11 @@ TEST_F(SearchTest, thePanelFindsAndTheKeysRepeat) {
   expectStatus(Status{.size = 19, .offset = 8, .selection = 3});
   press({"ctrl+g"});
   expectStatus(Status{.size = 19, .offset = 16, .selection = 3});
+  press({"ctrl+g"});
+  expectNotice("No match found.");
   press({"ctrl+shift+g"});
   expectStatus(Status{.size = 19, .offset = 8, .selection = 3});
+  expectNotice("");
 
   // The panel comes back as it was left; its text is selected, so that typing replaces it.
   press({"ctrl+f"});

@@ -74,9 +74,8 @@ TEST_F(ApplicationTest, goesToAnOffsetFromTheToolbar) {
                          {"0x3"});
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
-  platform.alerts.expect("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.", "OK",
-                         {"zzz"});
-  platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+  platform.alerts.expectRefusedAnswer("Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.",
+                                      "OK", {"zzz"}, "Enter a valid offset.");
   button(window, "Go To")->click();
   EXPECT_EQ(window.controller().editor().caretOffset(), 3);
 }
@@ -226,6 +225,12 @@ TEST_F(ApplicationTest, doublesAnAsteriskPlaceholderInAFileName) {
   delegate.openFiles({folder.write("a[*]b.bin", "x")}, [](bool) {});
   platform.executor.runAll();
   EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "a[*][*]b.bin[*]");
+}
+
+TEST_F(ApplicationTest, showsAFileNameVisiblyInTheTitle) {
+  delegate.openFiles({folder.write("c\nd\xE2\x80\xAE\xFF.bin", "x")}, [](bool) {});
+  platform.executor.runAll();
+  EXPECT_EQ(windows.editorWindows().back()->windowTitle(), "c\\x0Ad\\u{202E}\\xFF.bin[*]");
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 
 #include <filesystem>
 
+#include "support/TemporaryFolder.h"
+
 namespace quillmor::test {
 namespace {
 
@@ -89,13 +91,30 @@ TEST(CommandLine, asksForAPictureWithASelection) {
   const CommandLine line =
       parseCommandLine({"--screenshot", "[o,u]t.png", "[a,b]", "--select", "0x10,16"});
   EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
-  EXPECT_EQ(line.screenshotPath, "[o,u]t.png");
+  EXPECT_EQ(line.picture, FileLocation::fromPath("[o,u]t.png"));
   EXPECT_THAT(namesOf(line), ElementsAre("[a,b]"));
   EXPECT_EQ(line.selection, (HexSelection{16, 16}));
 }
 
 TEST(CommandLine, keepsTheBytesOfAPicturesPath) {
-  EXPECT_EQ(parseCommandLine({"--screenshot", "[\xFF]", "a"}).screenshotPath, "[\xFF]");
+  EXPECT_EQ(parseCommandLine({"--screenshot", "/tmp/[\xFF]", "a"}).picture->path(), "/tmp/[\xFF]");
+}
+
+TEST(CommandLine, takesARelativePathNowhereWhenTheCurrentFolderIsGone) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  {
+    const TemporaryFolder folder;
+    std::filesystem::current_path(folder.path());
+  }
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"a.bin"},
+                                                    {"/tmp/a.bin", "tmp/b.bin"},
+                                                    {"--screenshot", "out.png", "/tmp/a.bin"}}) {
+    const CommandLine line = parseCommandLine(arguments);
+    EXPECT_EQ(line.exitStatus, 2);
+    EXPECT_EQ(line.message, "quillmor: No such file or directory\n");
+  }
+  EXPECT_EQ(parseCommandLine({"/tmp/a.bin"}).exitStatus, std::nullopt);
+  std::filesystem::current_path(before);
 }
 
 TEST(CommandLine, refusesAPictureWithoutAName) {

@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <functional>
@@ -50,10 +51,20 @@ class EditingDialogFixture : public RealApplication {
     });
   }
 
+  /// Whether a label of the form shows `text`.
+  static bool isShown(const QDialog& form, const QString& text) {
+    for (const auto* label : form.findChildren<QLabel*>()) {
+      if (label->isVisible() && label->text() == text) return true;
+    }
+    return false;
+  }
+
   /// Takes the next message, which says `text`, with Return.
-  static void expectNextMessage(const QString& text) {
-    testing_support::onNextModal<QMessageBox>([text](QMessageBox& box) {
+  static void expectNextMessage(
+      const QString& text, const std::function<void()>& beforeClosing = [] {}) {
+    testing_support::onNextModal<QMessageBox>([text, beforeClosing](QMessageBox& box) {
       EXPECT_EQ(box.informativeText(), text);
+      beforeClosing();
       QTest::keyClick(&box, Qt::Key_Return);
     });
   }

@@ -36,11 +36,85 @@ TEST_F(EditingDialogs, combineTheSelectionWithATypedPattern) {
   EditorWindow& window = open("abcd");
   window.controller().editor().setSelection({0, 4});
   answerNext([](QDialog& form) {
-    popUp(form, "Mode:").setCurrentText("Hex");
+    EXPECT_EQ(popUp(form, "Mode:").currentText(), "Hex");
     fill(form, "Bytes:", "20");
   });
   delegate.perform("forwardXorSelection:");
   EXPECT_EQ(text(window), "ABCD");
+}
+
+TEST_F(EditingDialogs, beginWithTheFocusInTheTextField) {
+  open("abcd").controller().editor().setSelection({0, 4});
+  answerNext([](QDialog& form) {
+    ASSERT_TRUE(form.focusWidget());
+    EXPECT_EQ(form.focusWidget()->accessibleName(), "Bytes:");
+    QTest::keyClicks(form.focusWidget(), "0x2E");
+  });
+  delegate.perform("forwardFillSelection:");
+  answerNext([](QDialog& form) {
+    // The text that is offered is selected, so typing replaces it.
+    QTest::keyClicks(form.focusWidget(), "01111010");
+  });
+  delegate.perform("forwardBitEditor:");
+  EXPECT_EQ(text(*windows.editorWindows().back()), "z...");
+}
+
+TEST_F(EditingDialogs, showHowThePatternWillBeReadWhileItIsTyped) {
+  open("abcd").controller().editor().setSelection({0, 4});
+  onNextModal<QDialog>([](QDialog& form) {
+    const auto expectNote = [&form](const QString& note) {
+      EXPECT_EQ(field(form, "Bytes:").accessibleDescription(), note);
+      EXPECT_TRUE(note.isEmpty() || isShown(form, note)) << note.toStdString();
+    };
+    expectNote("");
+    fill(form, "Bytes:", "F");
+    expectNote("text, 1 byte: 46");
+    QTest::keyClicks(&field(form, "Bytes:"), "F");
+    expectNote("text, 2 bytes: 46 46");
+    popUp(form, "Mode:").setCurrentText("Hex");
+    expectNote("1 byte: FF");
+    QTest::keyClicks(&field(form, "Bytes:"), " 0G");
+    expectNote("not hexadecimal bytes");
+    popUp(form, "Mode:").setCurrentText("Text");
+    expectNote("text, 5 bytes: 46 46 20 30 47");
+    field(form, "Bytes:").setText(QString("0").repeated(32));
+    popUp(form, "Mode:").setCurrentText("Hex");
+    expectNote("16 bytes: 00 00 00 00 00 00 00 00 …");
+    QTest::keyClick(&form, Qt::Key_Escape);
+  });
+  delegate.perform("forwardFillSelection:");
+}
+
+TEST_F(EditingDialogs, showHowAnOffsetWillBeRead) {
+  open("abcd");
+  onNextModal<QDialog>([](QDialog& form) {
+    QTest::keyClicks(form.focusWidget(), "1000h");
+    EXPECT_TRUE(isShown(form, "0x00001000 (4096)"));
+    QTest::keyClicks(form.focusWidget(), "x");
+    EXPECT_TRUE(isShown(form, "not an offset"));
+    QTest::keyClick(&form, Qt::Key_Escape);
+  });
+  delegate.perform("forwardGoToOffset:");
+}
+
+TEST_F(EditingDialogs, letARefusedAnswerBeMended) {
+  EditorWindow& window = open(std::string(64, 'x'));
+  onNextModal<QDialog>([](QDialog& form) {
+    QTest::keyClicks(form.focusWidget(), "2G");
+    onNextModal<QMessageBox>([](QMessageBox& box) {
+      onNextModal<QDialog>([](QDialog& again) {
+        EXPECT_EQ(field(again, "Offset:").text(), "2G");
+        QTest::keyClick(again.focusWidget(), Qt::Key_End);
+        QTest::keyClick(again.focusWidget(), Qt::Key_Backspace);
+        QTest::keyClicks(again.focusWidget(), "A");
+        QTest::keyClick(&again, Qt::Key_Return);
+      });
+      QTest::keyClick(&box, Qt::Key_Return);
+    });
+    QTest::keyClick(&form, Qt::Key_Return);
+  });
+  delegate.perform("forwardGoToOffset:");
+  EXPECT_EQ(window.controller().editor().caretOffset(), 0x2A);
 }
 
 TEST_F(EditingDialogs, sayInWordsThatAPatternIsNone) {
@@ -49,7 +123,9 @@ TEST_F(EditingDialogs, sayInWordsThatAPatternIsNone) {
   onNextModal<QDialog>([](QDialog& form) {
     popUp(form, "Mode:").setCurrentText("Hex");
     fill(form, "Bytes:", "xyz");
-    expectNextMessage("Enter a valid byte pattern.");
+    expectNextMessage("Enter a valid byte pattern.", [] {
+      onNextModal<QDialog>([](QDialog& again) { QTest::keyClick(&again, Qt::Key_Escape); });
+    });
     QTest::keyClick(&form, Qt::Key_Return);
   });
   delegate.perform("forwardAndSelection:");

@@ -13,27 +13,49 @@ namespace {
 class EditingRefusals : public EditingDialogFixture {
  protected:
   /// Takes the next message, of a command called `title`, by its one button.
-  void expectMessage(const QString& title, const QString& text) {
+  void expectMessage(
+      const QString& title, const QString& text,
+      const std::function<void()>& beforeClosing = [] {}) {
     ++messagesExpected_;
-    testing_support::onNextModal<QMessageBox>([this, title, text](QMessageBox& box) {
+    testing_support::onNextModal<QMessageBox>([this, title, text, beforeClosing](QMessageBox& box) {
       ++messagesSeen_;
       EXPECT_EQ(box.text(), title);
       EXPECT_EQ(box.informativeText(), text);
       ASSERT_EQ(box.buttons().size(), 1);
       QAbstractButton* const button = box.buttons().front();
       EXPECT_EQ(button->text().remove('&'), "OK");
+      beforeClosing();
       QTest::mouseClick(button, Qt::LeftButton);
     });
   }
 
-  /// Fills in the next form, after which the command says `text`.
+  /// Fills in the next form, after which the command says `text` and shows the form again as it was
+  /// filled in, with the focus in the refused field; cancels it.
   void answerNextAndExpectMessage(const QString& title, const QString& text,
-                                  std::function<void(QDialog&)> answer) {
+                                  const std::function<void(QDialog&)>& answer) {
     testing_support::onNextModal<QDialog>([this, title, text, answer](QDialog& form) {
       answer(form);
-      expectMessage(title, text);
+      const QStringList typed = contents(form);
+      const QString refusedField = form.focusWidget()->accessibleName();
+      const auto expectFormAgain = [typed, refusedField] {
+        testing_support::onNextModal<QDialog>([typed, refusedField](QDialog& again) {
+          EXPECT_EQ(contents(again), typed);
+          EXPECT_EQ(again.focusWidget()->accessibleName(), refusedField);
+          EXPECT_EQ(field(again, refusedField).selectedText(), field(again, refusedField).text());
+          QTest::keyClick(&again, Qt::Key_Escape);
+        });
+      };
+      expectMessage(title, text, expectFormAgain);
       QTest::keyClick(&form, Qt::Key_Return);
     });
+  }
+
+  /// What the fields and pop-ups of the form hold.
+  static QStringList contents(const QDialog& form) {
+    QStringList texts;
+    for (const auto* edit : form.findChildren<QLineEdit*>()) texts << edit->text();
+    for (const auto* box : form.findChildren<QComboBox*>()) texts << box->currentText();
+    return texts;
   }
 
   /// Performs `action` and all it starts, and expects that every message came and nothing changed.

@@ -275,7 +275,7 @@ TEST_F(FindReplacePanelActionTest, actionsWithoutAnOwnerDoNothing) {
   QWidget window;
   for (const PanelKind kind : {PanelKind::find, PanelKind::replace}) {
     Panel panel(
-        kind, {}, {platform.beeper, histories}, [&] { becameKey = true; }, &window);
+        kind, {}, {histories}, [&] { becameKey = true; }, &window);
     panel.handlePrimaryAction();
     panel.handleSecondaryAction();
     panel.apply({.searchText = "a"});

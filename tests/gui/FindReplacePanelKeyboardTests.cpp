@@ -236,6 +236,34 @@ TEST_F(FindReplacePanelKeyboardTest, undoInTheSearchFieldUndoesTypingAndNoEdit) 
   EXPECT_EQ(searchField(panel).currentText(), "abc");
 }
 
+TEST_F(FindReplacePanelKeyboardTest, aClickedFieldTakesTheKeysAlsoWhenNoWindowManagerSeesToIt) {
+  EditorWindow& window = open("hello");
+  Panel& panel = openPanel(window, PanelKind::replace);
+  replaceField(panel).setEditText("text");
+  makeKey(window);
+  QTest::mouseClick(replaceField(panel).lineEdit(), Qt::LeftButton);
+  EXPECT_TRUE(
+      QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == panel.windowHandle(); }));
+  press(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(replaceField(panel).lineEdit()->selectedText(), "text");
+  EXPECT_EQ(window.controller().editor().selection(), HexSelection());
+  QTest::mouseClick(window.editorView().viewport(), Qt::LeftButton);
+  EXPECT_TRUE(
+      QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == window.windowHandle(); }));
+  press(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(window.controller().editor().selection(), (HexSelection{0, 5}));
+}
+
+TEST_F(FindReplacePanelKeyboardTest, deletingWithoutASelectionDeletesNothingInTheSearchField) {
+  Panel& panel = openFind();
+  type("abc def");
+  press(Qt::Key_Backspace, Qt::ControlModifier);
+  EXPECT_EQ(searchField(panel).currentText(), "abc def");
+  press(Qt::Key_A, Qt::ControlModifier);
+  press(Qt::Key_Backspace, Qt::ControlModifier);
+  EXPECT_EQ(searchField(panel).currentText(), "");
+}
+
 TEST_F(FindReplacePanelKeyboardTest, menuCommandsOnTextGoToTheSearchField) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");

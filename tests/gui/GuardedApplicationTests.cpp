@@ -10,6 +10,8 @@
 #include <functional>
 #include <new>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "base/Error.h"
 #include "support/TestPlatform.h"
@@ -56,6 +58,18 @@ TEST_F(GuardedApplicationTest, anErrorOfAnEventIsShownAndTheNextEventArrives) {
   bool wasCalled = false;
   sendEventWith([&] { wasCalled = true; });
   EXPECT_TRUE(wasCalled);
+}
+
+TEST_F(GuardedApplicationTest, itsObserverHearsOfAFailureBeforeTheAlert) {
+  std::vector<std::string> heard;
+  application().setFailureObserver(
+      [&](const Error& failure) { heard.push_back(failure.messageWithReason()); });
+  platform.alerts.expect("Operation Failed", "It could not be written.");
+  platform.alerts.duringNext([&] { heard.emplace_back("alert"); });
+  sendEventWith([] { throw Error::posix(ENOSPC, "It could not be written."); });
+  application().setFailureObserver(nullptr);
+  EXPECT_EQ(heard, (std::vector<std::string>{"It could not be written. (No space left on device)",
+                                             "alert"}));
 }
 
 TEST_F(GuardedApplicationTest, runningOutOfMemoryIsShownInTheSystemsWords) {

@@ -386,6 +386,63 @@ TEST_F(HexEditorViewTest, theCaretIsScrolledIntoView) {
   EXPECT_EQ(view.scrollPosition(), before) << "no more than needed";
 }
 
+TEST_F(HexEditorViewTest, aPlaceGoneToIsShownWithTheRowsAroundIt) {
+  setCountingBytes(16 * 400);
+  const double rowHeight = geometry().rowHeight();
+  const auto rowsAbove = [&] {
+    return (geometry().rowTop(state.caretOffset() / 16) - view.scrollPosition().y) / rowHeight;
+  };
+  const auto rowsBelow = [&] { return view.viewport()->height() / rowHeight - rowsAbove() - 1; };
+  state.goTo(16 * 200);
+  EXPECT_GE(rowsBelow(), 2.5);
+  state.goTo(16 * 100);
+  EXPECT_GE(rowsAbove(), 2.5);
+  state.goTo(16 * 399);
+  EXPECT_GE(rowsAbove(), 2.5);
+  EXPECT_GE(rowsBelow(), 0);
+  state.goTo(16 * 2 + 5);
+  EXPECT_EQ(view.scrollPosition().y, 0);
+  window.resize(window.width(), static_cast<int>(other.height() + 4 * rowHeight));
+  QApplication::processEvents();
+  state.goTo(16 * 200);
+  EXPECT_GE(rowsAbove(), 0) << "a low viewport";
+  EXPECT_GE(rowsBelow(), 0);
+}
+
+TEST_F(HexEditorViewTest, goingToTheStartShowsTheHeader) {
+  setCountingBytes(16 * 400);
+  view.scrollTo({0, 1e9});
+  state.goTo(0);
+  EXPECT_EQ(view.scrollPosition().y, 0);
+}
+
+TEST_F(HexEditorViewTest, otherRowLengthsKeepTheRowOfTheCaretInItsPlace) {
+  setCountingBytes(16 * 400);
+  state.setCaretOffset(16 * 200 + 5);
+  view.scrollTo({0, geometry().rowTop(195) + 3});
+  const auto caretY = [&] { return view.viewportRect(state.caretDrawingRect()).y(); };
+  const double before = caretY();
+  for (const int bytesPerRow : {8, 16, 32, 8, 16}) {
+    state.setBytesPerRow(bytesPerRow);
+    EXPECT_EQ(caretY(), before) << bytesPerRow;
+  }
+}
+
+TEST_F(HexEditorViewTest, otherRowLengthsKeepTheFirstRowWhereTheCaretCannotBeSeen) {
+  setCountingBytes(16 * 400);
+  view.scrollTo({0, geometry().rowTop(200) + 3});
+  const auto firstOffset = [&] {
+    return static_cast<std::int64_t>(view.scrollPosition().y / geometry().rowHeight() - 1) *
+           state.bytesPerRow();
+  };
+  ASSERT_EQ(firstOffset(), 16 * 200);
+  for (const int bytesPerRow : {8, 32, 16}) {
+    state.setBytesPerRow(bytesPerRow);
+    EXPECT_EQ(firstOffset(), 16 * 200) << bytesPerRow;
+  }
+  EXPECT_EQ(state.caretOffset(), 0);
+}
+
 TEST_F(HexEditorViewTest, aCaretSetWhileHiddenIsVisibleOnceShown) {
   setCountingBytes(16 * 400);
   window.hide();

@@ -15,6 +15,7 @@
 #include "platform_qt/QtLocations.h"
 #include "platform_qt/QtPasteboard.h"
 #include "platform_qt/QtPlatform.h"
+#include "platform_qt/QtUserDefaults.h"
 #include "platform_qt/QtWorkspace.h"
 #include "support/MemoryProbes.h"
 
@@ -336,7 +337,7 @@ TEST(QtLocations, showsUndecodableBytesAsReplacementCharacters) {
 }
 
 TEST(QtPlatform, handsOutServicesThatWork) {
-  QtPlatform platform;
+  QtPlatform platform(std::make_unique<QtUserDefaults>());
   const PlatformServices services = platform.services();
   services.pasteboard.setText("services");
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "services");

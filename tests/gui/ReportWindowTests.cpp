@@ -243,6 +243,26 @@ TEST_F(ReportWindowTest, whatTheToolkitTakesForLineEndsKeepsItsPlace) {
   EXPECT_EQ(clipboardText().toStdString(), text);
 }
 
+TEST_F(ReportWindowTest, aNullCharacterEndsTheReportForNobody) {
+  const std::string text("missing the PE\0\0 signature\nnext", 31);
+  const std::string shown = "missing the PE\xE2\x90\x80\xE2\x90\x80 signature\nnext";
+  ReportWindow& report = show(text);
+  auto* const accessible = QAccessible::queryAccessibleInterface(&report.text());
+  ASSERT_NE(accessible, nullptr);
+  auto* const spoken = accessible->textInterface();
+  EXPECT_EQ(spoken->text(0, spoken->characterCount()).toStdString(), shown);
+  report.text().selectAll();
+  report.text().copy();
+  EXPECT_EQ(clipboardText().toStdString(), shown);
+  type(report, "signature");
+  EXPECT_EQ(selected(report), "signature");
+  platform.filePanels.saveAnswers = {folder.location("saved.txt")};
+  button(report, "Save As…")->click();
+  platform.alerts.expect("Save Report", "Saved: " + folder.location("saved.txt").path());
+  platform.executor.runAll();
+  EXPECT_EQ(folder.read("saved.txt"), text);
+}
+
 TEST_F(ReportWindowTest, marksAllVisibleMatches) {
   ReportWindow& report = show("abc abc\nxyz\nABC");
   const QRect all(QPoint(), report.text().viewport()->size());

@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPointer>
 
 #include "gui/RealApplication.h"
 
@@ -49,6 +50,99 @@ TEST_F(WindowMenusTest, aToolbarButtonActsOnItsOwnWindowThoughAnotherIsActive) {
   EXPECT_FALSE(second.controller().editor().insertMode());
   QTest::keyClick(&second, Qt::Key_I, Qt::ControlModifier);
   EXPECT_TRUE(second.controller().editor().insertMode());
+}
+
+TEST_F(WindowMenusTest, aMenuItemActsOnItsOwnWindowThoughAnotherIsActive) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  QTest::keyClicks(&second.editorView(), "4a");
+  makeActive(second);
+  const auto item = [](EditorWindow& window, const char* action) {
+    WindowMenus& menus = *ApplicationWindows::menusOf(window);
+    menus.revalidate();
+    return menus.find(action);
+  };
+  item(first, "forwardToggleInsertMode:")->trigger();
+  EXPECT_TRUE(first.controller().editor().insertMode());
+  EXPECT_FALSE(second.controller().editor().insertMode());
+  makeActive(second);
+  EXPECT_FALSE(item(first, "forwardUndo:")->isEnabled());
+  EXPECT_TRUE(item(second, "forwardUndo:")->isEnabled());
+  item(first, "forwardSelectAll:")->trigger();
+  EXPECT_EQ(first.controller().editor().selection(), (HexSelection{0, 5}));
+  EXPECT_EQ(second.controller().editor().selection(), HexSelection());
+  const QPointer<EditorWindow> closed(&first);
+  makeActive(second);
+  item(first, "performClose:")->trigger();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return closed.isNull(); }));
+  EXPECT_TRUE(second.isVisible());
+}
+
+TEST_F(WindowMenusTest, openingFromTheMenuOfAWindowReplacesThatWindowsDocument) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  makeActive(second);
+  platform.filePanels.openAnswers.push_back({folder.write("third.bin", "third")});
+  platform.filePanels.duringNext = [&] { makeActive(second); };
+  ApplicationWindows::menusOf(first)->find("forwardOpenDocument:")->trigger();
+  platform.executor.runAll();
+  EXPECT_EQ(text(first), "third");
+  EXPECT_EQ(text(second), "second");
+}
+
+TEST_F(WindowMenusTest, aTextFieldOfAnotherWindowTakesNoCommandOfAMenu) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  QLineEdit field("text", &second);
+  field.show();
+  makeActive(second);
+  field.setFocus();
+  WindowMenus& menus = *ApplicationWindows::menusOf(first);
+  menus.revalidate();
+  menus.find("forwardSelectAll:")->trigger();
+  EXPECT_FALSE(field.hasSelectedText());
+  EXPECT_EQ(first.controller().editor().selection(), (HexSelection{0, 5}));
+}
+
+TEST_F(WindowMenusTest, shortcutsOfAReportGoToTheEditorItIsAbout) {
+  EditorWindow& first = open("first");
+  EditorWindow& second = openAnother("second");
+  makeActive(first);
+  ReportWindow& report = showReport(first);
+  makeActive(second);
+  QTest::keyClick(&report, Qt::Key_I, Qt::ControlModifier);
+  makeActive(report);
+  QTest::keyClick(&report, Qt::Key_I, Qt::ControlModifier);
+  EXPECT_TRUE(first.controller().editor().insertMode());
+  EXPECT_FALSE(second.controller().editor().insertMode());
+}
+
+TEST_F(WindowMenusTest, deletingInATextFieldDeletesTheSelectionAndNothingElse) {
+  EditorWindow& window = open("hello");
+  QLineEdit field("two words", &window);
+  QPlainTextEdit view("two words", &window);
+  field.show();
+  view.show();
+  field.setFocus();
+  field.setCursorPosition(3);
+  WindowMenus& menus = *ApplicationWindows::menusOf(window);
+  QCoreApplication::processEvents();
+  menus.find("forwardDeleteSelection:")->trigger();
+  QTest::keyClick(&field, Qt::Key_Backspace, Qt::ControlModifier);
+  EXPECT_EQ(field.text(), "two words");
+  field.setSelection(3, 6);
+  QTest::keyClick(&field, Qt::Key_Backspace, Qt::ControlModifier);
+  EXPECT_EQ(field.text(), "two");
+  view.setFocus();
+  view.moveCursor(QTextCursor::End);
+  QTest::keyClick(&view, Qt::Key_Backspace, Qt::ControlModifier);
+  view.moveCursor(QTextCursor::Start);
+  menus.find("forwardDeleteSelection:")->trigger();
+  EXPECT_EQ(view.toPlainText(), "two words");
+  view.selectAll();
+  menus.find("forwardDeleteSelection:")->trigger();
+  EXPECT_EQ(view.toPlainText(), "");
+  EXPECT_EQ(text(window), "hello");
 }
 
 TEST_F(WindowMenusTest, undoesTheLastEditFromAReportWindowOpenedBeforeIt) {
@@ -115,15 +209,15 @@ TEST_F(WindowMenusTest, theFieldOfAnEditablePopUpIsATextField) {
   popUp.show();
   popUp.setFocus();
   QTest::keyClicks(&popUp, "abc");
-  ASSERT_TRUE(windows.focusedTextView().has_value());
-  EXPECT_TRUE(windows.focusedTextView()->canUndo);
+  ASSERT_TRUE(windows.focusedTextView({}).has_value());
+  EXPECT_TRUE(windows.focusedTextView({})->canUndo);
   delegate.perform("forwardUndo:");
   EXPECT_EQ(popUp.currentText(), "");
   delegate.perform("forwardSelectAll:");
   EXPECT_EQ(window.controller().editor().selection(), HexSelection());
   popUp.setEditable(false);
   popUp.setFocus();
-  EXPECT_FALSE(windows.focusedTextView().has_value());
+  EXPECT_FALSE(windows.focusedTextView({}).has_value());
 }
 
 }  // namespace

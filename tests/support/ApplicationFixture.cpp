@@ -12,7 +12,7 @@ void FakeApplication::showEditorWindow(const std::shared_ptr<HexWindowController
   controller->attachWindow(*window);
 }
 
-bool FakeApplication::sendTextAction(TextAction action) {
+bool FakeApplication::sendTextAction(TextAction action, const CommandOrigin&) {
   if (textViewAnswers) sentActions.push_back(action);
   return textViewAnswers;
 }

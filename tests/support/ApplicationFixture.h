@@ -27,9 +27,9 @@ class FakeApplication : public ApplicationSurface {
   int terminations = 0;
 
   void showEditorWindow(const std::shared_ptr<HexWindowController>& controller) override;
-  std::optional<TextFocus> focusedTextView() const override { return focus; }
-  bool sendTextAction(TextAction action) override;
-  void performClose() override { ++closesPerformed; }
+  std::optional<TextFocus> focusedTextView(const CommandOrigin&) const override { return focus; }
+  bool sendTextAction(TextAction action, const CommandOrigin& origin) override;
+  void performClose(const CommandOrigin&) override { ++closesPerformed; }
   void showAboutWindow() override { ++aboutWindowsShown; }
   void terminate() override { ++terminations; }
 };

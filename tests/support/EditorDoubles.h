@@ -33,8 +33,10 @@ class RecordingDelegate : public HexEditorViewDelegate {
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void editDidNotHappen() noexcept override { isAnnounced_ = false; }
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { ++statusUpdates; }
+  void didRefuse(const std::string& reason) override { refusals.push_back(reason); }
 
   /// Takes the bytes as they are for what they were, after the test has changed them itself.
   void rememberBytes();
@@ -44,6 +46,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
   int edits = 0;
   int unannouncedEdits = 0;
   int statusUpdates = 0;
+  std::vector<std::string> refusals;
 
  private:
   void expectOnlyAnnouncedChange(const AnnouncedEdit& edit, std::span<const std::uint8_t> now);
@@ -60,6 +63,8 @@ class RecordingSurface : public HexEditorSurface {
   void redrawVisiblePart() override { ++redraws; }
   void documentSizeChanged() override { ++sizeChanges; }
   void scrollToVisible(const Rect& rect) override { scrolledTo.push_back(rect); }
+  Point scrollPosition() const override { return scroll; }
+  void scrollTo(Point position) override { scroll = position; }
   void takeKeyboardFocus() override { ++focusRequests; }
   void caretOrSelectionChanged() override { ++caretChanges; }
   void contentsChanged() override { ++contentChanges; }
@@ -72,6 +77,7 @@ class RecordingSurface : public HexEditorSurface {
   int contentChanges = 0;
   int detachments = 0;
   std::vector<Rect> scrolledTo;
+  Point scroll;
 };
 
 inline std::vector<std::uint8_t> bytesOf(const HexEditorState& state) {

@@ -65,6 +65,7 @@ int FaultySystemCalls::altered(int result, struct stat* status) const {
 }
 
 int FaultySystemCalls::open(const char* path, int flags, mode_t mode) {
+  opened_.push_back({path, flags, mode});
   return admits(SystemCall::open) ? SystemCalls::open(path, flags, mode) : -1;
 }
 
@@ -150,6 +151,38 @@ int FaultySystemCalls::getrlimit(int resource, struct rlimit* limit) {
   const int result = SystemCalls::getrlimit(resource, limit);
   if (result == 0 && resource == RLIMIT_FSIZE && fileSizeLimit_) limit->rlim_cur = *fileSizeLimit_;
   return result;
+}
+
+int FaultySystemCalls::fcntl(int descriptor, int command, int argument) {
+  return admits(SystemCall::fcntl) ? SystemCalls::fcntl(descriptor, command, argument) : -1;
+}
+
+int FaultySystemCalls::flock(int descriptor, int operation) {
+  return admits(SystemCall::flock) ? SystemCalls::flock(descriptor, operation) : -1;
+}
+
+ssize_t FaultySystemCalls::getdents64(int descriptor, void* buffer, std::size_t count) {
+  if (!admits(SystemCall::getdents64)) return -1;
+  return SystemCalls::getdents64(descriptor, buffer, allowedCount(SystemCall::getdents64, count));
+}
+
+int FaultySystemCalls::fchown(int descriptor, uid_t owner, gid_t group) {
+  return admits(SystemCall::fchown) ? SystemCalls::fchown(descriptor, owner, group) : -1;
+}
+
+ssize_t FaultySystemCalls::lgetxattr(const char* path, const char* name, void* value,
+                                     std::size_t size) {
+  return admits(SystemCall::lgetxattr) ? SystemCalls::lgetxattr(path, name, value, size) : -1;
+}
+
+int FaultySystemCalls::fsetxattr(int descriptor, const char* name, const void* value,
+                                 std::size_t size, int flags) {
+  if (!admits(SystemCall::fsetxattr)) return -1;
+  return SystemCalls::fsetxattr(descriptor, name, value, size, flags);
+}
+
+int FaultySystemCalls::fremovexattr(int descriptor, const char* name) {
+  return admits(SystemCall::fremovexattr) ? SystemCalls::fremovexattr(descriptor, name) : -1;
 }
 
 }  // namespace quillmor::test

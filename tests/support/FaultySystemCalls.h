@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -29,7 +30,21 @@ enum class SystemCall {
   link,
   unlink,
   getrandom,
-  getrlimit
+  getrlimit,
+  fcntl,
+  flock,
+  getdents64,
+  fchown,
+  lgetxattr,
+  fsetxattr,
+  fremovexattr
+};
+
+/// What a file was opened with.
+struct OpenedFile {
+  std::string path;
+  int flags = 0;
+  mode_t mode = 0;
 };
 
 /// The real system calls, except where a test wants otherwise: any single call can fail, come back
@@ -48,8 +63,8 @@ class FaultySystemCalls final : public SystemCalls {
   /// Every call is interrupted once before it is carried out.
   void interruptEveryCall() { interruptsEveryCall_ = true; }
 
-  /// The `nth` read, pread, write or getrandom (or every one) moves at most `count` bytes; none
-  /// when 0.
+  /// The `nth` read, pread, write, getrandom or getdents64 (or every one) moves at most `count`
+  /// bytes; none when 0.
   void limitCount(SystemCall kind, int nth, std::size_t count);
 
   /// Runs `action` right before the `nth` call of this kind is carried out.
@@ -65,6 +80,8 @@ class FaultySystemCalls final : public SystemCalls {
 
   int count(SystemCall kind) const;
   const std::vector<SystemCall>& log() const { return log_; }
+  /// The files that were asked for by `open`, in order.
+  const std::vector<OpenedFile>& opened() const { return opened_; }
   /// The bytes asked for by each read, pread or write, in order.
   const std::vector<std::size_t>& requestedCounts(SystemCall kind) { return requested_[kind]; }
 
@@ -87,6 +104,14 @@ class FaultySystemCalls final : public SystemCalls {
   int unlink(const char* path) override;
   ssize_t getrandom(void* buffer, std::size_t count, unsigned flags) override;
   int getrlimit(int resource, struct rlimit* limit) override;
+  int fcntl(int descriptor, int command, int argument) override;
+  int flock(int descriptor, int operation) override;
+  ssize_t getdents64(int descriptor, void* buffer, std::size_t count) override;
+  int fchown(int descriptor, uid_t owner, gid_t group) override;
+  ssize_t lgetxattr(const char* path, const char* name, void* value, std::size_t size) override;
+  int fsetxattr(int descriptor, const char* name, const void* value, std::size_t size,
+                int flags) override;
+  int fremovexattr(int descriptor, const char* name) override;
 
  private:
   using Place = std::pair<SystemCall, int>;
@@ -110,6 +135,7 @@ class FaultySystemCalls final : public SystemCalls {
   std::map<SystemCall, int> counts_;
   std::map<SystemCall, std::vector<std::size_t>> requested_;
   std::vector<SystemCall> log_;
+  std::vector<OpenedFile> opened_;
 };
 
 }  // namespace quillmor::test

@@ -10,6 +10,7 @@ void NaiveHexEditor::setCaret(Int value) {
   caret = std::max<Int>(0, std::min(value, count()));
   high = true;
   pending = false;
+  announced = false;
   anchor.reset();
 }
 
@@ -51,6 +52,7 @@ bool NaiveHexEditor::splice(Int start, Int removed, const std::vector<std::uint8
     return false;
   }
   ++announcements;
+  announced = false;
   std::vector<std::uint8_t> result(bytes.begin(), bytes.begin() + start);
   result.insert(result.end(), inserted.begin(), inserted.end());
   result.insert(result.end(), bytes.begin() + start + removed, bytes.end());
@@ -78,11 +80,10 @@ void NaiveHexEditor::typeCharacter(char c) {
 
 void NaiveHexEditor::typeNibble(std::uint8_t v) {
   if (!high && caret < count()) {
-    const bool wasPending = pending;
     auto& byte = bytes[static_cast<std::size_t>(caret)];
     const int edited = byte / 16 * 16 + v;
     if (edited != byte) {
-      if (wasPending) ++announcements;
+      if (!announced) ++announcements;
       byte = static_cast<std::uint8_t>(edited);
       ++edits;
     }
@@ -92,6 +93,7 @@ void NaiveHexEditor::typeNibble(std::uint8_t v) {
   if (selectionLength == 0 && !insertMode && caret < count()) {
     auto& byte = bytes[static_cast<std::size_t>(caret)];
     pending = byte / 16 == v;
+    announced = !pending;
     if (!pending) {
       ++announcements;
       ++edits;
@@ -105,6 +107,7 @@ void NaiveHexEditor::typeNibble(std::uint8_t v) {
   setCaret(place);
   if (selectionLength > 0) select(0, 0);
   high = false;
+  announced = true;
   ++edits;
 }
 

@@ -17,6 +17,8 @@ class NaiveHexEditor {
   bool asciiArea = false;
   bool high = true;
   bool pending = false;
+  /// Whether the edit of the first digit was announced, which covers the second one.
+  bool announced = false;
   Int caret = 0;
   Int selectionStart = 0;
   Int selectionLength = 0;

@@ -21,6 +21,16 @@ void ScriptedAlerts::expect(const std::string& messageText, const std::string& i
   script_.push_back({messageText, informativeText, button, std::move(answers)});
 }
 
+void ScriptedAlerts::expectRefusedAnswer(const std::string& messageText,
+                                         const std::string& informativeText,
+                                         const std::string& button,
+                                         const std::vector<std::string>& answers,
+                                         const std::string& refusal) {
+  expect(messageText, informativeText, button, answers);
+  expect(messageText, refusal);
+  script_.push_back({messageText, informativeText, "Cancel", {}, answers});
+}
+
 AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
   const UncountedAllocations ofTheTest;
   shown_.push_back(alert);
@@ -38,6 +48,13 @@ AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
   EXPECT_EQ(alert.informativeText, expected.informativeText);
   const auto button = std::find(alert.buttons.begin(), alert.buttons.end(), expected.button);
   EXPECT_NE(button, alert.buttons.end()) << "no button " << expected.button;
+  if (expected.heldTexts) {
+    for (std::size_t i = 0; i < alert.fields.size(); ++i) {
+      const FormField& field = alert.fields[i];
+      if (!field.choices.empty()) continue;
+      EXPECT_EQ(field.text, expected.heldTexts->at(i)) << field.label;
+    }
+  }
   AlertResponse response;
   response.button = static_cast<std::size_t>(button - alert.buttons.begin());
   response.texts = expected.answers;

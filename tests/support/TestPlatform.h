@@ -26,6 +26,12 @@ class ScriptedAlerts : public AlertPresenter {
   void expect(const std::string& messageText, const std::string& informativeText,
               const std::string& button = "OK", std::vector<std::string> answers = {});
 
+  /// The next alert is a form that is answered with `answers`. An alert says `refusal`, then the
+  /// form holds what was typed and is cancelled.
+  void expectRefusedAnswer(const std::string& messageText, const std::string& informativeText,
+                           const std::string& button, const std::vector<std::string>& answers,
+                           const std::string& refusal);
+
   /// In the next alert with a form, the pop-up `field` is set to its entry `choice`.
   void chooseInNext(std::size_t field, std::size_t choice) { nextChoice_ = {field, choice}; }
 
@@ -45,6 +51,7 @@ class ScriptedAlerts : public AlertPresenter {
     std::string informativeText;
     std::string button;
     std::vector<std::string> answers;
+    std::optional<std::vector<std::string>> heldTexts = {};  ///< of the text fields
   };
   std::deque<Expected> script_;
   std::vector<Alert> shown_;

@@ -19,7 +19,8 @@ class PlainUndoRecordsEditor : public UndoRecordsEditor {
  public:
   std::int64_t caretOffset() const override { return caret; }
   HexSelection selection() const override { return selected; }
-  void restoreCaretAndSelection(std::int64_t newCaret, HexSelection newSelection) override {
+  void restoreCaretAndSelection(std::int64_t newCaret,
+                                HexSelection newSelection) noexcept override {
     caret = newCaret;
     selected = newSelection;
     ++restores;

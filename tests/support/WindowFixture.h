@@ -24,6 +24,7 @@ class FakeEditorWindow : public EditorWindowSurface {
   std::string statusText;
   std::vector<std::string> statusHistory;
   std::string inspectorText;
+  std::string notice;
   bool toolbarEnabled = true;
   bool progressVisible = false;
   bool canStop = false;
@@ -44,6 +45,7 @@ class FakeEditorWindow : public EditorWindowSurface {
                    bool edited) override;
   void setStatusText(const std::string& text) override;
   void setInspectorText(const std::string& text) override { inspectorText = text; }
+  void setNotice(const std::string& text) override { notice = text; }
   void setToolbarEnabled(bool enabled) override { toolbarEnabled = enabled; }
   void showProgress(double part, bool stoppable) override;
   void hideProgress() override { progressVisible = false; }

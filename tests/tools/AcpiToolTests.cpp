@@ -53,9 +53,9 @@ class AcpiTools : public ToolFixture {
     EXPECT_EQ(info->signature, signature);
     EXPECT_EQ(info->length, std::ssize(bytes)) << signature;
     EXPECT_TRUE(info->isValid) << signature;
-    EXPECT_EQ(fileStructureReport(bytes), "Detected structures:\n- ACPI table: " + signature +
-                                              ", length " + std::to_string(bytes.size()) +
-                                              ", checksum valid");
+    EXPECT_EQ(detectFileStructure(bytes).report,
+              "Detected structures:\n- ACPI table: " + signature + ", length " +
+                  std::to_string(bytes.size()) + ", checksum valid");
   }
 
   static constexpr const char* kBody =
@@ -108,7 +108,7 @@ TEST_F(AcpiTools, aCompiledFacsHasNoChecksum) {
   ASSERT_TRUE(info.has_value());
   EXPECT_EQ(info->length, bytes.size());
   EXPECT_FALSE(acpiInfo(bytes).has_value());
-  EXPECT_EQ(fileStructureReport(bytes),
+  EXPECT_EQ(detectFileStructure(bytes).report,
             "Detected structures:\n- ACPI FACS, length 64 bytes (no SDT checksum field)");
 }
 

@@ -110,6 +110,30 @@ TEST(ASCIIStrings, areRunsFromSpaceToTilde) {
             "00000007  1  }\n");
 }
 
+TEST(ASCIIStrings, areFoundByEveryKernelFromSpaceToTildeAtEveryPlaceOfAMask) {
+  using Run = std::pair<std::int64_t, std::int64_t>;
+  for (const ByteMaskKernels* kernels : availableByteMaskKernels()) {
+    SCOPED_TRACE(kernels->name);
+    for (std::size_t place = 1; place < 130; ++place) {
+      for (const std::uint8_t outside : Bytes{0x00, 0x1F, 0x7F, 0x80, 0xA0, 0xFF}) {
+        Bytes bytes(200, outside);
+        bytes[place] = 0x20;
+        bytes[place + 1] = 0x7E;
+        bytes[place + 2] = outside == 0x1F ? 0x7F : 0x1F;
+        bytes[place + 3] = 0x21;
+        bytes[place + 4] = 0x7D;
+        std::vector<Run> runs;
+        TaskProgress progress;
+        forEachPrintableRun(
+            bytes, 2, progress,
+            [&](std::int64_t begin, std::int64_t end) { runs.emplace_back(begin, end); }, *kernels);
+        const auto begin = static_cast<std::int64_t>(place);
+        ASSERT_THAT(runs, ElementsAre(Run(begin, begin + 2), Run(begin + 3, begin + 5)));
+      }
+    }
+  }
+}
+
 TEST(ASCIIStrings, qualifyFromTheMinimumLengthOn) {
   const std::string text = "abcd\nabcde\nabcdef";
   EXPECT_EQ(stringsIn(text, 5),
@@ -333,9 +357,10 @@ TEST_F(ASCIIStringsFile, refusesProtectedDestinations) {
       [&] {
         ASCIIStringsExporter::write(bytesOf("text"), 4, {document, {document}}, progress);
       },
-      test::failsWith(1206,
-                "Choose a different output destination. Writing to document.bin would overwrite "
-                "an open document or another input file."));
+      test::failsWith(
+          1206,
+          "Choose a different output destination. Writing to document.bin would overwrite "
+          "an open document or another input file."));
   EXPECT_EQ(folder.read("document.bin"), "text");
 }
 

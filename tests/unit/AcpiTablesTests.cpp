@@ -9,6 +9,8 @@
 #include "support/AcpiTableBytes.h"
 #include "support/ErrorMatchers.h"
 #include "support/GuardedBytes.h"
+#include "support/Stopping.h"
+#include "tools/FileStructure.h"
 
 namespace quillmor::test {
 namespace {
@@ -32,6 +34,16 @@ bool isTable(const Bytes& bytes) {
 
 bool isFacs(const Bytes& bytes) {
   return facsInfo(bytes).has_value();
+}
+
+std::string textOn(const Bytes& bytes) {
+  return validateACPIChecksum(bytes).text;
+}
+
+/// The largest table there may be.
+const Bytes& largestTable() {
+  static const Bytes bytes = acpiTable("SSDT", kMaxLength, 7, 0);
+  return bytes;
 }
 
 // --- recognising a table --------------------------------------------------------------------
@@ -165,25 +177,77 @@ TEST(AcpiTables, areReadWithinTheirBytes) {
 // --- validating -----------------------------------------------------------------------------
 
 TEST(AcpiChecksumText, saysWhetherTheChecksumIsValid) {
-  EXPECT_EQ(acpiChecksumText(acpiTable("APIC", 44, 0x1F, 0)),
+  EXPECT_EQ(textOn(acpiTable("APIC", 44, 0x1F, 0)),
             "Checksum is valid.\n\n"
             "Signature: APIC\nLength: 44 bytes\nChecksum byte: 0x1F\nSum: 0x00");
-  EXPECT_EQ(acpiChecksumText(acpiTable("APIC", 44, 0x1F, 0x0A)),
+  EXPECT_EQ(textOn(acpiTable("APIC", 44, 0x1F, 0x0A)),
             "Checksum is invalid.\n\n"
             "Signature: APIC\nLength: 44 bytes\nChecksum byte: 0x1F\nSum: 0x0A");
 }
 
 TEST(AcpiChecksumText, saysThatAFacsHasNone) {
-  EXPECT_EQ(acpiChecksumText(acpiStructure("FACS", 64, 64)), kFacsText);
-  EXPECT_EQ(acpiChecksumText(acpiStructure("FACS", 1, 8)), kFacsText);
-  EXPECT_EQ(acpiChecksumText(Bytes{'F', 'A', 'C', 'S'}), kFacsText);
+  EXPECT_EQ(textOn(acpiStructure("FACS", 64, 64)), kFacsText);
+  EXPECT_EQ(textOn(acpiStructure("FACS", 1, 8)), kFacsText);
+  EXPECT_EQ(textOn(Bytes{'F', 'A', 'C', 'S'}), kFacsText);
 }
 
 TEST(AcpiChecksumText, refusesEverythingElse) {
-  EXPECT_THAT([] { (void)acpiChecksumText({}); }, failsWith(2801, kNoTable));
-  EXPECT_THAT([] { (void)acpiChecksumText(Bytes{'F', 'A', 'C'}); }, failsWith(2801, kNoTable));
-  EXPECT_THAT([] { (void)acpiChecksumText(acpiStructure("SSDT", 35, 64)); },
-              failsWith(2801, kNoTable));
+  EXPECT_THAT([] { (void)textOn({}); }, failsWith(2801, kNoTable));
+  EXPECT_THAT([] { (void)textOn(Bytes{'F', 'A', 'C'}); }, failsWith(2801, kNoTable));
+  EXPECT_THAT([] { (void)textOn(acpiStructure("SSDT", 35, 64)); }, failsWith(2801, kNoTable));
+}
+
+TEST(AcpiChecksumText, comesWithWhetherTheChecksumIsValid) {
+  EXPECT_TRUE(validateACPIChecksum(acpiTable("APIC", 44, 0x1F, 0)).isValid);
+  EXPECT_FALSE(validateACPIChecksum(acpiTable("APIC", 44, 0x1F, 1)).isValid);
+  EXPECT_TRUE(validateACPIChecksum(acpiStructure("FACS", 64, 64)).isValid);
+}
+
+// --- progress -------------------------------------------------------------------------------
+
+TEST(AcpiPasses, addUpATableOnce) {
+  const Bytes bytes = acpiTable("SSDT", 1'000'000, 7, 0);
+  const auto countedBy = [&](auto work) {
+    TaskProgress progress;
+    work(progress);
+    // The pass has set the total to the length of the table.
+    EXPECT_EQ(progress.fraction(), 1);
+    progress.setTotal(2 * std::ssize(bytes));
+    return progress.fraction() * 2;
+  };
+  EXPECT_EQ(countedBy([&](auto& progress) { acpiInfo(bytes, &progress); }), 1);
+  EXPECT_EQ(countedBy([&](auto& progress) { (void)validateACPIChecksum(bytes, &progress); }), 1);
+  EXPECT_EQ(countedBy([&](auto& progress) { (void)acpiChecksumFix(bytes, &progress); }), 1);
+  EXPECT_EQ(countedBy([&](auto& progress) { detectFileStructure(bytes, &progress); }), 1);
+}
+
+TEST(AcpiPasses, doNoWorkAfterAStop) {
+  const Bytes bytes = acpiTable("SSDT", 1'000'000, 7, 0);
+  TaskProgress progress;
+  progress.requestStop();
+  EXPECT_THAT([&] { acpiInfo(bytes, &progress); }, isStopped());
+  EXPECT_THAT([&] { (void)validateACPIChecksum(bytes, &progress); }, isStopped());
+  EXPECT_THAT([&] { (void)acpiChecksumFix(bytes, &progress); }, isStopped());
+  EXPECT_THAT([&] { detectFileStructure(bytes, &progress); }, isStopped());
+  EXPECT_EQ(progress.fraction(), 0);
+}
+
+TEST(AcpiPasses, stopInTheMiddle) {
+  const Bytes& bytes = largestTable();
+  const auto watched = [&](TaskProgress& progress) {
+    try {
+      acpiInfo(bytes, &progress);
+    } catch (const Error&) {
+      // What was left undone is most of it.
+      EXPECT_LT(progress.fraction(), 1);
+      throw;
+    }
+  };
+  EXPECT_TRUE(stopsInTheMiddle(watched));
+  EXPECT_TRUE(
+      stopsInTheMiddle([&](TaskProgress& progress) { (void)acpiChecksumFix(bytes, &progress); }));
+  EXPECT_TRUE(
+      stopsInTheMiddle([&](TaskProgress& progress) { detectFileStructure(bytes, &progress); }));
 }
 
 // --- fixing ---------------------------------------------------------------------------------

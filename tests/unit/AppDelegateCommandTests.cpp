@@ -162,6 +162,7 @@ TEST_F(AppCommands, undoInATextViewBeepsWhenThereIsNothingToUndo) {
   delegate.perform("forwardUndo:");
   delegate.perform("forwardRedo:");
   EXPECT_EQ(platform.beeper.count, 2);
+  EXPECT_EQ(editor.window->notice, "There is nothing to redo.");
   EXPECT_TRUE(application.sentActions.empty());
   EXPECT_EQ(editor.text(), "abc");
 }

@@ -22,6 +22,8 @@ class AppOpening : public ApplicationFixture {
     platform.executor.runPosted();
   }
 
+  std::string noticeAt(std::size_t index) const { return editorAt(index).window->notice; }
+
   const std::string missing = Error::posix(ENOENT).message();
 };
 
@@ -183,6 +185,53 @@ TEST_F(AppOpening, tellsEverybodyWhoJoinedOfAFailureWithOneAlert) {
   EXPECT_EQ(replies, (std::vector{false, false, false}));
   EXPECT_EQ(openWindowCount(), 1U);
   EXPECT_EQ(editorAt(0).text(), "3");
+}
+
+TEST_F(AppOpening, namesTheFileThatCouldNotBeOpenedInTheCurrentWindow) {
+  delegate.newDocument();
+  expectFailure(missing);
+  EXPECT_FALSE(openFiles({folder.location("fw.bin")}));
+  EXPECT_EQ(noticeAt(0), "Could not open fw.bin: No such file or directory");
+  EXPECT_TRUE(openFiles({folder.write("fw.bin", "1")}));
+  EXPECT_EQ(noticeAt(0), "");
+}
+
+TEST_F(AppOpening, namesEachFileThatCouldNotBeOpenedInItsTurn) {
+  std::vector<std::string> notices;
+  for (int alert = 0; alert < 3; ++alert) expectFailure(missing);
+  const auto remember = [&] { notices.push_back(noticeAt(0)); };
+  platform.alerts.duringNext([&] {
+    remember();
+    platform.alerts.duringNext([&] {
+      remember();
+      platform.alerts.duringNext(remember);
+    });
+  });
+  openFiles({folder.location("a"), folder.location("b"), folder.location("c")});
+  EXPECT_THAT(notices, testing::ElementsAre("Could not open a: No such file or directory",
+                                            "Could not open b: No such file or directory",
+                                            "Could not open c: No such file or directory"));
+  EXPECT_EQ(noticeAt(0), "Could not open c: No such file or directory");
+}
+
+TEST_F(AppOpening, namesAFileThatWasNotOpenedIntoABusyWindow) {
+  delegate.newDocument();
+  ASSERT_TRUE(editorAt(0)->beginBusyStatus("Working…"));
+  expectFailure("Another operation is already running.");
+  EXPECT_FALSE(openFiles({folder.write("fw.bin", "1")}));
+  EXPECT_EQ(noticeAt(0), "Could not open fw.bin: Another operation is already running.");
+  editorAt(0)->endBusyStatus();
+}
+
+TEST_F(AppOpening, givesTheSystemsReasonInThePlaceOfASentenceWithoutOne) {
+  delegate.newDocument();
+  const auto file = folder.write("fw.bin", "1");
+  FaultySystemCalls calls;
+  calls.fail(SystemCall::open, FaultySystemCalls::kEvery, EACCES);
+  const ScopedSystemCalls scope(calls);
+  expectFailure("Could not open the selected file for reading.");
+  EXPECT_FALSE(openFiles({file}));
+  EXPECT_EQ(noticeAt(0), "Could not open fw.bin: Permission denied");
 }
 
 TEST_F(AppOpening, fromThePanelStartsInTheFolderOfTheCurrentFile) {

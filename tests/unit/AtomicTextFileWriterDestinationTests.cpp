@@ -95,6 +95,21 @@ TEST_F(AtomicTextFileWriterTest, refusesALinkEvenToARegularFile) {
   EXPECT_EQ(folder.read("existing.txt"), "old content");
 }
 
+TEST_F(AtomicTextFileWriterTest, writesIntoTheFolderThatALinkLeadsTo) {
+  fs::create_directory(folder.path() / "real");
+  fs::create_directory_symlink("real", folder.path() / "linked");
+  exportTo(folder.location("linked/new.txt"));
+  EXPECT_EQ(folder.read("real/new.txt"), "new content");
+  exportTo(folder.location("linked/new.txt"));
+  EXPECT_TRUE(fs::is_symlink(folder.path() / "linked"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path() / "real"), {}), 1);
+  fs::create_symlink("new.txt", folder.path() / "real/link.txt");
+  EXPECT_THAT(exporting(folder.location("linked/link.txt")),
+              failsWith(1212,
+                        "The output destination cannot be a symbolic link. Choose the real file or "
+                        "a different destination."));
+}
+
 TEST_F(AtomicTextFileWriterTest, refusesALinkThatAppearedWhileItWrote) {
   AtomicTextFileWriter writer(fresh, {});
   fs::create_symlink(existing.path(), fresh.path());

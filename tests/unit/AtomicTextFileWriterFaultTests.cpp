@@ -19,12 +19,12 @@ using test::kCouldNotInstall;
 using test::SystemCall;
 
 TEST_F(AtomicTextFileWriterTest, reportsATemporaryFileThatCannotBeCreated) {
-  calls.fail(SystemCall::open, 1, EROFS);
-  EXPECT_THAT(exporting(fresh),
-              failsWithPosix(EROFS, "Could not create the temporary output file securely."));
-  const auto longName = folder.location(std::string(230, 'n'));
-  EXPECT_THAT(exporting(longName),
-              failsWithPosix(ENAMETOOLONG, "Could not create the temporary output file securely."));
+  const char* const message = "Could not create the temporary output file securely.";
+  calls.fail(SystemCall::open, 2, EROFS);
+  EXPECT_THAT(exporting(fresh), failsWithPosix(EROFS, message));
+  calls.fail(SystemCall::fcntl, 1, EMFILE);
+  EXPECT_THAT(exporting(fresh), failsWithPosix(EMFILE, message));
+  expectNothingHappened();
 }
 
 TEST_F(AtomicTextFileWriterTest, removesATemporaryFileThatCannotBeValidated) {
@@ -94,10 +94,11 @@ TEST_F(AtomicTextFileWriterTest, neverBelievesASecondFlush) {
 TEST_F(AtomicTextFileWriterTest, installsNothingWhenTheCloseFails) {
   {
     AtomicTextFileWriter writer(existing, {});
-    calls.fail(SystemCall::close, 1, EIO);
+    const int closesBefore = calls.count(SystemCall::close);
+    calls.fail(SystemCall::close, closesBefore + 1, EIO);
     EXPECT_THAT([&] { writer.finish(); }, failsWithPosix(EIO));
     EXPECT_THAT([&] { writer.finish(); }, failsWithPosix(EIO));
-    EXPECT_EQ(calls.count(SystemCall::close), 1);
+    EXPECT_EQ(calls.count(SystemCall::close), closesBefore + 1);
   }
   expectNothingHappened();
 }
@@ -130,6 +131,15 @@ TEST_F(AtomicTextFileWriterTest, isFinishedOnceInstalledEvenWhenTheDirectoryCann
   EXPECT_NO_THROW(writer.finish());
   EXPECT_THAT([&] { writer.write("more"); },
               failsWith(1001, "The output writer is already closed."));
+}
+
+TEST_F(AtomicTextFileWriterTest, isFinishedOnceInstalledEvenWhenItsLastDescriptorFailsToClose) {
+  AtomicTextFileWriter writer(existing, {});
+  writer.write("new");
+  calls.fail(SystemCall::close, calls.count(SystemCall::close) + 2, EIO);
+  EXPECT_NO_THROW(writer.finish());
+  EXPECT_EQ(folder.read("existing.txt"), "new");
+  EXPECT_TRUE(test::isUnreserved(existing));
 }
 
 TEST_F(AtomicTextFileWriterTest, resumesShortWrites) {

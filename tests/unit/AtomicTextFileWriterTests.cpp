@@ -112,6 +112,33 @@ TEST_F(AtomicTextFileWriterTest, leavesAForeignFileAtItsTemporaryPathAlone) {
   EXPECT_FALSE(folder.exists("fresh.txt"));
 }
 
+TEST_F(AtomicTextFileWriterTest, neverTakesAForeignFileForItsOwnOnceItHasClosedIt) {
+  // A file system gives the inode number of a file that has gone to the next one at once.
+  AtomicTextFileWriter writer(fresh, {});
+  writer.write("new");
+  const std::string name = temporaryName();
+  const auto replace = [&] {
+    fs::remove(folder.path() / name);
+    folder.write(name, "foreign");
+  };
+  EXPECT_THAT([&] { writer.finish(replace); }, failsWith(1215, kTemporaryReplaced));
+  EXPECT_FALSE(folder.exists("fresh.txt"));
+  EXPECT_EQ(folder.read(name), "foreign");
+}
+
+TEST_F(AtomicTextFileWriterTest, leavesAForeignFileAloneWhenAbandonedOnceItHasClosedItsOwn) {
+  std::string name;
+  {
+    AtomicTextFileWriter writer(existing, {});
+    name = temporaryName();
+    calls.fail(SystemCall::rename, 1, EIO);
+    EXPECT_THAT([&] { writer.finish(); }, failsWithPosix(EIO, kCouldNotInstall));
+    fs::remove(folder.path() / name);
+    folder.write(name, "foreign");
+  }
+  EXPECT_EQ(folder.read(name), "foreign");
+}
+
 TEST_F(AtomicTextFileWriterTest, refusesToInstallATemporaryFileThatWentAway) {
   AtomicTextFileWriter writer(fresh, {});
   fs::remove(folder.path() / temporaryName());

@@ -197,6 +197,15 @@ TEST(SelectionStatistics, countEveryPrintableByteAndNoOther) {
   EXPECT_EQ(lines[8], "Printable ASCII bytes: 95");
 }
 
+TEST(SelectionStatistics, countThePrintableBytesFromSpaceToTilde) {
+  for (const std::uint8_t byte : Bytes{0x20, 0x21, 0x41, 0x7D, 0x7E}) {
+    EXPECT_EQ(linesOf(statisticsOf({byte})).back(), "Printable ASCII bytes: 1") << int{byte};
+  }
+  for (const std::uint8_t byte : Bytes{0x00, 0x1E, 0x1F, 0x7F, 0x80, 0xFF}) {
+    EXPECT_EQ(linesOf(statisticsOf({byte})).back(), "Printable ASCII bytes: 0") << int{byte};
+  }
+}
+
 TEST(SelectionStatistics, ofNoBytesAreASentence) {
   EXPECT_EQ(statisticsOf({}), "There are no bytes to analyze.");
   EXPECT_EQ(statisticsOf({}, StatisticsScope::selection), "There are no bytes to analyze.");

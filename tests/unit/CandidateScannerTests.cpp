@@ -85,6 +85,41 @@ TEST(CandidateScanner, findsWhatLiesAtAndAcrossTheEndsOfPieces) {
   }
 }
 
+TEST(CandidateScanner, walksOverlappingMatchesAcrossTheEndsOfPieces) {
+  const auto one = rawCandidates({"aba"});
+  const auto several = rawCandidates({"aba", "z", "bab"});
+  for (const auto& candidateList : {one, several}) {
+    const std::int64_t piece = searchedPieceBytes(candidateList);
+    for (std::int64_t begin = piece - 9; begin <= piece + 1; ++begin) {
+      SearchBytes bytes(static_cast<std::size_t>(piece + 30), '.');
+      put(bytes, begin, "abababababa");
+      if (candidateList.size() == 1) {
+        ASSERT_THAT(
+            walk(bytes, candidateList),
+            testing::ElementsAre(Hit{begin, 0, 3}, Hit{begin + 4, 0, 3}, Hit{begin + 8, 0, 3}))
+            << begin - piece;
+      } else {
+        ASSERT_THAT(
+            walk(bytes, candidateList),
+            testing::ElementsAre(Hit{begin, 0, 3}, Hit{begin + 3, 2, 3}, Hit{begin + 6, 0, 3}))
+            << begin - piece;
+      }
+    }
+  }
+}
+
+TEST(CandidateScanner, prefersTheLongerWhereAPieceEnds) {
+  const auto candidateList = rawCandidates({"ab", "abcdefgh", "abcd"});
+  const std::int64_t piece = searchedPieceBytes(candidateList);
+  for (std::int64_t begin = piece - 9; begin <= piece + 1; ++begin) {
+    SearchBytes bytes(static_cast<std::size_t>(piece + 30), '.');
+    put(bytes, begin, "abcdefghab");
+    ASSERT_THAT(walk(bytes, candidateList),
+                testing::ElementsAre(Hit{begin, 1, 8}, Hit{begin + 8, 0, 2}))
+        << begin - piece;
+  }
+}
+
 TEST(CandidateScanner, findsCandidatesLongerThanTheUsualPiece) {
   const std::int64_t piece = searchedPieceBytes(rawCandidates({"n"}));
   SearchBytes needle(static_cast<std::size_t>(piece + 10), 'n');

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "fileaccess/StableFile.h"
+#include "support/FileAccessTest.h"
 #include "support/RandomBytes.h"
 #include "support/TemporaryFolder.h"
 #include "tools/ByteStatistics.h"
@@ -297,6 +299,20 @@ TEST(ChecksumPasses, stopBeforeTheyBegin) {
   EXPECT_THAT([&] { Checksum::rangeReport(bytes, {1, 5}, progress); }, stops);
   EXPECT_EQ(progress.fraction(), 0);
   EXPECT_THAT([&] { Checksum::rangeReport(bytes, {1, 0}, progress); }, stops);
+}
+
+class ChecksumPassesOverAFile : public test::FileAccessTest {};
+
+TEST_F(ChecksumPassesOverAFile, readNothingMoreAfterAStop) {
+  // Few enough bytes for one thread: the passes come one after the other, four pieces each.
+  const StableFile file(folder.write("file", std::string(500'000, 'x')));
+  TaskProgress whole;
+  Checksum::report(file, {}, whole);
+  EXPECT_EQ(calls.count(test::SystemCall::pread), 8);
+  TaskProgress progress;
+  calls.before(test::SystemCall::pread, 8 + 6, [&] { progress.requestStop(); });
+  EXPECT_THAT([&] { Checksum::report(file, {}, progress); }, stops);
+  EXPECT_EQ(calls.count(test::SystemCall::pread), 8 + 6);
 }
 
 TEST(ChecksumPasses, stopOnTheirWay) {

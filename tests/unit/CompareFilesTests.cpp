@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/SaturatingMath.h"
+#include "fileaccess/StableFile.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/RandomBytes.h"
@@ -15,6 +16,23 @@ namespace {
 
 using test::bytesOf;
 using test::failsWith;
+
+ComparedFile comparedFile(const StableFile& file) {
+  return {.size = file.size(),
+          .read = [&file](std::int64_t offset, auto room) { file.read(offset, room); }};
+}
+
+/// Compares two files as the commands do.
+FileComparison compareFiles(const FileLocation& current, std::int64_t maximumByteCount,
+                            const FileLocation& other, TaskProgress& progress) {
+  const StableFile currentFile(current, maximumByteCount);
+  const StableFile otherFile(other);
+  const auto result =
+      quillmor::compareFiles(comparedFile(currentFile), comparedFile(otherFile), progress);
+  currentFile.requireUnchanged();
+  otherFile.requireUnchanged();
+  return result;
+}
 
 /// Compares two texts both as files and as a document with a file, which must agree.
 FileComparison comparedBothWays(const std::string& current, const std::string& other) {

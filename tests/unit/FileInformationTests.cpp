@@ -51,6 +51,16 @@ TEST(FileInformation, ofAnUntitledDocumentWithoutSelection) {
             "File entropy: 0.0000 bits/byte");
 }
 
+TEST(FileInformation, isNotForgedByTheName) {
+  FileInformation information;
+  information.name = "a\nSize: 7 bytes";
+  information.path = "/\xE2\x80\xA8\xFF/a\nSize: 7 bytes";
+  EXPECT_THAT(informationOf({1}, information),
+              testing::StartsWith("Name: a\\x0ASize: 7 bytes\n"
+                                  "Path: /\\u{2028}\\xFF/a\\x0ASize: 7 bytes\n"
+                                  "Size: 1 bytes\n"));
+}
+
 TEST(FileInformation, ofAnEmptyDocument) {
   EXPECT_EQ(informationOf({}, {}),
             "Name: Untitled\n"

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 
+#include "support/ErrorMatchers.h"
+#include "support/TemporaryFolder.h"
+
 namespace quillmor {
 namespace {
 
@@ -16,6 +19,19 @@ TEST(FileLocation, namesAFileByItsLastPathComponent) {
 TEST(FileLocation, makesARelativePathAbsolute) {
   const auto location = FileLocation::fromPath("data.bin");
   EXPECT_EQ(location.path(), (std::filesystem::current_path() / "data.bin").native());
+}
+
+TEST(FileLocation, makesNoRelativePathAbsoluteWhenTheCurrentFolderIsGone) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  {
+    const test::TemporaryFolder folder;
+    std::filesystem::current_path(folder.path());
+  }
+  for (const char* path : {"data.bin", "./data.bin", "../data.bin", ""})
+    EXPECT_THAT([&] { FileLocation::fromPath(path); },
+                test::failsWithPosix(ENOENT, "No such file or directory"));
+  EXPECT_EQ(FileLocation::fromPath("/tmp/data.bin").path(), "/tmp/data.bin");
+  std::filesystem::current_path(before);
 }
 
 TEST(FileLocation, keepsBytesThatAreNotUtf8) {

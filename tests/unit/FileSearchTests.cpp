@@ -11,6 +11,7 @@
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/SearchCases.h"
+#include "support/SearchFixture.h"
 #include "support/Stopping.h"
 
 namespace quillmor {
@@ -75,6 +76,134 @@ TEST(FileSearch, findsMatchesAcrossTheEndsOfItsOwnPieces) {
                   (HexSelection{place, 6}));
       }
     }
+  }
+}
+
+/// Searches of one file in pieces of 64 bytes. Backward the pieces begin at the end of the file,
+/// which is no whole number of them.
+class FileSearchPieces : public testing::TestWithParam<int> {
+ protected:
+  static constexpr std::int64_t kPiece = 64;
+
+  void SetUp() override { text = std::string(static_cast<std::size_t>(size), '.'); }
+
+  void put(std::int64_t place, std::string_view bytes) {
+    text.replace(static_cast<std::size_t>(place), bytes.size(), bytes);
+  }
+
+  void write() { location = folder.write("data", text); }
+
+  std::optional<HexSelection> search(std::initializer_list<std::string_view> needles,
+                                     const FileSearchStart& start) {
+    TaskProgress progress;
+    return nextMatchInFile(location, size, test::exactRequest(), test::rawCandidates(needles),
+                           start, progress, kPiece);
+  }
+
+  /// The ends of some pieces as both directions have them.
+  std::vector<std::int64_t> borders() const {
+    return {kPiece, 2 * kPiece, size - kPiece, size - 2 * kPiece, size / kPiece * kPiece};
+  }
+
+  static constexpr bool kForward = true;
+  static constexpr bool kBackward = false;
+
+  const std::int64_t size = GetParam() * kPiece + 23;
+  const test::TemporaryFolder folder;
+  std::string text;
+  FileLocation location = folder.location("data");
+};
+
+// One thread searches the few, two threads the many.
+INSTANTIATE_TEST_SUITE_P(FewAndMany, FileSearchPieces, testing::Values(4, 20));
+
+TEST_P(FileSearchPieces, findAMatchWhereverItLiesAroundTheirEnds) {
+  for (const std::string_view needle : {"n", "ne", "needl", "needleneedleneed"}) {
+    const auto length = static_cast<std::int64_t>(needle.size());
+    for (const std::int64_t border : borders()) {
+      for (std::int64_t place = border - length - 1; place <= border + 1; ++place) {
+        if (place + length > size) continue;
+        SetUp();
+        put(place, needle);
+        write();
+        const HexSelection match{place, length};
+        EXPECT_EQ(search({needle}, {}), match);
+        EXPECT_EQ(search({needle}, {place, kForward}), match);
+        EXPECT_EQ(search({needle}, {place + 1, kForward}), std::nullopt);
+        EXPECT_EQ(search({needle}, {{}, kBackward}), match);
+        EXPECT_EQ(search({needle}, {place, kBackward}), match);
+        EXPECT_EQ(search({needle}, {place - 1, kBackward}), std::nullopt) << place;
+      }
+    }
+  }
+}
+
+TEST_P(FileSearchPieces, findOverlappingMatchesAroundTheirEnds) {
+  for (const std::int64_t border : borders()) {
+    SetUp();
+    put(border - 4, "aaaaaaaa");
+    write();
+    for (std::int64_t start = border - 6; start <= border + 5; ++start) {
+      const bool hasNext = start <= border + 1;
+      const HexSelection next{std::max(start, border - 4), 3};
+      EXPECT_EQ(search({"aaa"}, {start, kForward}), hasNext ? std::optional(next) : std::nullopt);
+      const bool hasLast = start >= border - 4;
+      const HexSelection last{std::min(start, border + 1), 3};
+      EXPECT_EQ(search({"aaa"}, {start, kBackward}), hasLast ? std::optional(last) : std::nullopt);
+    }
+  }
+}
+
+TEST_P(FileSearchPieces, preferTheLongerCandidateThoughItReachesIntoTheNext) {
+  for (const std::int64_t border : borders()) {
+    for (std::int64_t place = border - 6; place <= border + 1; ++place) {
+      if (place + 5 > size) continue;
+      SetUp();
+      put(place, "abcde");
+      write();
+      for (const bool forward : {kForward, kBackward}) {
+        const HexSelection match{place, 5};
+        EXPECT_EQ(search({"ab", "abcde", "abc"}, {{}, forward}), match);
+        EXPECT_EQ(search({"abcde", "ab"}, {place, forward}), match);
+      }
+    }
+  }
+}
+
+TEST_P(FileSearchPieces, takeTheNearestOfSeveralCandidates) {
+  for (const std::int64_t border : borders()) {
+    for (std::int64_t place = border - 6; place <= border + 1; ++place) {
+      if (place + 5 > size) continue;
+      SetUp();
+      put(place, "abcde");
+      write();
+      EXPECT_EQ(search({"bcde", "ab", "e"}, {{}, kForward}), (HexSelection{place, 2}));
+      EXPECT_EQ(search({"bcde", "ab"}, {{}, kBackward}), (HexSelection{place + 1, 4}));
+      EXPECT_EQ(search({"bcde", "ab"}, {place, kBackward}), (HexSelection{place, 2}));
+      EXPECT_EQ(search({"bcde", "ab"}, {place + 1, kForward}), (HexSelection{place + 1, 4}));
+    }
+  }
+}
+
+TEST_P(FileSearchPieces, takeTheFirstOrLastOfMatchesInAllOfThem) {
+  for (std::int64_t place = 3; place + 6 <= size; place += 7) put(place, "match.");
+  write();
+  const std::int64_t last = (size - 6 - 3) / 7 * 7 + 3;
+  // Often, as threads may be at work in any order.
+  for (int round = 0; round < 100; ++round) {
+    ASSERT_EQ(search({"match"}, {}), (HexSelection{3, 5}));
+    ASSERT_EQ(search({"match"}, {{}, kBackward}), (HexSelection{last, 5}));
+  }
+}
+
+TEST_P(FileSearchPieces, endWithTheFile) {
+  put(size - 5, "abcde");
+  write();
+  for (const bool forward : {kForward, kBackward}) {
+    EXPECT_EQ(search({"abcde"}, {{}, forward}), (HexSelection{size - 5, 5}));
+    EXPECT_EQ(search({"abcdef", "de"}, {{}, forward}), (HexSelection{size - 2, 2}));
+    EXPECT_EQ(search({"e"}, {{}, forward}), (HexSelection{size - 1, 1}));
+    EXPECT_EQ(search({"e."}, {{}, forward}), std::nullopt);
   }
 }
 

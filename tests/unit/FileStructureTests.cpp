@@ -16,6 +16,14 @@ using Bytes = std::vector<std::uint8_t>;
 const std::string kHead = "Detected structures:\n";
 const std::string kUnknown = kHead + "- Unknown / raw binary";
 
+std::string reportOn(std::span<const std::uint8_t> bytes) {
+  return detectFileStructure(bytes).report;
+}
+
+bool isKnown(std::span<const std::uint8_t> bytes) {
+  return detectFileStructure(bytes).isKnown;
+}
+
 struct Magic {
   Bytes bytes;
   std::string line;
@@ -45,15 +53,15 @@ const std::vector<Magic>& magics() {
 }
 
 TEST(FileStructure, isUnknownWithoutBytes) {
-  EXPECT_EQ(fileStructureReport({}), "Detected structures:\n- Unknown / raw binary");
+  EXPECT_EQ(reportOn({}), "Detected structures:\n- Unknown / raw binary");
 }
 
 TEST(FileStructure, knowsEveryMagic) {
   for (const Magic& magic : magics()) {
-    EXPECT_EQ(fileStructureReport(magic.bytes), kHead + magic.line);
+    EXPECT_EQ(reportOn(magic.bytes), kHead + magic.line);
     Bytes more = magic.bytes;
     more.resize(100);
-    EXPECT_EQ(fileStructureReport(more), kHead + magic.line);
+    EXPECT_EQ(reportOn(more), kHead + magic.line);
   }
 }
 
@@ -62,11 +70,11 @@ TEST(FileStructure, needsEveryByteOfAMagicAtTheStart) {
     for (std::size_t i = 0; i < magic.bytes.size(); ++i) {
       Bytes other = magic.bytes;
       other[i] ^= 0x20;
-      EXPECT_EQ(fileStructureReport(other), kUnknown) << magic.line << " " << i;
+      EXPECT_EQ(reportOn(other), kUnknown) << magic.line << " " << i;
     }
     Bytes later = magic.bytes;
     later.insert(later.begin(), 0x00);
-    EXPECT_EQ(fileStructureReport(later), kUnknown) << magic.line;
+    EXPECT_EQ(reportOn(later), kUnknown) << magic.line;
   }
 }
 
@@ -75,60 +83,59 @@ TEST(FileStructure, readsNoMoreThanThereIs) {
   for (const Magic& magic : magics()) {
     for (std::size_t size = 0; size < magic.bytes.size(); ++size) {
       const auto part = guarded.atEnd(std::span(magic.bytes).first(size));
-      EXPECT_EQ(fileStructureReport(part), kUnknown) << magic.line << " " << size;
+      EXPECT_EQ(reportOn(part), kUnknown) << magic.line << " " << size;
     }
   }
 }
 
 TEST(FileStructure, describesAcpiTables) {
-  EXPECT_EQ(fileStructureReport(acpiTable("SSDT", 36, 7, 0)),
+  EXPECT_EQ(reportOn(acpiTable("SSDT", 36, 7, 0)),
             kHead + "- ACPI table: SSDT, length 36, checksum valid");
-  EXPECT_EQ(fileStructureReport(acpiTable("DSDT", 1000, 7, 1)),
+  EXPECT_EQ(reportOn(acpiTable("DSDT", 1000, 7, 1)),
             kHead + "- ACPI table: DSDT, length 1000, checksum invalid");
-  EXPECT_EQ(fileStructureReport(acpiStructure("SSDT", 35, 36)), kUnknown);
-  EXPECT_EQ(fileStructureReport(acpiStructure("SSDT", 37, 36)), kUnknown);
+  EXPECT_EQ(reportOn(acpiStructure("SSDT", 35, 36)), kUnknown);
+  EXPECT_EQ(reportOn(acpiStructure("SSDT", 37, 36)), kUnknown);
 }
 
 TEST(FileStructure, describesAFacs) {
   const std::string malformed =
       kHead +
       "- ACPI FACS signature with a malformed or truncated structure (no SDT checksum field)";
-  EXPECT_EQ(fileStructureReport(acpiStructure("FACS", 64, 64)),
+  EXPECT_EQ(reportOn(acpiStructure("FACS", 64, 64)),
             kHead + "- ACPI FACS, length 64 bytes (no SDT checksum field)");
-  EXPECT_EQ(fileStructureReport(acpiStructure("FACS", 63, 64)), malformed);
-  EXPECT_EQ(fileStructureReport(acpiStructure("FACS", 65, 64)), malformed);
-  EXPECT_EQ(fileStructureReport(Bytes{'F', 'A', 'C', 'S'}), malformed);
-  EXPECT_EQ(fileStructureReport(Bytes{'F', 'A', 'C'}), kUnknown);
+  EXPECT_EQ(reportOn(acpiStructure("FACS", 63, 64)), malformed);
+  EXPECT_EQ(reportOn(acpiStructure("FACS", 65, 64)), malformed);
+  EXPECT_EQ(reportOn(Bytes{'F', 'A', 'C', 'S'}), malformed);
+  EXPECT_EQ(reportOn(Bytes{'F', 'A', 'C'}), kUnknown);
 }
 
 TEST(FileStructure, takesFacxForATable) {
-  EXPECT_EQ(fileStructureReport(acpiTable("FACX", 36, 7, 0)),
+  EXPECT_EQ(reportOn(acpiTable("FACX", 36, 7, 0)),
             kHead + "- ACPI table: FACX, length 36, checksum valid");
-  EXPECT_EQ(fileStructureReport(acpiStructure("FACX", 36, 35)), kUnknown);
+  EXPECT_EQ(reportOn(acpiStructure("FACX", 36, 35)), kUnknown);
 }
 
 TEST(FileStructure, hasALineForEveryMatch) {
-  EXPECT_EQ(fileStructureReport(acpiTable("MZ00", 36, 7, 0)),
+  EXPECT_EQ(reportOn(acpiTable("MZ00", 36, 7, 0)),
             kHead + "- PE/MZ executable\n- ACPI table: MZ00, length 36, checksum valid");
-  EXPECT_EQ(fileStructureReport(acpiTable("BMzz", 40, 7, 9)),
+  EXPECT_EQ(reportOn(acpiTable("BMzz", 40, 7, 9)),
             kHead + "- BMP image\n- ACPI table: BMzz, length 40, checksum invalid");
 }
 
 TEST(FileStructure, isKnownWhereTheReportNamesOne) {
-  EXPECT_FALSE(hasKnownStructure({}));
+  EXPECT_FALSE(isKnown({}));
   for (const Magic& magic : magics()) {
-    EXPECT_TRUE(hasKnownStructure(magic.bytes)) << magic.line;
-    EXPECT_FALSE(hasKnownStructure(std::span(magic.bytes).first(magic.bytes.size() - 1)))
-        << magic.line;
+    EXPECT_TRUE(isKnown(magic.bytes)) << magic.line;
+    EXPECT_FALSE(isKnown(std::span(magic.bytes).first(magic.bytes.size() - 1))) << magic.line;
     Bytes later = magic.bytes;
     later.insert(later.begin(), 0x00);
-    EXPECT_FALSE(hasKnownStructure(later)) << magic.line;
+    EXPECT_FALSE(isKnown(later)) << magic.line;
   }
-  EXPECT_TRUE(hasKnownStructure(acpiTable("SSDT", 36, 7, 0)));
-  EXPECT_TRUE(hasKnownStructure(acpiTable("SSDT", 36, 7, 1)));
-  EXPECT_FALSE(hasKnownStructure(acpiStructure("SSDT", 35, 36)));
-  EXPECT_TRUE(hasKnownStructure(acpiStructure("FACS", 64, 64)));
-  EXPECT_TRUE(hasKnownStructure(acpiStructure("FACS", 63, 64)));
+  EXPECT_TRUE(isKnown(acpiTable("SSDT", 36, 7, 0)));
+  EXPECT_TRUE(isKnown(acpiTable("SSDT", 36, 7, 1)));
+  EXPECT_FALSE(isKnown(acpiStructure("SSDT", 35, 36)));
+  EXPECT_TRUE(isKnown(acpiStructure("FACS", 64, 64)));
+  EXPECT_TRUE(isKnown(acpiStructure("FACS", 63, 64)));
 }
 
 }  // namespace

@@ -196,6 +196,38 @@ TEST(HexEditorGeometry, tellsTheVisibleRows) {
   EXPECT_EQ(geometry.visibleRows(5000, 6000, shape), (RowRange{10, 10}));
 }
 
+TEST(HexEditorGeometry, keepsTheRowOfAVisibleCaretInItsPlace) {
+  const HexDocumentShape shape{.byteCount = 1600, .bytesPerRow = 16};
+  const auto geometry = laidOut(shape);
+  // Row 10 has its top at 220.
+  const PlaceInView place = geometry.placeToKeep(150, 100, 165, shape);
+  EXPECT_EQ(place, (PlaceInView{.offset = 165, .distance = 70}));
+  EXPECT_EQ(geometry.scrollFor(place, 8), 20 * 21 - 70) << "offset 165 is in row 20";
+  EXPECT_EQ(geometry.scrollFor(place, 16), 150);
+  EXPECT_EQ(geometry.scrollFor(place, 32), 20 * 6 - 70) << "offset 165 is in row 5";
+}
+
+TEST(HexEditorGeometry, keepsTheFirstVisibleRowWhereTheCaretIsNot) {
+  const HexDocumentShape shape{.byteCount = 1600, .bytesPerRow = 16};
+  const auto geometry = laidOut(shape);
+  for (const std::int64_t caret : {0, 16 * 40}) {
+    const PlaceInView place = geometry.placeToKeep(225, 100, caret, shape);
+    EXPECT_EQ(place, (PlaceInView{.offset = 160, .distance = -5}));
+    EXPECT_EQ(geometry.scrollFor(place, 8), 20 * 21 + 5);
+    EXPECT_EQ(geometry.scrollFor(place, 32), 20 * 6 + 5);
+  }
+}
+
+TEST(HexEditorGeometry, hasAsMuchContextAsTheViewportHasRoomFor) {
+  const auto geometry = laidOut({.byteCount = 1600, .bytesPerRow = 16});
+  EXPECT_EQ(geometry.contextAround(400, 3), 60);
+  EXPECT_EQ(geometry.contextAround(140, 3), 60);
+  EXPECT_EQ(geometry.contextAround(139, 3), 40);
+  EXPECT_EQ(geometry.contextAround(60, 3), 20);
+  EXPECT_EQ(geometry.contextAround(59, 3), 0);
+  EXPECT_EQ(geometry.contextAround(0, 3), 0);
+}
+
 TEST(HexEditorGeometry, drawsNoRowsForNumbersThatAreNotFinite) {
   const HexDocumentShape shape{.byteCount = 160, .bytesPerRow = 16};
   const auto geometry = laidOut(shape);

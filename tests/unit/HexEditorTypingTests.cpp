@@ -118,6 +118,20 @@ TEST(HexEditorTyping, aSecondDigitPastTheEndCountsAsAFirst) {
   EXPECT_EQ(f.delegate->announced, (Edits{{1, 0, 1}}));
 }
 
+TEST(HexEditorTyping, aSecondDigitAfterAClickOnItIsAnnounced) {
+  EditorFixture f({0x11, 0x22});
+  f.state->mouseDown(f.hexPoint(1, 1));
+  f.state->mouseUp();
+  f.type("5");
+  EXPECT_EQ(f.bytes(), (Bytes{0x11, 0x25}));
+  EXPECT_EQ(f.delegate->announced, (Edits{{1, 1, 1}}));
+  EXPECT_EQ(f.delegate->unannouncedEdits, 0);
+  f.state->mouseDown(f.hexPoint(0, 1));
+  f.state->mouseUp();
+  f.type("1");
+  EXPECT_EQ(f.delegate->edits, 1);
+}
+
 TEST(HexEditorTyping, aMoveBetweenTheDigitsStartsANewByte) {
   EditorFixture f({0x11, 0x22});
   f.type("5");

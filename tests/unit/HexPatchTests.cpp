@@ -122,6 +122,53 @@ TEST(HexPatch, readsFieldsInAnyOrderAndCase) {
   EXPECT_THAT("QuillmorPatch 1\nOFF\u017FET 1\nDATA AA", kBadField);
 }
 
+TEST(HexPatch, readsKeysInLowerCase) {
+  const QuillmorPatch patch = parsed("QuillmorPatch 1\noffset 0x00001000\ndata de ad be ef\n");
+  EXPECT_EQ(patch.offset, 4096);
+  EXPECT_THAT(patch.data, ElementsAre(0xDE, 0xAD, 0xBE, 0xEF));
+  EXPECT_THAT("QuillmorPatch 1\noffset 1\nOFFSET 1\ndata AA", kBadOffset);
+  EXPECT_THAT("QuillmorPatch 1\noffset 1\ndata AA\nDATA AA", kBadData);
+}
+
+TEST(HexPatch, readsTheHeaderInItsOwnCaseOnly) {
+  for (const char* header : {"Quillmorpatch 1", "quillmorPatch 1", "quillmorpatch 1",
+                             "QUILLMORPATCH 1", "qUILLMORpATCH 1"}) {
+    EXPECT_THAT(std::string(header) + "\nOFFSET 1\nDATA AA", kBadHeader) << header;
+    EXPECT_THAT(std::string(header) + "\noffset 1\ndata aa\n", kBadHeader) << header;
+  }
+}
+
+TEST(HexPatch, rejectsKeysInLowerCaseThatAreOthers) {
+  for (const char* key : {"o", "offse", "offsets", "ofset", "ofsfet", "0ffset",
+                          "offset:", "offset=1", "length", "quillmorpatch"}) {
+    EXPECT_THAT(std::string("QuillmorPatch 1\n") + key + " 1\ndata aa", kBadField) << key;
+  }
+  for (const char* key : {"d", "dat", "datas", "date", "data:", "adat", "dataoffset", "bytes"}) {
+    EXPECT_THAT(std::string("QuillmorPatch 1\noffset 1\n") + key + " aa", kBadField) << key;
+  }
+}
+
+TEST(HexPatch, takesNoCharacterOfAKeyForAnother) {
+  const std::string before = "QuillmorPatch 1\n";
+  for (const std::string& key : {std::string("OFFSET"), std::string("DATA")}) {
+    const std::string other = key == "DATA" ? "\nOFFSET 1" : "\nDATA AA";
+    const std::string value = key == "DATA" ? " AA" : " 1";
+    for (std::size_t place = 0; place < key.size(); ++place) {
+      for (char character = 0x21; character < 0x7F; ++character) {
+        std::string changed = key;
+        changed[place] = character;
+        const bool isKey = character == key[place] || character == key[place] + ('a' - 'A');
+        const std::string text = before + changed + value + other;
+        if (isKey) {
+          EXPECT_NO_THROW(parsed(text)) << changed;
+        } else {
+          EXPECT_THAT(text, kBadField) << changed;
+        }
+      }
+    }
+  }
+}
+
 TEST(HexPatch, readsEveryFormOfOffsetAndBytes) {
   EXPECT_EQ(parsedFields("OFFSET 10\nDATA AA").offset, 10);
   EXPECT_EQ(parsedFields("OFFSET 1F\nDATA AA").offset, 31);

@@ -28,6 +28,14 @@ TEST(HexText, showsPrintableBytesAsThemselvesAndOthersAsADot) {
   }
 }
 
+TEST(HexText, showsNinetyFiveCharactersFromSpaceToTilde) {
+  std::string shown;
+  for (unsigned byte = 0x1F; byte <= 0x7F; ++byte) shown += printableASCIIByteStrings[byte];
+  EXPECT_EQ(shown,
+            ". !\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`"
+            "abcdefghijklmnopqrstuvwxyz{|}~.");
+}
+
 TEST(HexText, knowsTheValueOfEveryDigit) {
   const std::string digits = "0123456789abcdefABCDEF";
   for (int c = -128; c < 128; ++c) {

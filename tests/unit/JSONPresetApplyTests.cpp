@@ -401,5 +401,17 @@ TEST(JSONPresetReport, hasALineForEachRuleAndTheTotal) {
   EXPECT_EQ(jsonPresetReport({"Empty", {}}, {}), "Preset: Empty\n\nTotal: 0 replacement(s)");
 }
 
+TEST(JSONPresetReport, isNotForgedByNames) {
+  const std::string text = R"({"name": "T\n\nTotal: 9 replacement(s)\u001B[2J\u0000",
+      "rules": [{"name": "a\r\nb\u202e", "find": "41", "replace": "42"}]})";
+  const auto preset = JSONPatchPreset::parse(searchBytes(text));
+  JSONPresetResult result;
+  result.counts = {0};
+  EXPECT_EQ(jsonPresetReport(preset, result),
+            "Preset: T\\x0A\\x0ATotal: 9 replacement(s)\\x1B[2J\\x00\n"
+            "a\\x0D\\x0Ab\\u{202E}: 0 match(es)\n"
+            "\nTotal: 0 replacement(s)");
+}
+
 }  // namespace
 }  // namespace quillmor

@@ -87,6 +87,22 @@ TEST(LineKernels, agreeOnEveryByteInEveryPlace) {
   });
 }
 
+TEST(LineKernels, showTheCharactersFromSpaceToTilde) {
+  const Bytes bytes = {0x00, 0x1E, 0x1F, 0x20, 0x21, 0x22, 0x2E, 0x41, 0x7D, 0x7E, 0x7F, 0x80,
+                       0x81, 0x9F, 0xA0, 0xFF, 0xFF, 0xFE, 0xFD, 0x80, 0x7F, 0x7E, 0x7D, 0x61,
+                       0x5F, 0x40, 0x3F, 0x21, 0x20, 0x1F, 0x1E, 0x01, 0x20, 0x20, 0x7E, 0x7E,
+                       0x1F, 0x1F, 0x7F, 0x7F, 0x20, 0x20, 0x7E, 0x7E, 0x1F, 0x1F, 0x7F, 0x7F};
+  const std::string_view expected =
+      "00000000  00 1E 1F 20 21 22 2E 41 7D 7E 7F 80 81 9F A0 FF  |... !\".A}~......|\n"
+      "00000010  FF FE FD 80 7F 7E 7D 61 5F 40 3F 21 20 1F 1E 01  |.....~}a_@?! ...|\n"
+      "00000020  20 20 7E 7E 1F 1F 7F 7F 20 20 7E 7E 1F 1F 7F 7F  |  ~~....  ~~....|\n";
+  for (const LineKernels* kernels : availableLineKernels()) {
+    std::string text(expected.size(), '#');
+    kernels->hexDump(text.data(), bytes.data(), bytes.size() / kBytesPerLine, 0);
+    EXPECT_EQ(text, expected) << kernels->name;
+  }
+}
+
 TEST(LineKernels, agreeOnSumsOfAnySize) {
   forEachKernel([](const Case& lines, LineKernels::Lines kernel) {
     for (const std::uint8_t byte : Bytes{0x00, 0x0F, 0x10, 0x7F, 0x80, 0xF0, 0xFF}) {

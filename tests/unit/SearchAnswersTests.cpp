@@ -33,7 +33,7 @@ TEST(SearchAnswers, countWhatWasReplaced) {
 }
 
 TEST(SearchAnswers, knowWhenAPatternIsNowhere) {
-  EXPECT_EQ(kNoWildcardMatch, "No match found.");
+  EXPECT_EQ(kNoMatch, "No match found.");
 }
 
 TEST(SearchAnswers, takePatterns) {

@@ -1,8 +1,10 @@
 #include "fileaccess/SystemCalls.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -93,6 +95,46 @@ TEST_F(SystemCallsTest, givesRandomBytes) {
   EXPECT_NE(numbers[0], numbers[1]);
 }
 
+TEST_F(SystemCallsTest, duplicatesAndLocksDescriptors) {
+  folder.write("a", "");
+  const int first = real.open(path("a").c_str(), O_RDONLY, 0);
+  const int second = real.fcntl(first, F_DUPFD_CLOEXEC, 0);
+  EXPECT_EQ(::fcntl(second, F_GETFD), FD_CLOEXEC);
+  const int other = real.open(path("a").c_str(), O_RDONLY, 0);
+  EXPECT_EQ(real.flock(first, LOCK_EX | LOCK_NB), 0);
+  EXPECT_EQ(real.flock(second, LOCK_EX | LOCK_NB), 0);
+  EXPECT_EQ(real.flock(other, LOCK_EX | LOCK_NB), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  for (const int descriptor : {first, second, other}) EXPECT_EQ(real.close(descriptor), 0);
+}
+
+TEST_F(SystemCallsTest, listsADirectory) {
+  folder.write("a", "");
+  const int descriptor = real.open(folder.path().c_str(), O_RDONLY | O_DIRECTORY, 0);
+  alignas(dirent64) std::array<char, 4096> buffer{};
+  const ssize_t size = real.getdents64(descriptor, buffer.data(), buffer.size());
+  ASSERT_GT(size, 0);
+  EXPECT_NE(std::string_view(buffer.data(), static_cast<std::size_t>(size))
+                .find(std::string_view("a\0", 2)),
+            std::string_view::npos);
+  EXPECT_EQ(real.getdents64(descriptor, buffer.data(), buffer.size()), 0);
+  EXPECT_EQ(real.close(descriptor), 0);
+}
+
+TEST_F(SystemCallsTest, changesOwnersAndAttributes) {
+  folder.write("a", "");
+  const int descriptor = real.open(path("a").c_str(), O_RDWR, 0);
+  EXPECT_EQ(real.fchown(descriptor, ::geteuid(), ::getegid()), 0);
+  std::array<char, 8> value{};
+  const bool isSet = real.fsetxattr(descriptor, "user.test", "abc", 3, 0) == 0;
+  EXPECT_TRUE(isSet || errno == EOPNOTSUPP);
+  EXPECT_EQ(real.lgetxattr(path("a").c_str(), "user.test", value.data(), value.size()),
+            isSet ? 3 : -1);
+  real.fremovexattr(descriptor, "user.test");
+  EXPECT_EQ(real.lgetxattr(path("a").c_str(), "user.test", value.data(), value.size()), -1);
+  EXPECT_EQ(real.close(descriptor), 0);
+}
+
 TEST_F(SystemCallsTest, areReplacedForAScopeAndScopesNest) {
   SystemCalls& usual = SystemCalls::current();
   SystemCalls outer;
@@ -112,6 +154,7 @@ TEST(LastSystemError, takesTheNumberOfTheCall) {
   errno = ENOSPC;
   const Error error = lastSystemError("No room.");
   EXPECT_THAT(error, test::isError(ErrorDomain::posix, ENOSPC, "No room."));
+  EXPECT_EQ(error.reason(), "No space left on device");
   errno = EACCES;
   EXPECT_EQ(lastSystemError().code(), EACCES);
 }
@@ -225,6 +268,17 @@ TEST_F(UuidTest, hasItsStandardForm) {
     seen.insert(uuid);
   }
   EXPECT_EQ(seen.size(), 100U);
+}
+
+TEST_F(UuidTest, isTold) {
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(isUuid(makeUuid()));
+  EXPECT_TRUE(isUuid("01234567-89AB-4DEF-8123-456789ABCDEF"));
+  for (const char* text :
+       {"", "01234567-89AB-4DEF-8123-456789ABCDE", "01234567-89AB-4DEF-8123-456789ABCDEF0",
+        "01234567-89ab-4DEF-8123-456789ABCDEF", "01234567-89AB-1DEF-8123-456789ABCDEF",
+        "01234567-89AB-4DEF-C123-456789ABCDEF", "0123456789AB-4DEF-8123-456789ABCDEF-",
+        "G1234567-89AB-4DEF-8123-456789ABCDEF"})
+    EXPECT_FALSE(isUuid(text)) << text;
 }
 
 TEST_F(UuidTest, isFilledHoweverFewBytesComeAtATime) {

@@ -94,6 +94,43 @@ TEST_F(WindowClipboard, cutRemovesWhatItPublished) {
   EXPECT_EQ(editor.text(), "abcde");
 }
 
+TEST_F(WindowClipboard, undoingACutBringsCaretAndSelectionBack) {
+  auto editor = editorWithSelection("abcdef", {1, 3});
+  editor.editor().setCaretOffset(3);
+  editor->cut();
+  editor->undo();
+  EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 3}));
+  EXPECT_EQ(editor.editor().caretOffset(), 3);
+  editor.editor().setSelection({});
+  editor->cut();
+  EXPECT_EQ(editor.text(), "abcef");
+  EXPECT_EQ(editor.editor().selection(), HexSelection());
+  editor->undo();
+  EXPECT_EQ(editor.text(), "abcdef");
+  EXPECT_EQ(editor.editor().selection(), HexSelection()) << "nothing was selected";
+  EXPECT_EQ(editor.editor().caretOffset(), 3);
+}
+
+TEST_F(WindowClipboard, cutInTheBackgroundRemovesWhatItPublishedWhateverIsSelectedMeanwhile) {
+  std::string content(backgroundEditThresholdBytes + 2, 'a');
+  content.front() = 'x';
+  content.back() = 'z';
+  const HexSelection selection{1, backgroundEditThresholdBytes};
+  auto editor = editorWithSelection(content, selection);
+  editor.editor().setCaretOffset(backgroundEditThresholdBytes);
+  editor->cut();
+  ASSERT_TRUE(editor->isBusy());
+  editor->perform("forwardSelectAll:");
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "xz");
+  EXPECT_EQ(platform.pasteboard.heldBytes->size(), backgroundEditThresholdBytes);
+  EXPECT_EQ(editor.editor().caretOffset(), 1);
+  editor->undo();
+  EXPECT_EQ(editor.text(), content);
+  EXPECT_EQ(editor.editor().selection(), selection);
+  EXPECT_EQ(editor.editor().caretOffset(), backgroundEditThresholdBytes);
+}
+
 TEST_F(WindowClipboard, cutRemovesNothingThatThePasteboardRefused) {
   auto editor = editorWithSelection("abcdef", {1, 3});
   platform.pasteboard.refuses = true;
@@ -261,9 +298,26 @@ TEST_F(WindowClipboard, refusesTextOverTheLimit) {
                          "16777216 bytes.");
   paste(editor, std::string(maxClipboardTextSourceBytes + 1, 'x'));
   EXPECT_EQ(editor.text(), "abc");
-  paste(editor, std::string(maxClipboardTextSourceBytes, 'x'));
+  for (const std::int64_t count : {maxClipboardTextSourceBytes - 1, maxClipboardTextSourceBytes}) {
+    editor->selectAll();
+    paste(editor, std::string(static_cast<std::size_t>(count), 'x'));
+    platform.executor.runAll();
+    EXPECT_EQ(editor.document->storage()->count(), count);
+  }
+}
+
+TEST_F(WindowClipboard, takesHexTextOfAsManyCharactersAsOneCommandMayRead) {
+  // Up to the limit the characters may be digits of bytes; longer text is its own bytes.
+  for (const std::int64_t count : {maxTextInputCharacters - 2, maxTextInputCharacters}) {
+    auto editor = makeEditor();
+    paste(editor, std::string(static_cast<std::size_t>(count), '0'));
+    platform.executor.runAll();
+    EXPECT_EQ(editor.document->storage()->count(), count / 2);
+  }
+  auto editor = makeEditor();
+  paste(editor, std::string(static_cast<std::size_t>(maxTextInputCharacters + 2), '0'));
   platform.executor.runAll();
-  EXPECT_EQ(editor.document->storage()->count(), maxClipboardTextSourceBytes);
+  EXPECT_EQ(editor.document->storage()->count(), maxTextInputCharacters + 2);
 }
 
 TEST_F(WindowClipboard, readsLongTextInTheBackground) {
@@ -303,6 +357,16 @@ TEST_F(WindowClipboard, refusesToPasteOverTheDocumentLimit) {
   platform.alerts.expect("Paste", refused);
   paste(editor, "xy");
   EXPECT_EQ(editor.text(), "WXYZcuvw");
+}
+
+TEST_F(WindowClipboard, pastesAsManyBytesAsOneCommandMayMake) {
+  auto editor = makeEditor();
+  for (const std::int64_t count : {maxGeneratedInputBytes - 1, maxGeneratedInputBytes}) {
+    editor->selectAll();
+    platform.pasteboard.heldBytes = ByteBuffer::uninitialized(count);
+    editor->paste();
+    EXPECT_EQ(editor.document->storage()->count(), count);
+  }
 }
 
 TEST_F(WindowClipboard, refusesMoreBytesThanOneCommandMayMake) {

@@ -86,6 +86,23 @@ TEST_F(WindowExports, sayWhereTheirFilesAre) {
   }
 }
 
+TEST_F(WindowExports, nameTheirFilesVisibly) {
+  const std::string name = "o\nSaved: x\xE2\x81\xA7\xFF";
+  const std::string shown = "o\\x0ASaved: x\\u{2067}\\xFF";
+  auto editor = makeEditor("abcdefgh");
+  platform.filePanels.saveAnswers = {folder.location(name)};
+  editor->exportHexDump();
+  platform.alerts.expect("Export Hex Dump", "Saved: " + folder.path().string() + "/" + shown);
+  platform.executor.runAll();
+  EXPECT_EQ(folder.names(), std::vector<std::string>{name});
+
+  auto opened = openEditor(folder.location(name));
+  platform.filePanels.saveAnswers = {folder.location(name)};
+  opened->exportHexDump();
+  platform.alerts.expect("Export Hex Dump Failed", overwrites(shown));
+  platform.executor.runAll();
+}
+
 TEST_F(WindowExports, sayWhyTheyFailed) {
   folder.write("other", "abcdEfgh");
   for (const ExportCase& exported : kExports) {
@@ -261,9 +278,9 @@ TEST_F(WindowExports, askForTheLengthOfStrings) {
 TEST_F(WindowExports, refuseStringsOfNoLength) {
   auto editor = makeEditor("abc");
   for (const char* length : {"0", "-1", "many", "", "9223372036854775808"}) {
-    platform.alerts.expect("Export ASCII Strings", "Minimum printable ASCII string length.", "OK",
-                           {length});
-    platform.alerts.expect("Export ASCII Strings", "Enter a number of 1 or more.");
+    platform.alerts.expectRefusedAnswer("Export ASCII Strings",
+                                        "Minimum printable ASCII string length.", "OK", {length},
+                                        "Enter a number of 1 or more.");
     editor->exportASCIIStrings();
   }
   platform.alerts.expect("Export ASCII Strings", "Minimum printable ASCII string length.", "Cancel",

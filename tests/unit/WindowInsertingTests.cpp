@@ -88,15 +88,15 @@ TEST_F(WindowInserting, insertsAFillWhereNothingIsSelected) {
 TEST_F(WindowInserting, refusesFillsWithoutLength) {
   auto editor = makeEditor("abc");
   for (const char* length : {"0", "-1"}) {
-    platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", length});
-    platform.alerts.expect("Fill Selection", "Length must be greater than zero.");
+    platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
+                                        {"", "0x00", length}, "Length must be greater than zero.");
     editor->fillSelection();
   }
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", "many"});
-  platform.alerts.expect("Fill Selection", "Enter a valid length.");
+  platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
+                                      {"", "0x00", "many"}, "Enter a valid length.");
   editor->fillSelection();
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "", "1"});
-  platform.alerts.expect("Fill Selection", "Enter a valid byte pattern.");
+  platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK", {"", "", "1"},
+                                      "Enter a valid byte pattern.");
   editor->fillSelection();
   platform.alerts.expect("Fill Selection", kFillInsertQuestion, "Cancel", {"", "0x00", "1"});
   editor->fillSelection();
@@ -172,14 +172,14 @@ TEST_F(WindowInserting, insertsBytesAndMovesBookmarks) {
 
 TEST_F(WindowInserting, saysWhenNothingWouldBeInserted) {
   auto editor = makeEditor("abc");
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "0"});
-  platform.alerts.expect("Insert Bytes", "No bytes were generated.");
+  platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "0"},
+                                      "No bytes were generated.");
   editor->insertBytes();
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "-1"});
-  platform.alerts.expect("Insert Bytes", "Enter a valid repeat count.");
+  platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "-1"},
+                                      "Enter a valid repeat count.");
   editor->insertBytes();
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "x"});
-  platform.alerts.expect("Insert Bytes", "Enter a valid repeat count.");
+  platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "x"},
+                                      "Enter a valid repeat count.");
   editor->insertBytes();
   platform.alerts.expect("Insert Bytes", kInsertQuestion, "Cancel", {"", "0x00", "1"});
   editor->insertBytes();
@@ -194,22 +194,22 @@ TEST_F(WindowInserting, refusesTooMuchBeforeTakingMemory) {
       {"134217729", "268435458"},
   };
   for (const auto& [count, total] : tooMany) {
-    platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00 01", count});
-    platform.alerts.expect("Insert Bytes",
-                           "Requested operation would generate " + std::string(total) +
-                               " byte(s). The safety limit is 268435456 bytes to avoid memory "
-                               "pressure.");
+    platform.alerts.expectRefusedAnswer(
+        "Insert Bytes", kInsertQuestion, "OK", {"", "00 01", count},
+        "Requested operation would generate " + std::string(total) +
+            " byte(s). The safety limit is 268435456 bytes to avoid memory "
+            "pressure.");
     const NoMoreAddressSpace none;
     editor->insertBytes();
   }
   editor.editor().setMaximumByteCount(6);
   const char* refused =
       "The resulting document would exceed Quillmor's safe in-memory document limit of 6 bytes.";
-  platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "00 01", "2"});
-  platform.alerts.expect("Insert Bytes", refused);
+  platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "00 01", "2"},
+                                      refused);
   editor->insertBytes();
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", "4"});
-  platform.alerts.expect("Fill Selection", refused);
+  platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
+                                      {"", "0x00", "4"}, refused);
   editor->fillSelection();
   EXPECT_EQ(editor.text(), "abc");
   insertFill(editor, "0x2E", "3");

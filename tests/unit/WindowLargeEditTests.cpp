@@ -145,6 +145,20 @@ TEST_F(WindowLargeEdits, cropALargerDocumentWithoutAStep) {
   EXPECT_EQ(editor.editor().caretOffset(), 0);
 }
 
+TEST_F(WindowLargeEdits, markADocumentThatWasCroppedWithoutAStep) {
+  auto editor = editorOf(kUndoLimit + 1, {0, 3});
+  EXPECT_FALSE(editor.window->isEdited);
+  crop(editor, 3);
+  EXPECT_EQ(editor.text(), "aaa");
+  EXPECT_FALSE(undoOf(editor).canUndo());
+  EXPECT_TRUE(editor.document->isDocumentEdited());
+  EXPECT_TRUE(editor.window->isEdited);
+  typeOneByte(editor, 0);
+  editor->undo();
+  EXPECT_EQ(editor.text(), "aaa");
+  EXPECT_TRUE(editor.document->isDocumentEdited()) << "the file holds more";
+}
+
 class WindowSmallEdits : public WindowLargeEdits {
  protected:
   static constexpr std::int64_t kLength = backgroundEditThresholdBytes - 1;

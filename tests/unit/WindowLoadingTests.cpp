@@ -1,6 +1,7 @@
 // Loading a file into a window: what is shown meanwhile, what is refused and how, and that one file
 // is never open in two windows.
 
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -61,6 +62,37 @@ TEST_F(WindowLoading, showsTheFileItOpensAndRefusesInputMeanwhile) {
   EXPECT_FALSE(editor.window->isEdited);
   EXPECT_EQ(editor.window->statusText,
             "Size: 5 bytes  |  Offset: 0x00000000  |  Mode: Overwrite  |  Selection: 0");
+}
+
+TEST_F(WindowLoading, namesAreShownVisiblyAndUsedAsTheyAre) {
+  const std::string name = "a\nb\xE2\x80\xAE\xFF\\.bin";
+  const std::string shown = "a\\x0Ab\\u{202E}\\xFF\\.bin";
+  const auto file = folder.write(name, "hello");
+  auto editor = makeEditor();
+  editor->openURLInCurrentWindow(file, [](auto) {});
+  EXPECT_EQ(editor.window->statusText, "Opening " + shown);
+  platform.executor.runAll();
+  EXPECT_EQ(editor.window->title, shown);
+  EXPECT_EQ(editor.window->represented, file);
+
+  platform.alerts.expect("Reload from Disk", "Reloaded: " + shown);
+  editor->reloadFromDisk();
+  platform.executor.runAll();
+
+  type(editor, "j");
+  platform.alerts.expect(
+      "Revert Changes?",
+      "Discard unsaved changes to " + shown + " and reload the version currently on disk?",
+      "Cancel");
+  editor->revertDocument();
+  editor->saveDocument();
+  platform.executor.runAll();
+  EXPECT_THAT(editor.window->statusHistory, testing::Contains("Saving " + shown));
+  EXPECT_NE(folder.read(name), "hello");
+
+  platform.filePanels.saveAnswers = {std::nullopt};
+  editor->saveDocumentAs();
+  EXPECT_THAT(platform.filePanels.suggestedNames, testing::ElementsAre(name));
 }
 
 TEST_F(WindowLoading, refusesADirectory) {

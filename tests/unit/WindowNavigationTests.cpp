@@ -81,11 +81,46 @@ TEST_F(WindowNavigation, goesNowhereOnCancelOrAnAnswerThatIsNoOffset) {
   goTo("5", "Cancel");
   expectUnmoved();
   for (const char* answer : {"", "xyz", "-1", "-0x10", "0x", "99999999999999999999", "1 2"}) {
-    platform.alerts.expect("Go to Offset", kGoToText, "OK", {answer});
-    platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+    platform.alerts.expectRefusedAnswer("Go to Offset", kGoToText, "OK", {answer},
+                                        "Enter a valid offset.");
     editor->goToOffset();
     expectUnmoved();
   }
+}
+
+TEST_F(WindowNavigation, asksAgainWithWhatWasTypedUntilTheAnswerIsAnOffset) {
+  platform.alerts.expect("Go to Offset", kGoToText, "OK", {"0x1G"});
+  platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+  platform.alerts.expect("Go to Offset", kGoToText, "OK", {"-16"});
+  platform.alerts.expect("Go to Offset", "Enter a valid offset.");
+  goTo("0x10");
+  expectPlace(16, {});
+  ASSERT_EQ(platform.alerts.shown().size(), 5U);
+  EXPECT_EQ(platform.alerts.shown()[2].fields.at(0).text, "0x1G");
+  EXPECT_EQ(platform.alerts.shown()[4].fields.at(0).text, "-16");
+}
+
+TEST_F(WindowNavigation, putsTheFocusIntoTheRefusedField) {
+  platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", {"0x10", "many"},
+                                      "Enter a valid start offset and length.");
+  editor->selectRange();
+  EXPECT_EQ(platform.alerts.shown().back().focusedField, 1U);
+  platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", {"here", "many"},
+                                      "Enter a valid start offset and length.");
+  editor->selectRange();
+  EXPECT_EQ(platform.alerts.shown().back().focusedField, 0U);
+}
+
+TEST_F(WindowNavigation, saysHowOffsetsAndLengthsWillBeRead) {
+  goTo("1", "Cancel");
+  const auto offsetNote = platform.alerts.shown().back().fields.at(0).note;
+  EXPECT_EQ(offsetNote({.texts = {"1000h"}, .selectedChoices = {0}}), "0x00001000 (4096)");
+  platform.alerts.expect("Select Range", kRangeText, "Cancel", {"1", "2"});
+  editor->selectRange();
+  const auto& range = platform.alerts.shown().back().fields;
+  const AlertResponse typed{.texts = {"0x10", "1F"}, .selectedChoices = {0, 0}};
+  EXPECT_EQ(range.at(0).note(typed), "0x00000010 (16)");
+  EXPECT_EQ(range.at(1).note(typed), "31 (0x1F)");
 }
 
 TEST_F(WindowNavigation, measuresTheDocumentAfterTheQuestion) {
@@ -122,8 +157,8 @@ TEST_F(WindowNavigation, selectsNothingOnCancelOrAnAnswerThatIsNoRange) {
   const std::vector<std::string> answers[] = {
       {"", ""}, {"1", ""}, {"", "1"}, {"-1", "4"}, {"1", "-4"}, {"1", "99999999999999999999"}};
   for (const auto& answer : answers) {
-    platform.alerts.expect("Select Range", kRangeText, "OK", answer);
-    platform.alerts.expect("Select Range", "Enter a valid start offset and length.");
+    platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", answer,
+                                        "Enter a valid start offset and length.");
     editor->selectRange();
     expectUnmoved();
   }

@@ -90,13 +90,12 @@ TEST_F(WindowReports, refuseRangesThatAreNone) {
   auto editor = makeEditor("abc");
   const std::vector<std::vector<std::string>> negative{{"-1", "1"}, {"0", "-1"}, {"0x-1", "-1"}};
   for (const auto& answers : negative) {
-    platform.alerts.expect("Checksum Range", kQuestion, "OK", answers);
-    platform.alerts.expect("Checksum Range",
-                           "Start offset and length must be non-negative values.");
+    platform.alerts.expectRefusedAnswer("Checksum Range", kQuestion, "OK", answers,
+                                        "Start offset and length must be non-negative values.");
     editor->checksumRange();
   }
-  platform.alerts.expect("Checksum Range", kQuestion, "OK", {"x", "-1"});
-  platform.alerts.expect("Checksum Range", "Enter a valid start offset and length.");
+  platform.alerts.expectRefusedAnswer("Checksum Range", kQuestion, "OK", {"x", "-1"},
+                                      "Enter a valid start offset and length.");
   editor->checksumRange();
   platform.alerts.expect("Checksum Range", kQuestion, "Cancel", {"0", "1"});
   editor->checksumRange();

@@ -343,9 +343,9 @@ TEST_F(WindowWildcardSearch, cancelDoesNothing) {
 TEST_F(WindowWildcardSearch, refusesInvalidPatterns) {
   auto editor = makeEditor("abc");
   for (const char* pattern : {"", " ", "AA-BB", "0xAA", "A", "?", "A?", "?? G0"}) {
-    platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK",
-                           {pattern});
-    platform.alerts.expect(kTitle, "Invalid pattern. Use byte tokens such as DE AD ?? EF.");
+    platform.alerts.expectRefusedAnswer(
+        kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK", {pattern},
+        "Invalid pattern. Use byte tokens such as DE AD ?? EF.");
     editor->findWildcardMask();
     EXPECT_FALSE(editor->isBusy()) << pattern;
   }
@@ -363,8 +363,8 @@ TEST_F(WindowWildcardSearch, refusesPatternsTooLarge) {
   platform.executor.runAll();
   expectSelected(editor, 0, 1);
 
-  platform.alerts.expect(kTitle, question, "OK", {largest + " "});
-  platform.alerts.expect(kTitle, "Pattern is too large to process safely.");
+  platform.alerts.expectRefusedAnswer(kTitle, question, "OK", {largest + " "},
+                                      "Pattern is too large to process safely.");
   editor->findWildcardMask();
   EXPECT_FALSE(editor->isBusy());
 }

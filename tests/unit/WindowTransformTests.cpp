@@ -92,6 +92,29 @@ TEST_F(WindowTransforms, swapGroupsOfFour) {
   EXPECT_EQ(editor.text(), "dhabcgfe");
 }
 
+TEST_F(WindowTransforms, speakOfLeftBytesOnlyWhenOthersWereSwapped) {
+  auto equal = editorWithSelection("aaaaabc", {0, 5});
+  equal->swapSelection16();
+  equal->swapSelection32();
+  EXPECT_EQ(equal.text(), "aaaaabc");
+  EXPECT_FALSE(equal.document->undoManager().canUndo());
+  std::string content;
+  for (std::int64_t i = 0; i <= backgroundEditThresholdBytes; ++i) content += i % 2 ? 'b' : 'a';
+  auto large = editorWithSelection(content, {0, backgroundEditThresholdBytes + 1});
+  large->swapSelection16();
+  ASSERT_TRUE(large->isBusy());
+  large->stopCurrentOperation();
+  platform.executor.runAll();
+  EXPECT_EQ(large.text(), content);
+  EXPECT_TRUE(platform.alerts.shown().empty());
+  platform.alerts.expect("Swap Selection 16-bit Endian",
+                         "Completed. 1 trailing byte(s) were left unchanged because the selection "
+                         "length is not divisible by 2.");
+  large->swapSelection16();
+  platform.executor.runAll();
+  EXPECT_NE(large.text(), content);
+}
+
 TEST_F(WindowTransforms, refuseSelectionsShorterThanAGroup) {
   auto editor = editorWithSelection("abc", {0, 3});
   platform.alerts.expect("Swap Selection 32-bit Endian",
@@ -122,13 +145,14 @@ TEST_F(WindowTransforms, combineWithAPatternThatStartsAtTheSelection) {
   expectPlace(editor, 1, {1, 5});
 }
 
-TEST_F(WindowTransforms, offerThreeWaysToTypeAPattern) {
+TEST_F(WindowTransforms, offerTwoWaysToTypeAPattern) {
   auto editor = editorWithSelection("abc", {0, 3});
   expectPattern("XOR Selection", "x", "Cancel");
   editor->xorSelection();
   const auto& fields = platform.alerts.shown()[0].fields;
   ASSERT_EQ(fields.size(), 2U);
-  EXPECT_EQ(fields[0].choices, (std::vector<std::string>{"Auto", "Hex", "Text"}));
+  EXPECT_EQ(fields[0].choices, (std::vector<std::string>{"Hex", "Text"}));
+  EXPECT_EQ(fields[0].selectedChoice, 0U);
   EXPECT_EQ(editor.text(), "abc");
 }
 
@@ -142,10 +166,54 @@ TEST_F(WindowTransforms, thatChangeNothingRecordNothing) {
 
 TEST_F(WindowTransforms, sayThatAPatternIsNone) {
   auto editor = editorWithSelection("abc", {0, 3});
-  expectPattern("OR Selection", "");
-  platform.alerts.expect("OR Selection", "Enter a valid byte pattern.");
-  editor->orSelection();
+  for (const char* pattern : {"", "xyz", "FFF", "0x", "F F0F"}) {
+    platform.alerts.expectRefusedAnswer("OR Selection", kPatternMessage, "OK", {"", pattern},
+                                        "Enter a valid byte pattern.");
+    editor->orSelection();
+  }
   EXPECT_EQ(editor.text(), "abc");
+}
+
+TEST_F(WindowTransforms, readOneUnbrokenWordAsHexadecimal) {
+  const std::pair<const char*, std::string> readings[] = {
+      {"FF", "\xFF\xFF"}, {"a5", "\xA5\xA5"},      {"0xFF", "\xFF\xFF"},
+      {"F", "\x0F\x0F"},  {"FF00", {"\xFF\0", 2}}, {"FF 01", "\xFF\x01"},
+  };
+  for (const auto& [typed, expected] : readings) {
+    auto editor = editorWithSelection(std::string(2, '\0'), {0, 2});
+    expectPattern("OR Selection", typed);
+    editor->orSelection();
+    EXPECT_EQ(editor.text(), expected) << typed;
+  }
+  auto inverted = editorWithSelection("ab", {0, 2});
+  expectPattern("XOR Selection", "FF");
+  inverted->xorSelection();
+  EXPECT_EQ(inverted.text(), "\x9E\x9D");
+  auto kept = editorWithSelection("ab", {0, 2});
+  expectPattern("AND Selection", "0F");
+  kept->andSelection();
+  EXPECT_EQ(kept.text(), "\x01\x02");
+}
+
+TEST_F(WindowTransforms, readTextOnlyWhenTheUserSaysSo) {
+  auto editor = editorWithSelection(std::string(2, '\0'), {0, 2});
+  expectPattern("XOR Selection", "FF");
+  platform.alerts.chooseInNext(0, 1);
+  editor->xorSelection();
+  EXPECT_EQ(editor.text(), "FF");
+}
+
+TEST_F(WindowTransforms, sayHowThePatternWillBeRead) {
+  auto editor = editorWithSelection("abc", {0, 3});
+  expectPattern("XOR Selection", "", "Cancel");
+  editor->xorSelection();
+  const auto note = [&](const std::string& typed, std::size_t mode) {
+    return platform.alerts.shown()[0].fields.at(1).note(
+        {.texts = {"", typed}, .selectedChoices = {mode, 0}});
+  };
+  EXPECT_EQ(note("FF", 0), "1 byte: FF");
+  EXPECT_EQ(note("FF", 1), "text, 2 bytes: 46 46");
+  EXPECT_EQ(note("xyz", 0), "not hexadecimal bytes");
 }
 
 TEST_F(WindowTransforms, refuseWhileBusyAndWithoutASelection) {

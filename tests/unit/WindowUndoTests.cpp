@@ -106,20 +106,46 @@ TEST_F(WindowUndo, recordsNothingForBytesPastedOverThemselves) {
   EXPECT_FALSE(editor.window->isEdited);
 }
 
-TEST_F(WindowUndo, marksADocumentWhoseByteChangedBehindAClickOnItsSecondDigit) {
+TEST_F(WindowUndo, takesBackADigitTypedAfterAClickOnIt) {
   auto editor = openWith("hello");
   clickOnSecondDigit(editor, 1);
   typeHex(editor, "f");
   EXPECT_EQ(editor.text(), "hollo");
   EXPECT_TRUE(editor.window->isEdited);
-  // No step takes this back, so no step may make the document look saved.
   type(editor, "x");
   editor->undo();
   EXPECT_EQ(editor.text(), "hollo");
   EXPECT_TRUE(editor.window->isEdited);
-  save(editor);
+  editor->undo();
+  EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
+  EXPECT_EQ(editor.editor().caretOffset(), 1);
+  editor->redo();
+  EXPECT_EQ(editor.text(), "hollo");
+  save(editor);
   EXPECT_EQ(folder.read("data.bin"), "hollo");
+}
+
+TEST_F(WindowUndo, recordsNothingForTheDigitThatIsThereAfterAClickOnIt) {
+  auto editor = openWith("hello");
+  clickOnSecondDigit(editor, 1);
+  typeHex(editor, "5");
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(WindowUndo, takesBackASecondDigitThatForwardDeleteHasPutUnderTheCaret) {
+  auto editor = openWith("hello");
+  typeHex(editor, "4");
+  editor->deleteSelection();
+  EXPECT_EQ(editor.text(), "ello");
+  typeHex(editor, "f");
+  EXPECT_EQ(editor.text(), "ollo");
+  editor->undo();
+  editor->undo();
+  editor->undo();
+  EXPECT_EQ(editor.text(), "hello");
+  EXPECT_FALSE(editor.window->isEdited);
 }
 
 TEST_F(WindowUndo, marksADocumentSavedBetweenTwoDigits) {

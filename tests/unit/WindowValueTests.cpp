@@ -104,21 +104,51 @@ TEST_F(WindowValues, outOfTheTypesRangeAreRefused) {
       {0, "0x1FF"}, {0, "-1"}, {0, ""}, {1, "65536"}, {3, "4294967296"}, {5, "\xC3\xA9"}, {5, "AB"},
   };
   for (const auto& [type, value] : wrong) {
-    platform.alerts.expect(kEdit, kEditMessage, "Apply", {"", value});
+    platform.alerts.expectRefusedAnswer(kEdit, kEditMessage, "Apply", {"", value},
+                                        "Invalid value for selected type.");
     platform.alerts.chooseInNext(0, type);
-    platform.alerts.expect(kEdit, "Invalid value for selected type.");
     editor->editCurrentValue();
   }
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
 }
 
+TEST_F(WindowValues, keepTheTypeAndTheTextOfARefusedAnswer) {
+  auto editor = makeEditor("abcdef");
+  platform.alerts.expect(kEdit, kEditMessage, "Apply", {"", "70000"});
+  platform.alerts.chooseInNext(0, 2);
+  platform.alerts.expect(kEdit, "Invalid value for selected type.");
+  platform.alerts.expect(kEdit, kEditMessage, "Apply", {"", "0x7A7B"});
+  editor->editCurrentValue();
+  const Alert& again = platform.alerts.shown()[2];
+  EXPECT_EQ(again.fields[0].selectedChoice, 2U);
+  EXPECT_EQ(again.fields[1].text, "70000");
+  EXPECT_EQ(again.focusedField, 1U);
+}
+
+TEST_F(WindowValues, areShownAsBytesWhileTheyAreTyped) {
+  auto editor = makeEditor("abcdef");
+  edit(editor, 0, "1", "Cancel");
+  const auto note = [&](const std::string& typed, std::size_t type) {
+    return platform.alerts.shown()[0].fields.at(1).note(
+        {.texts = {"", typed}, .selectedChoices = {type, 0}});
+  };
+  EXPECT_EQ(note("0x11223344", 3), "4 bytes: 44 33 22 11");
+  EXPECT_EQ(note("0x11223344", 4), "4 bytes: 11 22 33 44");
+  EXPECT_EQ(note("256", 0), "not a value of this type");
+  EXPECT_EQ(note("", 0), "");
+  editBits(editor, "1", "Cancel");
+  const auto bits = platform.alerts.shown()[1].fields.at(0).note;
+  EXPECT_EQ(bits({.texts = {"11110000"}, .selectedChoices = {0}}), "1 byte: F0");
+  EXPECT_EQ(bits({.texts = {"1111000"}, .selectedChoices = {0}}), "not 8 bits");
+}
+
 TEST_F(WindowValues, thatDoNotFitBeforeTheEndAreRefused) {
   auto editor = makeEditor("ab");
   editor.editor().setCaretOffset(1);
-  platform.alerts.expect(kEdit, kEditMessage, "Apply", {"", "1"});
+  platform.alerts.expectRefusedAnswer(kEdit, kEditMessage, "Apply", {"", "1"},
+                                      "Selected type does not fit before EOF.");
   platform.alerts.chooseInNext(0, 1);
-  platform.alerts.expect(kEdit, "Selected type does not fit before EOF.");
   editor->editCurrentValue();
   EXPECT_EQ(editor.text(), "ab");
 }
@@ -169,13 +199,12 @@ TEST_F(WindowValues, canBeEditedBitByBit) {
 TEST_F(WindowValues, wrongBitsAreRefused) {
   auto editor = makeEditor("ab");
   for (const char* bits : {"", "0", "0000000", "0000000x", "1111 111"}) {
-    platform.alerts.expect(kBits, kBitsMessage, "OK", {bits});
-    platform.alerts.expect(kBits, "Invalid bit string. Enter exactly 8 bits.");
+    platform.alerts.expectRefusedAnswer(kBits, kBitsMessage, "OK", {bits},
+                                        "Invalid bit string. Enter exactly 8 bits.");
     editor->bitEditor();
   }
   for (const std::string& bits : {std::string("000000000"), std::string(10'000, '1')}) {
-    platform.alerts.expect(kBits, kBitsMessage, "OK", {bits});
-    platform.alerts.expect(kBits, "Input is too large.");
+    platform.alerts.expectRefusedAnswer(kBits, kBitsMessage, "OK", {bits}, "Input is too large.");
     editor->bitEditor();
   }
   EXPECT_EQ(editor.text(), "ab");

@@ -14,7 +14,7 @@ CliRun runToEnd(const std::vector<std::string>& command, const TemporaryFolder& 
   ChildProcess process(command, {{"PATH", std::getenv("PATH")}, {"CLI", QUILLMOR_CLI}},
                        folder.path().string());
   const auto status = process.waitForExit();
-  return {status.value_or(-1), process.output(), process.errors()};
+  return {status.value_or(-1), process.output(), process.errors(), process.peakMemory()};
 }
 
 }  // namespace
@@ -56,6 +56,15 @@ std::vector<std::string> CliTest::names() const {
     found.push_back(entry.path().filename().string());
   std::ranges::sort(found);
   return found;
+}
+
+std::string messageAbout(const std::string& file, const std::string& command,
+                         const std::string& message) {
+  static const std::vector<std::string> takingSeveral = {"compare",           "compare-list",
+                                                         "difference-report", "patch-apply",
+                                                         "preset-apply",      "preset-dry-run"};
+  const bool namesIt = std::ranges::find(takingSeveral, command) != takingSeveral.end();
+  return namesIt ? file + ": " + message : message;
 }
 
 std::string golden(const std::string& name) {

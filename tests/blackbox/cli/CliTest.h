@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct CliRun {
   int status = -1;  ///< 128 + the number for a signal
   std::string output;
   std::string errors;
+  std::int64_t peakMemory = 0;  ///< bytes
 };
 
 /// Tests of quillmor-cli: run in a folder of the test's own, judged by what it prints, by its exit
@@ -45,6 +47,10 @@ class CliTest : public testing::Test {
 
   TemporaryFolder folder;
 };
+
+/// `message` about `file` as `command` gives it: a command that takes several files names the file.
+std::string messageAbout(const std::string& file, const std::string& command,
+                         const std::string& message);
 
 /// The content of a file in golden/.
 std::string golden(const std::string& name);

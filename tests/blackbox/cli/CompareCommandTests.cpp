@@ -148,11 +148,11 @@ TEST_F(CliCompareTest, theOtherFileIsNamedAsItIs) {
 TEST_F(CliCompareTest, anOtherFileThatCannotBeReadIsRefused) {
   folder.write("a.bin", "A");
   for (const std::string command : {"compare", "compare-list", "difference-report"}) {
-    expectFailure({command, "a.bin", "missing"}, "No such file or directory");
-    expectFailure({command, "missing", "a.bin"}, "No such file or directory");
-    expectFailure({command, "a.bin", "."}, "Directories cannot be opened as binary files.");
+    expectFailure({command, "a.bin", "missing"}, "missing: No such file or directory");
+    expectFailure({command, "missing", "a.bin"}, "missing: No such file or directory");
+    expectFailure({command, "a.bin", "."}, ".: Directories cannot be opened as binary files.");
     expectFailure({command, "a.bin", "/dev/null"},
-                  "Only regular files can be opened as binary documents.");
+                  "/dev/null: Only regular files can be opened as binary documents.");
   }
 }
 

@@ -33,7 +33,7 @@ class CliExportOutputTest : public CliTest {
           Arguments{"difference-report", "a.bin", "b.bin"}}) {
       Arguments withOutput = arguments;
       withOutput.insert(withOutput.end(), {"-o", out});
-      expectFailure(withOutput, message);
+      expectFailure(withOutput, messageAbout(out, arguments.front(), message));
     }
     EXPECT_EQ(names(), before);
     EXPECT_EQ(folder.read("a.bin"), "ABCDEFGH");
@@ -100,7 +100,8 @@ TEST_F(CliExportOutputTest, isNeverAnInput) {
   expectRefused(folder.path() / "a.bin", overwriting("a.bin"));
   std::filesystem::create_hard_link(folder.path() / "a.bin", folder.path() / "hard");
   expectRefused("hard", overwriting("hard"));
-  expectFailure({"difference-report", "a.bin", "b.bin", "-o", "b.bin"}, overwriting("b.bin"));
+  expectFailure({"difference-report", "a.bin", "b.bin", "-o", "b.bin"},
+                "b.bin: " + overwriting("b.bin"));
   EXPECT_EQ(folder.read("b.bin"), "ABCDEFGx");
 }
 
@@ -142,8 +143,8 @@ TEST_F(CliExportOutputTest, isNotWrittenWhenTheInputCannotBeRead) {
   expectFailure({"hex-dump", "missing", "-o", "out"}, missing);
   expectFailure({"intel-hex", "missing", "-o", "out"}, missing);
   expectFailure({"patch-export", "missing", "--start", "0", "-o", "out"}, missing);
-  expectFailure({"difference-report", "missing", "b.bin", "-o", "out"}, missing);
-  expectFailure({"difference-report", "a.bin", "missing", "-o", "out"}, missing);
+  expectFailure({"difference-report", "missing", "b.bin", "-o", "out"}, "missing: " + missing);
+  expectFailure({"difference-report", "a.bin", "missing", "-o", "out"}, "missing: " + missing);
   EXPECT_EQ(folder.read("out"), "kept");
   EXPECT_EQ(names(), (Arguments{"a.bin", "b.bin", "empty", "out"}));
 }

@@ -52,7 +52,8 @@ TEST_F(CliInPlaceTest, aFileThatMayNotBeWrittenIsRefused) {
   const CliRun ended = runShell(user + "\"$CLI\" transform invert in.bin --in-place");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not open the document output file.\n");
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: Could not open the document output file. (Permission denied)\n");
   EXPECT_TRUE(stateOf("in.bin") == before);
 }
 

@@ -61,7 +61,7 @@ class CliInputTest : public CliTest {
 
   void expectRefused(const std::string& file, const std::string& message) const {
     for (const Arguments& arguments : readingCommands())
-      expectFailure(withFile(arguments, file), message);
+      expectFailure(withFile(arguments, file), messageAbout(file, arguments.front(), message));
   }
 
   /// Expects every command to say of `file` what it says of "good.bin".
@@ -92,8 +92,8 @@ TEST_F(CliInputTest, aFifoIsRefusedAndNotWaitedFor) {
   ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
   expectRefused("fifo", kRegularOnly);
   expectFailure({"bookmarks", "fifo"}, kRegularOnly);
-  expectFailure({"compare", "good.bin", "fifo"}, kRegularOnly);
-  expectFailure({"preset-dry-run", "good.bin", "fifo"}, kRegularOnly);
+  expectFailure({"compare", "good.bin", "fifo"}, std::string("fifo: ") + kRegularOnly);
+  expectFailure({"preset-dry-run", "good.bin", "fifo"}, std::string("fifo: ") + kRegularOnly);
 }
 
 TEST_F(CliInputTest, devicesAndSocketsAreRefused) {
@@ -150,7 +150,24 @@ TEST_F(CliInputTest, aNameMayHoldAnyBytes) {
   folder.write(name, "ABCDEFGH");
   expectTakenForGood(name);
   expectOutput({"compare", "good.bin", name}, 0,
-               "Files are identical.\n\nCompared file: " + name + "\nSize: 8 bytes\n");
+               "Files are identical.\n\nCompared file: \\xFF\\xFE\\x0A\\x1B[1m\nSize: 8 bytes\n");
+}
+
+TEST_F(CliInputTest, aReportIsNotForgedByTheNameOfAFile) {
+  const std::string name = "b\nSize: 9 bytes\xE2\x80\xAE\xC2\x85\\";
+  const std::string shown = "b\\x0ASize: 9 bytes\\u{202E}\\u{0085}\\";
+  folder.write(name, "ABCDEFGH");
+  expectOutput({"compare", "good.bin", name}, 0,
+               "Files are identical.\n\nCompared file: " + shown + "\nSize: 8 bytes\n");
+  for (const std::string command : {"compare-list", "difference-report"}) {
+    const CliRun ended = run({command, "good.bin", name});
+    EXPECT_THAT(ended.output, testing::HasSubstr("Compared file: " + shown + "\nCurrent size: 8"));
+  }
+}
+
+TEST_F(CliInputTest, aMessageNamesAFileVisibly) {
+  expectFailure({"compare", "good.bin", "\x1B]0;x\x07\xE2\x81\xA6"},
+                "\\x1B]0;x\\x07\\u{2066}: No such file or directory");
 }
 
 TEST_F(CliInputTest, aMessageIsOneLineWhateverTheNameIs) {
@@ -159,7 +176,8 @@ TEST_F(CliInputTest, aMessageIsOneLineWhateverTheNameIs) {
   const CliRun ended = run({"hex-dump", name, "-o", name});
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.errors,
-            "quillmor-cli: Choose a different output destination. Writing to a b [1m \xFF would "
+            "quillmor-cli: Choose a different output destination. Writing to "
+            "a\\x0Ab\\x1B[1m\\x7F\\xFF would "
             "overwrite an open document or another input file.\n");
 }
 
@@ -183,6 +201,26 @@ TEST_F(CliInputTest, inputsStayAsTheyAre) {
   EXPECT_EQ(folder.read("good.bin"), "ABCDEFGH");
   EXPECT_EQ(std::filesystem::last_write_time(folder.path() / "good.bin"), before);
   EXPECT_EQ(names(), (Arguments{"good.bin", "good.json"}));
+}
+
+TEST_F(CliInputTest, aRelativePathInARemovedFolderLeadsNowhere) {
+  // Taken from the root of the system, these would lead to files that exist.
+  const std::string absolute = (folder.path() / "good.bin").native();
+  const std::string relative = absolute.substr(1);
+  const std::string enter = "mkdir gone && cd gone && rmdir ../gone && exec \"$CLI\" ";
+  for (const std::string& command :
+       {"checksums " + relative, "transform invert " + relative + " --in-place",
+        "transform invert " + absolute + " -o " + relative + ".out",
+        "hex-dump " + absolute + " -o " + relative + ".out",
+        "compare " + absolute + " " + relative}) {
+    const CliRun ended = runShell(enter + command);
+    EXPECT_EQ(ended.status, 2) << command;
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors, std::string("quillmor-cli: ") + kMissing + "\n");
+  }
+  EXPECT_EQ(folder.read("good.bin"), "ABCDEFGH");
+  EXPECT_THAT(names(), testing::ElementsAre("good.bin", "good.json"));
+  EXPECT_EQ(runShell(enter + "checksums " + absolute).status, 0);
 }
 
 }  // namespace

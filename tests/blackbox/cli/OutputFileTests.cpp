@@ -26,7 +26,8 @@ class CliOutputFileTest : public ChangeTest {
   void expectOutRefused(const Arguments& arguments, const std::string& out,
                         const std::string& message) const {
     const auto before = everything();
-    expectFailure(withOptions(arguments, {"-o", out}), message);
+    expectFailure(withOptions(arguments, {"-o", out}),
+                  messageAbout(out, arguments.front(), message));
     EXPECT_TRUE(everything() == before) << testing::PrintToString(arguments) << " -o " << out;
   }
 
@@ -196,11 +197,26 @@ TEST_F(CliOutputFileTest, aFailureHalfWayLeavesNothingBehind) {
       const CliRun ended = runShell("ulimit -f 4; exec \"$CLI\" " + command + " -o " + out);
       EXPECT_EQ(ended.status, 2);
       EXPECT_EQ(ended.output, "");
-      EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the output data.\n");
+      EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the output data. (File too large)\n");
       EXPECT_EQ(names(), namesBefore);
       EXPECT_TRUE(stateOf("out.bin") == before);
     }
   }
+}
+
+TEST_F(CliOutputFileTest, aFailureToWriteNamesTheOutputAmongSeveralFiles) {
+  writeZeros("in.bin", 100'000);
+  folder.write("other.bin", std::string(100'000, 'x'));
+  const auto expectNamed = [this](const std::string& command, const std::string& message) {
+    const CliRun ended = runShell("ulimit -f 4; exec \"$CLI\" " + command);
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, testing::StartsWith("quillmor-cli: " + message)) << command;
+  };
+  for (const std::string command :
+       {"difference-report in.bin other.bin", "patch-apply in.bin fix.txt"})
+    expectNamed(command + " -o new.bin", "new.bin: Could not write the output data.");
+  expectNamed("patch-apply in.bin fix.txt --in-place", "in.bin: File too large");
+  EXPECT_FALSE(folder.exists("new.bin"));
 }
 
 TEST_F(CliOutputFileTest, aFolderThatMayNotBeWrittenToIsRefused) {
@@ -210,7 +226,9 @@ TEST_F(CliOutputFileTest, aFolderThatMayNotBeWrittenToIsRefused) {
   const CliRun ended = runShell(user + "\"$CLI\" hex-dump in.bin -o out.txt");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not create the temporary output file securely.\n");
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: Could not create the temporary output file securely. (Permission "
+            "denied)\n");
   ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
   EXPECT_FALSE(folder.exists("out.txt"));
 }

@@ -14,7 +14,7 @@ class CliPatchApplyTest : public ChangeTest {
 
   void expectPatchRefused(const std::string& patch, const std::string& message) const {
     folder.write("fix.txt", patch);
-    expectRefusal(apply, "ABCD", message);
+    expectRefusal(apply, "ABCD", "fix.txt: " + message);
   }
 
   const Arguments apply = {"patch-apply", "in.bin", "fix.txt"};
@@ -36,7 +36,7 @@ TEST_F(CliPatchApplyTest, bytesThatRunPastTheEndAreAppended) {
 
 TEST_F(CliPatchApplyTest, anOffsetBehindTheEndIsRefused) {
   writePatch("0x00000005", "78");
-  expectRefusal(apply, "ABCD", "Patch offset is outside the file.");
+  expectRefusal(apply, "ABCD", "fix.txt: Patch offset is outside the file.");
 }
 
 TEST_F(CliPatchApplyTest, bytesThatAreThereAlreadyLeaveTheFileAlone) {
@@ -85,28 +85,28 @@ TEST_F(CliPatchApplyTest, patchesThatMakeNoSenseAreRefused) {
 TEST_F(CliPatchApplyTest, aRangeBeyondAllOffsetsIsRefused) {
   // The offset is looked at first, and no file is that long.
   writePatch("0x7FFFFFFFFFFFFFFF", "78 79");
-  expectRefusal(apply, "ABCD", "Patch offset is outside the file.");
+  expectRefusal(apply, "ABCD", "fix.txt: Patch offset is outside the file.");
 }
 
 TEST_F(CliPatchApplyTest, patchFilesUpToTheLimitAreRead) {
   folder.write("in.bin", "ABCD");
   writeZeros("fix.txt", 50'331'696);
-  expectRefusalAsItIs(apply, "Invalid or unsupported Quillmor patch header.");
+  expectRefusalAsItIs(apply, "fix.txt: Invalid or unsupported Quillmor patch header.");
   writeZeros("fix.txt", 50'331'697);
-  expectRefusalAsItIs(apply, "Patch file is too large to import safely.");
+  expectRefusalAsItIs(apply, "fix.txt: Patch file is too large to import safely.");
 }
 
 TEST_F(CliPatchApplyTest, documentsBeyondTheLimitAreRefused) {
   const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
   writePatch("0x00000000", "78");
   writeZeros("in.bin", limit + 1);
-  expectRefusalAsItIs(apply, "The selected file exceeds the safe in-memory limit of " +
+  expectRefusalAsItIs(apply, "in.bin: The selected file exceeds the safe in-memory limit of " +
                                  std::to_string(limit) + " bytes.");
 }
 
 TEST_F(CliPatchApplyTest, aMissingPatchIsRefused) {
   folder.write("in.bin", "ABCD");
-  expectRefusalAsItIs(apply, "No such file or directory");
+  expectRefusalAsItIs(apply, "fix.txt: No such file or directory");
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class CliPresetDryRunTest : public CliTest {
 
   void expectRefusal(const std::string& preset, const std::string& message) const {
     folder.write("p.json", preset);
-    expectFailure({"preset-dry-run", "a.bin", "p.json"}, message);
+    expectFailure({"preset-dry-run", "a.bin", "p.json"}, "p.json: " + message);
   }
 };
 
@@ -90,9 +90,10 @@ TEST_F(CliPresetDryRunTest, growthBeyondTheLimitsIsRefused) {
 
 TEST_F(CliPresetDryRunTest, whatCannotBeReadIsRefused) {
   folder.write("p.json", R"({"name":"T","rules":[]})");
-  expectFailure({"preset-dry-run", "missing", "p.json"}, "No such file or directory");
-  expectFailure({"preset-dry-run", "a.bin", "missing"}, "No such file or directory");
-  expectFailure({"preset-dry-run", "a.bin", "."}, "Directories cannot be opened as binary files.");
+  expectFailure({"preset-dry-run", "missing", "p.json"}, "missing: No such file or directory");
+  expectFailure({"preset-dry-run", "a.bin", "missing"}, "missing: No such file or directory");
+  expectFailure({"preset-dry-run", "a.bin", "."},
+                ".: Directories cannot be opened as binary files.");
 }
 
 }  // namespace

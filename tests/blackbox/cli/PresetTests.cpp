@@ -26,8 +26,8 @@ class CliPresetTest : public ChangeTest {
 
   void expectPresetRefused(const std::string& preset, const std::string& message) const {
     folder.write("preset.json", preset);
-    expectRefusal(apply, "ABCD", message);
-    expectFailure(dryRun, message);
+    expectRefusal(apply, "ABCD", "preset.json: " + message);
+    expectFailure(dryRun, "preset.json: " + message);
   }
 
   void expectRuleRefused(const std::string& rule, const std::string& reason) const {
@@ -145,16 +145,16 @@ TEST_F(CliPresetTest, rulesUpToTheLimitAreTaken) {
 TEST_F(CliPresetTest, filesUpToTheLimitAreRead) {
   folder.write("in.bin", "ABCD");
   writeZeros("preset.json", 8'388'608);
-  expectRefusalAsItIs(apply, "Preset file is not valid JSON.");
+  expectRefusalAsItIs(apply, "preset.json: Preset file is not valid JSON.");
   writeZeros("preset.json", 8'388'609);
-  expectRefusalAsItIs(apply, "Preset file is too large to import safely.");
+  expectRefusalAsItIs(apply, "preset.json: Preset file is too large to import safely.");
 }
 
 TEST_F(CliPresetTest, growthBeyondTheLimitIsRefused) {
   // 2 GiB would be twice of what any machine allows.
   writePreset(rule("grow", "41", std::string(2 * 1'048'576, '0')));
   expectRefusal(apply, std::string(2048, 'A'),
-                "JSON preset output would grow too much to process safely.");
+                "preset.json: JSON preset output would grow too much to process safely.");
 }
 
 }  // namespace

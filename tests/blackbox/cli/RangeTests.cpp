@@ -124,9 +124,10 @@ TEST_F(CliRangeTest, negativeNumbersAreNamed) {
 }
 
 TEST_F(CliRangeTest, aLineFeedInANumberStaysOnTheLine) {
-  expectFailure({"inspect", "a.bin", "1\n2\x7F"},
-                "OFFSET cannot be read: \"1 2 \" is neither decimal, 0xHEX, HEX nor HEXh. See "
-                "quillmor-cli inspect --help.");
+  expectFailure(
+      {"inspect", "a.bin", "1\n2\x7F"},
+      "OFFSET cannot be read: \"1\\x0A2\\x7F\" is neither decimal, 0xHEX, HEX nor HEXh. See "
+      "quillmor-cli inspect --help.");
 }
 
 }  // namespace

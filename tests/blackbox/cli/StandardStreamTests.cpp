@@ -64,6 +64,13 @@ TEST_F(CliStandardStreamTest, nothingIsChangedWhenTheTextFindsNoRoom) {
   EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
 
+TEST_F(CliStandardStreamTest, aFullDeviceIsTheFaultOfNoFile) {
+  folder.write("fix.txt", "QuillmorPatch 1\nOFFSET 0x00000001\nDATA 78\n");
+  expectQuietRun("exec \"$CLI\" patch-apply in.bin fix.txt -o out.bin >/dev/full", 2, kFull);
+  expectQuietRun("exec \"$CLI\" patch-apply in.bin fix.txt --in-place >/dev/full", 2, kFull);
+  expectQuietRun("exec \"$CLI\" compare in.bin fix.txt >/dev/full", 2, kFull);
+}
+
 TEST_F(CliStandardStreamTest, noFileTakesThePlaceOfAClosedOutput) {
   expectQuietRun("exec \"$CLI\" transform invert in.bin -o out.bin >&-", 2, kClosed);
   expectQuietRun("exec \"$CLI\" transform invert in.bin --in-place >&-", 2, kClosed);

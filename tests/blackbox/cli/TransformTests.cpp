@@ -2,6 +2,7 @@
 
 #include "blackbox/cli/ChangeTest.h"
 #include "document/QuillmorResourceLimits.h"
+#include "support/MemoryProbes.h"
 
 namespace quillmor::test {
 namespace {
@@ -158,6 +159,28 @@ TEST_F(CliTransformLimitTest, oneByteMoreIsRefused) {
                 "268435456 bytes to avoid memory pressure.");
   EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
+
+#if QUILLMOR_MEMORY_IS_MEASURABLE
+
+TEST_F(CliTransformTest, theFileIsInMemoryTwiceAtMost) {
+  constexpr std::int64_t kSize = std::int64_t{48} * 1024 * 1024;
+  writeZeros("in.bin", kSize);
+  // Of the whole program, with the file once.
+  const std::int64_t once = run({"frequency", "in.bin"}).peakMemory;
+  EXPECT_GT(once, kSize);
+  const std::vector<Arguments> ranges = {{},
+                                         {"--start", "1", "--length", std::to_string(kSize - 2)}};
+  for (const Arguments& range : ranges) {
+    for (const Arguments& place : {Arguments{"-o", "out.bin"}, Arguments{"--in-place"}}) {
+      Arguments arguments = withOptions(transforming("invert", range), place);
+      const CliRun ended = run(arguments);
+      EXPECT_EQ(ended.status, 0) << ended.errors;
+      EXPECT_LT(ended.peakMemory, once + kSize * 3 / 2) << testing::PrintToString(arguments);
+    }
+  }
+}
+
+#endif
 
 }  // namespace
 }  // namespace quillmor::test

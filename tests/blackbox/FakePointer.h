@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+namespace quillmor::test {
+
+struct ScreenPoint {
+  int x = 0;
+  int y = 0;
+};
+
+/// Moves and presses the pointer of an X server without waiting in between: everything reaches the
+/// server at once when this object goes. (xdotool pauses between press and release.)
+class FakePointer {
+ public:
+  /// Throws when there is no such display, or the library that xdotool uses is missing.
+  explicit FakePointer(const std::string& display);
+  ~FakePointer();
+  FakePointer(const FakePointer&) = delete;
+  FakePointer& operator=(const FakePointer&) = delete;
+
+  void move(ScreenPoint place) const;
+  /// Presses or releases the left button.
+  void press(bool down) const;
+
+ private:
+  void* display_ = nullptr;
+};
+
+}  // namespace quillmor::test

@@ -1,0 +1,179 @@
+// Whatever happens while a command asks: every command of the menus that shows an alert or a file
+// panel looks again at its window before it goes on.
+
+#include <functional>
+#include <map>
+
+#include "app/MainMenu.h"
+#include "support/WindowFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+/// Answers every question as a user does who wants the command to go on.
+class WillingAlerts : public AlertPresenter {
+ public:
+  AlertResponse runModal(const Alert& alert) override {
+    ++count;
+    AlertResponse response;
+    for (const FormField& field : alert.fields) {
+      response.selectedChoices.push_back(0);
+      response.texts.push_back(field.label == "Bits:" ? "00000001" : "2");
+    }
+    if (during) std::exchange(during, nullptr)();
+    return response;
+  }
+
+  int count = 0;
+  std::function<void()> during;
+};
+
+/// Chooses a file in every panel.
+class WillingPanels : public FilePanels {
+ public:
+  explicit WillingPanels(TemporaryFolder& folder) : folder_(folder) {}
+
+  std::vector<FileLocation> runOpenPanel(const std::string&, bool,
+                                         const std::optional<FileLocation>&) override {
+    ++count;
+    if (during) std::exchange(during, nullptr)();
+    return {folder_.location("chosen.bin")};
+  }
+
+  std::optional<FileLocation> runSavePanel(const std::string&, const std::string&,
+                                           const std::optional<FileLocation>&) override {
+    ++count;
+    if (during) std::exchange(during, nullptr)();
+    return folder_.location("output.bin");
+  }
+
+  int count = 0;
+  std::function<void()> during;
+
+ private:
+  TemporaryFolder& folder_;
+};
+
+class WindowQuestionGuards : public WindowFixture {
+ protected:
+  static constexpr const char* kContent = "abcdefghijklmnopqrstuvwxyz";
+
+  EditorUnderTest makeAskingEditor() {
+    folder.write("chosen.bin", "123");
+    EditorUnderTest made;
+    made.document = documents.makeUntitledDocument(platform.executor);
+    made.document->read(folder.write("data.bin", kContent));
+    made.window = windows_.emplace_back(std::make_shared<FakeEditorWindow>());
+    const PlatformServices scripted = platform.services();
+    const PlatformServices services{alerts,
+                                    panels,
+                                    scripted.pasteboard,
+                                    scripted.defaults,
+                                    scripted.beeper,
+                                    scripted.workspace,
+                                    scripted.executor};
+    made.document->makeWindowControllers([&](HexDocument&) {
+      made.controller = std::make_shared<HexWindowController>(
+          made.document, EditorEnvironment{services, documents, saver});
+      return made.controller;
+    });
+    made.window->controller = made.controller.get();
+    made.controller->attachWindow(*made.window);
+    made.editor().setSelection({1, 8});
+    alerts.count = panels.count = 0;
+    return made;
+  }
+
+  /// Runs every command of the menus on an editor of its own. `during` happens while its first
+  /// question is on screen, `check` looks at what the command has made of it. Returns how many
+  /// commands have asked.
+  int sweep(const std::function<void(const EditorUnderTest&)>& during,
+            const std::function<void(const EditorUnderTest&)>& check) {
+    int asked = 0;
+    for (const Menu& menu : mainMenu()) {
+      for (const MenuItem& item : menu.items) {
+        if (!HexWindowController::hasCommand(item.action)) continue;
+        SCOPED_TRACE(std::string(item.action));
+        auto editor = makeAskingEditor();
+        bool hasAsked = false;
+        const auto once = [&] {
+          if (std::exchange(hasAsked, true)) return;
+          during(editor);
+        };
+        alerts.during = once;
+        panels.during = once;
+        editor->perform(item.action);
+        alerts.during = nullptr;
+        panels.during = nullptr;
+        if (hasAsked) {
+          ++asked;
+          check(editor);
+        }
+        if (editor->isBusy()) editor->endBusyStatus();
+        platform.executor.runAll();
+        editor.window->closeWindow();
+      }
+    }
+    return asked;
+  }
+
+  bool wroteNothing() const {
+    return folder.names() == std::vector<std::string>{"chosen.bin", "data.bin"} &&
+           folder.read("data.bin") == kContent;
+  }
+
+  WillingAlerts alerts;
+  WillingPanels panels{folder};
+
+ private:
+  std::vector<std::shared_ptr<FakeEditorWindow>> windows_;
+};
+
+/// Fewer would mean that the sweep does not reach the questions.
+constexpr int kAskingCommands = 25;
+
+TEST_F(WindowQuestionGuards, aWindowThatHasClosedMeansSilence) {
+  const int asked = sweep([](const EditorUnderTest& editor) { editor.window->closeWindow(); },
+                          [&](const EditorUnderTest& editor) {
+                            EXPECT_EQ(alerts.count + panels.count, 1);
+                            EXPECT_FALSE(platform.executor.hasWork());
+                            EXPECT_EQ(editor.text(), kContent);
+                            EXPECT_TRUE(editor.window->reports.empty());
+                            EXPECT_TRUE(wroteNothing());
+                          });
+  EXPECT_GE(asked, kAskingCommands);
+}
+
+TEST_F(WindowQuestionGuards, aWindowThatHasBecomeBusyStartsNothing) {
+  const int asked = sweep(
+      [](const EditorUnderTest& editor) { ASSERT_TRUE(editor->beginBusyStatus("Working…")); },
+      [&](const EditorUnderTest& editor) {
+        EXPECT_LE(alerts.count + panels.count, 2) << "the question, and that the window is busy";
+        EXPECT_FALSE(platform.executor.hasWork());
+        EXPECT_TRUE(editor->isBusy());
+        EXPECT_EQ(editor.text(), kContent);
+        EXPECT_TRUE(wroteNothing());
+      });
+  EXPECT_GE(asked, kAskingCommands);
+}
+
+TEST_F(WindowQuestionGuards, aDocumentThatHasShrunkKeepsACompleteHistory) {
+  const int asked = sweep(
+      [](const EditorUnderTest& editor) {
+        editor.editor().setSelection({1, 25});
+        editor->deleteSelection();
+        ASSERT_EQ(editor.text(), "a");
+        editor.editor().setSelection({0, 90});
+      },
+      [&](const EditorUnderTest& editor) {
+        platform.executor.runAll();
+        if (editor.document->location()->lastPathComponent() != "data.bin") return;
+        EXPECT_LE(editor.editor().caretOffset(), editor.document->storage()->count());
+        while (editor.document->undoManager().canUndo()) editor->undo();
+        EXPECT_EQ(editor.text(), kContent);
+      });
+  EXPECT_GE(asked, kAskingCommands);
+}
+
+}  // namespace
+}  // namespace quillmor::test
