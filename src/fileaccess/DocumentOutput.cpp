@@ -167,7 +167,7 @@ StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
   const std::string_view consequence = undo(destination, handle, identity, state);
   const Error& error = written.error();
   if (consequence.empty()) throw error;
-  throw Error(error.domain(), error.code(), error.message() + std::string(consequence));
+  throw error.withMessage(error.message() + std::string(consequence));
 }
 
 }  // namespace quillmor::SecureFileAccess

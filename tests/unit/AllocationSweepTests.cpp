@@ -199,9 +199,7 @@ TEST_F(AllocationSweep, ofARevertAndOfAReload) {
       const bool isLoaded = editor.text() == "HELLO, hello";
       EXPECT_TRUE(isLoaded || hasFailed);
       const bool wasEdited = command == &HexWindowController::revertDocument;
-      if (!isLoaded) {
-        EXPECT_EQ(editor.text(), wasEdited ? "Jello" : "hello");
-      }
+      EXPECT_EQ(editor.text(), isLoaded ? "HELLO, hello" : wasEdited ? "Jello" : "hello");
       EXPECT_EQ(editor.document->isDocumentEdited(), !isLoaded && wasEdited);
       EXPECT_EQ(editor.window->isEdited, editor.document->isDocumentEdited());
       EXPECT_EQ(editor.document->undoManager().canUndo(), !isLoaded && wasEdited);

@@ -63,7 +63,7 @@ TEST_F(CliInPlaceTest, aFileThatWouldPassTheSizeLimitIsLeftAlone) {
   const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" replace in.bin a bb --in-place");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data.\n");
+  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data. (File too large)\n");
   EXPECT_TRUE(folder.read("in.bin") == old);
   EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
 }
@@ -74,7 +74,7 @@ TEST_F(CliInPlaceTest, aFileThatPassesTheSizeLimitAlreadyIsLeftAlone) {
   const CliRun ended = runShell("ulimit -f 1; exec \"$CLI\" transform invert in.bin --in-place");
   EXPECT_EQ(ended.status, 2);
   EXPECT_EQ(ended.output, "");
-  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data.\n");
+  EXPECT_EQ(ended.errors, "quillmor-cli: Could not write the document data. (File too large)\n");
   EXPECT_TRUE(stateOf("in.bin") == before);
 }
 
