@@ -30,26 +30,14 @@
 #include "tools/JSONPatchPreset.h"
 #include "tools/PolarisRom.h"
 #include "tools/TextExport.h"
+#include "window/AnnouncedEdit.h"
 #include "window/BackgroundTaskFrame.h"
+#include "window/EditorEnvironment.h"
 #include "window/EditorWindowSurface.h"
 #include "window/SelectionMutation.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
-
-/// How far the replacement of a window's document may go on after the question about unsaved
-/// changes.
-enum class DocumentReplacementPreparation { proceed, cancelled, failed };
-
-/// How opening a file into an existing window ended.
-enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
-
-/// What every editor window shares. All of it outlives the windows.
-struct EditorEnvironment {
-  PlatformServices platform;
-  DocumentController& documents;
-  DocumentSaver& saver;
-};
 
 /// The controller of one editor window: owns the editor's state, the bookmarks and the busy state,
 /// carries out the commands of the menus on its document. Knows no toolkit; main thread only.
@@ -423,14 +411,6 @@ class HexWindowController : public DocumentWindow,
                     const std::string& actionName);
   bool replaceRange(HexSelection range, std::span<const std::uint8_t> bytes,
                     const EditTitles& titles, const EditPlace& after);
-  /// An edit that is about to happen, with all that accounting for it takes.
-  struct AnnouncedEdit {
-    UndoRecords::Pending undo = {};
-    /// Where the new bytes will be and how many they replace; absent when the command moves the
-    /// bookmarks itself.
-    std::optional<HexSelection> inserted = {};
-    std::int64_t removedCount = 0;
-  };
   void unannouncedEditDidHappen();
   void announcedEditDidHappen(AnnouncedEdit edit);
   void forgetAnnouncements();

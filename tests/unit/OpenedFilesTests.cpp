@@ -55,8 +55,8 @@ TEST_F(OpenedFilesTest, whenReading) {
 }
 
 TEST_F(OpenedFilesTest, whenADocumentIsWritten) {
-  writeDocumentBytes({}, data);
-  writeDocumentBytes({}, folder.location("new.bin"));
+  writeDocumentBytes({}, documentDestination(data));
+  writeDocumentBytes({}, documentDestination(folder.location("new.bin")));
   constexpr int kSafely = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   for (const OpenedFile& file : calls.opened()) {
     if ((file.flags & O_ACCMODE) == O_RDONLY) {
@@ -65,7 +65,9 @@ TEST_F(OpenedFilesTest, whenADocumentIsWritten) {
     }
     EXPECT_EQ(file.flags & kSafely, kSafely) << file.path;
     EXPECT_EQ(file.flags & O_TRUNC, 0) << "truncated before it is known to be a regular file";
-    EXPECT_EQ(file.mode, (file.flags & O_CREAT) != 0 ? 0666U : 0U) << file.path;
+    const bool isNew = file.path.ends_with("new.bin");
+    EXPECT_EQ(file.flags & (O_CREAT | O_EXCL), isNew ? O_CREAT | O_EXCL : 0) << file.path;
+    EXPECT_EQ(file.mode, isNew ? 0666U : 0U) << file.path;
   }
   EXPECT_THAT(calls.opened(), testing::SizeIs(testing::Ge(2)));
 }

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "document/DocumentController.h"
+#include "document/DocumentSaver.h"
+#include "platform/PlatformServices.h"
+
+namespace quillmor {
+
+/// How far the replacement of a window's document may go on after the question about unsaved
+/// changes.
+enum class DocumentReplacementPreparation { proceed, cancelled, failed };
+
+/// How opening a file into an existing window ended.
+enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
+
+/// What every editor window shares. All of it outlives the windows.
+struct EditorEnvironment {
+  PlatformServices platform;
+  DocumentController& documents;
+  DocumentSaver& saver;
+};
+
+}  // namespace quillmor
