@@ -52,7 +52,7 @@ void HexWindowController::chooseDestinationAndSave(
   const auto& location = hexDocument_->location();
   const std::string name = location ? location->lastPathComponent() : hexDocument_->displayName();
   const auto destination = platform_.filePanels.runSavePanel("Save As", name, documentDirectory());
-  if (!destination) return completion(DocumentSaveResult::cancelled);
+  if (!destination || !window_) return completion(DocumentSaveResult::cancelled);
   performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
                       std::move(completion));
 }
@@ -122,7 +122,7 @@ void HexWindowController::revertDocument() {
                           " and reload the version currently on disk?",
        .style = AlertStyle::warning,
        .buttons = {"Revert", "Cancel"}});
-  if (response.button != 0) return;
+  if (response.button != 0 || !window_) return;
   loadPreservingEditorState(*hexDocument_->location(), "Revert Failed", [] {});
 }
 
@@ -212,6 +212,7 @@ void HexWindowController::prepareToReplaceCurrentDocument(
                           "file in this window?",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
+  if (!window_) return completion(DocumentReplacementPreparation::cancelled);
   if (response.button == 1) return completion(DocumentReplacementPreparation::proceed);
   if (response.button != 0) return completion(DocumentReplacementPreparation::cancelled);
   saveCurrentDocumentBeforeReplacing(
@@ -231,8 +232,7 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                                                        bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.shownName(),
-                         BackgroundTaskFrame::Stopping::allowed);
+  frame_.beginBusyStatus("Opening " + location.shownName(), BackgroundTaskFrame::Stopping::allowed);
   frame_.orEndBusyStatus(
       [&] { startLoad(location, preservingEditorState, std::move(completion)); });
 }
@@ -243,8 +243,7 @@ void HexWindowController::startLoad(const FileLocation& location, bool preservin
     // Saving must never have to follow a link, so the real file becomes the document's location.
     // Messages name what was to be opened.
     LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
-    file.reservation =
-        SecureFileAccess::reserveReadURL(file.location, location.shownName());
+    file.reservation = SecureFileAccess::reserveReadURL(file.location, location.shownName());
     SecureFileAccess::validateReadableFileURL(file.location);
     file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
