@@ -156,7 +156,7 @@ TEST_F(EditorToolbarTest, theLinesStandUnderTheHexViewWithTheirMargins) {
   EXPECT_EQ(status.top() - window.editorView().geometry().bottom(), 1 + 4);
   EXPECT_EQ(inspector.top() - status.bottom(), 1 + 4);
   EXPECT_EQ(content.bottom() - inspector.bottom(), 8);
-  EXPECT_EQ(window.centralWidget()->palette().color(QPalette::Window), QColor(11, 11, 11))
+  EXPECT_EQ(window.centralWidget()->palette().color(QPalette::Window).rgb(), qRgb(11, 11, 11))
       << "white 0.045";
 }
 
@@ -200,9 +200,8 @@ TEST_F(EditorToolbarTest, panelsAndFormsNeedNoMoreThanTheScreenHas) {
     ASSERT_NE(scroll, nullptr);
     EXPECT_GE(scroll->widget()->width(), 540) << "nothing is squeezed";
   }
-  const Alert form{.messageText = "Go to Offset",
-                   .buttons = {"OK", "Cancel"},
-                   .fields = {{.label = "Offset:"}}};
+  const Alert form{
+      .messageText = "Go to Offset", .buttons = {"OK", "Cancel"}, .fields = {{.label = "Offset:"}}};
   const AlertFormDialog dialog(form, &window);
   EXPECT_TRUE(fits(dialog.sizeHint())) << dialog.sizeHint().width();
 }
