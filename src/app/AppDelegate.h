@@ -87,6 +87,8 @@ class AppDelegate {
 
   void route(std::string_view action, const CommandOrigin& origin);
   bool performTextAction(std::string_view action, const CommandOrigin& origin);
+  /// The editor that a command from there is for; null when there is none.
+  std::shared_ptr<HexWindowController> editorFor(const CommandOrigin& origin) const;
   EnablingContext enablingContext(const CommandOrigin& origin) const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
   std::shared_ptr<HexWindowController> showEditorWindow(

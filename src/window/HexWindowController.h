@@ -35,6 +35,7 @@
 #include "window/EditorEnvironment.h"
 #include "window/EditorWindowSurface.h"
 #include "window/SelectionMutation.h"
+#include "window/WindowAlerts.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
@@ -579,6 +580,7 @@ class HexWindowController : public DocumentWindow,
   DocumentController& documents_;
   DocumentSaver& saver_;
   EditorWindowSurface* window_ = nullptr;
+  WindowAlerts promptAlerts_{platform_.alerts, [this] { return hasWindow(); }};
   HexEditorState editor_;
   Bookmarks bookmarks_;
   UndoRecords undoRecords_;
