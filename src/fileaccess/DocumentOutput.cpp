@@ -42,7 +42,8 @@ StableFileStatus documentStatus(const FileDescriptor& handle) {
 FileDescriptor openDestination(const DocumentDestination& destination) {
   const bool isNew = !destination.found;
   const int descriptor =
-      openFile(destination.location, kOpenFlags | (isNew ? O_CREAT | O_EXCL : 0), kNewFileMode);
+      isNew ? openFile(destination.location, kOpenFlags | O_CREAT | O_EXCL, kNewFileMode)
+            : openFile(destination.location, kOpenFlags);
   if (descriptor >= 0) return FileDescriptor(descriptor);
   if (errno == (isNew ? EEXIST : ENOENT)) throw changedDestinationError();
   throw lastSystemError(kCouldNotOpen);
