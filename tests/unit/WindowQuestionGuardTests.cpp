@@ -10,12 +10,16 @@
 namespace quillmor::test {
 namespace {
 
-/// Answers every question as a user does who wants the command to go on.
+/// Answers every question as a user does who wants the command to go on, and gives up a form whose
+/// answer was refused.
 class WillingAlerts : public AlertPresenter {
  public:
   AlertResponse runModal(const Alert& alert) override {
     ++count;
     AlertResponse response;
+    const bool isAskedAgain = !alert.fields.empty() && alert.informativeText == lastForm_;
+    if (!alert.fields.empty()) lastForm_ = alert.informativeText;
+    if (isAskedAgain) response.button = alert.buttons.size() - 1;
     for (const FormField& field : alert.fields) {
       response.selectedChoices.push_back(0);
       response.texts.push_back(field.label == "Bits:" ? "00000001" : "2");
@@ -24,8 +28,14 @@ class WillingAlerts : public AlertPresenter {
     return response;
   }
 
+  /// A command begins.
+  void forget() { lastForm_.clear(); }
+
   int count = 0;
   std::function<void()> during;
+
+ private:
+  std::string lastForm_;
 };
 
 /// Chooses a file in every panel.
@@ -80,10 +90,13 @@ class WindowQuestionGuards : public WindowFixture {
     });
     made.window->controller = made.controller.get();
     made.controller->attachWindow(*made.window);
+    // The mode is kept in the settings, and another command may have changed it.
+    made.editor().setInsertMode(false);
     // An unsaved change, so that replacing the document asks.
     type(made, "A");
     made.editor().setSelection({1, 8});
     alerts.count = panels.count = 0;
+    alerts.forget();
     return made;
   }
 
