@@ -64,6 +64,10 @@ std::shared_ptr<HexWindowController> AppDelegate::currentHexWindowController() c
   return controllers.empty() ? nullptr : controllers.front();
 }
 
+std::shared_ptr<HexWindowController> AppDelegate::editorFor(const CommandOrigin& origin) const {
+  return origin.editor ? origin.editor : currentHexWindowController();
+}
+
 void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller) {
   std::erase_if(windowOrder_, [](const auto& held) { return held.expired(); });
   const auto isIt = [&](const auto& held) { return held.lock().get() == &controller; };
@@ -75,7 +79,7 @@ void AppDelegate::perform(std::string_view action, const CommandOrigin& origin) 
   const auto work = [&] { return route(action, origin), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
-  if (const auto controller = currentHexWindowController()) controller->noteReason(result.error());
+  if (const auto editor = editorFor(origin)) editor->noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
@@ -99,10 +103,10 @@ bool AppDelegate::performTextAction(std::string_view action, const CommandOrigin
                              (command->textAction == TextAction::redo && !focus->canRedo);
   if (nothingToUndo) {
     const bool isUndo = command->textAction == TextAction::undo;
-    const auto controller = currentHexWindowController();
-    if (!controller) return platform_.beeper.beep(), true;
-    controller->refuse(isUndo ? HexWindowController::kNothingToUndo
-                              : HexWindowController::kNothingToRedo);
+    const auto editor = editorFor(origin);
+    if (!editor) return platform_.beeper.beep(), true;
+    editor->refuse(isUndo ? HexWindowController::kNothingToUndo
+                          : HexWindowController::kNothingToRedo);
     return true;
   }
   return surface_.sendTextAction(command->textAction, origin);
@@ -111,7 +115,7 @@ bool AppDelegate::performTextAction(std::string_view action, const CommandOrigin
 EnablingContext AppDelegate::enablingContext(const CommandOrigin& origin) const {
   EnablingContext context;
   context.textFocus = surface_.focusedTextView(origin);
-  const auto controller = origin.editor ? origin.editor : currentHexWindowController();
+  const auto controller = editorFor(origin);
   if (!controller) return context;
   context.hasController = true;
   context.isBusy = controller->isBusy();

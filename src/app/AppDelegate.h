@@ -77,9 +77,11 @@ class AppDelegate {
     std::vector<NewWindowCompletion> completions;
   };
 
+  struct RequestEnd;
+
   struct OpenRequest {
     std::vector<FileLocation> locations;
-    OpenReply reply;
+    std::shared_ptr<RequestEnd> end;
     std::weak_ptr<HexWindowController> editor;
   };
 
@@ -87,6 +89,8 @@ class AppDelegate {
 
   void route(std::string_view action, const CommandOrigin& origin);
   bool performTextAction(std::string_view action, const CommandOrigin& origin);
+  /// The editor that a command from there is for; null when there is none.
+  std::shared_ptr<HexWindowController> editorFor(const CommandOrigin& origin) const;
   EnablingContext enablingContext(const CommandOrigin& origin) const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
   std::shared_ptr<HexWindowController> showEditorWindow(
@@ -119,12 +123,14 @@ class AppDelegate {
   DocumentSaver saver_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
-  /// Held by the completion of the request that is being carried out: when an error drops that
-  /// completion, the application does not wait for it.
-  std::weak_ptr<void> opening_;
+  /// The end of the request that is being carried out, held by its completion: when an error drops
+  /// that completion, the application does not wait for it.
+  std::weak_ptr<RequestEnd> opening_;
   /// The same for the review before quitting.
   std::weak_ptr<void> review_;
   std::vector<PendingNewWindowDocumentLoad> pendingLoads_;
+  /// Gone before everything else is: tells what outlives the delegate.
+  std::shared_ptr<Done> life_ = std::make_shared<Done>();
 };
 
 }  // namespace quillmor

@@ -21,6 +21,35 @@ struct AppDelegate::SharedReply {
   }
 };
 
+/// Sees to it that a request is replied to and that the next one begins, even when an error drops
+/// the completion that was to do so.
+struct AppDelegate::RequestEnd {
+  RequestEnd(AppDelegate& owner, OpenReply whenDone)
+      : delegate(owner), life(owner.life_), reply(std::move(whenDone)) {}
+  ~RequestEnd() {
+    if (isDone || life.expired()) return;
+    resultOf([&] { return tell(false), Done(); });
+    resultOf([&] {
+      delegate.platform_.executor.postToMain([&delegate = delegate, life = life] {
+        if (!life.expired() && delegate.opening_.expired()) delegate.runNextOpenRequest();
+      });
+      return Done();
+    });
+  }
+  RequestEnd(const RequestEnd&) = delete;
+  RequestEnd& operator=(const RequestEnd&) = delete;
+
+  void tell(bool everyFileOpened) {
+    if (const auto once = std::exchange(reply, nullptr)) once(everyFileOpened);
+  }
+
+  AppDelegate& delegate;
+  const std::weak_ptr<Done> life;
+  OpenReply reply;
+  /// Whether the next request has begun.
+  bool isDone = false;
+};
+
 void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenReply reply,
                             std::weak_ptr<HexWindowController> editor) {
   const auto shared = std::make_shared<SharedReply>(SharedReply{std::move(reply)});
@@ -36,7 +65,8 @@ void AppDelegate::openFiles(const std::vector<FileLocation>& locations, OpenRepl
   }
   if (toOpen.empty() && !locations.empty()) return;
   ++shared->waiting;
-  openRequests_.push_back({std::move(toOpen), part, std::move(editor)});
+  openRequests_.push_back(
+      {std::move(toOpen), std::make_shared<RequestEnd>(*this, part), std::move(editor)});
   if (opening_.expired()) runNextOpenRequest();
 }
 
@@ -44,13 +74,13 @@ void AppDelegate::runNextOpenRequest() {
   if (openRequests_.empty()) return;
   OpenRequest request = std::move(openRequests_.front());
   openRequests_.pop_front();
-  const auto opening = std::make_shared<Done>();
-  opening_ = opening;
-  auto finish = [this, opening, reply = std::move(request.reply)](bool everyFileOpened) {
+  opening_ = request.end;
+  auto finish = [this, end = std::move(request.end)](bool everyFileOpened) {
     opening_.reset();
     if (documents_.documents().empty()) openUntitledDocumentIfNeeded();
-    reply(everyFileOpened);
+    end->tell(everyFileOpened);
     if (opening_.expired()) runNextOpenRequest();
+    end->isDone = true;
   };
   if (request.locations.empty()) return finish(true);
   const FileLocation first = request.locations.front();

@@ -23,6 +23,15 @@ std::optional<HexSelection> parseSelection(const std::string& text) {
   return HexSelection{*start, *length};
 }
 
+/// Throws with the name in the message where the name leads nowhere.
+FileLocation locationOf(const std::string& name) {
+  try {
+    return FileLocation::fromPath(name);
+  } catch (const Error& error) {
+    throw error.withMessage(name + ": " + error.message());
+  }
+}
+
 CommandLine failure(const std::string& message) {
   CommandLine line;
   line.exitStatus = kFailureStatus;
@@ -71,13 +80,13 @@ CommandLine parse(const std::vector<std::string>& arguments) {
   for (const std::string& file : files) {
     const std::string name = unshielded(file);
     if (name.empty()) return usageError("A file name is empty.");
-    line.files.push_back(FileLocation::fromPath(name));
+    line.files.push_back(locationOf(name));
   }
   if (screenshotOption->count() == 0) return line;
   if (line.files.size() != 1) return usageError("--screenshot needs exactly one FILE.");
   const std::string picture = unshielded(screenshot);
   if (picture.empty()) return usageError("--screenshot needs a name for the picture.");
-  line.picture = FileLocation::fromPath(picture);
+  line.picture = locationOf(picture);
   if (!selection.empty()) {
     line.selection = parseSelection(unshielded(selection));
     if (!line.selection) return usageError("--select needs START,LENGTH.");

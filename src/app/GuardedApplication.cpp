@@ -3,6 +3,7 @@
 #include <QThread>
 #include <cstdio>
 
+#include "base/VisibleText.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
@@ -10,7 +11,7 @@ namespace quillmor {
 namespace {
 
 void print(const Error& failure) {
-  std::fprintf(stderr, "quillmor: %s\n", failure.messageWithReason().c_str());
+  std::fprintf(stderr, "quillmor: %s\n", visibleText(failure.messageWithReason()).c_str());
 }
 
 }  // namespace

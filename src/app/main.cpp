@@ -90,11 +90,11 @@ int main(int argc, char** argv) {
     silencePlatformWithoutScreen();
   }
 
-  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
-  // drags by it.
-  QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   int qtArgumentCount = 1;
   GuardedApplication application(qtArgumentCount, argv);
+  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
+  // drags by it. The application's constructor sets this itself.
+  QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   QApplication::setApplicationName("Quillmor");
   QApplication::setOrganizationName("tenvale");
   QApplication::setApplicationVersion(QUILLMOR_VERSION);

@@ -49,9 +49,9 @@ void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot, Byt
   const auto document = std::make_shared<HexDocument>(executor);
   auto storage = std::make_shared<HexStorage>();
   storage->bytes = std::move(changed);
-  document->replaceContentsForSingleWindowOpen(std::move(storage), location,
-                                               snapshot.modificationDate);
-  document->setKnownFile(KnownFile::of(snapshot.status, snapshot.bytes.span()));
+  document->replaceContentsForSingleWindowOpen(
+      std::move(storage), location, snapshot.modificationDate,
+      KnownFile::of(snapshot.status, snapshot.bytes.span()));
 
   std::optional<DocumentSaveOutcome> outcome;
   bool wasChangedMeanwhile = false;

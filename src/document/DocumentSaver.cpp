@@ -1,5 +1,6 @@
 #include "document/DocumentSaver.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
@@ -11,12 +12,6 @@
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
-
-namespace {
-
-constexpr int kTooLargeToKeepCode = 1216;
-
-}  // namespace
 
 /// One save under way. It keeps the document alive and the destination reserved until it ends.
 struct DocumentSaver::Job {
@@ -61,8 +56,8 @@ struct DocumentSaver::WriteOutcome {
 
 namespace {
 
-/// What a failed write made of the file that was there before; absent when it did not get to change
-/// that file, when another file has taken its place, or when that cannot be told.
+/// What a failed write that has touched the file made of it; absent when another file has taken its
+/// place, or when that cannot be told.
 std::optional<KnownFile> tornFile(const DocumentDestination& before) {
   const auto now =
       resultOf([&] { return SecureFileAccess::documentDestination(before.location).found; });
@@ -72,18 +67,25 @@ std::optional<KnownFile> tornFile(const DocumentDestination& before) {
   return KnownFile{*now.value()};
 }
 
-/// The bytes of a file that is to be overwritten, and can be no larger than a document.
-ByteBuffer bytesToKeep(const DocumentDestination& destination) {
+/// A file that may be written but not read, or that has more bytes than a document can have: it can
+/// be overwritten as ever, but there is nothing to put back.
+bool hasNoBytesToKeep(const Error& error) {
+  const bool isForbidden = error.domain() == ErrorDomain::posix && error.code() == EACCES;
+  return isForbidden || SecureFileAccess::isExceededLimit(error);
+}
+
+/// The bytes of a file that is to be overwritten, as far as they can be kept.
+std::optional<ByteBuffer> bytesToKeep(const DocumentDestination& destination,
+                                      TaskProgress* progress) {
   const auto read = resultOf([&] {
-    return SecureFileAccess::stableBytes(destination.location,
-                                         QuillmorResourceLimits::maximumDocumentByteCount());
+    return SecureFileAccess::stableBytes(
+        destination.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress);
   });
+  if (progress != nullptr) progress->restart();
   if (read.isOk() && read.value().status == *destination.found) return read.value().bytes;
   if (read.isOk()) throw SecureFileAccess::changedDestinationError();
-  if (!SecureFileAccess::isExceededLimit(read.error())) throw read.error();
-  throw Error::quillmor(kTooLargeToKeepCode,
-                        "The file at the destination is too large to be restored if the save "
-                        "fails. Nothing was overwritten; choose a different destination.");
+  if (hasNoBytesToKeep(read.error())) return std::nullopt;
+  throw read.error();
 }
 
 }  // namespace
@@ -101,11 +103,12 @@ void DocumentSaver::save(const std::shared_ptr<HexDocument>& document,
 
 void DocumentSaver::prepare(const std::shared_ptr<Job>& job) {
   const auto prepare = [location = job->destination.location, known = job->document->knownFile(),
-                        byteCount = job->document->storage()->count()] {
+                        byteCount = job->document->storage()->count(),
+                        progress = job->hooks.progress] {
     Preparation preparation{SecureFileAccess::reserveOutputURL(location),
                             SecureFileAccess::documentDestination(location)};
     SecureFileAccess::requireWritable(preparation.destination, byteCount);
-    preparation.isChanged = known && known->hasChanged(preparation.destination);
+    preparation.isChanged = known && known->hasChanged(preparation.destination, progress.get());
     return preparation;
   };
   runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
@@ -148,18 +151,20 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
   job->document->canAsynchronouslyWrite();
   auto work = [document = job->document, destination = job->destination, isOwnFile = job->isOwnFile,
                ownBytes = job->hooks.ownBytes, progress = job->hooks.progress]() mutable {
+    bool wasTouched = false;
     auto written = resultOf([&] {
       // Saving must never have to follow a link, so the real file becomes the document's location.
       // It is found before the write, because nothing may fail after it.
       FileLocation realLocation = SecureFileAccess::realLocation(destination.location);
       const bool isFile = destination.found && destination.found->isRegularFile();
       if (isOwnFile) destination.oldBytes = std::move(ownBytes);
-      if (!isOwnFile && isFile) destination.oldBytes = bytesToKeep(destination);
-      return WriteOutcome{std::nullopt, document->write(destination, progress.get()),
+      if (!isOwnFile && isFile) destination.oldBytes = bytesToKeep(destination, progress.get());
+      return WriteOutcome{std::nullopt, document->write(destination, progress.get(), &wasTouched),
                           std::move(realLocation)};
     });
     if (written.isOk()) return std::move(written.value());
-    return WriteOutcome{std::move(written.error()), tornFile(destination)};
+    return WriteOutcome{std::move(written.error()),
+                        wasTouched ? tornFile(destination) : std::nullopt};
   };
   runInBackground(executor_, std::move(work),
                   std::function([this, job](Result<WriteOutcome> outcome) {

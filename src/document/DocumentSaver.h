@@ -28,7 +28,9 @@ struct DocumentSaveOutcome {
 /// wait for a disk, run on background threads, the others on the main thread.
 ///
 /// A failed save to another place than the document's own file leaves that place as it was: no file
-/// where there was none, the old bytes where there was one.
+/// where there was none, the old bytes where there was one. A file that may not be read, or that
+/// has more bytes than a document can have, is overwritten all the same, without its bytes being
+/// kept.
 class DocumentSaver {
  public:
   /// What the owner of the window does during a save; all called on the main thread.

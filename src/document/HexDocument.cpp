@@ -41,7 +41,7 @@ void HexDocument::read(const FileLocation& location) {
     auto snapshot =
         SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
     location_ = real;
-    knownFile_ = KnownFile{snapshot.status};
+    knownFile_ = KnownFile::of(snapshot.status, snapshot.bytes.span());
     installBytesAfterRead(std::move(snapshot.bytes), snapshot.modificationDate);
   } catch (...) {
     openingReadReservationHolder_.remove(*reservation);
@@ -87,26 +87,14 @@ void HexDocument::replaceStorageAfterRead(ByteBuffer bytes,
 
 void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
                                                      FileLocation location,
-                                                     std::optional<double> modificationDate) {
+                                                     std::optional<double> modificationDate,
+                                                     std::optional<KnownFile> file) {
   storage_ = std::move(storage);
   location_ = std::move(location);
   modificationDate_ = modificationDate;
-  knownFile_.reset();
+  knownFile_ = file;
   changeCount_.update(ChangeCount::Change::cleared);
   notifyIdentityChange();
-}
-
-void HexDocument::didRead(const StableFileStatus& status) {
-  knownFile_ = KnownFile{status};
-  if (storage_->count() > KnownFile::maximumDigestByteCount) return;
-  const auto digest = [bytes = storage_->bytes] { return contentDigest(bytes.span()); };
-  const auto keep = [weak = weak_from_this(), status](Result<ContentDigest> result) {
-    const auto self = weak.lock();
-    const bool isCurrent = self && self->knownFile_ && self->knownFile_->status == status;
-    if (isCurrent && result.isOk()) self->knownFile_->digest = result.value();
-  };
-  // Without a digest a save asks once too often, no more.
-  resultOf([&] { return runInBackground(executor_, digest, std::function(keep)), Done(); });
 }
 
 bool HexDocument::canAsynchronouslyWrite() {
@@ -114,11 +102,14 @@ bool HexDocument::canAsynchronouslyWrite() {
   return true;
 }
 
-KnownFile HexDocument::write(const DocumentDestination& destination, TaskProgress* progress) {
+KnownFile HexDocument::write(const DocumentDestination& destination, TaskProgress* progress,
+                             bool* wasTouched) {
   const auto writeAll = [&](const ByteBuffer& bytes) {
-    return KnownFile::of(SecureFileAccess::writeDocumentBytes(bytes.span(), destination, progress),
-                         bytes.span());
+    const StableFileStatus status =
+        SecureFileAccess::writeDocumentBytes(bytes.span(), destination, progress, wasTouched);
+    return KnownFile::of(status, bytes.span());
   };
+  if (wasTouched != nullptr) *wasTouched = false;
   if (std::this_thread::get_id() == mainThread_) return writeAll(storage_->bytes);
   const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
   if (!snapshot) {

@@ -76,16 +76,14 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   void installBytesAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
   void replaceStorageAfterRead(ByteBuffer bytes, std::optional<double> modificationDate);
 
-  /// Makes this the document of another file: new storage, location and date, no unsaved changes.
-  /// It is that before anything can fail.
+  /// Makes this the document of another file, `file` when that is known: new storage, location and
+  /// date, no unsaved changes. All of that has happened before the windows are told, which may
+  /// fail.
   void replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage> storage,
                                           FileLocation location,
-                                          std::optional<double> modificationDate);
+                                          std::optional<double> modificationDate,
+                                          std::optional<KnownFile> file = std::nullopt);
   void setKnownFile(const KnownFile& file) { knownFile_ = file; }
-
-  /// The file was found with `status`, and its bytes are those that the document has now: their
-  /// digest is taken in the background, so that nobody waits for it. Never fails.
-  void didRead(const StableFileStatus& status);
 
   // Writing.
 
@@ -100,8 +98,9 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
 
   /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
   /// file as it is after the write. Throws 1210 when there is no snapshot, else the writer's
-  /// errors.
-  KnownFile write(const DocumentDestination& destination, TaskProgress* progress = nullptr);
+  /// errors. `wasTouched`, when given, tells whether the file was touched, even when that fails.
+  KnownFile write(const DocumentDestination& destination, TaskProgress* progress = nullptr,
+                  bool* wasTouched = nullptr);
 
   /// Notes a finished save: the real location and the file there, and no unsaved changes if the
   /// bytes are still those that `token`, taken when the save began, stands for. All of that has

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/RunInBackground.h"
+
 namespace quillmor {
 
 namespace {
@@ -147,10 +149,14 @@ void HexEditorState::updateStatus() {
 /// Accounts for an edit, and only then shows it: whatever showing may fail with, bytes, caret,
 /// history and change count agree.
 void HexEditorState::didEdit() {
-  if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
-  layOut();
-  showCaretAndSelection();
-  if (surface_ != nullptr) surface_->contentsChanged();
+  const auto account = [&] {
+    if (delegate_ != nullptr) delegate_->hexEditorDidEdit(*this);
+  };
+  showingInAnyCase(account, [&] {
+    layOut();
+    showCaretAndSelection();
+    if (surface_ != nullptr) surface_->contentsChanged();
+  });
 }
 
 }  // namespace quillmor

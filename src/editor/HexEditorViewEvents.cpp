@@ -95,7 +95,9 @@ void HexEditorView::mouseMoveEvent(QMouseEvent* event) {
     autoScrollTimer_.stop();
     return event->ignore();
   }
-  if (!heldMotions_.tookPlace(event->timestamp())) return event->ignore();
+  // What Qt makes of touches is no motion of the pointer.
+  const bool isOfPointer = event->source() == Qt::MouseEventNotSynthesized;
+  if (isOfPointer && !heldMotions_.tookPlace(event->timestamp())) return event->ignore();
   dragPoint_ = event->position();
   const bool isOutside = !QRectF(viewport()->rect()).contains(dragPoint_);
   if (!isOutside || !editor_->trackingDragStart()) {

@@ -42,7 +42,8 @@ StableFileStatus documentStatus(const FileDescriptor& handle) {
 FileDescriptor openDestination(const DocumentDestination& destination) {
   const bool isNew = !destination.found;
   const int descriptor =
-      openFile(destination.location, kOpenFlags | (isNew ? O_CREAT | O_EXCL : 0), kNewFileMode);
+      isNew ? openFile(destination.location, kOpenFlags | O_CREAT | O_EXCL, kNewFileMode)
+            : openFile(destination.location, kOpenFlags);
   if (descriptor >= 0) return FileDescriptor(descriptor);
   if (errno == (isNew ? EEXIST : ENOENT)) throw changedDestinationError();
   throw lastSystemError(kCouldNotOpen);
@@ -68,6 +69,15 @@ void rewrite(std::span<const std::uint8_t> bytes, const FileDescriptor& handle, 
   writeAll(bytes, handle, kWriteMessages, progress);
   handle.synchronize();
   state = FileState::complete;
+}
+
+/// A second descriptor of a file that was made for a write. While it lives, no other file can have
+/// the number by which that file is known.
+FileDescriptor pinned(const FileDescriptor& handle) {
+  const int descriptor = retryingInterrupted(
+      [&] { return SystemCalls::current().fcntl(handle.get(), F_DUPFD_CLOEXEC, 0); });
+  if (descriptor < 0) throw lastSystemError(kCouldNotOpen);
+  return FileDescriptor(descriptor);
 }
 
 /// Removes a file that was made for a write, unless its name leads to another file by now.
@@ -142,19 +152,23 @@ void requireWritable(const DocumentDestination& destination, std::int64_t byteCo
 }
 
 StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
-                                    const DocumentDestination& destination,
-                                    TaskProgress* progress) {
+                                    const DocumentDestination& destination, TaskProgress* progress,
+                                    bool* wasTouched) {
+  if (wasTouched != nullptr) *wasTouched = false;
   requireLocalFile(destination.location);
   if (progress != nullptr) {
     progress->checkpoint();
     progress->setTotal(static_cast<std::int64_t>(bytes.size()));
   }
   FileDescriptor handle = openDestination(destination);
+  // Held until the outcome is known.
+  std::optional<FileDescriptor> pin;
   std::optional<FileIdentity> identity;
   FileState state = FileState::untouched;
   const auto write = [&] {
     const StableFileStatus opened = documentStatus(handle);
     identity = opened.identity();
+    if (!destination.found) pin.emplace(pinned(handle));
     requireWhatWasFound(opened, destination);
     rewrite(bytes, handle, state, progress);
     const StableFileStatus status = documentStatus(handle);
@@ -163,6 +177,7 @@ StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
     return status;
   };
   const auto written = resultOf(write);
+  if (wasTouched != nullptr) *wasTouched = !destination.found || state != FileState::untouched;
   if (written.isOk()) return written.value();
   const std::string_view consequence = undo(destination, handle, identity, state);
   const Error& error = written.error();

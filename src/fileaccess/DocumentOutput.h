@@ -43,12 +43,15 @@ void requireWritable(const DocumentDestination& destination, std::int64_t byteCo
 /// failure half way leaves it torn. When they cannot be put back, the message says what the file
 /// holds now.
 ///
+/// `wasTouched`, when given, tells whether the write has emptied the file or made it, whatever it
+/// then came to.
+///
 /// Returns the file's status after the flush. Code 1205 for a location that is not a local file,
 /// 1210 for anything but a regular file, or a POSIX error. A stop request of `progress` is heeded
 /// only before the file is touched.
 StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
                                     const DocumentDestination& destination,
-                                    TaskProgress* progress = nullptr);
+                                    TaskProgress* progress = nullptr, bool* wasTouched = nullptr);
 
 /// Code 1214: the file is not the one found before, or has appeared since. Nothing was overwritten.
 Error changedDestinationError();

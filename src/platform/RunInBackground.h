@@ -43,6 +43,19 @@ void retryingWithoutMemory(Show show) {
   }
 }
 
+/// Does `step`, which may fail when it has had its effect, and shows what there is then in any
+/// case. Passes on what `step` throws, or what `show` does.
+template <class Step, class Show>
+void showingInAnyCase(Step step, Show show) {
+  try {
+    step();
+  } catch (...) {
+    show();
+    throw;
+  }
+  show();
+}
+
 /// Runs `work` off the main thread, then `completion` on the main thread with its result. What
 /// `work` holds is released before the completion runs, so a snapshot of the bytes is no longer
 /// shared then. When this returns, all memory that handing over the result takes has been taken;

@@ -78,19 +78,14 @@ class BackgroundTaskFrame {
         return value;
       };
       std::weak_ptr<Activity> activity = activity_;
-      start(std::move(task),
-            std::function([this, activity, completion = std::move(completion)](Result<T> result) {
-              if (activity.expired()) return;
-              endBusyStatus();
-              completion(std::move(result));
-            }));
+      runInBackground(
+          executor_, std::move(task),
+          std::function([this, activity, completion = std::move(completion)](Result<T> result) {
+            if (activity.expired()) return;
+            endBusyStatus();
+            completion(std::move(result));
+          }));
     });
-  }
-
-  /// Starts work of the busy state that is in force. To be called within `orEndBusyStatus`.
-  template <class Task, class T>
-  void start(Task task, std::function<void(Result<T>)> completion) {
-    runInBackground(executor_, std::move(task), std::move(completion));
   }
 
   /// 409 "Another operation is already running."

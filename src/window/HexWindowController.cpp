@@ -71,7 +71,7 @@ bool HexWindowController::alertRefusal(const Refusal& refusal, const std::string
 }
 
 void HexWindowController::showFailure(const Error& error, const std::string& title) {
-  // Of being busy the frame itself has told.
+  // The frame has already shown the busy alert.
   if (window_ && !error.isStopped() && !BackgroundTaskFrame::isBusyError(error))
     alert(title, error);
 }

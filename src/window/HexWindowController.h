@@ -35,6 +35,7 @@
 #include "window/EditorEnvironment.h"
 #include "window/EditorWindowSurface.h"
 #include "window/SelectionMutation.h"
+#include "window/WindowAlerts.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor {
@@ -372,6 +373,7 @@ class HexWindowController : public DocumentWindow,
     /// Held until the document has the location, so that no save lands on the file meanwhile.
     std::shared_ptr<ReadReservation> reservation;
     ReadSnapshot snapshot;
+    std::optional<KnownFile> known;
   };
 
   void busyStateDidBegin() override;
@@ -414,7 +416,6 @@ class HexWindowController : public DocumentWindow,
   void unannouncedEditDidHappen();
   void announcedEditDidHappen(AnnouncedEdit edit);
   void forgetAnnouncements();
-  void showRestoredState();
 
   /// A completion that is not called once this object has gone, and keeps it while it runs.
   template <class T>
@@ -564,13 +565,14 @@ class HexWindowController : public DocumentWindow,
   void chooseDestinationAndSave(std::function<void(DocumentSaveResult)> completion);
   DocumentSaver::Hooks saveHooks(const FileLocation& destination,
                                  const std::shared_ptr<SaveCompletion>& completion);
-  void saveDidEnd(const DocumentSaveOutcome& outcome, const SaveCompletion& completion);
+  void saveDidEnd(const DocumentSaveOutcome& outcome, SaveCompletion& completion);
   void startLoad(const FileLocation& location, bool preservingEditorState,
                  LoadCompletion completion);
   void finishLoad(bool preservingEditorState, Result<LoadedFile> result,
                   const LoadCompletion& completion);
   OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedFile& file);
-  void startAtTheBeginning();
+  void takeStorage(std::shared_ptr<HexStorage> storage, bool preservingEditorState) noexcept;
+  void showStorage();
   void loadPreservingEditorState(const FileLocation& location, const std::string& failureTitle,
                                  std::function<void()> success);
 
@@ -579,6 +581,7 @@ class HexWindowController : public DocumentWindow,
   DocumentController& documents_;
   DocumentSaver& saver_;
   EditorWindowSurface* window_ = nullptr;
+  WindowAlerts promptAlerts_{platform_.alerts, [this] { return hasWindow(); }};
   HexEditorState editor_;
   Bookmarks bookmarks_;
   UndoRecords undoRecords_;

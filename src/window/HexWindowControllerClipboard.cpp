@@ -50,11 +50,12 @@ void HexWindowController::copySelectionToPasteboard(bool deleteAfterCopy) {
                               deleteAfterCopy](Result<StandardClipboardPayload> payload) {
     if (failed(payload, title + " Failed")) return;
     if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
-    attempt(title + " Failed", [&] {
+    const bool hasFailed = attempt(title + " Failed", [&] {
       // Another selection may have been made meanwhile; what was published goes.
       editor_.placeCaretAndSelection(place.caretOffset, place.selection);
       editor_.deleteSelectionOrByte(/*backward=*/false);
     });
+    if (hasFailed) editor_.showCaretAndSelection();
   };
   constexpr auto payloadOf = [](const ByteBuffer& bytes, HexSelection selected,
                                 TaskProgress& progress) {

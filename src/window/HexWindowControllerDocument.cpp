@@ -52,7 +52,7 @@ void HexWindowController::chooseDestinationAndSave(
   const auto& location = hexDocument_->location();
   const std::string name = location ? location->lastPathComponent() : hexDocument_->displayName();
   const auto destination = platform_.filePanels.runSavePanel("Save As", name, documentDirectory());
-  if (!destination) return completion(DocumentSaveResult::cancelled);
+  if (!destination || !window_) return completion(DocumentSaveResult::cancelled);
   performDocumentSave(*destination, DocumentSaveOperation::saveAs, "Save As",
                       std::move(completion));
 }
@@ -73,6 +73,8 @@ void HexWindowController::performDocumentSave(const FileLocation& destination,
   });
   if (isRefused) return completion(DocumentSaveResult::failed);
   if (begun.isOk()) return;
+  // A save that has ended could not say how; whoever waits for it has been told.
+  if (held && !*held) throw std::move(begun.error());
   saveDidEnd({DocumentSaveResult::failed, std::move(begun.error())}, held ? *held : completion);
 }
 
@@ -96,13 +98,14 @@ DocumentSaver::Hooks HexWindowController::saveHooks(
   };
   hooks.completion = [weak = weak_from_this(), completion](const DocumentSaveOutcome& outcome) {
     if (const auto self = weak.lock()) return self->saveDidEnd(outcome, *completion);
-    (*completion)(outcome.result);
+    std::exchange(*completion, nullptr)(outcome.result);
   };
   return hooks;
 }
 
 void HexWindowController::saveDidEnd(const DocumentSaveOutcome& outcome,
-                                     const SaveCompletion& completion) {
+                                     SaveCompletion& completion) {
+  const SaveCompletion onlyOnce = std::exchange(completion, nullptr);
   endBusyStatus();
   // Whoever waits for the save is told even when the user cannot be.
   auto shown = resultOf([&] {
@@ -110,7 +113,7 @@ void HexWindowController::saveDidEnd(const DocumentSaveOutcome& outcome,
       retryingWithoutMemory([&] { alert("Save Failed", *outcome.error); });
     return Done();
   });
-  completion(outcome.result);
+  onlyOnce(outcome.result);
   if (!shown.isOk()) throw std::move(shown.error());
 }
 
@@ -122,7 +125,7 @@ void HexWindowController::revertDocument() {
                           " and reload the version currently on disk?",
        .style = AlertStyle::warning,
        .buttons = {"Revert", "Cancel"}});
-  if (response.button != 0) return;
+  if (response.button != 0 || !window_) return;
   loadPreservingEditorState(*hexDocument_->location(), "Revert Failed", [] {});
 }
 
@@ -212,6 +215,7 @@ void HexWindowController::prepareToReplaceCurrentDocument(
                           "file in this window?",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
+  if (!window_) return completion(DocumentReplacementPreparation::cancelled);
   if (response.button == 1) return completion(DocumentReplacementPreparation::proceed);
   if (response.button != 0) return completion(DocumentReplacementPreparation::cancelled);
   saveCurrentDocumentBeforeReplacing(
@@ -231,8 +235,7 @@ void HexWindowController::beginLoadFileInCurrentWindow(const FileLocation& locat
                                                        bool preservingEditorState,
                                                        LoadCompletion completion) {
   if (isBusy()) return completion(BackgroundTaskFrame::busyError());
-  frame_.beginBusyStatus("Opening " + location.shownName(),
-                         BackgroundTaskFrame::Stopping::allowed);
+  frame_.beginBusyStatus("Opening " + location.shownName(), BackgroundTaskFrame::Stopping::allowed);
   frame_.orEndBusyStatus(
       [&] { startLoad(location, preservingEditorState, std::move(completion)); });
 }
@@ -242,21 +245,23 @@ void HexWindowController::startLoad(const FileLocation& location, bool preservin
   const auto work = [location, progress = frame_.progress()] {
     // Saving must never have to follow a link, so the real file becomes the document's location.
     // Messages name what was to be opened.
-    LoadedFile file{SecureFileAccess::realLocation(location), {}, {}};
-    file.reservation =
-        SecureFileAccess::reserveReadURL(file.location, location.shownName());
+    LoadedFile file{SecureFileAccess::realLocation(location), {}, {}, {}};
+    file.reservation = SecureFileAccess::reserveReadURL(file.location, location.shownName());
     SecureFileAccess::validateReadableFileURL(file.location);
     file.snapshot = SecureFileAccess::stableBytes(
         file.location, QuillmorResourceLimits::maximumDocumentByteCount(), progress.get());
     progress->checkpoint();
+    file.known = KnownFile::of(file.snapshot.status, file.snapshot.bytes.span());
     return file;
   };
-  frame_.start(work, std::function([weak = weak_from_this(), preservingEditorState,
-                                    completion = std::move(completion)](Result<LoadedFile> result) {
-                 const auto self = weak.lock();
-                 if (self) self->finishLoad(preservingEditorState, std::move(result), completion);
-                 if (!self) completion(windowClosed());
-               }));
+  runInBackground(platform_.executor, work,
+                  std::function([weak = weak_from_this(), preservingEditorState,
+                                 completion = std::move(completion)](Result<LoadedFile> result) {
+                    const auto self = weak.lock();
+                    if (self)
+                      self->finishLoad(preservingEditorState, std::move(result), completion);
+                    if (!self) completion(windowClosed());
+                  }));
 }
 
 void HexWindowController::finishLoad(bool preservingEditorState, Result<LoadedFile> result,
@@ -284,34 +289,38 @@ OpenCurrentResult HexWindowController::showLoadedFile(bool preservingEditorState
   if (!preservingEditorState) saveSessionOffset();
   // From here on nothing fails but showing what has happened, which is tried again.
   hexDocument_->isPendingInitialLoad = false;
-  hexDocument_->replaceContentsForSingleWindowOpen(std::move(storage), std::move(file.location),
-                                                   file.snapshot.modificationDate);
-  hexDocument_->didRead(file.snapshot.status);
-  const auto show = [&] {
-    preservingEditorState ? documentStorageDidReload() : startAtTheBeginning();
-  };
-  retryingWithoutMemory(show);
+  takeStorage(storage, preservingEditorState);
+  showingInAnyCase(
+      [&] {
+        hexDocument_->replaceContentsForSingleWindowOpen(
+            std::move(storage), std::move(file.location), file.snapshot.modificationDate,
+            file.known);
+      },
+      [&] { retryingWithoutMemory([&] { showStorage(); }); });
   return OpenCurrentResult::opened;
 }
 
-void HexWindowController::startAtTheBeginning() {
-  editor_.setStorage(hexDocument_->storage());
-  bookmarks_.clear();
+/// Makes `storage` the one that is edited: nothing of another one is left.
+void HexWindowController::takeStorage(std::shared_ptr<HexStorage> storage,
+                                      bool preservingEditorState) noexcept {
+  const std::int64_t count = storage->count();
+  const std::int64_t caret = preservingEditorState ? editor_.caretOffset() : 0;
+  const HexSelection selection = preservingEditorState ? editor_.selection() : HexSelection{};
+  preservingEditorState ? bookmarks_.keepWithin(count) : bookmarks_.clear();
   forgetAnnouncements();
   removeUndoActions();
+  editor_.setStorage(std::move(storage));
+  editor_.placeCaretAndSelection(clampedToCount(caret, count), selection.normalized(count));
+}
+
+void HexWindowController::showStorage() {
   editor_.recalcMetrics();
-  moveCaret(0, {});
+  editor_.showCaretAndSelection();
 }
 
 void HexWindowController::documentStorageDidReload() {
-  const std::int64_t caret = editor_.caretOffset();
-  const HexSelection selection = editor_.selection();
-  bookmarks_.keepWithin(byteCount());
-  forgetAnnouncements();
-  removeUndoActions();
-  editor_.setStorage(hexDocument_->storage());
-  editor_.recalcMetrics();
-  moveCaret(clampedToCount(caret, byteCount()), selection.normalized(byteCount()));
+  takeStorage(hexDocument_->storage(), /*preservingEditorState=*/true);
+  showStorage();
 }
 
 void HexWindowController::documentIdentityDidChange() {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/Check.h"
+#include "platform/RunInBackground.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {
@@ -98,9 +99,7 @@ void HexWindowController::markManualEdit(std::int64_t caretOffset, HexSelection 
   checkPrecondition(announcedEdit_->undo.isRecorded == undoRegistered,
                     "an edit is marked as it was registered");
   editor_.placeCaretAndSelection(caretOffset, selection);
-  hexEditorDidEdit(editor_);
-  editor_.recalcMetrics();
-  editor_.showCaretAndSelection();
+  showingInAnyCase([&] { hexEditorDidEdit(editor_); }, [&] { showStorage(); });
 }
 
 /// Puts `bytes` in the place of `range` as one undoable step. When memory runs out nothing changes,
@@ -127,21 +126,13 @@ bool HexWindowController::replaceRange(HexSelection range, std::span<const std::
 void HexWindowController::undo() {
   if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
   if (!hexDocument_->undoManager().canUndo()) return refuse(kNothingToUndo);
-  hexDocument_->undoManager().undo();
-  showRestoredState();
+  showingInAnyCase([&] { hexDocument_->undoManager().undo(); }, [&] { showStorage(); });
 }
 
 void HexWindowController::redo() {
   if (isBusy()) return refuse(BackgroundTaskFrame::busyError().message());
   if (!hexDocument_->undoManager().canRedo()) return refuse(kNothingToRedo);
-  hexDocument_->undoManager().redo();
-  showRestoredState();
-}
-
-/// Shows what an undo or redo has restored.
-void HexWindowController::showRestoredState() {
-  editor_.recalcMetrics();
-  editor_.showCaretAndSelection();
+  showingInAnyCase([&] { hexDocument_->undoManager().redo(); }, [&] { showStorage(); });
 }
 
 void HexWindowController::deleteSelection() {

@@ -108,9 +108,9 @@ void HexWindowController::exportIntelHex() {
 
 void HexWindowController::exportASCIIStrings() {
   if (refuseWhileBusy(kExportStrings)) return;
-  const auto minimum = askForPositiveInteger(platform_.alerts, kExportStrings,
-                                             "Minimum printable ASCII string length.",
-                                             ASCIIStringsExporter::kDefaultMinimumLength);
+  const auto minimum =
+      askForPositiveInteger(promptAlerts_, kExportStrings, "Minimum printable ASCII string length.",
+                            ASCIIStringsExporter::kDefaultMinimumLength);
   if (!minimum || !window_) return;
   exportTo({.title = kExportStrings,
             .suggestedName = "ASCII-Strings.txt",

@@ -73,7 +73,7 @@ void HexWindowController::generateRepeatedBytes(std::vector<std::uint8_t> patter
 void HexWindowController::fillSelection() {
   if (refuseWhileBusy(kFill)) return;
   if (selectedRange().length < 1) return insertFill();
-  auto pattern = promptBytePattern(platform_.alerts, kFill,
+  auto pattern = promptBytePattern(promptAlerts_, kFill,
                                    "Enter a pattern to repeat across the selected bytes.",
                                    PatternInput::autoHexOrText);
   if (!pattern || !window_ || refuseWhileBusy(kFill)) return;
@@ -114,7 +114,7 @@ void HexWindowController::fillCurrentSelection(HexSelection range,
 /// Fills bytes of its own where there is no selection.
 void HexWindowController::insertFill() {
   const auto answer = promptBytePatternAndNumber(
-      platform_.alerts, kFill,
+      promptAlerts_, kFill,
       "No selection is active. Enter a pattern and length to insert filled bytes at the current "
       "offset.",
       {.field = {.label = "Length:", .placeholder = "256"},
@@ -130,7 +130,7 @@ void HexWindowController::insertFill() {
 void HexWindowController::insertBytes() {
   if (refuseWhileBusy(kInsert)) return;
   const auto answer = promptBytePatternAndNumber(
-      platform_.alerts, kInsert, "Enter bytes to insert at the current offset.",
+      promptAlerts_, kInsert, "Enter bytes to insert at the current offset.",
       {.field = {.label = "Repeat count:", .placeholder = "1", .text = "1"},
        .invalid = kInvalidRepeatCount,
        .refusalOf = [this](const PatternAndNumber& typed) -> Refusal {

@@ -24,7 +24,7 @@ void HexWindowController::showOffset(std::int64_t offset) {
 void HexWindowController::goToOffset() {
   if (refuseWhileBusy("Go to Offset")) return;
   const auto offset =
-      askForOffset(platform_.alerts, "Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.");
+      askForOffset(promptAlerts_, "Go to Offset", "Enter decimal, 0xHEX, HEX, or HEXh offset.");
   if (offset) showOffset(*offset);
 }
 
@@ -39,7 +39,7 @@ void HexWindowController::goToEnd() {
 void HexWindowController::selectRange() {
   if (refuseWhileBusy("Select Range")) return;
   const auto range =
-      askForRange(platform_.alerts, "Select Range",
+      askForRange(promptAlerts_, "Select Range",
                   "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.");
   if (!range) return;
   const HexSelection selection = range->normalized(byteCount());

@@ -146,7 +146,8 @@ void HexWindowController::offerNextOccurrence(const std::shared_ptr<PromptedRun>
     if (goesOn.value()) return offerNextOccurrence(run);
     computePromptReplaceAll(run);
   };
-  frame_.start(std::move(work), guarded(std::function<void(Result<Match>)>(std::move(completion))));
+  runInBackground(platform_.executor, std::move(work),
+                  guarded(std::function<void(Result<Match>)>(std::move(completion))));
 }
 
 /// Asks about one match; false when the run ends with it.
@@ -187,7 +188,7 @@ void HexWindowController::computePromptReplaceAll(const std::shared_ptr<Prompted
         if (!window_) return endBusyStatus();
         finishPromptReplaceAll(*run, std::move(result.value()));
       };
-  frame_.start(std::move(work), guarded(std::move(completion)));
+  runInBackground(platform_.executor, std::move(work), guarded(std::move(completion)));
 }
 
 void HexWindowController::finishPromptReplaceAll(const PromptedRun& run,

@@ -48,7 +48,7 @@ void HexWindowController::showChecksums() {
 void HexWindowController::checksumRange() {
   constexpr const char* kTitle = "Checksum Range";
   const auto range =
-      askForRange(platform_.alerts, kTitle,
+      askForRange(promptAlerts_, kTitle,
                   "Enter start offset and length. Decimal, 0xHEX, HEX, or HEXh are accepted.",
                   "Start offset and length must be non-negative values.");
   if (!range || !window_) return;

@@ -118,7 +118,7 @@ void HexWindowController::showCount(std::int64_t count, const std::string& title
 void HexWindowController::findWildcardMask() {
   if (refuseWhileBusy(kWildcardTitle)) return;
   const auto text = askForText(
-      platform_.alerts, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
+      promptAlerts_, kWildcardTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
       {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_},
       [](const std::string& typed) -> std::optional<std::string> {
         const auto read = typedWildcardPattern(typed);

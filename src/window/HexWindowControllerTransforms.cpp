@@ -78,7 +78,7 @@ void HexWindowController::applyPatternOperationToSelection(const std::string& ti
                                                            ByteOperation operation) {
   if (!activeSelectionOrAlert(title)) return;
   auto pattern =
-      promptBytePattern(platform_.alerts, title, kPatternMessage, PatternInput::hexUnlessText);
+      promptBytePattern(promptAlerts_, title, kPatternMessage, PatternInput::hexUnlessText);
   if (!pattern || !window_) return;
   // The question ran the event loop: the selection may be another one by now.
   const auto range = activeSelectionOrAlert(title);

@@ -63,7 +63,7 @@ void HexWindowController::editCurrentValue() {
                   .choices = {inspectorEditTypeTitles.begin(), inspectorEditTypeTitles.end()}},
                  {.label = "Value:", .placeholder = "Value", .note = noteOnTypedValue}}};
   const auto bytes = askUntilRead<Bytes>(
-      platform_.alerts, form,
+      promptAlerts_, form,
       [this](const AlertResponse& answers) -> std::variant<Bytes, AnswerRefusal> {
         auto typed = typedValue(answers);
         if (!typed) return AnswerRefusal{"Invalid value for selected type.", kValueField};
@@ -83,7 +83,7 @@ void HexWindowController::bitEditor() {
     return std::nullopt;
   };
   const auto text = askForText(
-      platform_.alerts, kBitEditor, "Enter 8 bits for the current byte.",
+      promptAlerts_, kBitEditor, "Enter 8 bits for the current byte.",
       {.label = "Bits:", .text = bitsOfByte(current), .note = noteOnTypedBits}, refusalOf);
   if (!text || !window_) return;
   overwriteAtCaret({std::get<std::uint8_t>(byteForBits(*text))}, kBitEditor, "Edit Bits");

@@ -144,12 +144,13 @@ void Desktop::clickAndMoveOn(ScreenPoint place, ScreenPoint next) const {
   pointer.move(next);
 }
 
-void Desktop::drag(ScreenPoint from, ScreenPoint to) const {
+void Desktop::dragAndMoveOn(ScreenPoint from, ScreenPoint to, ScreenPoint next) const {
   xdotool({"mousemove", "--sync", std::to_string(from.x), std::to_string(from.y)});
   const FakePointer pointer(environment_.at("DISPLAY"));
   pointer.press(true);
   pointer.move(to);
   pointer.press(false);
+  pointer.move(next);
 }
 
 std::string Desktop::activeWindowTitle() const {

@@ -134,5 +134,17 @@ TEST_P(HeldMotionsTest, eachOfSeveralClicksCountsForItself) {
   expectClickAt(20);
 }
 
+TEST_P(HeldMotionsTest, aFingerSelectsAfterAClickOfTheMouse) {
+  server(kPress, 1000);
+  server(kRelease, 1010);
+  widget(QEvent::MouseButtonPress, hexPoint(3), 2000, Qt::LeftButton);
+  const QPoint point = hexPoint(6);
+  QMouseEvent motion(QEvent::MouseMove, point, point, view.viewport()->mapToGlobal(point),
+                     Qt::NoButton, Qt::LeftButton, Qt::NoModifier, Qt::MouseEventSynthesizedByQt);
+  motion.setTimestamp(2010);
+  QApplication::sendEvent(view.viewport(), &motion);
+  EXPECT_EQ(state.selection().length, 4);
+}
+
 }  // namespace
 }  // namespace quillmor::test

@@ -110,7 +110,6 @@ TEST_F(WindowMenusTest, shortcutsOfAReportGoToTheEditorItIsAbout) {
   makeActive(first);
   ReportWindow& report = showReport(first);
   makeActive(second);
-  QTest::keyClick(&report, Qt::Key_I, Qt::ControlModifier);
   makeActive(report);
   QTest::keyClick(&report, Qt::Key_I, Qt::ControlModifier);
   EXPECT_TRUE(first.controller().editor().insertMode());

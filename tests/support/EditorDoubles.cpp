@@ -1,6 +1,7 @@
 #include "support/EditorDoubles.h"
 
 #include <algorithm>
+#include <new>
 
 namespace quillmor::test {
 
@@ -33,6 +34,7 @@ void RecordingDelegate::hexEditorDidEdit(HexEditorState& editor) {
   }
   isAnnounced_ = false;
   rememberBytes();
+  if (failsAfterEdits) throw std::bad_alloc();
 }
 
 void RecordingDelegate::expectOnlyAnnouncedChange(const AnnouncedEdit& edit,

@@ -47,6 +47,8 @@ class RecordingDelegate : public HexEditorViewDelegate {
   int unannouncedEdits = 0;
   int statusUpdates = 0;
   std::vector<std::string> refusals;
+  /// Whether accounting for an edit runs out of memory in the end.
+  bool failsAfterEdits = false;
 
  private:
   void expectOnlyAnnouncedChange(const AnnouncedEdit& edit, std::span<const std::uint8_t> now);

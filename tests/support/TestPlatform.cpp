@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "support/FailingAllocation.h"
@@ -131,6 +132,7 @@ std::optional<Pasteboard::BoundedText> FakePasteboard::text(std::int64_t maximum
 }
 
 void ManualExecutor::runDetached(std::function<void()> work) {
+  if (std::exchange(failsNextWork_, false)) throw std::bad_alloc();
   const std::lock_guard guard(lock_);
   work_.push_back(std::move(work));
 }

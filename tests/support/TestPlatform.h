@@ -121,6 +121,8 @@ class FakeWorkspace : public Workspace {
 class ManualExecutor : public BackgroundExecutor {
  public:
   void runDetached(std::function<void()> work) override;
+  /// There is no memory for the next background work.
+  void failNextWork() { failsNextWork_ = true; }
   void postToMain(std::function<void()> function) override;
   void postToMainAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
 
@@ -162,6 +164,7 @@ class ManualExecutor : public BackgroundExecutor {
   std::vector<Delayed> delayed_;
   std::function<void(const std::function<void()>&)> aroundNextWork_;
   std::chrono::milliseconds now_{0};
+  bool failsNextWork_ = false;
 };
 
 /// All services of a platform under the control of a test.

@@ -1,5 +1,7 @@
 #include "support/WindowFixture.h"
 
+#include <new>
+
 namespace quillmor::test {
 
 namespace {
@@ -12,6 +14,7 @@ ByteBuffer bytesOf(std::string_view text) {
 
 void FakeEditorWindow::setIdentity(const std::string& displayName,
                                    const std::optional<FileLocation>& location, bool edited) {
+  if (identityFailures > 0 && identityFailures-- > 0) throw std::bad_alloc();
   title = displayName;
   represented = location;
   isEdited = edited;

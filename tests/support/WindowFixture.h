@@ -40,6 +40,8 @@ class FakeEditorWindow : public EditorWindowSurface {
   std::vector<std::pair<PanelKind, SearchRequest>> panelsShown;
   bool panelsClosed = false;
   HexWindowController* controller = nullptr;
+  /// How often `setIdentity` runs out of memory from now on.
+  int identityFailures = 0;
 
   void setIdentity(const std::string& displayName, const std::optional<FileLocation>& location,
                    bool edited) override;

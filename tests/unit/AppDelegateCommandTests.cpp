@@ -167,6 +167,15 @@ TEST_F(AppCommands, undoInATextViewBeepsWhenThereIsNothingToUndo) {
   EXPECT_EQ(editor.text(), "abc");
 }
 
+TEST_F(AppCommands, areRefusedInTheWindowTheyWereChosenIn) {
+  auto first = openNow("first.bin", "first");
+  auto second = openNow("second.bin", "second");
+  application.focus = TextFocus{};
+  delegate.perform("forwardUndo:", {.editor = first.controller});
+  EXPECT_EQ(first.window->notice, "There is nothing to undo.");
+  EXPECT_EQ(second.window->notice, "");
+}
+
 TEST_F(AppCommands, goToTheEditorWhenTheTextViewDoesNotAnswer) {
   auto editor = openNow("data.bin", "hello");
   application.focus = TextFocus{.hasText = true};

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <new>
 
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/UrlReservations.h"
@@ -64,14 +65,26 @@ TEST_F(AppOpening, opensOneFileAfterTheOther) {
   EXPECT_EQ(application.windows.size(), 2U);
   EXPECT_TRUE(editorAt(1).document->isPendingInitialLoad);
   EXPECT_EQ(editorAt(1).window->statusText, "Opening b");
-  // Between two loads the digest of the first is taken.
-  step();
-  EXPECT_EQ(application.windows.size(), 2U);
   step();
   EXPECT_EQ(application.windows.size(), 3U);
   step();
   step();
   EXPECT_EQ(editorAt(2).text(), "333");
+}
+
+TEST_F(AppOpening, goesOnWithTheNextRequestWhenAnErrorDropsTheOneBefore) {
+  delegate.newDocument();
+  std::vector<std::string> replies;
+  const auto remember = [&](const std::string& name) {
+    return [&replies, name](bool opened) { replies.push_back(name + (opened ? " yes" : " no")); };
+  };
+  delegate.openFiles({folder.location("none")}, remember("first"));
+  delegate.openFiles({folder.write("b", "22")}, remember("second"));
+  platform.alerts.duringNext([] { throw std::bad_alloc(); });
+  EXPECT_ANY_THROW(platform.executor.runAll());
+  platform.executor.runAll();
+  EXPECT_EQ(replies, (std::vector<std::string>{"first no", "second yes"}));
+  EXPECT_EQ(editorAt(0).text(), "22");
 }
 
 TEST_F(AppOpening, makesAWindowWhenThereIsNone) {

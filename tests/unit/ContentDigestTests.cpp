@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
@@ -19,6 +20,16 @@ TEST(ContentDigest, isTheSameForTheSameBytes) {
   const auto copy = bytes;
   EXPECT_EQ(contentDigest(bytes), contentDigest(copy));
   EXPECT_EQ(contentDigest({}), contentDigest({}));
+}
+
+TEST(ContentDigest, isTheSameHoweverTheBytesAreCut) {
+  const auto bytes = countedBytes(1000);
+  for (const std::size_t length : {1U, 7U, 31U, 32U, 33U, 64U, 999U}) {
+    ContentDigester digester;
+    for (std::size_t start = 0; start < bytes.size(); start += length)
+      digester.append(std::span(bytes).subspan(start, std::min(length, bytes.size() - start)));
+    EXPECT_EQ(digester.digest(), contentDigest(bytes)) << "pieces of " << length;
+  }
 }
 
 TEST(ContentDigest, isAnotherWhenAnyBitIs) {

@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <system_error>
+#include <utility>
 
 #include "fileaccess/DocumentOutput.h"
 #include "support/ErrorMatchers.h"
@@ -127,6 +130,43 @@ TEST_F(DocumentOutputGuard, undoesAWriteWhoseEndCannotBeLookedAt) {
   expectUndone(SystemCall::fstat, 1, EIO, failsWithPosix(EIO, kCouldNotValidate));
   expectUndone(SystemCall::fstat, 2, EIO, failsWithPosix(EIO, kCouldNotValidate));
   expectUndone(SystemCall::close, 1, EIO, failsWithPosix(EIO));
+}
+
+TEST_F(DocumentOutputGuard, keepsHoldOfANewFileUntilItIsRemoved) {
+  const auto isOpen = [&] {
+    return std::ranges::any_of(fs::directory_iterator("/proc/self/fd"), [&](const auto& entry) {
+      std::error_code ignored;
+      return fs::read_symlink(entry.path(), ignored).string() == fresh.path();
+    });
+  };
+  for (const auto& [kind, nth] :
+       {std::pair(SystemCall::close, 1), std::pair(SystemCall::fsync, 2)}) {
+    FaultySystemCalls faulty;
+    faulty.fail(kind, nth, EIO);
+    bool wasOpen = false;
+    faulty.before(SystemCall::unlink, 1, [&] { wasOpen = isOpen(); });
+    const ScopedSystemCalls scope(faulty);
+    EXPECT_THAT([&] { write(documentDestination(fresh)); }, failsWithPosix(EIO));
+    EXPECT_TRUE(wasOpen);
+    EXPECT_FALSE(folder.exists("new.bin"));
+  }
+}
+
+TEST_F(DocumentOutputGuard, tellsWhetherTheFileWasTouched) {
+  const auto expectTouched = [&](SystemCall kind, bool expected) {
+    FaultySystemCalls faulty;
+    faulty.fail(kind, 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    bool wasTouched = !expected;
+    EXPECT_ANY_THROW(
+        writeDocumentBytes(test::bytesOf("new"), documentDestination(data), nullptr, &wasTouched));
+    EXPECT_EQ(wasTouched, expected);
+  };
+  expectTouched(SystemCall::open, false);
+  expectTouched(SystemCall::fstat, false);
+  expectTouched(SystemCall::ftruncate, false);
+  expectTouched(SystemCall::write, true);
+  expectTouched(SystemCall::fsync, true);
 }
 
 TEST_F(DocumentOutputGuard, undoesNothingOfAFileThatCouldNotBeEmptied) {

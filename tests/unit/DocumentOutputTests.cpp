@@ -134,7 +134,7 @@ TEST_F(DocumentOutput, repeatsWhatWasInterruptedButNeverTheClose) {
   calls.interruptEveryCall();
   save(folder.location("new.bin"));
   EXPECT_EQ(folder.read("new.bin"), content);
-  EXPECT_EQ(calls.count(SystemCall::close), 2) << "the file and its directory, once each";
+  EXPECT_EQ(calls.count(SystemCall::close), 3) << "both descriptors of the file, its directory's";
 }
 
 TEST_F(DocumentOutput, reportsEveryFailingCall) {
@@ -209,7 +209,7 @@ TEST_F(DocumentOutput, survivesAnySingleFailingCall) {
     } else {
       EXPECT_FALSE(folder.exists("new.bin")) << "call " << nth;
     }
-    const bool mayFailUnnoticed = nth == cleanLog.size();
+    const bool mayFailUnnoticed = nth + 1 >= cleanLog.size();
     EXPECT_EQ(error == "no error", mayFailUnnoticed) << "call " << nth << ": " << error;
   }
 }

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 
 #include "document/QuillmorResourceLimits.h"
@@ -31,6 +32,21 @@ class DocumentSavingGuard : public WindowFixture {
   void save() {
     editor->saveDocument();
     platform.executor.runAll();
+  }
+
+  /// Saves without the window, which lets nobody stop it; returns how that ended.
+  DocumentSaveResult saveStoppably(
+      const FileLocation& destination, DocumentSaveOperation operation,
+      const std::function<void()>& willWrite = [] {}) {
+    std::optional<DocumentSaveResult> result;
+    DocumentSaver::Hooks hooks;
+    hooks.progress = progress;
+    hooks.willWrite = willWrite;
+    hooks.confirmOverwritingChangedFile = [] { return ADD_FAILURE() << "a question", false; };
+    hooks.completion = [&](const DocumentSaveOutcome& outcome) { result = outcome.result; };
+    saver.save(editor.document, destination, operation, std::move(hooks));
+    platform.executor.runAll();
+    return result.value();
   }
 
   void beginSaveAs(const std::string& name) {
@@ -67,6 +83,7 @@ class DocumentSavingGuard : public WindowFixture {
   }
 
   FaultySystemCalls calls;
+  std::shared_ptr<TaskProgress> progress = std::make_shared<TaskProgress>();
   FileLocation file = folder.write("data.bin", "hello");
   EditorUnderTest editor = openEdited(file);
 };
@@ -167,15 +184,32 @@ TEST_F(DocumentSavingGuard, asTouchesNoFileThatCouldNotBeRestored) {
   EXPECT_EQ(calls.count(SystemCall::ftruncate), 0);
 }
 
-TEST_F(DocumentSavingGuard, asRefusesAFileThatIsTooLargeToBeRestored) {
+TEST_F(DocumentSavingGuard, asOverwritesAFileThatMayNotBeRead) {
+  folder.write("chosen.bin", "what was chosen");
+  calls.fail(SystemCall::open, 1, EACCES);
+  const ScopedSystemCalls scope(calls);
+  saveAs("chosen.bin");
+  EXPECT_EQ(folder.read("chosen.bin"), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingGuard, asCanBeStoppedWhileItReadsWhatItOverwrites) {
+  const std::string old(3145728, 'o');
+  const auto chosen = folder.write("chosen.bin", old);
+  calls.before(SystemCall::read, 1, [&] { progress->requestStop(); });
+  const ScopedSystemCalls scope(calls);
+  EXPECT_EQ(saveStoppably(chosen, DocumentSaveOperation::saveAs), DocumentSaveResult::cancelled);
+  EXPECT_EQ(calls.count(SystemCall::read), 1);
+  EXPECT_EQ(TemporaryFolder::read(chosen), old);
+}
+
+TEST_F(DocumentSavingGuard, asOverwritesAFileThatIsTooLargeToBeKept) {
   const auto limit = QuillmorResourceLimits::maximumDocumentByteCount();
   const auto chosen = folder.write("chosen.bin", "");
   fs::resize_file(chosen.path(), static_cast<std::uintmax_t>(limit) + 1);
-  platform.alerts.expect("Save Failed",
-                         "The file at the destination is too large to be restored if the save "
-                         "fails. Nothing was overwritten; choose a different destination.");
   saveAs("chosen.bin");
-  EXPECT_EQ(fs::file_size(chosen.path()), static_cast<std::uintmax_t>(limit) + 1);
+  EXPECT_EQ(TemporaryFolder::read(chosen), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
 }
 
 TEST_F(DocumentSavingGuard, looksAtTheLimitOfFileSizesBeforeItTouchesTheFile) {
@@ -220,6 +254,71 @@ TEST_F(DocumentSavingGuard, asksNothingWhenOnlyPermissionsTimesOrLinksHaveChange
     type(editor, typed.substr(i, 1));
     expected[i + 1] = typed[i];
   }
+}
+
+TEST_F(DocumentSavingGuard, asksNothingOfALargeFileWhenOnlyItsTimeHasChanged) {
+  const auto large = folder.write("large.bin", "");
+  fs::resize_file(large.path(), 67108865);
+  const auto other = openEdited(large);
+  for (const std::string letter : {"a", "b"}) {
+    fs::last_write_time(large.path(), fs::file_time_type::clock::now() + std::chrono::hours(1));
+    other->saveDocument();
+    platform.executor.runAll();
+    EXPECT_FALSE(other.window->isEdited) << "before " << letter;
+    type(other, letter);
+  }
+}
+
+TEST_F(DocumentSavingGuard, asksNothingOfAFileThatTheDocumentHasReadItself) {
+  const auto second = folder.write("second.bin", "second");
+  const auto other = makeEditor();
+  other.document->read(second);
+  type(other, "S");
+  ASSERT_EQ(::chmod(second.path().c_str(), 0600), 0);
+  other->saveDocument();
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(second), "Second");
+}
+
+TEST_F(DocumentSavingGuard, openingReadsTheFileOnce) {
+  const auto second = folder.write("second.bin", "second");
+  const ScopedSystemCalls scope(calls);
+  const auto other = openEditor(second);
+  EXPECT_TRUE(other.document->knownFile()->digest.has_value());
+  EXPECT_EQ(calls.count(SystemCall::open), 1);
+}
+
+TEST_F(DocumentSavingGuard, canBeStoppedWhileItComparesTheBytes) {
+  setModificationTime({.tv_sec = 1, .tv_nsec = 2});
+  calls.before(SystemCall::read, 1, [&] { progress->requestStop(); });
+  const ScopedSystemCalls scope(calls);
+  EXPECT_EQ(saveStoppably(file, DocumentSaveOperation::save), DocumentSaveResult::cancelled);
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+}
+
+TEST_F(DocumentSavingGuard, adoptsNobodysBytesWhenItWasStoppedBeforeTheWrite) {
+  const auto changeAndStop = [&] {
+    folder.write("data.bin", "another program's");
+    progress->requestStop();
+  };
+  EXPECT_EQ(saveStoppably(file, DocumentSaveOperation::save, changeAndStop),
+            DocumentSaveResult::cancelled);
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "another program's");
+}
+
+TEST_F(DocumentSavingGuard, adoptsNobodysBytesWhenTheFileCouldNotBeOpened) {
+  {
+    const ScopedSystemCalls scope(calls);
+    calls.fail(SystemCall::open, 1, EMFILE);
+    platform.alerts.expect("Save Failed", kCouldNotOpen);
+    editor->saveDocument();
+    changeBetweenLookAndOpen([&] { folder.write("data.bin", "another program's"); });
+  }
+  platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "another program's");
 }
 
 TEST_F(DocumentSavingGuard, asksWhenTheBytesHaveChangedBehindTheOldTime) {

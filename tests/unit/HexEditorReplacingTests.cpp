@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "editor/HexEditorState.h"
 #include "support/EditorDoubles.h"
 
@@ -23,6 +25,17 @@ TEST(HexEditorDeleting, backspaceAndForwardDeleteRemoveOneByte) {
   EXPECT_EQ(f.state->caretOffset(), 2);
   EXPECT_EQ(f.delegate->announced, (Edits{{2, 1, 0}, {2, 1, 0}}));
   EXPECT_EQ(f.delegate->edits, 2);
+}
+
+TEST(HexEditorDeleting, showsWhatIsThereEvenWhenAccountingForItFails) {
+  auto f = EditorFixture::counting(5);
+  f.delegate->failsAfterEdits = true;
+  const int contentChanges = f.surface->contentChanges;
+  const int caretChanges = f.surface->caretChanges;
+  EXPECT_THROW(f.state->deleteSelectionOrByte(/*backward=*/false), std::bad_alloc);
+  EXPECT_EQ(f.bytes(), (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(f.surface->contentChanges, contentChanges + 1);
+  EXPECT_EQ(f.surface->caretChanges, caretChanges + 1);
 }
 
 TEST(HexEditorDeleting, doesNothingAtTheEnds) {

@@ -209,12 +209,12 @@ TEST(HexEditorStateMouse, aClickOnTheSecondDigitExpectsTheSecondDigit) {
   EXPECT_TRUE(f.state->editingHighNibble());
 }
 
-TEST(HexEditorStateMouse, aDigitAfterAClickOnTheSecondDigitIsNotAnnounced) {
+TEST(HexEditorStateMouse, aDigitAfterAClickOnTheSecondDigitIsAnEditOfItsOwn) {
   EditorFixture f({0x11, 0x22, 0x33});
   f.state->mouseDown(f.hexPoint(1, 1));
   f.type("7");
   EXPECT_EQ(f.bytes(), (std::vector<std::uint8_t>{0x11, 0x27, 0x33}));
-  EXPECT_TRUE(f.delegate->announced.empty());
+  EXPECT_EQ(f.delegate->announced, (std::vector<test::AnnouncedEdit>{{1, 1, 1}}));
   EXPECT_EQ(f.delegate->edits, 1);
   EXPECT_EQ(f.state->caretOffset(), 2);
 }

@@ -3,7 +3,9 @@
 #include <functional>
 #include <utility>
 
+#include "platform/RunInBackground.h"
 #include "search/TypedInput.h"
+#include "support/FailingAllocation.h"
 #include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
 #include "window/WindowLimits.h"
@@ -130,6 +132,31 @@ TEST_F(WindowClipboard, cutInTheBackgroundRemovesWhatItPublishedWhateverIsSelect
   EXPECT_EQ(editor.editor().selection(), selection);
   EXPECT_EQ(editor.editor().caretOffset(), backgroundEditThresholdBytes);
 }
+
+#if QUILLMOR_NEW_CAN_FAIL
+
+TEST_F(WindowClipboard, cutThatRunsOutOfMemoryShowsTheCaretAndTheSelectionThatThereAre) {
+  platform.alerts.acceptAnything();
+  const std::string content(backgroundEditThresholdBytes + 2, 'a');
+  bool hasFailed = true;
+  for (int number = 1; hasFailed; ++number) {
+    auto editor = editorWithSelection(content, {1, backgroundEditThresholdBytes});
+    editor->cut();
+    editor->perform("forwardSelectAll:");
+    platform.executor.runOneWork();
+    {
+      const FailingAllocation failing(number);
+      resultOf([&] { return platform.executor.runPosted(), Done(); });
+      hasFailed = failing.hasFailed();
+    }
+    const std::string shown = editor.window->statusText;
+    editor->updateStatus();
+    EXPECT_EQ(shown, editor.window->statusText) << "allocation " << number;
+    editor.window->closeWindow();
+  }
+}
+
+#endif
 
 TEST_F(WindowClipboard, cutRemovesNothingThatThePasteboardRefused) {
   auto editor = editorWithSelection("abcdef", {1, 3});

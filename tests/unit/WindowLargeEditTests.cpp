@@ -294,10 +294,11 @@ TEST_F(WindowLargeInsertions, refuseAFileOfOneByteMore) {
 TEST_F(WindowLargeInsertions, refuseAFillOfMoreThanOneCommandMayMake) {
   auto editor = makeEditor("ab");
   editor.editor().setMaximumByteCount(2 * maxGeneratedInputBytes);
-  platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x00", "268435457"});
-  platform.alerts.expect("Fill Selection",
-                         "Requested operation would generate 268435457 byte(s). The safety limit "
-                         "is 268435456 bytes to avoid memory pressure.");
+  platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
+                                      {"", "0x00", "268435457"},
+                                      "Requested operation would generate 268435457 byte(s). The "
+                                      "safety limit is 268435456 bytes to "
+                                      "avoid memory pressure.");
   editor->fillSelection();
   EXPECT_EQ(editor.text(), "ab");
 }

@@ -116,7 +116,7 @@ TEST_F(WindowNotices, sayWhatCannotBeSearchedFor) {
   expectRefused(editor, "Nothing to search for was entered.");
   editor->performFind({}, false);
   expectRefused(editor, "Nothing to search for was entered.");
-  editor->performFind(numbers(SearchMode::hexValues, "4"), false);
+  editor->performFind(numbers(SearchMode::hexValues, "zz"), false);
   expectRefused(editor, "The search text cannot be read as hexadecimal bytes.");
   editor->performSearchAll(numbers(SearchMode::integerNumber, "one"));
   expectRefused(editor, "The search text cannot be read as an integer.");

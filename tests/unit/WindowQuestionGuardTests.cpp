@@ -10,12 +10,16 @@
 namespace quillmor::test {
 namespace {
 
-/// Answers every question as a user does who wants the command to go on.
+/// Answers every question as a user does who wants the command to go on, and gives up a form whose
+/// answer was refused.
 class WillingAlerts : public AlertPresenter {
  public:
   AlertResponse runModal(const Alert& alert) override {
     ++count;
     AlertResponse response;
+    const bool isAskedAgain = !alert.fields.empty() && alert.informativeText == lastForm_;
+    if (!alert.fields.empty()) lastForm_ = alert.informativeText;
+    if (isAskedAgain) response.button = alert.buttons.size() - 1;
     for (const FormField& field : alert.fields) {
       response.selectedChoices.push_back(0);
       response.texts.push_back(field.label == "Bits:" ? "00000001" : "2");
@@ -24,8 +28,14 @@ class WillingAlerts : public AlertPresenter {
     return response;
   }
 
+  /// A command begins.
+  void forget() { lastForm_.clear(); }
+
   int count = 0;
   std::function<void()> during;
+
+ private:
+  std::string lastForm_;
 };
 
 /// Chooses a file in every panel.
@@ -56,13 +66,14 @@ class WillingPanels : public FilePanels {
 
 class WindowQuestionGuards : public WindowFixture {
  protected:
-  static constexpr const char* kContent = "abcdefghijklmnopqrstuvwxyz";
+  static constexpr const char* kOnDisk = "abcdefghijklmnopqrstuvwxyz";
+  static constexpr const char* kContent = "Abcdefghijklmnopqrstuvwxyz";
 
   EditorUnderTest makeAskingEditor() {
     folder.write("chosen.bin", "123");
     EditorUnderTest made;
     made.document = documents.makeUntitledDocument(platform.executor);
-    made.document->read(folder.write("data.bin", kContent));
+    made.document->read(folder.write("data.bin", kOnDisk));
     made.window = windows_.emplace_back(std::make_shared<FakeEditorWindow>());
     const PlatformServices scripted = platform.services();
     const PlatformServices services{alerts,
@@ -79,8 +90,13 @@ class WindowQuestionGuards : public WindowFixture {
     });
     made.window->controller = made.controller.get();
     made.controller->attachWindow(*made.window);
+    // The mode is kept in the settings, and another command may have changed it.
+    made.editor().setInsertMode(false);
+    // An unsaved change, so that replacing the document asks.
+    type(made, "A");
     made.editor().setSelection({1, 8});
     alerts.count = panels.count = 0;
+    alerts.forget();
     return made;
   }
 
@@ -109,7 +125,6 @@ class WindowQuestionGuards : public WindowFixture {
           ++asked;
           check(editor);
         }
-        if (editor->isBusy()) editor->endBusyStatus();
         platform.executor.runAll();
         editor.window->closeWindow();
       }
@@ -119,7 +134,7 @@ class WindowQuestionGuards : public WindowFixture {
 
   bool wroteNothing() const {
     return folder.names() == std::vector<std::string>{"chosen.bin", "data.bin"} &&
-           folder.read("data.bin") == kContent;
+           folder.read("data.bin") == kOnDisk;
   }
 
   WillingAlerts alerts;
@@ -151,6 +166,7 @@ TEST_F(WindowQuestionGuards, aWindowThatHasBecomeBusyStartsNothing) {
         EXPECT_LE(alerts.count + panels.count, 2) << "the question, and that the window is busy";
         EXPECT_FALSE(platform.executor.hasWork());
         EXPECT_TRUE(editor->isBusy());
+        editor->endBusyStatus();
         EXPECT_EQ(editor.text(), kContent);
         EXPECT_TRUE(wroteNothing());
       });
@@ -162,15 +178,16 @@ TEST_F(WindowQuestionGuards, aDocumentThatHasShrunkKeepsACompleteHistory) {
       [](const EditorUnderTest& editor) {
         editor.editor().setSelection({1, 25});
         editor->deleteSelection();
-        ASSERT_EQ(editor.text(), "a");
+        ASSERT_EQ(editor.text(), "A");
         editor.editor().setSelection({0, 90});
       },
       [&](const EditorUnderTest& editor) {
         platform.executor.runAll();
         if (editor.document->location()->lastPathComponent() != "data.bin") return;
         EXPECT_LE(editor.editor().caretOffset(), editor.document->storage()->count());
+        if (editor.text() == kOnDisk) return;
         while (editor.document->undoManager().canUndo()) editor->undo();
-        EXPECT_EQ(editor.text(), kContent);
+        EXPECT_EQ(editor.text(), kOnDisk);
       });
   EXPECT_GE(asked, kAskingCommands);
 }

@@ -1,5 +1,6 @@
 // Reverting and reloading: the questions before, the state that is kept, the messages after.
 
+#include <cerrno>
 #include <filesystem>
 
 #include "support/WindowFixture.h"
@@ -222,6 +223,28 @@ TEST_F(WindowReload, afterItSavingAsksNothing) {
   editor->saveDocument();
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Changed elsewhere");
+}
+
+TEST_F(WindowReload, isCompleteEvenWhenTheWindowCannotBeTold) {
+  type(editor, "J");
+  folder.write("data.bin", "abcdef");
+  editor.window->identityFailures = 2;
+  expectRevertQuestion("Revert");
+  platform.alerts.expect("Revert Failed", Error::posix(ENOMEM).message());
+  editor->revertDocument();
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "abcdef");
+  EXPECT_EQ(editor.editor().storage(), editor.document->storage());
+  EXPECT_FALSE(editor.document->undoManager().canUndo());
+  EXPECT_TRUE(editor.document->knownFile().has_value());
+  EXPECT_FALSE(editor->isBusy());
+  editor.editor().setCaretOffset(0);
+  type(editor, "A");
+  editor->saveDocument();
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(file), "Abcdef");
+  editor->undo();
+  EXPECT_EQ(editor.text(), "abcdef");
 }
 
 }  // namespace

@@ -143,6 +143,39 @@ TEST_F(WindowRobustness, neitherCopiesNorRevealsAFileThatDoesNotExistYet) {
   EXPECT_TRUE(platform.workspace.revealed.empty());
 }
 
+TEST_F(WindowRobustness, aSaveThatCannotEvenSayThatItFailedEndsOnce) {
+  auto editor = openEdited(folder.write("data.bin", "hello"));
+  platform.executor.failNextWork();
+  platform.alerts.duringNext([&] {
+    platform.alerts.duringNext([] { throw std::bad_alloc(); });
+    throw std::bad_alloc();
+  });
+  int ends = 0;
+  EXPECT_THROW(editor->saveCurrentDocumentBeforeReplacing([&](auto) { ++ends; }), Error);
+  platform.executor.runAll();
+  EXPECT_EQ(ends, 1);
+  EXPECT_EQ(platform.alerts.shown().size(), 2U);
+  EXPECT_FALSE(editor->isBusy());
+}
+
+TEST_F(WindowRobustness, showsWhatUndoAndRedoHaveRestoredWhateverFails) {
+  auto editor = makeEditor("abc");
+  type(editor, "J");
+  const auto expectShown = [&] {
+    const std::string shown = editor.window->statusText;
+    editor->updateStatus();
+    EXPECT_EQ(shown, editor.window->statusText);
+  };
+  editor.window->identityFailures = 2;
+  EXPECT_THROW(editor->undo(), std::bad_alloc);
+  EXPECT_EQ(editor.text(), "abc");
+  expectShown();
+  editor.window->identityFailures = 2;
+  EXPECT_THROW(editor->redo(), std::bad_alloc);
+  EXPECT_EQ(editor.text(), "Jbc");
+  expectShown();
+}
+
 class ApplicationRobustness : public ApplicationFixture {};
 
 TEST_F(ApplicationRobustness, aCommandThatRunsOutOfMemoryShowsAnAlertAndKeepsTheDocument) {

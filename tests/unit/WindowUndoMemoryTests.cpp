@@ -179,7 +179,7 @@ TEST_F(WindowUndoMemory, pastingHappensWhollyOrNotAtAll) {
 TEST_F(WindowUndoMemory, exchangingEverythingHappensWhollyOrNotAtAll) {
   const Action prepare = [](const EditorUnderTest& editor) { select(editor, {2, 2}); };
   sweepEdit(prepare, [](const EditorUnderTest& editor) {
-    ByteBuffer bytes{'o', 't', 'h', 'e', 'r'};
+    ByteBuffer bytes{'o', 't', 'h', 'e', 'r', 'w', 'i', 's', 'e'};
     const bool registered = editor->registerUndoSnapshot("Replace All", bytes.size());
     editor.document->storage()->bytes = std::move(bytes);
     editor->markManualEdit(3, {1, 2}, registered);

@@ -215,7 +215,8 @@ TEST_F(CliOutputFileTest, aFailureToWriteNamesTheOutputAmongSeveralFiles) {
   for (const std::string command :
        {"difference-report in.bin other.bin", "patch-apply in.bin fix.txt"})
     expectNamed(command + " -o new.bin", "new.bin: Could not write the output data.");
-  expectNamed("patch-apply in.bin fix.txt --in-place", "in.bin: File too large");
+  expectNamed("patch-apply in.bin fix.txt --in-place",
+              "in.bin: Could not write the document data. (File too large)");
   EXPECT_FALSE(folder.exists("new.bin"));
 }
 
