@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -212,12 +213,27 @@ void ReportWindow::save() {
   handler(title, *report);
 }
 
+/// For a screen without room for all controls at once.
+void ReportWindow::scrollContent() {
+  auto* scroll = new QScrollArea(this);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setFocusPolicy(Qt::NoFocus);
+  scroll->setWidgetResizable(true);
+  scroll->setWidget(takeCentralWidget());
+  setCentralWidget(scroll);
+  text_->setFocus();
+}
+
 void ReportWindow::placeOver(const QWidget& owner, const std::vector<const QWidget*>& others) {
   const QRect available = owner.screen()->availableGeometry();
   // What the desktop puts around a window is known of one that has been shown only, and it puts
   // the same around both.
   const QSize decoration = owner.frameGeometry().size() - owner.size();
-  resize(size().boundedTo(available.size() - decoration));
+  const QSize room = available.size() - decoration;
+  // The menu bar comes later.
+  const QSize needed = minimumSizeHint() + QSize(0, 2 * fontMetrics().height());
+  if (needed.boundedTo(room) != needed) scrollContent();
+  resize(size().boundedTo(room));
   std::vector<PanelPlacement::Origin> taken;
   for (const QWidget* other : others) {
     if (other->isVisible()) taken.push_back(frameOf(other->frameGeometry()).origin);

@@ -47,6 +47,7 @@ class ReportWindow : public QMainWindow {
   QLineEdit* makeField(QWidget* bar);
   QPushButton* makeButton(const QString& title, QWidget* bar, std::function<void()> action);
   void addFindKeys();
+  void scrollContent();
   void findFromHere();
   void find(std::optional<std::int64_t> (ReportText::*select)());
   void showMatch(std::optional<std::int64_t> index);

@@ -200,6 +200,17 @@ TEST_F(EditorToolbarTest, panelsAndFormsNeedNoMoreThanTheScreenHas) {
     ASSERT_NE(scroll, nullptr);
     EXPECT_GE(scroll->widget()->width(), 540) << "nothing is squeezed";
   }
+  for (const char* action : {"forwardShowByteFrequency:", "forwardShowFileInformation:"}) {
+    delegate.perform(action);
+    platform.executor.runAll();
+    auto* report = topLevel<ReportWindow>();
+    ASSERT_NE(report, nullptr) << action;
+    QApplication::processEvents();
+    EXPECT_TRUE(fits(report->frameGeometry().size())) << action;
+    EXPECT_EQ(report->focusWidget(), &report->text());
+    report->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
   const Alert form{
       .messageText = "Go to Offset", .buttons = {"OK", "Cancel"}, .fields = {{.label = "Offset:"}}};
   const AlertFormDialog dialog(form, &window);

@@ -196,10 +196,12 @@ TEST_F(HexEditorDrawingNumbers, theCaretIsAYellowBar) {
   view.setFocus();
   state.setCaretOffset(16 * 3 + 5);
   const auto expectBar = [&](double x) {
-    // Five times as large, the bar is seven pixels wide.
-    const QImage image = picture(5);
+    // Eight times as large, the bar is eleven pixels wide.
+    const QRect part(static_cast<int>(x) - 4, static_cast<int>(rowTop(3)) - 4, 16, 40);
+    const QImage image = magnified(part);
     const auto isYellow = [&](double atX, double atY) {
-      const QColor color = image.pixelColor(static_cast<int>(atX * 5), static_cast<int>(atY * 5));
+      const QColor color = image.pixelColor(static_cast<int>((atX - part.x()) * kMagnification),
+                                            static_cast<int>((atY - part.y()) * kMagnification));
       return color.red() > 240 && color.green() > 200 && color.blue() < 80;
     };
     const double top = rowTop(3) + 3;
