@@ -296,7 +296,9 @@ bool EditorWindow::mayCloseNow() {
 
 void EditorWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
-  if (event->type() == QEvent::ActivationChange && isActiveWindow()) handlers_.didBecomeKey(*this);
+  if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+  makeRoomForFrame();
+  handlers_.didBecomeKey(*this);
 }
 
 void EditorWindow::showEvent(QShowEvent* event) {
@@ -326,7 +328,12 @@ QRect EditorWindow::roomOnScreen() const {
 
 void EditorWindow::moveEvent(QMoveEvent* event) {
   QMainWindow::moveEvent(event);
-  // The desktop puts its frame around a window some time after it has been shown.
+  makeRoomForFrame();
+}
+
+/// The desktop puts its frame around a window some time after it has been shown, and tells of it by
+/// no event of its own; the window may be moved by it, and is made active with it.
+void EditorWindow::makeRoomForFrame() {
   if (hasSeenFrame_ || !isVisible() || frameGeometry() == geometry()) return;
   hasSeenFrame_ = true;
   limitMinimumSize();

@@ -80,6 +80,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void acceptDrops();
   void limitMinimumSize();
   QRect roomOnScreen() const;
+  void makeRoomForFrame();
   void keepOnScreen();
   bool mayCloseNow();
   FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
