@@ -22,9 +22,7 @@ class WillingAlerts : public AlertPresenter {
     if (isAskedAgain) response.button = alert.buttons.size() - 1;
     for (const FormField& field : alert.fields) {
       response.selectedChoices.push_back(0);
-      response.texts.push_back(field.label == "Bits:"      ? "00000001"
-                               : field.label == "Pattern:" ? "22"
-                                                           : "2");
+      response.texts.push_back(field.label == "Bits:" ? "00000001" : "12");
     }
     if (during) std::exchange(during, nullptr)();
     return response;
