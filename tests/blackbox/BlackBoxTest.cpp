@@ -107,7 +107,7 @@ std::string BlackBoxTest::status() const {
 std::string BlackBoxTest::notice() const {
   const auto window = activeWindow();
   if (!window) return "";
-  for (const Accessible& alert : window->allWithRole("alert")) {
+  for (const Accessible& alert : window->allWithRole("alert message")) {
     if (alert.isVisible()) return alert.name();
   }
   return "";
