@@ -75,7 +75,13 @@ void HexEditorState::showCaretAndSelection() {
 
 void HexEditorState::show(double context) {
   if (surface_ != nullptr) {
-    surface_->scrollToVisible(caretDrawingRect().enlarged(4, 2 + context));
+    Rect shown = caretDrawingRect().enlarged(4, 2 + context);
+    // Where the surroundings reach into the header it is shown whole.
+    if (context > 0 && shown.y < geometry_.rowTop(0)) {
+      shown.height += shown.y;
+      shown.y = 0;
+    }
+    surface_->scrollToVisible(shown);
     surface_->redrawVisiblePart();
     surface_->caretOrSelectionChanged();
   }

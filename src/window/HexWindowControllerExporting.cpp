@@ -111,7 +111,7 @@ void HexWindowController::exportASCIIStrings() {
   const auto minimum =
       askForPositiveInteger(promptAlerts_, kExportStrings, "Minimum printable ASCII string length.",
                             ASCIIStringsExporter::kDefaultMinimumLength);
-  if (!minimum || !window_) return;
+  if (!minimum || !window_ || refuseWhileBusy(kExportStrings)) return;
   exportTo({.title = kExportStrings,
             .suggestedName = "ASCII-Strings.txt",
             .statusText = "Exporting ASCII strings…",
@@ -126,7 +126,7 @@ void HexWindowController::exportDifferenceReport() {
   constexpr const char* kTitle = "Export Difference Report";
   if (refuseWhileBusy(kTitle)) return;
   const auto chosen = platform_.filePanels.runOpenPanel(kTitle, false, documentDirectory());
-  if (chosen.empty() || !window_) return;
+  if (chosen.empty() || !window_ || refuseWhileBusy(kTitle)) return;
   const FileLocation& compared = chosen.front();
   exportTo(
       {.title = kTitle,

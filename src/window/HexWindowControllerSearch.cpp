@@ -125,7 +125,7 @@ void HexWindowController::findWildcardMask() {
         if (read.isOk()) return std::nullopt;
         return read.error().message();
       });
-  if (!text) return;
+  if (!text || !window_ || refuseWhileBusy(kWildcardTitle)) return;
   auto pattern = typedWildcardPattern(*text);
   lastWildcardText_ = *text;
   const std::int64_t length = pattern.value().length();

@@ -107,7 +107,7 @@ std::string BlackBoxTest::status() const {
 std::string BlackBoxTest::notice() const {
   const auto window = activeWindow();
   if (!window) return "";
-  for (const Accessible& alert : window->allWithRole("alert")) {
+  for (const Accessible& alert : window->allWithRole("alert message")) {
     if (alert.isVisible()) return alert.name();
   }
   return "";
@@ -157,8 +157,8 @@ void BlackBoxTest::clickHexCellAndMoveOn(HexCell cell, HexCell next) {
   desktop_->clickAndMoveOn(placeOf(cell), placeOf(next));
 }
 
-void BlackBoxTest::dragHexCellsAndMoveOn(HexCell from, HexCell to, HexCell next) {
-  desktop_->dragAndMoveOn(placeOf(from), placeOf(to), placeOf(next));
+void BlackBoxTest::dragHexCells(HexCell from, HexCell to) {
+  desktop_->drag(placeOf(from), placeOf(to));
 }
 
 ScreenPoint BlackBoxTest::placeOf(HexCell cell) const {

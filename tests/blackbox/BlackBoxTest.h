@@ -52,8 +52,8 @@ class BlackBoxTest : public testing::Test {
   /// Clicks on a byte in the hex column, and has the pointer on another byte before the program
   /// hears of it.
   void clickHexCellAndMoveOn(HexCell cell, HexCell next);
-  /// Drags from one byte in the hex column to another and moves on as fast.
-  void dragHexCellsAndMoveOn(HexCell from, HexCell to, HexCell next);
+  /// Drags from one byte in the hex column to another as fast.
+  void dragHexCells(HexCell from, HexCell to);
 
   /// Clicks on a button of the active window.
   void clickButton(const std::string& title);

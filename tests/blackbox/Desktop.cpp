@@ -144,13 +144,12 @@ void Desktop::clickAndMoveOn(ScreenPoint place, ScreenPoint next) const {
   pointer.move(next);
 }
 
-void Desktop::dragAndMoveOn(ScreenPoint from, ScreenPoint to, ScreenPoint next) const {
+void Desktop::drag(ScreenPoint from, ScreenPoint to) const {
   xdotool({"mousemove", "--sync", std::to_string(from.x), std::to_string(from.y)});
   const FakePointer pointer(environment_.at("DISPLAY"));
   pointer.press(true);
   pointer.move(to);
   pointer.press(false);
-  pointer.move(next);
 }
 
 std::string Desktop::activeWindowTitle() const {

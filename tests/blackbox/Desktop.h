@@ -35,8 +35,8 @@ class Desktop {
   /// Clicks at a place and moves on at once: the pointer is elsewhere before anybody has dealt with
   /// the click.
   void clickAndMoveOn(ScreenPoint place, ScreenPoint next) const;
-  /// Presses the button at one place, releases it at another and moves on, as fast.
-  void dragAndMoveOn(ScreenPoint from, ScreenPoint to, ScreenPoint next) const;
+  /// Presses the button at one place and releases it at another, as fast.
+  void drag(ScreenPoint from, ScreenPoint to) const;
   /// The title of the window that gets the keys; empty when there is none.
   std::string activeWindowTitle() const;
 

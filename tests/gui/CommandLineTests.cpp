@@ -106,12 +106,14 @@ TEST(CommandLine, takesARelativePathNowhereWhenTheCurrentFolderIsGone) {
     const TemporaryFolder folder;
     std::filesystem::current_path(folder.path());
   }
-  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"a.bin"},
-                                                    {"/tmp/a.bin", "tmp/b.bin"},
-                                                    {"--screenshot", "out.png", "/tmp/a.bin"}}) {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"a.bin"}, "a.bin"},
+      {{"/tmp/a.bin", "tmp/b.bin"}, "tmp/b.bin"},
+      {{"--screenshot", "out.png", "/tmp/a.bin"}, "out.png"}};
+  for (const auto& [arguments, name] : cases) {
     const CommandLine line = parseCommandLine(arguments);
     EXPECT_EQ(line.exitStatus, 2);
-    EXPECT_EQ(line.message, "quillmor: No such file or directory\n");
+    EXPECT_EQ(line.message, "quillmor: " + name + ": No such file or directory\n");
   }
   EXPECT_EQ(parseCommandLine({"/tmp/a.bin"}).exitStatus, std::nullopt);
   std::filesystem::current_path(before);

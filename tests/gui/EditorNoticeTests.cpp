@@ -13,30 +13,6 @@
 namespace quillmor::test {
 namespace {
 
-/// The texts announced as alerts while it lives.
-class Announcements {
- public:
-  Announcements() {
-    texts().clear();
-    QAccessible::setActive(true);
-    before_ = QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
-      if (event->type() == QAccessible::Alert)
-        texts().push_back(event->accessibleInterface()->text(QAccessible::Name).toStdString());
-    });
-  }
-  ~Announcements() { QAccessible::installUpdateHandler(before_); }
-  Announcements(const Announcements&) = delete;
-  Announcements& operator=(const Announcements&) = delete;
-
-  static std::vector<std::string>& texts() {
-    static std::vector<std::string> announced;
-    return announced;
-  }
-
- private:
-  QAccessible::UpdateHandler before_ = nullptr;
-};
-
 class EditorNoticeTest : public RealApplication {
  protected:
   static ElidedLabel& notice(const EditorWindow& window) { return label(window, "Notice"); }
@@ -115,17 +91,13 @@ TEST_F(EditorNoticeTest, standsClearOfTheProgressBarAndTheStopButton) {
   platform.executor.runAll();
 }
 
-TEST_F(EditorNoticeTest, isAnnouncedEachTimeAsAnAlert) {
+TEST_F(EditorNoticeTest, isAnAlertNamedByItsSentence) {
   EditorWindow& window = open("hello");
-  const Announcements announcements;
-  QTest::keyClicks(&window.editorView(), "gg");
-  EXPECT_THAT(Announcements::texts(), testing::ElementsAre(kRefusal, kRefusal));
+  QTest::keyClicks(&window.editorView(), "g");
   QAccessibleInterface* shown = QAccessible::queryAccessibleInterface(&notice(window));
   ASSERT_NE(shown, nullptr);
   EXPECT_EQ(shown->role(), QAccessible::AlertMessage);
   EXPECT_EQ(shown->text(QAccessible::Name), kRefusal);
-  QTest::keyClick(&window.editorView(), Qt::Key_Right);
-  EXPECT_EQ(Announcements::texts().size(), 2U) << "nothing is announced when it goes";
 }
 
 }  // namespace

@@ -146,7 +146,8 @@ TEST_F(HexEditorDrawingNumbers, rowsStandUnderEachOtherWithTheirTextFourBelowThe
     expectText(hexX(15), rowTop(row) + 4, QString::number(row, 16).toUpper() + "F", kByteColor);
   }
   expectText(asciiX(0), rowTop(4) + 4, "@", kAsciiColor);
-  expectText(asciiX(1), rowTop(4) + 4, "A", kAsciiColor);
+  // Beside an I, which stays within its cell.
+  expectText(asciiX(10), rowTop(4) + 4, "J", kAsciiColor);
   expectText(asciiX(15), rowTop(6) + 4, "o", kAsciiColor);
 }
 

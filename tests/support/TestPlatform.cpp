@@ -60,7 +60,8 @@ AlertResponse ScriptedAlerts::runModal(const Alert& alert) {
   response.button = static_cast<std::size_t>(button - alert.buttons.begin());
   response.texts = expected.answers;
   response.texts.resize(alert.fields.size());
-  response.selectedChoices.resize(alert.fields.size());
+  for (const FormField& field : alert.fields)
+    response.selectedChoices.push_back(field.selectedChoice);
   if (nextChoice_ && nextChoice_->first < alert.fields.size()) {
     response.selectedChoices[nextChoice_->first] = nextChoice_->second;
     nextChoice_.reset();

@@ -22,7 +22,7 @@ class WillingAlerts : public AlertPresenter {
     if (isAskedAgain) response.button = alert.buttons.size() - 1;
     for (const FormField& field : alert.fields) {
       response.selectedChoices.push_back(0);
-      response.texts.push_back(field.label == "Bits:" ? "00000001" : "2");
+      response.texts.push_back(field.label == "Bits:" ? "00000001" : "12");
     }
     if (during) std::exchange(during, nullptr)();
     return response;
@@ -185,7 +185,8 @@ TEST_F(WindowQuestionGuards, aDocumentThatHasShrunkKeepsACompleteHistory) {
         platform.executor.runAll();
         if (editor.document->location()->lastPathComponent() != "data.bin") return;
         EXPECT_LE(editor.editor().caretOffset(), editor.document->storage()->count());
-        if (editor.text() == kOnDisk) return;
+        // Saved or read again.
+        if (editor.text() == folder.read("data.bin")) return;
         while (editor.document->undoManager().canUndo()) editor->undo();
         EXPECT_EQ(editor.text(), kOnDisk);
       });

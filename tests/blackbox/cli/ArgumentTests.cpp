@@ -103,7 +103,7 @@ TEST_F(CliArgumentTest, surplusArgumentsAreNamed) {
   }
   expectWrongUsage({"detect", "a.bin", "first", "second"}, "\"first\" is one argument too many.");
   expectWrongUsage({"detect", "a.bin", ""}, "\"\" is one argument too many.");
-  expectWrongUsage({"detect", "a.bin", "a\nb"}, "\"a b\" is one argument too many.");
+  expectWrongUsage({"detect", "a.bin", "a\nb"}, "\"a\\x0Ab\" is one argument too many.");
 }
 
 TEST_F(CliArgumentTest, unknownOptionsAreNamed) {

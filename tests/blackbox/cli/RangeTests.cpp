@@ -77,7 +77,8 @@ TEST_F(CliRangeTest, clippedRangesAreShownAsClipped) {
 }
 
 std::string unreadable(const std::string& name, const std::string& typed) {
-  return name + " cannot be read: \"" + typed +
+  const std::string shown = typed == "\xFF" ? "\\xFF" : typed;
+  return name + " cannot be read: \"" + shown +
          "\" is neither decimal, 0xHEX, HEX nor HEXh. See quillmor-cli ";
 }
 
