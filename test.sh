@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs every test: the developer build, then the same under the
 # address and undefined-behaviour sanitizers, then the core under the thread sanitizer.
-# `./test.sh dev` (or asan, tsan) runs that one build only.
+# `./test.sh dev` (or asan, tsan) runs that one build only; `./test.sh bare` runs both commands of the
+# README on a bare Debian made for it, which takes an hour or more and needs root.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
+[[ ${1:-} != bare ]] || exec packaging/bare-machine.sh "${@:2}"
 source packaging/packages.sh
 packaging/install-packages.sh "${build_packages[@]}" "${test_packages[@]}"
 

@@ -68,17 +68,17 @@ inside() {
     [[ -z ${!variable:-} ]] || passed+=("$variable=${!variable}")
   done
   env -i HOME=/root PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "${passed[@]}" \
-    chroot "$bare" bash -c 'cd /root/quillmor && "$@"' bash "$@"
+    chroot "$bare" bash -c 'cd /opt/quillmor && "$@"' bash "$@"
 }
 
 shows_window() {
   inside ./run.sh run.sh &&
-    [[ $(head -c 4 "$bare/root/quillmor/quillmor.png") == $'\x89PNG' ]]
+    [[ $(head -c 4 "$bare/opt/quillmor/quillmor.png") == $'\x89PNG' ]]
 }
 
 step "Making a bare Debian ($suite)" make_root
 step "Entering it" enter_root
-step "Cloning $(git -C "$repository" rev-parse --short HEAD)" git clone --quiet "$repository" "$bare/root/quillmor"
+step "Cloning $(git -C "$repository" rev-parse --short HEAD)" git clone --quiet "$repository" "$bare/opt/quillmor"
 step "./run.sh run.sh" shows_window
 step "./test.sh${*:+ $*}" inside ./test.sh "$@"
 echo "Both commands work on a bare machine"
