@@ -2,15 +2,14 @@
 
 #include <string>
 
+#include "search/TextEncoding.h"
+
 namespace quillmor {
 
 /// How the search text is read, in the order of the panels' tabs.
 enum class SearchMode { textString, hexValues, integerNumber, floatingPointNumber };
 
 enum class SearchDirection { all, forward, backward };
-
-/// How text becomes bytes, in the order of the panels' pop-up; `editor` is UTF-8.
-enum class SearchTextEncoding { editor, utf8, ascii, utf16LittleEndian, utf16BigEndian };
 
 /// What a user asks a panel to find or replace. Texts are UTF-8, as typed.
 struct SearchRequest {

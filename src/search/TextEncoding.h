@@ -5,9 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "search/SearchRequest.h"
-
 namespace quillmor {
+
+/// How text becomes bytes, in the order of the panels' pop-up; `editor` is UTF-8.
+enum class SearchTextEncoding { editor, utf8, ascii, utf16LittleEndian, utf16BigEndian };
 
 /// The most bytes that an encoding makes of one Unicode scalar.
 inline constexpr std::int64_t kMaxEncodedScalarLength = 4;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -9,11 +8,9 @@
 
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
+#include "tools/ByteTally.h"
 
 namespace quillmor {
-
-/// How often each byte value occurs.
-using ByteCounts = std::array<std::int64_t, 256>;
 
 /// Counts in one pass. Any thread. Where `progress` is given its total becomes the number of bytes;
 /// throws `Error::stopped()` when it says so.

@@ -4,9 +4,12 @@
 #include <cstdint>
 #include <span>
 
-#include "tools/ByteStatistics.h"
+#include "base/TaskProgress.h"
 
 namespace quillmor {
+
+/// How often each byte value occurs.
+using ByteCounts = std::array<std::int64_t, 256>;
 
 /// How often each byte value occurs in a piece of a document.
 using ByteTally = std::array<std::uint32_t, 256>;
