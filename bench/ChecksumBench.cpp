@@ -25,12 +25,12 @@
 #include <utility>
 
 #include "base/ByteBuffer.h"
-#include "tools/Adler32Kernels.h"
-#include "tools/ByteStatistics.h"
-#include "tools/ByteTally.h"
-#include "tools/Checksum.h"
-#include "tools/Crc32Kernels.h"
-#include "tools/MessageDigest.h"
+#include "kernels/Adler32Kernels.h"
+#include "kernels/ByteTally.h"
+#include "kernels/Crc32Kernels.h"
+#include "tools/analysis/ByteStatistics.h"
+#include "tools/checksum/Checksum.h"
+#include "tools/checksum/MessageDigest.h"
 
 namespace {
 

@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "search/HexParser.h"
-#include "tools/ClipboardText.h"
+#include "search/typed/HexParser.h"
+#include "tools/edits/ClipboardText.h"
 
 namespace {
 

@@ -10,10 +10,10 @@
 #include "ReportTiming.h"
 #include "base/ByteBuffer.h"
 #include "fileaccess/StableReading.h"
-#include "tools/ByteMasks.h"
-#include "tools/DifferenceLines.h"
-#include "tools/DifferenceReportExporter.h"
-#include "tools/FileComparison.h"
+#include "kernels/ByteMasks.h"
+#include "tools/analysis/FileComparison.h"
+#include "tools/export/DifferenceLines.h"
+#include "tools/export/DifferenceReportExporter.h"
 
 namespace {
 

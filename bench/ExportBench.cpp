@@ -29,9 +29,9 @@
 #include <vector>
 
 #include "fileaccess/StableReading.h"
-#include "tools/HexDumpExporter.h"
-#include "tools/IntelHexExporter.h"
-#include "tools/LineKernels.h"
+#include "kernels/LineKernels.h"
+#include "tools/export/HexDumpExporter.h"
+#include "tools/export/IntelHexExporter.h"
 
 namespace {
 

@@ -26,9 +26,9 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
-#include "search/ByteMatcher.h"
-#include "search/ByteSearch.h"
-#include "search/WildcardHexPattern.h"
+#include "search/scan/ByteMatcher.h"
+#include "search/scan/ByteSearch.h"
+#include "search/scan/WildcardHexPattern.h"
 
 namespace {
 

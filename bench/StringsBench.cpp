@@ -12,9 +12,9 @@
 #include "ReportTiming.h"
 #include "base/ByteBuffer.h"
 #include "fileaccess/StableReading.h"
-#include "tools/ASCIIStringsExporter.h"
-#include "tools/ByteMasks.h"
-#include "tools/PrintableRuns.h"
+#include "kernels/ByteMasks.h"
+#include "tools/export/ASCIIStringsExporter.h"
+#include "tools/text/PrintableRuns.h"
 
 namespace {
 

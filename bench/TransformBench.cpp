@@ -22,9 +22,9 @@
 
 #include "base/ByteBuffer.h"
 #include "base/PieceWork.h"
-#include "tools/ByteKernels.h"
-#include "tools/ByteTransforms.h"
-#include "tools/RepeatedBytes.h"
+#include "kernels/ByteKernels.h"
+#include "tools/edits/ByteTransforms.h"
+#include "tools/edits/RepeatedBytes.h"
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include "base/Error.h"
 #include "fuzz/FuzzImage.h"
 #include "fuzz/FuzzTargets.h"
-#include "tools/AcpiTables.h"
-#include "tools/FileStructure.h"
+#include "tools/analysis/FileStructure.h"
+#include "tools/firmware/AcpiTables.h"
 
 namespace quillmor::fuzz {
 

@@ -16,7 +16,7 @@
 #include "base/SaturatingMath.h"
 #include "document/Bookmarks.h"
 #include "fuzz/FuzzTargets.h"
-#include "tools/BookmarkFile.h"
+#include "tools/patches/BookmarkFile.h"
 
 namespace quillmor::fuzz {
 

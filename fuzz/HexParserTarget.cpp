@@ -12,7 +12,7 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzTargets.h"
 #include "fuzz/ReferenceParsers.h"
-#include "search/HexParser.h"
+#include "search/typed/HexParser.h"
 
 namespace quillmor::fuzz {
 

@@ -17,7 +17,7 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzTargets.h"
 #include "fuzz/ReferenceParsers.h"
-#include "tools/HexPatch.h"
+#include "tools/patches/HexPatch.h"
 
 namespace quillmor::fuzz {
 

@@ -23,7 +23,7 @@
 #include "document/Bookmarks.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzTargets.h"
-#include "tools/JSONPatchPreset.h"
+#include "tools/patches/JSONPatchPreset.h"
 
 namespace quillmor::fuzz {
 

@@ -16,7 +16,7 @@
 #include "base/Check.h"
 #include "fuzz/FuzzImage.h"
 #include "fuzz/FuzzTargets.h"
-#include "tools/PCIRomInfo.h"
+#include "tools/firmware/PCIRomInfo.h"
 
 namespace quillmor::fuzz {
 

@@ -15,7 +15,7 @@
 #include "base/Check.h"
 #include "fuzz/FuzzImage.h"
 #include "fuzz/FuzzTargets.h"
-#include "tools/PolarisRom.h"
+#include "tools/firmware/PolarisRom.h"
 
 namespace quillmor::fuzz {
 

@@ -19,7 +19,7 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzTargets.h"
 #include "fuzz/ReferenceParsers.h"
-#include "search/WildcardHexPattern.h"
+#include "search/scan/WildcardHexPattern.h"
 
 namespace quillmor::fuzz {
 

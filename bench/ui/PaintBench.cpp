@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "editor/HexEditorView.h"
+#include "ui/editor/HexEditorView.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "base/SaturatingMath.h"
 #include "base/Unicode.h"
 #include "fileaccess/ResolvedPaths.h"
-#include "search/HexParser.h"
+#include "search/typed/HexParser.h"
 
 namespace quillmor::cli {
 

@@ -10,10 +10,10 @@
 #include "cli/TypedSearch.h"
 #include "document/QuillmorResourceLimits.h"
 #include "search/SearchAnswers.h"
-#include "search/TypedInput.h"
-#include "tools/HexPatchRange.h"
-#include "tools/JSONPatchPreset.h"
-#include "tools/ToolLimits.h"
+#include "search/typed/TypedInput.h"
+#include "tools/edits/ToolLimits.h"
+#include "tools/patches/HexPatchRange.h"
+#include "tools/patches/JSONPatchPreset.h"
 
 namespace quillmor::cli {
 

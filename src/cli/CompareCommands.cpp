@@ -5,8 +5,8 @@
 #include "cli/FileFailure.h"
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/StableFile.h"
-#include "tools/DifferenceReportExporter.h"
-#include "tools/FileComparison.h"
+#include "tools/analysis/FileComparison.h"
+#include "tools/export/DifferenceReportExporter.h"
 
 namespace quillmor::cli {
 

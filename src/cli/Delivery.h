@@ -6,7 +6,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "tools/TextExport.h"
+#include "tools/export/TextExport.h"
 
 namespace quillmor::cli {
 

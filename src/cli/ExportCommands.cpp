@@ -6,12 +6,12 @@
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "cli/Requirements.h"
-#include "search/HexParser.h"
-#include "tools/ASCIIStringsExporter.h"
-#include "tools/ClipboardText.h"
-#include "tools/HexDumpExporter.h"
-#include "tools/HexPatch.h"
-#include "tools/IntelHexExporter.h"
+#include "search/typed/HexParser.h"
+#include "tools/edits/ClipboardText.h"
+#include "tools/export/ASCIIStringsExporter.h"
+#include "tools/export/HexDumpExporter.h"
+#include "tools/export/IntelHexExporter.h"
+#include "tools/patches/HexPatch.h"
 
 namespace quillmor::cli {
 

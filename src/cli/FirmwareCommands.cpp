@@ -2,9 +2,9 @@
 
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
-#include "tools/AcpiTables.h"
-#include "tools/PCIRomInfo.h"
-#include "tools/PolarisRom.h"
+#include "tools/firmware/AcpiTables.h"
+#include "tools/firmware/PCIRomInfo.h"
+#include "tools/firmware/PolarisRom.h"
 
 namespace quillmor::cli {
 

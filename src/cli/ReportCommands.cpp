@@ -4,12 +4,12 @@
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "document/QuillmorResourceLimits.h"
-#include "tools/BookmarkFile.h"
-#include "tools/ByteStatistics.h"
-#include "tools/Checksum.h"
-#include "tools/DataInspector.h"
-#include "tools/FileStructure.h"
-#include "tools/ToolLimits.h"
+#include "tools/analysis/ByteStatistics.h"
+#include "tools/analysis/DataInspector.h"
+#include "tools/analysis/FileStructure.h"
+#include "tools/checksum/Checksum.h"
+#include "tools/edits/ToolLimits.h"
+#include "tools/patches/BookmarkFile.h"
 
 namespace quillmor::cli {
 

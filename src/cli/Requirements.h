@@ -1,7 +1,7 @@
 #pragma once
 
 #include "document/HexSelection.h"
-#include "tools/EditChecks.h"
+#include "tools/edits/EditChecks.h"
 
 namespace quillmor::cli {
 

@@ -9,8 +9,8 @@
 #include "search/FileSearch.h"
 #include "search/SearchAnswers.h"
 #include "search/Searching.h"
-#include "tools/OffsetText.h"
-#include "tools/TextExport.h"
+#include "tools/export/TextExport.h"
+#include "tools/text/OffsetText.h"
 
 namespace quillmor::cli {
 

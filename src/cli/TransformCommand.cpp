@@ -10,11 +10,11 @@
 #include "cli/Commands.h"
 #include "cli/Delivery.h"
 #include "cli/Requirements.h"
-#include "search/HexParser.h"
-#include "search/TypedInput.h"
-#include "tools/ByteDifferences.h"
-#include "tools/ByteTransforms.h"
-#include "tools/RepeatedBytes.h"
+#include "search/typed/HexParser.h"
+#include "search/typed/TypedInput.h"
+#include "tools/analysis/ByteDifferences.h"
+#include "tools/edits/ByteTransforms.h"
+#include "tools/edits/RepeatedBytes.h"
 
 namespace quillmor::cli {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "base/TaskProgress.h"
-#include "search/ByteMatcher.h"
 #include "search/SearchCandidate.h"
+#include "search/scan/ByteMatcher.h"
 
 namespace quillmor {
 

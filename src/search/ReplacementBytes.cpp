@@ -2,11 +2,11 @@
 #include <variant>
 
 #include "base/Unicode.h"
-#include "search/HexParser.h"
-#include "search/NumberBytes.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidates.h"
-#include "search/TypedInput.h"
+#include "search/typed/HexParser.h"
+#include "search/typed/NumberBytes.h"
+#include "search/typed/TypedInput.h"
 
 namespace quillmor {
 

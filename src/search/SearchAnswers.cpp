@@ -1,7 +1,7 @@
 #include "search/SearchAnswers.h"
 
 #include "base/Unicode.h"
-#include "search/TypedInput.h"
+#include "search/typed/TypedInput.h"
 
 namespace quillmor {
 

@@ -6,7 +6,7 @@
 
 #include "base/Result.h"
 #include "search/SearchRequest.h"
-#include "search/WildcardHexPattern.h"
+#include "search/scan/WildcardHexPattern.h"
 
 namespace quillmor {
 

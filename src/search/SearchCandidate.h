@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "search/NumberBytes.h"
+#include "search/typed/NumberBytes.h"
 
 namespace quillmor {
 

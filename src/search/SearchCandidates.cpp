@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "base/Unicode.h"
-#include "search/HexParser.h"
-#include "search/TypedInput.h"
+#include "search/typed/HexParser.h"
+#include "search/typed/TypedInput.h"
 
 namespace quillmor {
 

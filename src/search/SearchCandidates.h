@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "search/SearchCandidate.h"
-#include "search/SearchNumbers.h"
 #include "search/SearchRequest.h"
-#include "search/TextEncoding.h"
+#include "search/typed/SearchNumbers.h"
+#include "search/typed/TextEncoding.h"
 
 namespace quillmor {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "search/TextEncoding.h"
+#include "search/typed/TextEncoding.h"
 
 namespace quillmor {
 

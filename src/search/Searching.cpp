@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/SaturatingMath.h"
-#include "search/ByteMatcher.h"
+#include "search/scan/ByteMatcher.h"
 
 namespace quillmor {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ByteStatistics.h"
+#include "tools/analysis/ByteStatistics.h"
 
 namespace quillmor {
 

@@ -5,7 +5,7 @@
 
 #include "base/FileLocation.h"
 #include "search/SearchRequest.h"
-#include "tools/ByteStatistics.h"
+#include "tools/analysis/ByteStatistics.h"
 
 namespace quillmor {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/HexText.h"
-#include "tools/AnalysisText.h"
+#include "tools/analysis/AnalysisText.h"
 #include "window/GroupedDecimal.h"
 
 namespace quillmor {

@@ -4,7 +4,7 @@
 
 #include "base/HexText.h"
 #include "document/QuillmorResourceLimits.h"
-#include "tools/DataInspector.h"
+#include "tools/analysis/DataInspector.h"
 
 namespace quillmor {
 

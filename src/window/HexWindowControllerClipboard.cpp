@@ -1,7 +1,7 @@
 // Copying, cutting and pasting.
 
 #include "base/HexText.h"
-#include "search/TypedInput.h"
+#include "search/typed/TypedInput.h"
 #include "window/HexWindowController.h"
 #include "window/WindowLimits.h"
 

@@ -1,10 +1,10 @@
 // Writing the document's bytes to other files.
 
-#include "tools/ASCIIStringsExporter.h"
-#include "tools/DifferenceReportExporter.h"
-#include "tools/HexDumpExporter.h"
-#include "tools/IntelHexExporter.h"
-#include "tools/TextExport.h"
+#include "tools/export/ASCIIStringsExporter.h"
+#include "tools/export/DifferenceReportExporter.h"
+#include "tools/export/HexDumpExporter.h"
+#include "tools/export/IntelHexExporter.h"
+#include "tools/export/TextExport.h"
 #include "window/BackupNames.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"

@@ -1,7 +1,7 @@
 // Validating and fixing firmware checksums, and the presets for graphics cards.
 
-#include "tools/AcpiTables.h"
-#include "tools/PolarisRom.h"
+#include "tools/firmware/AcpiTables.h"
+#include "tools/firmware/PolarisRom.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "tools/BookmarkFile.h"
-#include "tools/HexPatch.h"
-#include "tools/HexPatchRange.h"
-#include "tools/JSONPatchPreset.h"
+#include "tools/patches/BookmarkFile.h"
+#include "tools/patches/HexPatch.h"
+#include "tools/patches/HexPatchRange.h"
+#include "tools/patches/JSONPatchPreset.h"
 #include "window/HexWindowController.h"
 #include "window/WindowLimits.h"
 

@@ -1,8 +1,8 @@
 // Filling the selection, and putting typed bytes or a file into the document.
 
 #include "fileaccess/StableReading.h"
-#include "search/TypedInput.h"
-#include "tools/RepeatedBytes.h"
+#include "search/typed/TypedInput.h"
+#include "tools/edits/RepeatedBytes.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 

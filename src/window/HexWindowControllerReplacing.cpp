@@ -8,7 +8,7 @@
 #include "search/SearchAnswers.h"
 #include "search/SearchCandidates.h"
 #include "search/Searching.h"
-#include "search/TypedInput.h"
+#include "search/typed/TypedInput.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {

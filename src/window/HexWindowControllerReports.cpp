@@ -1,11 +1,11 @@
 // Analyses shown in windows of their own, and comparing with a file.
 
-#include "tools/ASCIIStringsExporter.h"
-#include "tools/ByteStatistics.h"
-#include "tools/Checksum.h"
-#include "tools/FileComparison.h"
-#include "tools/FileStructure.h"
-#include "tools/PCIRomInfo.h"
+#include "tools/analysis/ByteStatistics.h"
+#include "tools/analysis/FileComparison.h"
+#include "tools/analysis/FileStructure.h"
+#include "tools/checksum/Checksum.h"
+#include "tools/export/ASCIIStringsExporter.h"
+#include "tools/firmware/PCIRomInfo.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 #include "window/UtilityReport.h"

@@ -1,6 +1,6 @@
 // Rewriting the selected bytes in place, and cropping to them.
 
-#include "tools/ByteTransforms.h"
+#include "tools/edits/ByteTransforms.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 

@@ -1,8 +1,8 @@
 // Reading the bytes at the caret as values, and writing values in their place.
 
-#include "search/InputNotes.h"
-#include "tools/DataInspector.h"
-#include "tools/InspectorEdit.h"
+#include "search/typed/InputNotes.h"
+#include "tools/analysis/DataInspector.h"
+#include "tools/edits/InspectorEdit.h"
 #include "window/HexWindowController.h"
 #include "window/Prompts.h"
 

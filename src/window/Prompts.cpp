@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "search/HexParser.h"
-#include "search/InputNotes.h"
-#include "search/TypedInput.h"
+#include "search/typed/HexParser.h"
+#include "search/typed/InputNotes.h"
+#include "search/typed/TypedInput.h"
 
 namespace quillmor {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "tools/ToolLimits.h"
+#include "tools/edits/ToolLimits.h"
 
 namespace quillmor {
 

@@ -1,6 +1,6 @@
 // The About window: what it says, its link, its place, and the application's keys in it.
 
-#include "app/AboutWindowController.h"
+#include "ui/app/AboutWindowController.h"
 
 #include <gmock/gmock.h>
 

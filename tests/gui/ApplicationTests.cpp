@@ -11,10 +11,10 @@
 #include <QProgressBar>
 #include <QPushButton>
 
-#include "app/WindowMenus.h"
-#include "editor/HexEditorView.h"
 #include "gui/RealApplication.h"
-#include "window/ReportWindow.h"
+#include "ui/app/WindowMenus.h"
+#include "ui/editor/HexEditorView.h"
+#include "ui/window/ReportWindow.h"
 
 namespace quillmor::test {
 namespace {

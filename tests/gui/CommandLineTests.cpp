@@ -1,6 +1,6 @@
 // What the program's arguments mean, file names of every shape included.
 
-#include "app/CommandLine.h"
+#include "ui/app/CommandLine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "app/DarkAppearance.h"
+#include "ui/app/DarkAppearance.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "gui/EditingDialogFixture.h"
-#include "search/TypedInput.h"
+#include "search/typed/TypedInput.h"
 #include "window/WindowLimits.h"
 
 namespace quillmor::test {

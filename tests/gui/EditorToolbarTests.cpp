@@ -1,6 +1,6 @@
 // The toolbar in windows too narrow for it, and the numbers of the window's layout.
 
-#include "window/EditorToolbar.h"
+#include "ui/window/EditorToolbar.h"
 
 #include <gmock/gmock.h>
 

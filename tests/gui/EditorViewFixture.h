@@ -11,8 +11,8 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
-#include "editor/HexEditorView.h"
 #include "support/EditorDoubles.h"
+#include "ui/editor/HexEditorView.h"
 
 namespace quillmor::test {
 

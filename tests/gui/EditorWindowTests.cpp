@@ -1,6 +1,6 @@
 // One editor window: closing, its place and state on the screen, what is dropped on it, its lines.
 
-#include "window/EditorWindow.h"
+#include "ui/window/EditorWindow.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@
 #include <QUrl>
 
 #include "gui/RealApplication.h"
-#include "window/EditorToolbar.h"
+#include "ui/window/EditorToolbar.h"
 
 namespace quillmor::test {
 namespace {

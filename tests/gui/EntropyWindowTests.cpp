@@ -1,6 +1,6 @@
 // The Entropy Map window: its curve's pixels, pointer and keys, and the way back to the editor.
 
-#include "window/EntropyWindow.h"
+#include "ui/window/EntropyWindow.h"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 #include <QPointer>
 
 #include "gui/ReportFixture.h"
-#include "window/ChartCanvas.h"
-#include "window/EntropyView.h"
+#include "ui/window/ChartCanvas.h"
+#include "ui/window/EntropyView.h"
 
 namespace quillmor::test {
 namespace {

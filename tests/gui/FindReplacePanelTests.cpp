@@ -1,6 +1,6 @@
 // What the Find and Replace panels show, and the requests they build.
 
-#include "window/FindReplacePanelController.h"
+#include "ui/window/FindReplacePanelController.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // The Byte Frequency window: its histogram's pixels, pointer, keys and scales.
 
-#include "window/FrequencyWindowController.h"
+#include "ui/window/FrequencyWindowController.h"
 
 #include <gmock/gmock.h>
 
@@ -10,9 +10,9 @@
 #include <QSplitter>
 
 #include "gui/ReportFixture.h"
+#include "ui/window/ChartCanvas.h"
+#include "ui/window/HistogramView.h"
 #include "window/ByteHistogram.h"
-#include "window/ChartCanvas.h"
-#include "window/HistogramView.h"
 
 namespace quillmor::test {
 namespace {

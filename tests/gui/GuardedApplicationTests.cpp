@@ -1,6 +1,6 @@
 // What event handlers fail with, and that the program goes on.
 
-#include "app/GuardedApplication.h"
+#include "ui/app/GuardedApplication.h"
 
 #include <gtest/gtest.h>
 

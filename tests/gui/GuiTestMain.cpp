@@ -5,7 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "app/GuardedApplication.h"
+#include "ui/app/GuardedApplication.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Clicks that the X server reports as released elsewhere, and drags.
 
-#include "editor/HeldMotions.h"
+#include "ui/editor/HeldMotions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include <QAccessible>
 
 #include "EditorViewFixture.h"
-#include "editor/HexEditorAccessible.h"
+#include "ui/editor/HexEditorAccessible.h"
 
 namespace quillmor {
 namespace {

@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "EditorViewFixture.h"
-#include "editor/HexFileDropView.h"
+#include "ui/editor/HexFileDropView.h"
 
 namespace quillmor {
 namespace {

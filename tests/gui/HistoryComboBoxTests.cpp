@@ -1,6 +1,6 @@
 // The searches of the session in the panels' fields.
 
-#include "window/HistoryComboBox.h"
+#include "ui/window/HistoryComboBox.h"
 
 #include <gmock/gmock.h>
 

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "gui/RealApplication.h"
-#include "window/FindReplacePanelController.h"
+#include "ui/window/FindReplacePanelController.h"
 
 namespace quillmor::test {
 

@@ -9,13 +9,13 @@
 #include <string>
 
 #include "app/AppDelegate.h"
-#include "app/ApplicationWindows.h"
-#include "editor/HexEditorView.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPlatform.h"
-#include "window/EditorWindow.h"
-#include "window/ElidedLabel.h"
-#include "window/ReportWindow.h"
+#include "ui/app/ApplicationWindows.h"
+#include "ui/editor/HexEditorView.h"
+#include "ui/window/EditorWindow.h"
+#include "ui/window/ElidedLabel.h"
+#include "ui/window/ReportWindow.h"
 
 namespace quillmor::test {
 

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "gui/RealApplication.h"
-#include "window/ChartView.h"
-#include "window/ReportWindow.h"
+#include "ui/window/ChartView.h"
+#include "ui/window/ReportWindow.h"
 
 namespace quillmor::test {
 

@@ -1,6 +1,6 @@
 // Report windows: finding, copying, saving, long lines, their places on the screen.
 
-#include "window/ReportWindow.h"
+#include "ui/window/ReportWindow.h"
 
 #include <gmock/gmock.h>
 
@@ -11,9 +11,9 @@
 #include <QPointer>
 #include <QScreen>
 
-#include "app/WindowMenus.h"
 #include "gui/ReportFixture.h"
-#include "window/FindReplacePanelController.h"
+#include "ui/app/WindowMenus.h"
+#include "ui/window/FindReplacePanelController.h"
 
 namespace quillmor::test {
 namespace {

@@ -1,6 +1,6 @@
 // The picture of a window: written to the very path, with nothing on standard error.
 
-#include "app/Screenshot.h"
+#include "ui/app/Screenshot.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <QImage>
 #include <filesystem>
 
-#include "app/CommandLine.h"
 #include "gui/RealApplication.h"
+#include "ui/app/CommandLine.h"
 
 namespace quillmor::test {
 namespace {

@@ -1,6 +1,6 @@
 // Shortcuts and menu items of several windows, and of text fields in them.
 
-#include "app/WindowMenus.h"
+#include "ui/app/WindowMenus.h"
 
 #include <gmock/gmock.h>
 

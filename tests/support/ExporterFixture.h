@@ -5,7 +5,7 @@
 #include <string>
 
 #include "support/AtomicTextFileWriterFixture.h"
-#include "tools/TextExport.h"
+#include "tools/export/TextExport.h"
 
 namespace quillmor::test {
 
@@ -27,8 +27,8 @@ class ExporterTest : public AtomicTextFileWriterTest {
   /// Writes `expected` to new and existing files, and says so in the progress.
   void expectWrites(const Export& run, const std::string& expected);
 
-  /// A stop requested before or during any system call up to the closing of the complete file leaves
-  /// everything as it was; one that comes later has no effect.
+  /// A stop requested before or during any system call up to the closing of the complete file
+  /// leaves everything as it was; one that comes later has no effect.
   void expectStopsAtEveryStage(const Export& run, const std::string& expected);
 
   /// Failed writes are reported, and protected files refused; the destination stays as it was.

@@ -4,7 +4,7 @@
 #include <random>
 #include <vector>
 
-#include "search/SearchLimits.h"
+#include "search/scan/SearchLimits.h"
 
 namespace quillmor {
 

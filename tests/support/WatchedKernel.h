@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "search/SearchLimits.h"
+#include "search/scan/SearchLimits.h"
 
 namespace quillmor::test {
 

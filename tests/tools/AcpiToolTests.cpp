@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "ToolFixture.h"
-#include "tools/AcpiTables.h"
-#include "tools/FileStructure.h"
+#include "tools/analysis/FileStructure.h"
+#include "tools/firmware/AcpiTables.h"
 
 namespace quillmor::test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "ToolFixture.h"
 #include "support/RandomBytes.h"
-#include "tools/Checksum.h"
+#include "tools/checksum/Checksum.h"
 
 namespace quillmor::test {
 namespace {

@@ -12,8 +12,8 @@
 
 #include "ToolFixture.h"
 #include "support/RandomBytes.h"
-#include "tools/DifferenceReportExporter.h"
-#include "tools/FileComparison.h"
+#include "tools/analysis/FileComparison.h"
+#include "tools/export/DifferenceReportExporter.h"
 
 namespace quillmor::test {
 namespace {

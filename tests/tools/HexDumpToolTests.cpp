@@ -5,7 +5,7 @@
 
 #include "ToolFixture.h"
 #include "support/RandomBytes.h"
-#include "tools/HexDumpExporter.h"
+#include "tools/export/HexDumpExporter.h"
 
 namespace quillmor::test {
 namespace {

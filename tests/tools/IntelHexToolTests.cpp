@@ -5,7 +5,7 @@
 
 #include "ToolFixture.h"
 #include "support/RandomBytes.h"
-#include "tools/IntelHexExporter.h"
+#include "tools/export/IntelHexExporter.h"
 
 namespace quillmor::test {
 namespace {

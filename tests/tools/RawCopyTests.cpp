@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ToolFixture.h"
-#include "tools/TextExport.h"
+#include "tools/export/TextExport.h"
 
 namespace quillmor::test {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "ToolFixture.h"
 #include "support/RandomBytes.h"
-#include "tools/ASCIIStringsExporter.h"
+#include "tools/export/ASCIIStringsExporter.h"
 
 namespace quillmor::test {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "blackbox/cli/ChangeTest.h"
 #include "document/QuillmorResourceLimits.h"
-#include "search/TypedInput.h"
+#include "search/typed/TypedInput.h"
 
 namespace quillmor::test {
 namespace {

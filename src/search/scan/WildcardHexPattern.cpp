@@ -1,0 +1,213 @@
+#include "search/scan/WildcardHexPattern.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/HexText.h"
+#include "base/Unicode.h"
+#include "search/scan/WildcardSearch.h"
+
+namespace quillmor {
+
+namespace {
+
+using Bytes = WildcardHexPattern::Bytes;
+
+/// With this many runs, the longest of which has two bytes at most, a run says little.
+constexpr std::size_t kManyRuns = 65;
+constexpr std::int64_t kShortRun = 2;
+
+bool isSeparator(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r') || character == ',' ||
+         character == ';';
+}
+
+/// The grammar, fed one character at a time.
+class PairCollector {
+ public:
+  /// False when the character makes the whole text invalid.
+  bool accept(char character) {
+    hasFirst_ = !hasFirst_;
+    const char first = std::exchange(first_, character);
+    if (hasFirst_) return true;
+    if (first == '?' && character == '?') {
+      bytes_.emplace_back();
+      return true;
+    }
+    const auto high = hexDigitValue(first);
+    const auto low = hexDigitValue(character);
+    if (!high || !low) return false;
+    bytes_.emplace_back(static_cast<std::uint8_t>(*high << 4 | *low));
+    return true;
+  }
+
+  /// False in the middle of a pair.
+  bool endToken() const { return !hasFirst_; }
+
+  std::optional<Bytes> finish() {
+    if (!endToken() || bytes_.empty()) return std::nullopt;
+    return std::move(bytes_);
+  }
+
+ private:
+  Bytes bytes_;
+  bool hasFirst_ = false;  // whether `first_` is the first character of a pair
+  char first_ = 0;
+};
+
+using ByteCounts = std::array<std::int64_t, 256>;
+
+constexpr std::size_t kCountedPiece = std::size_t{4} * 1024 * 1024;
+
+/// Four tables in turn, since counting the same byte twice in a row would wait for memory.
+void addCounts(std::span<const std::uint8_t> bytes, ByteCounts& counts) {
+  std::array<std::array<std::uint32_t, 256>, 4> tables{};
+  for (std::size_t i = 0; i < bytes.size(); ++i) ++tables[i % 4][bytes[i]];
+  for (const auto& table : tables) {
+    for (std::size_t value = 0; value < counts.size(); ++value) counts[value] += table[value];
+  }
+}
+
+ByteCounts countsOf(std::span<const std::uint8_t> haystack, const TaskProgress& progress) {
+  ByteCounts counts{};
+  while (!haystack.empty()) {
+    progress.checkpoint();
+    const auto piece = haystack.first(std::min(haystack.size(), kCountedPiece));
+    addCounts(piece, counts);
+    haystack = haystack.subspan(piece.size());
+  }
+  return counts;
+}
+
+}  // namespace
+
+std::optional<Bytes> WildcardHexPattern::parseASCIITokens(std::string_view text) {
+  PairCollector collector;
+  for (const char character : text) {
+    if (!(isSeparator(character) ? collector.endToken() : collector.accept(character))) {
+      return std::nullopt;
+    }
+  }
+  return collector.finish();
+}
+
+std::optional<Bytes> WildcardHexPattern::parseUnicodeTokens(std::string_view text) {
+  PairCollector collector;
+  while (!text.empty()) {
+    const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
+    const bool isAscii = next.scalar < 0x80;
+    const bool separates =
+        Unicode::isWhiteSpace(next.scalar) || (isAscii && isSeparator(text.front()));
+    if (!separates && !isAscii) return std::nullopt;
+    if (!(separates ? collector.endToken() : collector.accept(text.front()))) return std::nullopt;
+    text.remove_prefix(next.length);
+  }
+  return collector.finish();
+}
+
+std::optional<WildcardHexPattern> WildcardHexPattern::parse(std::string_view text) {
+  const bool isAscii =
+      std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  std::optional<Bytes> bytes = isAscii ? parseASCIITokens(text) : parseUnicodeTokens(text);
+  if (!bytes) return std::nullopt;
+  return WildcardHexPattern(std::move(*bytes));
+}
+
+WildcardHexPattern::WildcardHexPattern(Bytes bytes) : bytes_(std::move(bytes)) {
+  values_.reserve(bytes_.size());
+  masks_.reserve(bytes_.size());
+  for (const auto& byte : bytes_) {
+    values_.push_back(byte.value_or(0));
+    masks_.push_back(byte ? 0xFF : 0);
+  }
+  for (std::int64_t at = 0; at < length(); ++at) {
+    if (!bytes_[static_cast<std::size_t>(at)]) continue;
+    if (concreteRanges_.empty() || concreteRanges_.back().upperBound != at) {
+      concreteRanges_.push_back({at, at});
+    }
+    ++concreteRanges_.back().upperBound;
+  }
+  for (const Range& range : concreteRanges_) {
+    if (!anchorRange_ || range.count() > anchorRange_->count()) anchorRange_ = range;
+  }
+}
+
+std::vector<std::uint8_t> WildcardHexPattern::anchorBytes() const {
+  if (!anchorRange_) return {};
+  return {values_.begin() + anchorRange_->lowerBound, values_.begin() + anchorRange_->upperBound};
+}
+
+bool WildcardHexPattern::hasManyShortRuns() const {
+  return concreteRanges_.size() >= kManyRuns && anchorRange_->count() <= kShortRun;
+}
+
+WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
+    std::span<const std::uint8_t> haystack) const {
+  TaskProgress progress;
+  return anchorPlan(haystack, progress);
+}
+
+WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
+    std::span<const std::uint8_t> haystack, const TaskProgress& progress) const {
+  if (!hasManyShortRuns()) {
+    return Anchored{.exactBytes = anchorBytes(),
+                    .patternOffset = anchorRange_ ? anchorRange_->lowerBound : 0,
+                    .skippedRange = anchorRange_};
+  }
+  const ByteCounts counts = countsOf(haystack, progress);
+  std::int64_t rarest = anchorRange_->lowerBound;
+  for (std::int64_t at = length() - 1; at >= 0; --at) {
+    const auto index = static_cast<std::size_t>(at);
+    if (masks_[index] != 0 && counts[values_[index]] <= counts[byteAt(rarest)]) rarest = at;
+  }
+  if (counts[byteAt(rarest)] == 0) return Impossible{};
+  return Anchored{
+      .exactBytes = {byteAt(rarest)}, .patternOffset = rarest, .skippedRange = std::nullopt};
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
+                                                           Range candidateRange,
+                                                           const AnchorPlan& plan) const {
+  TaskProgress progress;
+  return firstMatch(haystack, candidateRange, plan, progress);
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
+                                                           Range candidateRange,
+                                                           const AnchorPlan& plan,
+                                                           TaskProgress& progress,
+                                                           const SearchLimits& limits) const {
+  if (!anchorRange_ || std::holds_alternative<Impossible>(plan)) return std::nullopt;
+  WildcardSearch search(*this, haystack, progress, limits);
+  search.usePlan(plan);
+  const std::int64_t last = std::ssize(haystack) - length();
+  const std::int64_t from = std::max<std::int64_t>(candidateRange.lowerBound, 0);
+  if (candidateRange.upperBound <= from || last < from) return std::nullopt;
+  const std::int64_t through = std::min(candidateRange.upperBound - 1, last);
+  progress.setTotal(through - from + 1);
+  return search.first(from, through);
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
+    std::span<const std::uint8_t> haystack, std::int64_t from) const {
+  TaskProgress progress;
+  return firstMatchWrapped(haystack, from, progress);
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
+    std::span<const std::uint8_t> haystack, std::int64_t from, TaskProgress& progress,
+    const SearchLimits& limits) const {
+  const std::int64_t last = std::ssize(haystack) - length();
+  if (last < 0) return std::nullopt;
+  if (!anchorRange_) return from >= 0 && from <= last ? from : 0;
+  progress.setTotal(last + 1);
+  WildcardSearch search(*this, haystack, progress, limits);
+  if (from <= last) {
+    if (const auto found = search.first(std::max<std::int64_t>(from, 0), last)) return found;
+  }
+  if (from < 1) return std::nullopt;
+  return search.first(0, std::min(last, from - 1));
+}
+
+}  // namespace quillmor

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "base/TaskProgress.h"
+#include "search/scan/SearchLimits.h"
+
+namespace quillmor {
+
+/// A byte pattern some positions of which match any byte, and the search for it. Immutable, safe
+/// from any thread.
+class WildcardHexPattern {
+ public:
+  /// One entry for each position; an absent value is a wildcard.
+  using Bytes = std::vector<std::optional<std::uint8_t>>;
+
+  /// The positions from `lowerBound` up to, and without, `upperBound`.
+  struct Range {
+    std::int64_t lowerBound = 0;
+    std::int64_t upperBound = 0;
+
+    std::int64_t count() const { return upperBound - lowerBound; }
+    bool operator==(const Range&) const = default;
+  };
+
+  /// Search for `exactBytes`: found at offset a, the pattern may start at a - `patternOffset`.
+  struct Anchored {
+    std::vector<std::uint8_t> exactBytes;
+    std::int64_t patternOffset = 0;
+    /// A concrete run that the bytes found prove to be equal.
+    std::optional<Range> skippedRange;
+
+    bool operator==(const Anchored&) const = default;
+  };
+
+  /// A byte that the pattern asks for is nowhere in the document.
+  struct Impossible {
+    bool operator==(const Impossible&) const = default;
+  };
+
+  using AnchorPlan = std::variant<Anchored, Impossible>;
+
+  /// The pattern that `text` (UTF-8) denotes: hexadecimal bytes of two digits and `??` for any
+  /// byte, one behind the other or separated by white space, `,` or `;`. Absent when there is
+  /// anything else in it, or nothing. Does not limit the text's length.
+  static std::optional<WildcardHexPattern> parse(std::string_view text);
+
+  /// What `parse` makes of text that is all ASCII: white space is TAB, LF, VT, FF, CR and space.
+  static std::optional<Bytes> parseASCIITokens(std::string_view text);
+
+  /// What `parse` makes of other text: every Unicode White_Space scalar separates.
+  static std::optional<Bytes> parseUnicodeTokens(std::string_view text);
+
+  const Bytes& bytes() const { return bytes_; }
+  std::int64_t length() const { return std::ssize(bytes_); }
+
+  /// The maximal runs of positions that are no wildcards, in order.
+  const std::vector<Range>& concreteRanges() const { return concreteRanges_; }
+
+  /// The longest concrete run, the first one among equally long ones; absent when the pattern is
+  /// all wildcards.
+  std::optional<Range> anchorRange() const { return anchorRange_; }
+
+  /// The bytes of `anchorRange`; empty when that is absent.
+  std::vector<std::uint8_t> anchorBytes() const;
+
+  /// The bytes to be searched for in `haystack`: the anchor or, where the pattern has many runs and
+  /// all of them are short, its byte that is the rarest in the haystack.
+  AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack) const;
+  AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack, const TaskProgress& progress) const;
+
+  /// The first match that starts in `candidateRange`, any part of which may lie outside the
+  /// haystack. `plan` is this pattern's for this haystack. Absent for a pattern of wildcards only.
+  std::optional<std::int64_t> firstMatch(std::span<const std::uint8_t> haystack,
+                                         Range candidateRange, const AnchorPlan& plan) const;
+  std::optional<std::int64_t> firstMatch(std::span<const std::uint8_t> haystack,
+                                         Range candidateRange, const AnchorPlan& plan,
+                                         TaskProgress& progress,
+                                         const SearchLimits& limits = {}) const;
+
+  /// The first match at or behind `from`, else the first one before. Matches never reach across
+  /// the haystack's end.
+  ///
+  /// With a `progress`, its total is set, it advances, and it is asked every few milliseconds
+  /// whether to stop; then `Error::stopped()` is thrown.
+  std::optional<std::int64_t> firstMatchWrapped(std::span<const std::uint8_t> haystack,
+                                                std::int64_t from) const;
+  std::optional<std::int64_t> firstMatchWrapped(std::span<const std::uint8_t> haystack,
+                                                std::int64_t from, TaskProgress& progress,
+                                                const SearchLimits& limits = {}) const;
+
+ private:
+  friend class WildcardSearch;
+
+  explicit WildcardHexPattern(Bytes bytes);
+  /// The byte asked for at a position that is no wildcard.
+  std::uint8_t byteAt(std::int64_t position) const {
+    return values_[static_cast<std::size_t>(position)];
+  }
+  /// Whether the plan depends on the haystack.
+  bool hasManyShortRuns() const;
+
+  Bytes bytes_;
+  std::vector<std::uint8_t> values_;  ///< 0 for a wildcard
+  std::vector<std::uint8_t> masks_;   ///< 0 for a wildcard, else 0xFF
+  std::vector<Range> concreteRanges_;
+  std::optional<Range> anchorRange_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "base/TaskProgress.h"
+#include "kernels/ByteMasks.h"
+
+namespace quillmor {
+
+/// Calls `onDifferences(place, mask)` for all 64 bytes of which some differ, in order: `place` is
+/// where they begin, and a set bit of `mask` stands for a byte that differs, the lowest for the
+/// first. Throws `Error::stopped()` when `progress` says so.
+template <typename OnDifferences>
+void forEachDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
+                       const TaskProgress& progress, OnDifferences onDifferences) {
+  const ByteMaskKernels& kernels = fastestByteMaskKernels();
+  std::array<std::uint64_t, byteMaskCount(kMaskedPieceSize)> masks;
+  for (std::size_t begin = 0; begin < count; begin += kMaskedPieceSize) {
+    progress.checkpoint();
+    const std::size_t pieceSize = std::min(kMaskedPieceSize, count - begin);
+    kernels.differing(masks.data(), a + begin, b + begin, pieceSize);
+    for (std::size_t i = 0; i < byteMaskCount(pieceSize); ++i) {
+      if (masks[i] != 0) onDifferences(begin + i * kBytesPerMask, masks[i]);
+    }
+  }
+}
+
+}  // namespace quillmor

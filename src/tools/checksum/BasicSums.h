@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "tools/checksum/Checksum.h"
+
+namespace quillmor::Checksum {
+
+/// Adds up the basic values of bytes that come in pieces of any size. Used by one thread at a time.
+class BasicSums {
+ public:
+  void add(std::span<const std::uint8_t> bytes);
+
+  /// Of all bytes so far.
+  BasicValues values() const;
+
+ private:
+  void addBlock(std::span<const std::uint8_t> block);
+
+  std::uint32_t crcRegister_ = 0xFFFFFFFF;
+  std::uint32_t adlerLow_ = 1;
+  std::uint32_t adlerHigh_ = 0;
+  std::uint32_t sum_ = 0;
+};
+
+}  // namespace quillmor::Checksum

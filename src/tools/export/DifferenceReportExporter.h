@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "base/FileLocation.h"
+#include "tools/export/TextExport.h"
+
+/// The list of all bytes in which a file differs from a document. Safe from any thread.
+namespace quillmor::DifferenceReportExporter {
+
+/// Hands the report to `sink` while the compared file is read, so that what has been handed on
+/// counts only when this returns. Returns the number of differences. The total of `progress`
+/// becomes the size of the longer side; throws `Error::stopped()` when it says so, and fails as
+/// `SecureFileAccess::processStableFile` does.
+std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& comparedFile,
+                     const std::string& comparedName, const TextSink& sink, TaskProgress& progress);
+
+/// Writes the report to a file, see `writeTextFile`; the compared file is protected too. Returns
+/// the number of differences.
+std::int64_t write(std::span<const std::uint8_t> current, const FileLocation& comparedFile,
+                   const std::string& comparedName, const ExportTarget& target,
+                   TaskProgress& progress);
+
+}  // namespace quillmor::DifferenceReportExporter

@@ -1,0 +1,111 @@
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "base/VisibleText.h"
+#include "platform/MemoryUserDefaults.h"
+#include "platform_qt/QtPlatform.h"
+#include "platform_qt/QtUserDefaults.h"
+#include "ui/app/ApplicationWindows.h"
+#include "ui/app/CommandLine.h"
+#include "ui/app/DarkAppearance.h"
+#include "ui/app/GuardedApplication.h"
+#include "ui/app/Screenshot.h"
+
+namespace {
+
+using namespace quillmor;
+
+constexpr int kFailureStatus = 2;
+
+/// While it lives, failures of events are shown as `alerts`; when it goes, however that comes
+/// about, the windows go first and their delegate and services after them.
+class Session {
+ public:
+  Session(GuardedApplication& application, AlertPresenter* alerts, AppDelegate& delegate,
+          ApplicationWindows& windows)
+      : application_(application), windows_(windows) {
+    application_.setAlertPresenter(alerts);
+    application_.setFailureObserver([&delegate](const Error& failure) {
+      if (const auto editor = delegate.currentHexWindowController()) editor->noteReason(failure);
+    });
+  }
+  ~Session() {
+    application_.setFailureObserver(nullptr);
+    application_.setAlertPresenter(nullptr);
+    windows_.destroyWindows();
+  }
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+ private:
+  GuardedApplication& application_;
+  ApplicationWindows& windows_;
+};
+
+/// A picture is the same whatever the user has set, and leaves no trace but itself.
+std::unique_ptr<UserDefaults> defaultsFor(const CommandLine& line) {
+  if (line.picture) return std::make_unique<MemoryUserDefaults>();
+  return std::make_unique<QtUserDefaults>();
+}
+
+int run(const CommandLine& line, GuardedApplication& application) {
+  QtPlatform platform(defaultsFor(line));
+  const PlatformServices services = platform.services();
+  ApplicationWindows windows(services);
+  AppDelegate delegate(services, windows);
+  windows.setDelegate(delegate);
+  // A picture is made without anybody who could answer an alert: its failure ends the program.
+  const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);
+  if (line.picture) {
+    saveScreenshot(line, delegate, windows);
+    return EXIT_SUCCESS;
+  }
+  if (line.files.empty()) {
+    delegate.openUntitledDocumentIfNeeded();
+  } else {
+    delegate.openFiles(line.files, [](bool) {});
+  }
+  return GuardedApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A write over a file size limit or into a closed pipe is an error of that write, not the end of
+  // the program and of what is unsaved in it.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
+
+  const CommandLine line = parseCommandLine({argv + 1, argv + argc});
+  if (line.exitStatus) {
+    std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
+    return *line.exitStatus;
+  }
+  if (line.picture) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    silencePlatformWithoutScreen();
+  }
+
+  int qtArgumentCount = 1;
+  GuardedApplication application(qtArgumentCount, argv);
+  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
+  // drags by it. The application's constructor sets this itself.
+  QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
+  QApplication::setApplicationName("Quillmor");
+  QApplication::setOrganizationName("tenvale");
+  QApplication::setApplicationVersion(QUILLMOR_VERSION);
+  applyDarkAppearance(application);
+  try {
+    return run(line, application);
+  } catch (const Error& error) {
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.messageWithReason()).c_str());
+    return kFailureStatus;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quillmor: %s\n", visibleText(error.what()).c_str());
+    return kFailureStatus;
+  }
+}
