@@ -31,12 +31,12 @@
 #include "tools/patches/HexPatch.h"
 #include "tools/patches/JSONPatchPreset.h"
 #include "window/AnnouncedEdit.h"
-#include "window/BackgroundTaskFrame.h"
-#include "window/EditorEnvironment.h"
-#include "window/EditorWindowSurface.h"
-#include "window/SelectionMutation.h"
-#include "window/WindowAlerts.h"
-#include "window/WindowLimits.h"
+#include "window/commands/BackgroundTaskFrame.h"
+#include "window/commands/EditorEnvironment.h"
+#include "window/commands/EditorWindowSurface.h"
+#include "window/commands/SelectionMutation.h"
+#include "window/commands/WindowAlerts.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

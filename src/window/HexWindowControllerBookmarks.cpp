@@ -1,8 +1,8 @@
 // The bookmark commands.
 
 #include "base/HexText.h"
-#include "window/BookmarkReport.h"
 #include "window/HexWindowController.h"
+#include "window/commands/BookmarkReport.h"
 
 namespace quillmor {
 

@@ -3,7 +3,7 @@
 #include "base/HexText.h"
 #include "search/typed/TypedInput.h"
 #include "window/HexWindowController.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

@@ -5,9 +5,9 @@
 #include "tools/export/HexDumpExporter.h"
 #include "tools/export/IntelHexExporter.h"
 #include "tools/export/TextExport.h"
-#include "window/BackupNames.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
+#include "window/commands/BackupNames.h"
+#include "window/commands/Prompts.h"
 
 namespace quillmor {
 

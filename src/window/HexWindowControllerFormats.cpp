@@ -7,7 +7,7 @@
 #include "tools/patches/HexPatchRange.h"
 #include "tools/patches/JSONPatchPreset.h"
 #include "window/HexWindowController.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

@@ -4,7 +4,7 @@
 #include "search/typed/TypedInput.h"
 #include "tools/edits/RepeatedBytes.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
+#include "window/commands/Prompts.h"
 
 namespace quillmor {
 

@@ -1,7 +1,7 @@
 // Going to places, the settings of the view, and the offset remembered from the last session.
 
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
+#include "window/commands/Prompts.h"
 
 namespace quillmor {
 

@@ -7,9 +7,9 @@
 #include "tools/export/ASCIIStringsExporter.h"
 #include "tools/firmware/PCIRomInfo.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
-#include "window/UtilityReport.h"
-#include "window/WindowLimits.h"
+#include "window/commands/Prompts.h"
+#include "window/commands/UtilityReport.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

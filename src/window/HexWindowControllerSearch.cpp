@@ -4,8 +4,8 @@
 #include "search/SearchCandidates.h"
 #include "search/Searching.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
-#include "window/WindowLimits.h"
+#include "window/commands/Prompts.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

@@ -1,8 +1,8 @@
 // Background transforms of the selection, and the checks that commands make before they start.
 
 #include "window/HexWindowController.h"
-#include "window/UtilityReport.h"
-#include "window/WindowLimits.h"
+#include "window/commands/UtilityReport.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

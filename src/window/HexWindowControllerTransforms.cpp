@@ -2,7 +2,7 @@
 
 #include "tools/edits/ByteTransforms.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
+#include "window/commands/Prompts.h"
 
 namespace quillmor {
 

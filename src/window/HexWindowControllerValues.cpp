@@ -4,7 +4,7 @@
 #include "tools/analysis/DataInspector.h"
 #include "tools/edits/InspectorEdit.h"
 #include "window/HexWindowController.h"
-#include "window/Prompts.h"
+#include "window/commands/Prompts.h"
 
 namespace quillmor {
 

@@ -5,7 +5,7 @@
 
 #include "gui/EditingDialogFixture.h"
 #include "search/typed/TypedInput.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

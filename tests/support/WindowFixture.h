@@ -10,8 +10,8 @@
 #include "document/DocumentSaver.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPlatform.h"
-#include "window/EditorWindowSurface.h"
 #include "window/HexWindowController.h"
+#include "window/commands/EditorWindowSurface.h"
 
 namespace quillmor::test {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "ui/window/FindReplacePanelController.h"
-#include "window/EditorWindowSurface.h"
 #include "window/HexWindowController.h"
+#include "window/commands/EditorWindowSurface.h"
 
 class QProgressBar;
 class QPushButton;

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "search/SearchRequest.h"
-#include "window/EditorWindowSurface.h"
+#include "window/commands/EditorWindowSurface.h"
 
 class QBoxLayout;
 class QCheckBox;

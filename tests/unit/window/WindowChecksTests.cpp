@@ -3,8 +3,8 @@
 #include "document/QuillmorResourceLimits.h"
 #include "search/typed/TypedInput.h"
 #include "support/WindowFixture.h"
-#include "window/UtilityReport.h"
-#include "window/WindowLimits.h"
+#include "window/commands/UtilityReport.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

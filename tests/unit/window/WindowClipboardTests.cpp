@@ -8,7 +8,7 @@
 #include "support/FailingAllocation.h"
 #include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

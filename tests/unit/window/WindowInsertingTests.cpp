@@ -7,7 +7,7 @@
 #include "support/FaultySystemCalls.h"
 #include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

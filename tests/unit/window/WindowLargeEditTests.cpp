@@ -7,7 +7,7 @@
 #include "document/UndoRecords.h"
 #include "search/typed/TypedInput.h"
 #include "support/WindowFixture.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

@@ -5,7 +5,7 @@
 #include "search/typed/TypedInput.h"
 #include "support/MemoryProbes.h"
 #include "support/WindowFixture.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "support/FailingAllocation.h"
 #include "support/WindowFixture.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor::test {
 namespace {

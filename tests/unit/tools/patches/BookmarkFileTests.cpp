@@ -9,7 +9,7 @@
 #include "document/Bookmarks.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 namespace {

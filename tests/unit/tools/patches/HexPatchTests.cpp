@@ -10,7 +10,7 @@
 #include "support/FileAccessTest.h"
 #include "support/RandomBytes.h"
 #include "support/Stopping.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 namespace {

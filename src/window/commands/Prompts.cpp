@@ -1,4 +1,4 @@
-#include "window/Prompts.h"
+#include "window/commands/Prompts.h"
 
 #include <utility>
 

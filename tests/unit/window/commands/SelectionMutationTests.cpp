@@ -1,4 +1,4 @@
-#include "window/SelectionMutation.h"
+#include "window/commands/SelectionMutation.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "window/UtilityReport.h"
+#include "window/commands/UtilityReport.h"
 
 #include "base/Unicode.h"
-#include "window/WindowLimits.h"
+#include "window/commands/WindowLimits.h"
 
 namespace quillmor {
 

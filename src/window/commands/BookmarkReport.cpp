@@ -1,4 +1,4 @@
-#include "window/BookmarkReport.h"
+#include "window/commands/BookmarkReport.h"
 
 #include "base/HexText.h"
 

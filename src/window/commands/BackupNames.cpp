@@ -1,4 +1,4 @@
-#include "window/BackupNames.h"
+#include "window/commands/BackupNames.h"
 
 namespace quillmor {
 

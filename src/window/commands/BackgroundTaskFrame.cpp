@@ -1,4 +1,4 @@
-#include "window/BackgroundTaskFrame.h"
+#include "window/commands/BackgroundTaskFrame.h"
 
 namespace quillmor {
 
