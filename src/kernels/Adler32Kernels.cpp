@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kernels/ByteWords.h"
+#include "kernels/Cpu.h"
 
 namespace quillmor {
 namespace {
@@ -68,23 +69,20 @@ Adler32Sums sums(const std::uint8_t* bytes, std::size_t count) {
   return result;
 }
 
-constexpr Adler32Kernel kPortable = {.name = "portable", .sums = sums};
+constexpr KernelVariant<Adler32Kernel> kVariants[] = {{portableAdler32Kernel},
+                                                      {avx2Adler32Kernel, CpuFeature::avx2}};
 
 }  // namespace
 
-const Adler32Kernel& portableAdler32Kernel() {
-  return kPortable;
-}
+constinit const Adler32Kernel portableAdler32Kernel = {.name = "portable", .sums = sums};
 
 const Adler32Kernel& fastestAdler32Kernel() {
-  static const Adler32Kernel& fastest = *availableAdler32Kernels().back();
+  static const Adler32Kernel& fastest = fastestOf(kVariants);
   return fastest;
 }
 
 std::vector<const Adler32Kernel*> availableAdler32Kernels() {
-  std::vector<const Adler32Kernel*> available = {&kPortable};
-  if (const Adler32Kernel* avx2 = avx2Adler32Kernel()) available.push_back(avx2);
-  return available;
+  return availableOf(kVariants);
 }
 
 }  // namespace quillmor

@@ -20,10 +20,10 @@ struct Adler32Kernel {
   /// remainders there are. So much may be added up before a modulo has to be taken.
   static constexpr std::size_t kMaximumBlock = 5552;
 
-  const char* name;
+  const char* name = nullptr;  ///< null where the program was built for another processor
 
   /// The sums over `count` bytes, at most `kMaximumBlock`; any alignment, any thread.
-  Adler32Sums (*sums)(const std::uint8_t* bytes, std::size_t count);
+  Adler32Sums (*sums)(const std::uint8_t* bytes, std::size_t count) = nullptr;
 };
 
 /// The best kernel this processor runs, chosen on first use.
@@ -32,9 +32,8 @@ const Adler32Kernel& fastestAdler32Kernel();
 /// All kernels this processor runs; first the portable one, which every processor runs.
 std::vector<const Adler32Kernel*> availableAdler32Kernels();
 
-const Adler32Kernel& portableAdler32Kernel();
-
-/// The kernel for processors with AVX2; null when this is another one.
-const Adler32Kernel* avx2Adler32Kernel();
+/// The kernels themselves.
+extern const Adler32Kernel portableAdler32Kernel;
+extern const Adler32Kernel avx2Adler32Kernel;
 
 }  // namespace quillmor

@@ -1,6 +1,7 @@
 #include "kernels/ByteKernels.h"
 
 #include "kernels/ByteKernelLoops.h"
+#include "kernels/Cpu.h"
 
 namespace quillmor {
 namespace {
@@ -36,7 +37,12 @@ void bitwiseOr(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* w
   ByteKernelLoops::bitwiseOr(to, from, with, count);
 }
 
-constexpr ByteKernels kPortable = {
+constexpr KernelVariant<ByteKernels> kVariants[] = {{portableByteKernels},
+                                                    {avx2ByteKernels, CpuFeature::avx2}};
+
+}  // namespace
+
+constinit const ByteKernels portableByteKernels = {
     .name = "portable",
     .invert = invert,
     .reverse = reverse,
@@ -47,17 +53,13 @@ constexpr ByteKernels kPortable = {
     .bitwiseOr = bitwiseOr,
 };
 
-}  // namespace
-
 const ByteKernels& fastestByteKernels() {
-  static const ByteKernels& fastest = *availableByteKernels().back();
+  static const ByteKernels& fastest = fastestOf(kVariants);
   return fastest;
 }
 
 std::vector<const ByteKernels*> availableByteKernels() {
-  std::vector<const ByteKernels*> available = {&kPortable};
-  if (const ByteKernels* avx2 = avx2ByteKernels()) available.push_back(avx2);
-  return available;
+  return availableOf(kVariants);
 }
 
 }  // namespace quillmor

@@ -17,14 +17,14 @@ struct ByteKernels {
   using Binary = void (*)(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,
                           std::size_t count);
 
-  const char* name;
-  Unary invert;   ///< every byte's complement
-  Unary reverse;  ///< the last byte first
-  Unary swap16;   ///< each group of two bytes reversed; `count` is a multiple of 2
-  Unary swap32;   ///< each group of four bytes reversed; `count` is a multiple of 4
-  Binary exclusiveOr;
-  Binary bitwiseAnd;
-  Binary bitwiseOr;
+  const char* name = nullptr;  ///< null where the program was built for another processor
+  Unary invert = nullptr;      ///< every byte's complement
+  Unary reverse = nullptr;     ///< the last byte first
+  Unary swap16 = nullptr;      ///< each group of two bytes reversed; `count` is a multiple of 2
+  Unary swap32 = nullptr;      ///< each group of four bytes reversed; `count` is a multiple of 4
+  Binary exclusiveOr = nullptr;
+  Binary bitwiseAnd = nullptr;
+  Binary bitwiseOr = nullptr;
 
   Binary combining(ByteOperation operation) const {
     if (operation == ByteOperation::exclusiveOr) return exclusiveOr;
@@ -38,7 +38,8 @@ const ByteKernels& fastestByteKernels();
 /// All kernels this processor runs; first the portable ones, which every processor runs.
 std::vector<const ByteKernels*> availableByteKernels();
 
-/// The kernels for processors with AVX2; null when this is another one.
-const ByteKernels* avx2ByteKernels();
+/// The kernels themselves.
+extern const ByteKernels portableByteKernels;
+extern const ByteKernels avx2ByteKernels;
 
 }  // namespace quillmor

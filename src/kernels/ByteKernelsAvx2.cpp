@@ -1,45 +1,48 @@
-#include "kernels/ByteKernelLoops.h"
+// Built with AVX2 instructions where the processor knows them. Whatever it includes must not be
+// shared with other files as a function of its own.
 #include "kernels/ByteKernels.h"
 
+#if defined(__AVX2__)
+
+#include "kernels/ByteKernelLoops.h"
+
 namespace quillmor {
-
-#if defined(__x86_64__)
-
 namespace {
 
-[[gnu::target("avx2")]] void invert(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+void invert(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
   ByteKernelLoops::invert(to, from, count);
 }
 
-[[gnu::target("avx2")]] void reverse(std::uint8_t* to, const std::uint8_t* from,
-                                     std::size_t count) {
+void reverse(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
   ByteKernelLoops::reverse(to, from, count);
 }
 
-[[gnu::target("avx2")]] void swap16(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+void swap16(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
   ByteKernelLoops::swap16(to, from, count);
 }
 
-[[gnu::target("avx2")]] void swap32(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+void swap32(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
   ByteKernelLoops::swap32(to, from, count);
 }
 
-[[gnu::target("avx2")]] void exclusiveOr(std::uint8_t* to, const std::uint8_t* from,
-                                         const std::uint8_t* with, std::size_t count) {
+void exclusiveOr(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,
+                 std::size_t count) {
   ByteKernelLoops::exclusiveOr(to, from, with, count);
 }
 
-[[gnu::target("avx2")]] void bitwiseAnd(std::uint8_t* to, const std::uint8_t* from,
-                                        const std::uint8_t* with, std::size_t count) {
+void bitwiseAnd(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,
+                std::size_t count) {
   ByteKernelLoops::bitwiseAnd(to, from, with, count);
 }
 
-[[gnu::target("avx2")]] void bitwiseOr(std::uint8_t* to, const std::uint8_t* from,
-                                       const std::uint8_t* with, std::size_t count) {
+void bitwiseOr(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,
+               std::size_t count) {
   ByteKernelLoops::bitwiseOr(to, from, with, count);
 }
 
-constexpr ByteKernels kAvx2 = {
+}  // namespace
+
+constinit const ByteKernels avx2ByteKernels = {
     .name = "AVX2",
     .invert = invert,
     .reverse = reverse,
@@ -50,18 +53,12 @@ constexpr ByteKernels kAvx2 = {
     .bitwiseOr = bitwiseOr,
 };
 
-}  // namespace
-
-const ByteKernels* avx2ByteKernels() {
-  return __builtin_cpu_supports("avx2") ? &kAvx2 : nullptr;
-}
+}  // namespace quillmor
 
 #else
 
-const ByteKernels* avx2ByteKernels() {
-  return nullptr;
-}
+namespace quillmor {
+constinit const ByteKernels avx2ByteKernels = {};
+}  // namespace quillmor
 
 #endif
-
-}  // namespace quillmor

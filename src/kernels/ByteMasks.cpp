@@ -1,23 +1,25 @@
 #include "kernels/ByteMasks.h"
 
-namespace quillmor {
+#include "kernels/Cpu.h"
 
-std::vector<const ByteMaskKernels*> availableByteMaskKernels() {
-  std::vector<const ByteMaskKernels*> available = {&portableByteMaskKernels};
-#if defined(__x86_64__) || defined(__i386__)
-  if (sse2ByteMaskKernels.name != nullptr && __builtin_cpu_supports("sse2")) {
-    available.push_back(&sse2ByteMaskKernels);
-  }
-  if (avx2ByteMaskKernels.name != nullptr && __builtin_cpu_supports("avx2")) {
-    available.push_back(&avx2ByteMaskKernels);
-  }
-#endif
-  return available;
-}
+namespace quillmor {
+namespace {
+
+constexpr KernelVariant<ByteMaskKernels> kVariants[] = {
+    {portableByteMaskKernels},
+    {sse2ByteMaskKernels, CpuFeature::sse2},
+    {avx2ByteMaskKernels, CpuFeature::avx2},
+};
+
+}  // namespace
 
 const ByteMaskKernels& fastestByteMaskKernels() {
-  static const ByteMaskKernels& fastest = *availableByteMaskKernels().back();
+  static const ByteMaskKernels& fastest = fastestOf(kVariants);
   return fastest;
+}
+
+std::vector<const ByteMaskKernels*> availableByteMaskKernels() {
+  return availableOf(kVariants);
 }
 
 }  // namespace quillmor

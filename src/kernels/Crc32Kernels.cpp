@@ -1,6 +1,7 @@
 #include "kernels/Crc32Kernels.h"
 
 #include "kernels/ByteWords.h"
+#include "kernels/Cpu.h"
 
 namespace quillmor {
 namespace {
@@ -68,23 +69,20 @@ std::uint32_t update(std::uint32_t shiftRegister, const std::uint8_t* bytes, std
   return updateBytewise(shiftRegister, bytes + kSlices, count - kSlices);
 }
 
-constexpr Crc32Kernel kPortable = {.name = "portable", .update = update};
+constexpr KernelVariant<Crc32Kernel> kVariants[] = {
+    {portableCrc32Kernel}, {carrylessCrc32Kernel, CpuFeature::carrylessMultiplication}};
 
 }  // namespace
 
-const Crc32Kernel& portableCrc32Kernel() {
-  return kPortable;
-}
+constinit const Crc32Kernel portableCrc32Kernel = {.name = "portable", .update = update};
 
 const Crc32Kernel& fastestCrc32Kernel() {
-  static const Crc32Kernel& fastest = *availableCrc32Kernels().back();
+  static const Crc32Kernel& fastest = fastestOf(kVariants);
   return fastest;
 }
 
 std::vector<const Crc32Kernel*> availableCrc32Kernels() {
-  std::vector<const Crc32Kernel*> available = {&kPortable};
-  if (const Crc32Kernel* carryless = carrylessCrc32Kernel()) available.push_back(carryless);
-  return available;
+  return availableOf(kVariants);
 }
 
 }  // namespace quillmor

@@ -9,12 +9,12 @@ namespace quillmor {
 
 /// CRC-32 of IEEE 802.3 (RFC 1952, section 8), once per kind of processor.
 struct Crc32Kernel {
-  const char* name;
+  const char* name = nullptr;  ///< null where the program was built for another processor
 
   /// The shift register after `count` more bytes: it starts as `kInitialRegister`, and its
   /// complement is the CRC-32 of the bytes so far. Any alignment; 0 bytes are fine. Any thread.
   std::uint32_t (*update)(std::uint32_t shiftRegister, const std::uint8_t* bytes,
-                          std::size_t count);
+                          std::size_t count) = nullptr;
 
   static constexpr std::uint32_t kInitialRegister = 0xFFFFFFFF;
 };
@@ -41,9 +41,8 @@ const Crc32Kernel& fastestCrc32Kernel();
 /// All kernels this processor runs; first the portable one, which every processor runs.
 std::vector<const Crc32Kernel*> availableCrc32Kernels();
 
-const Crc32Kernel& portableCrc32Kernel();
-
-/// The kernel for processors that multiply without carries; null when this is another one.
-const Crc32Kernel* carrylessCrc32Kernel();
+/// The kernels themselves.
+extern const Crc32Kernel portableCrc32Kernel;
+extern const Crc32Kernel carrylessCrc32Kernel;
 
 }  // namespace quillmor

@@ -6,13 +6,10 @@
 #include "kernels/Crc32Kernels.h"
 
 #if defined(__x86_64__)
+
 #include <immintrin.h>
-#endif
 
 namespace quillmor {
-
-#if defined(__x86_64__)
-
 namespace {
 
 constexpr std::size_t kLane = 16;
@@ -52,7 +49,7 @@ static_assert(power(128 + 32) == 0x1751997D0 && power(128 - 32) == 0x0CCAA009E);
                                                       const std::uint8_t* bytes,
                                                       std::size_t count) {
   constexpr std::size_t kBlock = kLanes * kLane;
-  if (count < kBlock) return portableCrc32Kernel().update(shiftRegister, bytes, count);
+  if (count < kBlock) return portableCrc32Kernel.update(shiftRegister, bytes, count);
   __m128i first =
       _mm_xor_si128(laneAt(bytes, 0), _mm_cvtsi32_si128(static_cast<int>(shiftRegister)));
   __m128i second = laneAt(bytes, 1);
@@ -69,25 +66,20 @@ static_assert(power(128 + 32) == 0x1751997D0 && power(128 - 32) == 0x0CCAA009E);
 
   alignas(kLane) std::uint8_t remaining[kLane];
   _mm_store_si128(reinterpret_cast<__m128i*>(remaining), rest);
-  const auto& portable = portableCrc32Kernel();
-  return portable.update(portable.update(0, remaining, kLane), bytes, count);
+  const auto updatePortably = portableCrc32Kernel.update;
+  return updatePortably(updatePortably(0, remaining, kLane), bytes, count);
 }
-
-constexpr Crc32Kernel kCarryless = {.name = "PCLMULQDQ", .update = update};
 
 }  // namespace
 
-const Crc32Kernel* carrylessCrc32Kernel() {
-  const bool isThere = __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");
-  return isThere ? &kCarryless : nullptr;
-}
+constinit const Crc32Kernel carrylessCrc32Kernel = {.name = "PCLMULQDQ", .update = update};
+
+}  // namespace quillmor
 
 #else
 
-const Crc32Kernel* carrylessCrc32Kernel() {
-  return nullptr;
-}
+namespace quillmor {
+constinit const Crc32Kernel carrylessCrc32Kernel = {};
+}  // namespace quillmor
 
 #endif
-
-}  // namespace quillmor

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/HexText.h"
+#include "kernels/Cpu.h"
 
 namespace quillmor {
 namespace {
@@ -75,19 +76,21 @@ char* intelHex(char* out, const std::uint8_t* bytes, std::size_t lineCount, std:
   return out;
 }
 
-constexpr LineKernels kPortable = {.name = "portable", .hexDump = hexDump, .intelHex = intelHex};
+constexpr KernelVariant<LineKernels> kVariants[] = {{portableLineKernels},
+                                                    {avx2LineKernels, CpuFeature::avx2}};
 
 }  // namespace
 
+constinit const LineKernels portableLineKernels = {
+    .name = "portable", .hexDump = hexDump, .intelHex = intelHex};
+
 const LineKernels& fastestLineKernels() {
-  static const LineKernels& fastest = *availableLineKernels().back();
+  static const LineKernels& fastest = fastestOf(kVariants);
   return fastest;
 }
 
 std::vector<const LineKernels*> availableLineKernels() {
-  std::vector<const LineKernels*> available = {&kPortable};
-  if (const LineKernels* avx2 = avx2LineKernels()) available.push_back(avx2);
-  return available;
+  return availableOf(kVariants);
 }
 
 }  // namespace quillmor

@@ -19,9 +19,11 @@ struct LineKernels {
   using Lines = char* (*)(char* out, const std::uint8_t* bytes, std::size_t lineCount,
                           std::uint32_t offset);
 
-  const char* name;
-  Lines hexDump;   ///< lines of `HexDumpExporter`; the offset of the last line fits 32 bits
-  Lines intelHex;  ///< data records of `IntelHexExporter`; the upper half of `offset` is left out
+  const char* name = nullptr;  ///< null where the program was built for another processor
+  Lines hexDump =
+      nullptr;  ///< lines of `HexDumpExporter`; the offset of the last line fits 32 bits
+  Lines intelHex =
+      nullptr;  ///< data records of `IntelHexExporter`; the upper half of `offset` is left out
 };
 
 /// The best kernels this processor runs, chosen on first use.
@@ -30,7 +32,8 @@ const LineKernels& fastestLineKernels();
 /// All kernels this processor runs; first the portable ones, which every processor runs.
 std::vector<const LineKernels*> availableLineKernels();
 
-/// The kernels for processors with AVX2; null when this is another one.
-const LineKernels* avx2LineKernels();
+/// The kernels themselves.
+extern const LineKernels portableLineKernels;
+extern const LineKernels avx2LineKernels;
 
 }  // namespace quillmor

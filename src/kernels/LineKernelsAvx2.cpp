@@ -1,6 +1,8 @@
+// Built with AVX2 instructions where the processor knows them. Whatever it includes must not be
+// shared with other files as a function of its own.
 #include "kernels/LineKernels.h"
 
-#if defined(__x86_64__)
+#if defined(__AVX2__)
 
 #include <immintrin.h>
 
@@ -14,21 +16,21 @@ constexpr std::size_t kBytesPerLine = LineKernels::kBytesPerLine;
 /// The place of a zero in a shuffle.
 constexpr char kGap = -1;
 
-[[gnu::target("avx2")]] inline TwoLines inBoth(__m128i half) {
+inline TwoLines inBoth(__m128i half) {
   return _mm256_broadcastsi128_si256(half);
 }
 
-[[gnu::target("avx2")]] inline TwoLines load(const std::uint8_t* bytes) {
+inline TwoLines load(const std::uint8_t* bytes) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
 }
 
 /// A single line, in both halves.
-[[gnu::target("avx2")]] inline TwoLines loadLast(const std::uint8_t* bytes) {
+inline TwoLines loadLast(const std::uint8_t* bytes) {
   return inBoth(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
 }
 
 template <int kLine>
-[[gnu::target("avx2")]] inline void store(char* to, TwoLines text) {
+inline void store(char* to, TwoLines text) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_extracti128_si256(text, kLine));
 }
 
@@ -43,13 +45,13 @@ inline void prefetch(const char* out, const std::uint8_t* bytes) {
 }
 
 /// The offsets of two lines that follow each other.
-[[gnu::target("avx2")]] inline TwoLines offsetsFrom(std::uint32_t offset) {
+inline TwoLines offsetsFrom(std::uint32_t offset) {
   const auto first = static_cast<int>(offset);
   const auto second = static_cast<int>(offset + kBytesPerLine);
   return _mm256_setr_epi32(first, 0, 0, 0, second, 0, 0, 0);
 }
 
-[[gnu::target("avx2")]] inline TwoLines offsetsAfter(TwoLines offsets) {
+inline TwoLines offsetsAfter(TwoLines offsets) {
   return _mm256_add_epi32(offsets, _mm256_set1_epi32(2 * kBytesPerLine));
 }
 
@@ -59,7 +61,7 @@ struct Digits {
   TwoLines last;
 };
 
-[[gnu::target("avx2")]] inline Digits digitsOf(TwoLines bytes) {
+inline Digits digitsOf(TwoLines bytes) {
   const TwoLines nibbles = _mm256_set1_epi8(0x0F);
   const TwoLines digits = inBoth(_mm_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9',
                                                'A', 'B', 'C', 'D', 'E', 'F'));
@@ -70,14 +72,14 @@ struct Digits {
 }
 
 /// Characters moved to `places`, with spaces in its gaps.
-[[gnu::target("avx2")]] inline TwoLines spread(TwoLines text, __m128i places) {
+inline TwoLines spread(TwoLines text, __m128i places) {
   const __m128i gaps = _mm_cmpgt_epi8(_mm_setzero_si128(), places);
   return _mm256_or_si256(_mm256_shuffle_epi8(text, inBoth(places)),
                          inBoth(_mm_and_si128(gaps, _mm_set1_epi8(' '))));
 }
 
 /// The bytes with "." for all but 0x20...0x7E. Seen as signed, bytes above 0x7F are below 0x20.
-[[gnu::target("avx2")]] inline TwoLines printable(TwoLines bytes) {
+inline TwoLines printable(TwoLines bytes) {
   const TwoLines keep = _mm256_andnot_si256(_mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(0x7F)),
                                             _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)));
   return _mm256_blendv_epi8(_mm256_set1_epi8('.'), bytes, keep);
@@ -90,7 +92,7 @@ struct DumpLines {
   TwoLines text[2];
 };
 
-[[gnu::target("avx2")]] inline DumpLines dumpLines(TwoLines bytes, TwoLines offsets) {
+inline DumpLines dumpLines(TwoLines bytes, TwoLines offsets) {
   const TwoLines bigEndian =
       _mm256_shuffle_epi8(offsets, inBoth(_mm_setr_epi8(3, 2, 1, 0, kGap, kGap, kGap, kGap, kGap,
                                                         kGap, kGap, kGap, kGap, kGap, kGap, kGap)));
@@ -98,8 +100,7 @@ struct DumpLines {
   const TwoLines middle = _mm256_alignr_epi8(digits.last, digits.first, 8);
   const TwoLines characters = printable(bytes);
   const TwoLines before = inBoth(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ' ', '|'));
-  const TwoLines behind =
-      inBoth(_mm_setr_epi8('|', '\n', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+  const TwoLines after = inBoth(_mm_setr_epi8('|', '\n', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
   return {.offset = _mm256_unpacklo_epi64(digitsOf(bigEndian).first, _mm256_set1_epi8(' ')),
           .spaced = {spread(digits.first, _mm_setr_epi8(0, 1, kGap, 2, 3, kGap, 4, 5, kGap, 6, 7,
                                                         kGap, 8, 9, kGap, 10)),
@@ -108,11 +109,11 @@ struct DumpLines {
                      spread(digits.last, _mm_setr_epi8(kGap, 6, 7, kGap, 8, 9, kGap, 10, 11, kGap,
                                                        12, 13, kGap, 14, 15, kGap))},
           .text = {_mm256_alignr_epi8(characters, before, 14),
-                   _mm256_alignr_epi8(behind, characters, 2)}};
+                   _mm256_alignr_epi8(after, characters, 2)}};
 }
 
 template <int kLine>
-[[gnu::target("avx2")]] inline char* storeDumpLine(char* out, const DumpLines& lines) {
+inline char* storeDumpLine(char* out, const DumpLines& lines) {
   store<kLine>(out, lines.offset);
   store<kLine>(out + 10, lines.spaced[0]);
   store<kLine>(out + 26, lines.spaced[1]);
@@ -122,8 +123,7 @@ template <int kLine>
   return out + LineKernels::kHexDumpLineLength;
 }
 
-[[gnu::target("avx2")]] char* hexDump(char* out, const std::uint8_t* bytes, std::size_t lineCount,
-                                      std::uint32_t offset) {
+char* hexDump(char* out, const std::uint8_t* bytes, std::size_t lineCount, std::uint32_t offset) {
   TwoLines offsets = offsetsFrom(offset);
   for (; lineCount >= 2; lineCount -= 2, bytes += 2 * kBytesPerLine) {
     prefetch(out, bytes);
@@ -144,7 +144,7 @@ struct Records {
 
 /// The bytes of a record around its data (length, address, type and checksum) become digits
 /// together.
-[[gnu::target("avx2")]] inline Records records(TwoLines bytes, TwoLines offsets) {
+inline Records records(TwoLines bytes, TwoLines offsets) {
   const TwoLines zero = _mm256_setzero_si256();
   const TwoLines address = _mm256_shuffle_epi8(
       offsets, inBoth(_mm_setr_epi8(kGap, 1, 0, kGap, kGap, kGap, kGap, kGap, kGap, kGap, kGap,
@@ -170,7 +170,7 @@ struct Records {
 }
 
 template <int kLine>
-[[gnu::target("avx2")]] inline char* storeRecord(char* out, const Records& records) {
+inline char* storeRecord(char* out, const Records& records) {
   store<kLine>(out, records.head);
   store<kLine>(out + 9, records.digits);
   store<kLine>(out + 25, records.moreDigits);
@@ -178,8 +178,7 @@ template <int kLine>
   return out + LineKernels::kIntelHexLineLength;
 }
 
-[[gnu::target("avx2")]] char* intelHex(char* out, const std::uint8_t* bytes, std::size_t lineCount,
-                                       std::uint32_t offset) {
+char* intelHex(char* out, const std::uint8_t* bytes, std::size_t lineCount, std::uint32_t offset) {
   TwoLines offsets = offsetsFrom(offset);
   for (; lineCount >= 2; lineCount -= 2, bytes += 2 * kBytesPerLine) {
     prefetch(out, bytes);
@@ -190,24 +189,17 @@ template <int kLine>
   return lineCount == 0 ? out : storeRecord<0>(out, records(loadLast(bytes), offsets));
 }
 
-constexpr LineKernels kAvx2 = {.name = "AVX2", .hexDump = hexDump, .intelHex = intelHex};
-
 }  // namespace
 
-const LineKernels* avx2LineKernels() {
-  return __builtin_cpu_supports("avx2") ? &kAvx2 : nullptr;
-}
+constinit const LineKernels avx2LineKernels = {
+    .name = "AVX2", .hexDump = hexDump, .intelHex = intelHex};
 
 }  // namespace quillmor
 
 #else
 
 namespace quillmor {
-
-const LineKernels* avx2LineKernels() {
-  return nullptr;
-}
-
+constinit const LineKernels avx2LineKernels = {};
 }  // namespace quillmor
 
 #endif

@@ -8,8 +8,8 @@
 
 #include "base/Check.h"
 #include "base/SaturatingMath.h"
+#include "kernels/SpacedHexKernel.h"
 #include "tools/text/Base64.h"
-#include "tools/text/SpacedHex.h"
 #include "tools/text/TextPieces.h"
 
 namespace quillmor {
@@ -108,7 +108,7 @@ void appendUnits(std::string& text, std::span<const std::uint8_t> bytes, const U
 void appendSpacedPairs(std::string& text, std::span<const std::uint8_t> bytes,
                        const HexBytesFormat& format, TaskProgress* progress) {
   const auto write = [&format](char* out, std::span<const std::uint8_t> piece) {
-    return writeSpacedHex(out, piece, digitsOf(format), format.separator.front());
+    return fastestSpacedHexKernel().write(out, piece, digitsOf(format), format.separator.front());
   };
   appendUnits(text, bytes, 1, progress, write);
 }

@@ -8,9 +8,9 @@
 #include "base/ByteBuffer.h"
 #include "base/HexText.h"
 #include "base/Unicode.h"
+#include "kernels/SpacedHexKernel.h"
 #include "search/typed/HexParser.h"
 #include "tools/patches/LimitedFile.h"
-#include "tools/text/SpacedHex.h"
 #include "tools/text/StoppableText.h"
 #include "tools/text/TextPieces.h"
 
@@ -155,7 +155,8 @@ void produceHexPatch(std::span<const std::uint8_t> bytes, std::int64_t offset, c
   if (bytes.empty()) text.append("\n");
   std::size_t left = bytes.size();
   convertInPieces(bytes, kPieceSize, &progress, [&](std::span<const std::uint8_t> piece) {
-    char* const end = writeSpacedHex(text.room(3 * piece.size()), piece, kDigits, ' ');
+    char* const end =
+        fastestSpacedHexKernel().write(text.room(3 * piece.size()), piece, kDigits, ' ');
     left -= piece.size();
     if (left == 0) end[-1] = '\n';
     text.advance(end);

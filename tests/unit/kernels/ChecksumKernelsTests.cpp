@@ -133,12 +133,12 @@ TEST(Adler32Kernels, takeTheLargestBlockThatFits32Bits) {
 }
 
 TEST(ChecksumKernels, offerThePortableOnesEverywhereAndTheBestOnesLast) {
-  EXPECT_EQ(availableCrc32Kernels().front(), &portableCrc32Kernel());
+  EXPECT_EQ(availableCrc32Kernels().front(), &portableCrc32Kernel);
   EXPECT_EQ(availableCrc32Kernels().back(), &fastestCrc32Kernel());
-  EXPECT_EQ(availableAdler32Kernels().front(), &portableAdler32Kernel());
+  EXPECT_EQ(availableAdler32Kernels().front(), &portableAdler32Kernel);
   EXPECT_EQ(availableAdler32Kernels().back(), &fastestAdler32Kernel());
-  EXPECT_STREQ(portableCrc32Kernel().name, "portable");
-  EXPECT_STREQ(portableAdler32Kernel().name, "portable");
+  EXPECT_STREQ(portableCrc32Kernel.name, "portable");
+  EXPECT_STREQ(portableAdler32Kernel.name, "portable");
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 #include "base/SaturatingMath.h"
 #include "search/typed/HexParser.h"
 #include "search/typed/TypedInput.h"
-#include "tools/text/SpacedHex.h"
 #include "tools/text/TextPieces.h"
 
 namespace quillmor {
@@ -205,25 +204,6 @@ TEST(FormattedHexBytes, takesTheMemoryItNeedsAtOnce) {
     const std::string text = formattedHexBytes(bytes, {.separator = separator, .closing = "}"});
     EXPECT_EQ(text.size(), 5000 * (2 + separator.size()) - separator.size() + 1);
     EXPECT_EQ(text.capacity(), text.size());
-  }
-}
-
-TEST(SpacedHex, isTheSameInBothWaysOfWriting) {
-  std::mt19937_64 random(16);
-  for (std::size_t size = 0; size < 100; ++size) {
-    const Bytes bytes = size == 99 ? allBytes() : randomBytes(random, size);
-    for (const std::string_view digits : {"0123456789ABCDEF", "0123456789abcdef"}) {
-      for (const char separator : {' ', ':', '\n', '\xFF', '\0'}) {
-        // One character more shows whether one is written behind the end.
-        std::string fast(3 * bytes.size() + 1, '?');
-        std::string portable = fast;
-        char* const end = writeSpacedHex(fast.data(), bytes, digits, separator);
-        EXPECT_EQ(end, fast.data() + 3 * bytes.size());
-        EXPECT_EQ(writeSpacedHexPortable(portable.data(), bytes, digits, separator),
-                  portable.data() + 3 * bytes.size());
-        ASSERT_EQ(fast, portable) << size;
-      }
-    }
   }
 }
 

@@ -1,16 +1,13 @@
-#include "tools/text/SpacedHex.h"
+#include "kernels/SpacedHexKernel.h"
+
+#if defined(__x86_64__)
+
+#include <immintrin.h>
 
 #include <cstddef>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace quillmor {
-
 namespace {
-
-#if defined(__x86_64__)
 
 constexpr std::size_t kBlock = 16;
 
@@ -39,52 +36,28 @@ constexpr std::size_t kBlock = 16;
   }
 }
 
-/// Converts as many whole blocks as there are; returns the number of bytes in them.
-[[gnu::target("ssse3")]] std::size_t writeBlocks(char* out, std::span<const std::uint8_t> bytes,
-                                                 std::string_view digits, char separator) {
+/// Whole blocks here, the rest in the portable kernel.
+[[gnu::target("ssse3")]] char* write(char* out, std::span<const std::uint8_t> bytes,
+                                     std::string_view digits, char separator) {
   const __m128i digitTable = _mm_loadu_si128(reinterpret_cast<const __m128i*>(digits.data()));
   const __m128i separators = _mm_set1_epi8(separator);
   std::size_t done = 0;
   for (; bytes.size() - done >= kBlock; done += kBlock) {
     writeBlock(out + 3 * done, bytes.data() + done, digitTable, separators);
   }
-  return done;
+  return portableSpacedHexKernel.write(out + 3 * done, bytes.subspan(done), digits, separator);
 }
-
-bool hasShuffles() {
-  static const bool kHasShuffles = __builtin_cpu_supports("ssse3") != 0;
-  return kHasShuffles;
-}
-
-#else
-
-std::size_t writeBlocks(char*, std::span<const std::uint8_t>, std::string_view, char) {
-  return 0;
-}
-
-bool hasShuffles() {
-  return false;
-}
-
-#endif
 
 }  // namespace
 
-char* writeSpacedHex(char* out, std::span<const std::uint8_t> bytes, std::string_view digits,
-                     char separator) {
-  const std::size_t done = hasShuffles() ? writeBlocks(out, bytes, digits, separator) : 0;
-  return writeSpacedHexPortable(out + 3 * done, bytes.subspan(done), digits, separator);
-}
-
-char* writeSpacedHexPortable(char* out, std::span<const std::uint8_t> bytes,
-                             std::string_view digits, char separator) {
-  for (const std::uint8_t byte : bytes) {
-    out[0] = digits[byte >> 4];
-    out[1] = digits[byte & 15];
-    out[2] = separator;
-    out += 3;
-  }
-  return out;
-}
+constinit const SpacedHexKernel ssse3SpacedHexKernel = {.name = "SSSE3", .write = write};
 
 }  // namespace quillmor
+
+#else
+
+namespace quillmor {
+constinit const SpacedHexKernel ssse3SpacedHexKernel = {};
+}  // namespace quillmor
+
+#endif
