@@ -12,21 +12,26 @@ std::string systemText(int errorNumber) {
   return std::generic_category().message(errorNumber);
 }
 
+/// Made while there is memory.
+[[maybe_unused]] const Error& madeAtStart = Error::outOfMemory();
+
 }  // namespace
 
 Error::Error(ErrorDomain domain, int code, std::string message)
-    : domain_(domain), code_(code), message_(std::move(message)) {}
+    : Error(domain, code, Text{std::move(message), {}}) {}
+
+Error::Error(ErrorDomain domain, int code, Text text)
+    : domain_(domain), code_(code), text_(std::make_shared<const Text>(std::move(text))) {}
 
 Error Error::quillmor(int code, std::string message) {
   return {ErrorDomain::quillmor, code, std::move(message)};
 }
 
 Error Error::posix(int errorNumber, std::string message) {
-  Error error(ErrorDomain::posix, errorNumber == 0 ? EIO : errorNumber, std::move(message));
-  if (errorNumber == 0) return error;
+  if (errorNumber == 0) return {ErrorDomain::posix, EIO, std::move(message)};
   std::string reason = systemText(errorNumber);
-  if (error.message_.find(reason) == std::string::npos) error.reason_ = std::move(reason);
-  return error;
+  if (message.find(reason) != std::string::npos) reason.clear();
+  return {ErrorDomain::posix, errorNumber, Text{std::move(message), std::move(reason)}};
 }
 
 Error Error::posix(int errorNumber) {
@@ -34,18 +39,21 @@ Error Error::posix(int errorNumber) {
   return {ErrorDomain::posix, code, systemText(code)};
 }
 
+const Error& Error::outOfMemory() noexcept {
+  static const Error error = posix(ENOMEM);
+  return error;
+}
+
 Error Error::stopped() {
   return {ErrorDomain::stopped, 0, "The operation was stopped."};
 }
 
 std::string Error::messageWithReason() const {
-  return reason_.empty() ? message_ : message_ + " (" + reason_ + ")";
+  return reason().empty() ? message() : message() + " (" + reason() + ")";
 }
 
 Error Error::withMessage(std::string message) const {
-  Error error = *this;
-  error.message_ = std::move(message);
-  return error;
+  return {domain_, code_, Text{std::move(message), reason()}};
 }
 
 bool Error::isStopped() const {

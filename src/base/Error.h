@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 
 namespace quillmor {
@@ -12,11 +13,16 @@ enum class ErrorDomain { quillmor, posix, stopped };
 
 /// The one exception type of the application. Thrown by operations that fail with a message for the
 /// user; caught at three borders only: the background frame, the entry of a command, and main.
+/// Copying an error takes no memory and cannot fail.
 class Error : public std::exception {
  public:
   /// `message` is shown to the user. It is UTF-8 but for the file names in it, which are the bytes
   /// the file system has.
   Error(ErrorDomain domain, int code, std::string message);
+
+  // There is no move: an error that was passed on can still be read.
+  Error(const Error&) noexcept = default;
+  Error& operator=(const Error&) noexcept = default;
 
   /// An error of this application's own domain.
   static Error quillmor(int code, std::string message);
@@ -29,16 +35,19 @@ class Error : public std::exception {
   /// An error of a system call, described by the system's own text for `errorNumber`.
   static Error posix(int errorNumber);
 
+  /// `posix(ENOMEM)`, made when the program starts: reporting it takes no memory.
+  static const Error& outOfMemory() noexcept;
+
   /// Thrown by work that noticed a stop request; never shown to the user. Its code is 0.
   static Error stopped();
 
   ErrorDomain domain() const { return domain_; }
   int code() const { return code_; }
-  const std::string& message() const { return message_; }
+  const std::string& message() const { return text_->message; }
 
   /// The system's own words for what went wrong ("No space left on device"). Empty when there are
   /// none, and when `message` holds them already.
-  const std::string& reason() const { return reason_; }
+  const std::string& reason() const { return text_->reason; }
 
   /// The message with the reason, if any: "Could not write the output data. (No space left on
   /// device)".
@@ -49,13 +58,19 @@ class Error : public std::exception {
 
   bool isStopped() const;
 
-  const char* what() const noexcept override { return message_.c_str(); }
+  const char* what() const noexcept override { return message().c_str(); }
 
  private:
+  struct Text {
+    std::string message;
+    std::string reason;
+  };
+
+  Error(ErrorDomain domain, int code, Text text);
+
   ErrorDomain domain_;
   int code_;
-  std::string message_;
-  std::string reason_;
+  std::shared_ptr<const Text> text_;
 };
 
 }  // namespace quillmor

@@ -111,9 +111,9 @@ void DocumentSaver::prepare(const std::shared_ptr<Job>& job) {
     preparation.isChanged = known && known->hasChanged(preparation.destination, progress.get());
     return preparation;
   };
-  runInBackground(executor_, prepare, std::function([this, job](Result<Preparation> preparation) {
-                    endIfItFails(*job, [&] { prepared(job, std::move(preparation)); });
-                  }));
+  runInBackground(executor_, prepare, [this, job](Result<Preparation> preparation) {
+    endIfItFails(*job, [&] { prepared(job, std::move(preparation)); });
+  });
 }
 
 template <class Step>
@@ -166,10 +166,9 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job) {
     return WriteOutcome{std::move(written.error()),
                         wasTouched ? tornFile(destination) : std::nullopt};
   };
-  runInBackground(executor_, std::move(work),
-                  std::function([this, job](Result<WriteOutcome> outcome) {
-                    endIfItFails(*job, [&] { written(job, std::move(outcome)); });
-                  }));
+  runInBackground(executor_, std::move(work), [this, job](Result<WriteOutcome> outcome) {
+    endIfItFails(*job, [&] { written(job, std::move(outcome)); });
+  });
 }
 
 void DocumentSaver::written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cerrno>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -17,8 +16,17 @@ namespace quillmor {
 /// The code of a failure that no part of the application foresaw.
 inline constexpr int kUnexpectedErrorCode = 500;
 
+/// The error of an exception that is no `Error`. Lets none out, whatever memory there is.
+inline Error unexpectedError(const std::exception& exception) noexcept {
+  try {
+    return Error::quillmor(kUnexpectedErrorCode, exception.what());
+  } catch (const std::bad_alloc&) {
+    return Error::outOfMemory();
+  }
+}
+
 /// Runs `work` and turns what it throws into the error of a `Result`. Running out of memory is an
-/// ordinary failure of the one operation that asked for it.
+/// ordinary failure of the one operation that asked for it, and takes no memory to report.
 template <class Work, class T = std::invoke_result_t<Work&>>
 Result<T> resultOf(Work&& work) {
   try {
@@ -26,9 +34,9 @@ Result<T> resultOf(Work&& work) {
   } catch (const Error& error) {
     return error;
   } catch (const std::bad_alloc&) {
-    return Error::posix(ENOMEM);
+    return Error::outOfMemory();
   } catch (const std::exception& exception) {
-    return Error::quillmor(kUnexpectedErrorCode, exception.what());
+    return unexpectedError(exception);
   }
 }
 
@@ -58,11 +66,11 @@ void showingInAnyCase(Step step, Show show) {
 
 /// Runs `work` off the main thread, then `completion` on the main thread with its result. What
 /// `work` holds is released before the completion runs, so a snapshot of the bytes is no longer
-/// shared then. When this returns, all memory that handing over the result takes has been taken;
-/// when it throws, neither is ever run.
+/// shared then. Takes all the memory for handing over the result before it returns. When it throws,
+/// neither function is ever run.
 template <class Work, class T = std::invoke_result_t<Work&>>
 void runInBackground(BackgroundExecutor& executor, Work work,
-                     std::function<void(Result<T>)> completion) {
+                     std::type_identity_t<std::function<void(Result<T>)>> completion) {
   struct Job {
     std::optional<Work> work;
     std::function<void(Result<T>)> completion;

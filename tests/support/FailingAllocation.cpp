@@ -8,19 +8,21 @@
 
 namespace {
 
-/// How many allocations from now one fails; 0 for none.
+/// How many allocations there are up to the last one that fails; 0 when none does.
 std::atomic<int> allocationsLeft{0};
+/// How many of these fail, the last ones.
+std::atomic<int> failures{0};
 thread_local int uncountedScopes = 0;
 
-bool isTheOneToFail() {
+bool isOneToFail() {
   if (allocationsLeft.load(std::memory_order_relaxed) == 0 || uncountedScopes > 0) return false;
-  return allocationsLeft.fetch_sub(1) == 1;
+  return allocationsLeft.fetch_sub(1) <= failures;
 }
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-  if (isTheOneToFail()) throw std::bad_alloc();
+  if (isOneToFail()) throw std::bad_alloc();
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
   throw std::bad_alloc();
 }
@@ -35,8 +37,9 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace quillmor {
 
-FailingAllocation::FailingAllocation(int number) {
-  allocationsLeft = number;
+FailingAllocation::FailingAllocation(int number, int count) : count_(count) {
+  failures = count;
+  allocationsLeft = number + count - 1;
 }
 
 FailingAllocation::~FailingAllocation() {
@@ -44,7 +47,7 @@ FailingAllocation::~FailingAllocation() {
 }
 
 bool FailingAllocation::hasFailed() const {
-  return allocationsLeft == 0;
+  return allocationsLeft < count_;
 }
 
 UncountedAllocations::UncountedAllocations() {

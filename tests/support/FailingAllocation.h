@@ -16,18 +16,21 @@ class UncountedAllocations {
 
 #if QUILLMOR_NEW_CAN_FAIL
 
-/// While one of these lives, one `operator new` of the process throws: the next one, or the
-/// `number`th from now. Those after it do not, because telling of the failure takes memory as well.
-/// To be used while one thread runs at a time.
+/// While one of these lives, `count` calls of `operator new` in a row throw: the first is the next
+/// one, or the `number`th from now. Those after them do not, because showing the failure takes
+/// memory as well. To be used while one thread runs at a time.
 class FailingAllocation {
  public:
-  explicit FailingAllocation(int number = 1);
+  explicit FailingAllocation(int number = 1, int count = 1);
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
 
   /// Whether there have been so many allocations that one has failed.
   bool hasFailed() const;
+
+ private:
+  const int count_;
 };
 
 #endif

@@ -5,6 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <type_traits>
+#include <utility>
+
+#include "support/FailingAllocation.h"
 
 namespace quillmor::test {
 namespace {
@@ -39,6 +43,33 @@ TEST(Error, keepsItsReasonUnderAnotherMessage) {
   EXPECT_EQ(error.domain(), ErrorDomain::posix);
   EXPECT_EQ(error.code(), EACCES);
   EXPECT_EQ(error.messageWithReason(), "data.bin is locked. (Permission denied)");
+}
+
+TEST(Error, canBeReadAfterItWasPassedOn) {
+  Error error = Error::posix(EACCES, "Could not open it.");
+  const Error passedOn = std::move(error);
+  EXPECT_EQ(passedOn.messageWithReason(), "Could not open it. (Permission denied)");
+  EXPECT_EQ(error.messageWithReason(), passedOn.messageWithReason());  // NOLINT: still there
+}
+
+#if QUILLMOR_NEW_CAN_FAIL
+
+TEST(Error, isCopiedWithoutMemory) {
+  const Error error = Error::quillmor(1, "a message that is too long to lie in the string itself");
+  static_assert(std::is_nothrow_copy_constructible_v<Error>);
+  const FailingAllocation failing(1, 100);
+  const Error copy = error;
+  const Error& outOfMemory = Error::outOfMemory();
+  EXPECT_FALSE(failing.hasFailed());
+  EXPECT_EQ(copy.message().data(), error.message().data());
+  EXPECT_EQ(outOfMemory.code(), ENOMEM);
+}
+
+#endif
+
+TEST(Error, ofMissingMemoryIsTheSystemsOwn) {
+  EXPECT_EQ(Error::outOfMemory().domain(), ErrorDomain::posix);
+  EXPECT_EQ(Error::outOfMemory().message(), Error::posix(ENOMEM).message());
 }
 
 }  // namespace
