@@ -16,13 +16,14 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 
 namespace {
 
 using quillmor::ByteBuffer;
+using quillmor::kMiB;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::uint8_t kInserted[] = {0x42};
 
 std::int64_t documentSize() {

@@ -25,20 +25,21 @@
 #include <utility>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
+#include "base/MessageDigest.h"
 #include "kernels/Adler32Kernels.h"
 #include "kernels/ByteTally.h"
 #include "kernels/Crc32Kernels.h"
 #include "tools/analysis/ByteStatistics.h"
 #include "tools/checksum/Checksum.h"
-#include "tools/checksum/MessageDigest.h"
 
 namespace {
 
 using quillmor::ByteBuffer;
+using quillmor::kMiB;
 using quillmor::TaskProgress;
 using View = std::span<const std::uint8_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::size_t kCached = 256 * 1024;
 constexpr std::size_t kMapped = 40'960'000;
 constexpr std::uint8_t kAbsentByte = 0xA7;

@@ -28,6 +28,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "fileaccess/StableReading.h"
 #include "kernels/LineKernels.h"
 #include "tools/export/HexDumpExporter.h"
@@ -39,7 +40,6 @@ namespace fs = std::filesystem;
 using namespace quillmor;
 using Source = std::span<const std::uint8_t>;
 
-constexpr std::size_t kMiB = 1024 * 1024;
 constexpr std::size_t kKernelPiece = 65536;
 constexpr int kRounds = 5;
 

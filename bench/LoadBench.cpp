@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "fileaccess/DocumentOutput.h"
 #include "fileaccess/StableReading.h"
 
@@ -27,8 +28,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace quillmor;
-
-constexpr std::int64_t kMiB = 1048576;
 
 std::int64_t benchByteCount() {
   const char* text = std::getenv("QUILLMOR_BENCH_MIB");
@@ -126,7 +125,9 @@ void savePeakMemory(benchmark::State& state) {
     return;
   }
   const std::int64_t before = peakResidentBytes();
-  for (auto _ : state) SecureFileAccess::writeDocumentBytes(bytes.span(), file.location());
+  for (auto _ : state)
+    SecureFileAccess::writeDocumentBytes(bytes.span(),
+                                         SecureFileAccess::documentDestination(file.location()));
   state.counters["added_MiB"] =
       static_cast<double>(peakResidentBytes() - before) / static_cast<double>(kMiB);
 }

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "search/PromptedReplaceAll.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidates.h"
@@ -30,8 +31,6 @@ namespace {
 
 using namespace quillmor;
 using Clock = std::chrono::steady_clock;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 /// Where a word is looked for that text holds only now and then.
 constexpr std::int64_t kRareDistance = 64 * 1024;

@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "search/scan/ByteMatcher.h"
 #include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
@@ -34,13 +35,13 @@ namespace {
 
 using quillmor::ByteBuffer;
 using quillmor::ByteMatcher;
+using quillmor::kMiB;
 using quillmor::ScanPath;
 using quillmor::SearchLimits;
 using quillmor::WildcardHexPattern;
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::int64_t kCached = 512 * 1024;
 
 enum class Data { random, text, zeros, frequent };

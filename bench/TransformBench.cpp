@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "base/PieceWork.h"
 #include "kernels/ByteKernels.h"
 #include "tools/edits/ByteTransforms.h"
@@ -31,11 +32,11 @@ namespace {
 using quillmor::ByteBuffer;
 using quillmor::ByteKernels;
 using quillmor::ByteOperation;
+using quillmor::kMiB;
 using quillmor::TaskProgress;
 using Bytes = std::vector<std::uint8_t>;
 using Source = std::span<const std::uint8_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr int kRounds = 7;
 
 std::int64_t selectionSize() {

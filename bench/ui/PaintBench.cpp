@@ -15,14 +15,13 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "ui/editor/HexEditorView.h"
 
 namespace {
 
 using namespace quillmor;
 using Clock = std::chrono::steady_clock;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 class SilentBeeper : public Beeper {
  public:

@@ -5,16 +5,17 @@
 #include <algorithm>
 #include <new>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
 namespace {
 
-constexpr std::int64_t kPageSize = std::int64_t{64} * 1024;  // a multiple of every page size in use
-constexpr std::int64_t kHugePageSize = std::int64_t{2} * 1024 * 1024;
-constexpr std::int64_t kMinMappedSlack = std::int64_t{16} * 1024 * 1024;
+constexpr std::int64_t kPageSize = 64 * kKiB;  // a multiple of every page size in use
+constexpr std::int64_t kHugePageSize = 2 * kMiB;
+constexpr std::int64_t kMinMappedSlack = 16 * kMiB;
 /// Used when the system refuses the usual slack (a limit on address space, strict overcommit).
-constexpr std::int64_t kModestMappedSlack = std::int64_t{1024} * 1024;
+constexpr std::int64_t kModestMappedSlack = kMiB;
 
 std::uint8_t* roundedUp(std::uint8_t* pointer, std::int64_t unit) {
   const auto rest = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(pointer) &

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 
 /// One reference-counted piece of memory that byte buffers share. The content of the owner lies
@@ -13,9 +15,9 @@ namespace quillmor {
 /// memory, the pages under the content are huge ones, and all of it goes back when the block dies.
 struct ByteBlock {
   /// Content of this many bytes or more is mapped instead of malloc'ed.
-  static constexpr std::int64_t kMappedThreshold = std::int64_t{256} * 1024;
+  static constexpr std::int64_t kMappedThreshold = 256 * kKiB;
   /// Touched slack beyond this on one side of a mapped block is given back to the system.
-  static constexpr std::int64_t kReleaseThreshold = std::int64_t{4} * 1024 * 1024;
+  static constexpr std::int64_t kReleaseThreshold = 4 * kMiB;
 
   /// A block with one reference for `size` bytes of content, which `contentOut` is set to, with
   /// `slack` bytes free on either side (more in a mapped block). The memory is not initialised.

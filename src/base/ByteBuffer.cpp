@@ -19,10 +19,6 @@ std::int64_t slackAfterEdit(std::int64_t size) {
   return saturatingAdd(size / 4, kMinSlackAfterEdit);
 }
 
-std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
 /// memcpy must not be given null, not even for no bytes.
 void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) {
   if (count > 0) std::memcpy(to, from, static_cast<std::size_t>(count));
@@ -37,12 +33,12 @@ struct ByteBuffer::Edit {
   std::int64_t tail;
   std::span<const std::uint8_t> inserted;
 
-  std::int64_t delta() const { return sizeOf(inserted) - removed; }
-  std::int64_t newSize() const { return head + sizeOf(inserted) + tail; }
+  std::int64_t delta() const { return std::ssize(inserted) - removed; }
+  std::int64_t newSize() const { return head + std::ssize(inserted) + tail; }
 };
 
 ByteBuffer::ByteBuffer(std::span<const std::uint8_t> bytes)
-    : ByteBuffer(uninitialized(sizeOf(bytes))) {
+    : ByteBuffer(uninitialized(std::ssize(bytes))) {
   copyBytes(data_, bytes.data(), size_);
 }
 
@@ -121,7 +117,7 @@ void ByteBuffer::set(std::int64_t offset, std::uint8_t value) {
 void ByteBuffer::replace(std::int64_t offset, std::int64_t removed,
                          std::span<const std::uint8_t> inserted) {
   checkPrecondition(contains(offset, removed), "byte range within the buffer");
-  checkPrecondition(sizeOf(inserted) <= kMaxInt64 - size_, "size after the edit fits");
+  checkPrecondition(std::ssize(inserted) <= kMaxInt64 - size_, "size after the edit fits");
   const Edit edit{offset, removed, size_ - offset - removed, inserted};
   if (removed == 0 && inserted.empty()) return;
   if (isUnique() ? editInPlace(edit) : narrowSharedView(edit)) return;
@@ -195,7 +191,7 @@ bool ByteBuffer::editInPlace(const Edit& edit) {
     std::uint8_t* const tail = data_ + edit.head + edit.removed;
     moveBytes(tail + delta, tail, edit.tail);
   }
-  copyBytes(data_ + edit.head, inserted.data(), sizeOf(inserted));
+  copyBytes(data_ + edit.head, inserted.data(), std::ssize(inserted));
   size_ = edit.newSize();
   block_->contentMoved(data_, size_);
   return true;
@@ -210,9 +206,9 @@ void ByteBuffer::rebuild(const Edit& edit) {
     result.block_ = ByteBlock::create(newSize, slackAfterEdit(newSize), &result.data_);
     result.size_ = newSize;
     copyBytes(result.data_, data_, edit.head);
-    copyBytes(result.data_ + edit.head, edit.inserted.data(), sizeOf(edit.inserted));
-    copyBytes(result.data_ + edit.head + sizeOf(edit.inserted), data_ + edit.head + edit.removed,
-              edit.tail);
+    copyBytes(result.data_ + edit.head, edit.inserted.data(), std::ssize(edit.inserted));
+    copyBytes(result.data_ + edit.head + std::ssize(edit.inserted),
+              data_ + edit.head + edit.removed, edit.tail);
   }
   *this = std::move(result);
 }

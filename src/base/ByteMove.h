@@ -2,10 +2,12 @@
 
 #include <cstdint>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 
 /// Moves of this many bytes or more are worth a second thread.
-inline constexpr std::int64_t kParallelMoveThreshold = std::int64_t{8} * 1024 * 1024;
+inline constexpr std::int64_t kParallelMoveThreshold = 8 * kMiB;
 
 /// Moves `count` bytes from `from` to `to`, which may overlap and may be null when `count` is 0.
 /// Large moves over a short distance, as one inserted byte causes them, are shared between two

@@ -31,7 +31,7 @@ void ContentDigester::mix(Lanes& lanes, const std::uint8_t* block) {
 }
 
 void ContentDigester::append(std::span<const std::uint8_t> bytes) {
-  byteCount_ += static_cast<std::int64_t>(bytes.size());
+  byteCount_ += std::ssize(bytes);
   if (restCount_ > 0) {
     const auto head = bytes.first(std::min(bytes.size(), kBlockBytes - restCount_));
     std::ranges::copy(head, rest_.data() + restCount_);

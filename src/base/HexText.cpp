@@ -53,4 +53,27 @@ std::string uppercaseHex(std::int64_t value, int minimumWidth) {
   return text;
 }
 
+std::string hexText(std::uint8_t value) {
+  return "0x" + uppercaseHex(value, 2);
+}
+
+std::string hexText(std::uint16_t value) {
+  return "0x" + uppercaseHex(value, 4);
+}
+
+std::string offsetText(std::int64_t offset) {
+  return "0x" + uppercaseHex(offset, 8);
+}
+
+std::string lowercaseHex(std::span<const std::uint8_t> bytes) {
+  constexpr std::string_view kLowercaseDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(2 * bytes.size());
+  for (const std::uint8_t byte : bytes) {
+    text += kLowercaseDigits[byte >> 4];
+    text += kLowercaseDigits[byte & 15];
+  }
+  return text;
+}
+
 }  // namespace quillmor

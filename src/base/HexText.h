@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,5 +27,17 @@ constexpr std::optional<std::uint8_t> hexDigitValue(char digit) {
 /// `value` in uppercase hexadecimal, padded on the left with "0" to at least `minimumWidth` digits.
 /// Negative values are shown as their two's complement, as the offsets of hostile files may be.
 std::string uppercaseHex(std::int64_t value, int minimumWidth);
+
+/// "0x" and two digits.
+std::string hexText(std::uint8_t value);
+
+/// "0x" and four digits.
+std::string hexText(std::uint16_t value);
+
+/// An offset as reports and messages show it: "0x" and at least eight digits.
+std::string offsetText(std::int64_t offset);
+
+/// Two lowercase digits for every byte.
+std::string lowercaseHex(std::span<const std::uint8_t> bytes);
 
 }  // namespace quillmor

@@ -5,12 +5,14 @@
 
 #include <cstdint>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 
 namespace {
 
 /// Less is not worth a system call and might be a part of memory that others use.
-constexpr std::size_t kWorthwhile = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t kWorthwhile = 4 * kMiB;
 
 }  // namespace
 

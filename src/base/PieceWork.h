@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <functional>
 
+#include "base/ByteUnits.h"
 #include "base/TaskProgress.h"
 
 namespace quillmor {
 
 /// The largest piece that is worked on between two looks at the stop request, in bytes.
-inline constexpr std::int64_t kWorkPieceSize = std::int64_t{1024} * 1024;
+inline constexpr std::int64_t kWorkPieceSize = kMiB;
 
 /// Work over this many bytes or more is worth a second thread.
-inline constexpr std::int64_t kSharedWorkThreshold = std::int64_t{8} * 1024 * 1024;
+inline constexpr std::int64_t kSharedWorkThreshold = 8 * kMiB;
 
 /// Calls `work(begin, end)` for consecutive pieces that together are 0..<`count`, each of
 /// `kWorkPieceSize` bytes but the last. Advances `progress` by each finished piece; its total is

@@ -85,7 +85,7 @@ Outcome patchApply(const Arguments& arguments, Session& session) {
   ByteBuffer patched = document.bytes();
   patched.replace(start, removed, patch.data);
   deliverBytes(arguments, session, document, std::move(patched),
-               "Applied " + std::to_string(inserted) + " byte(s) at 0x" + uppercaseHex(start, 8),
+               "Applied " + std::to_string(inserted) + " byte(s) at " + offsetText(start),
                {patchFile});
   return Outcome::done;
 }

@@ -98,7 +98,7 @@ Outcome bookmarks(const Arguments& arguments, Session& session) {
   const auto offsets = BookmarkFile::read(arguments.file("BOOKMARKFILE"), maxBookmarkImportBytes,
                                           session.beginPart("Reading"));
   std::string lines;
-  for (const std::int64_t offset : offsets) lines += "0x" + uppercaseHex(offset, 8) + "\n";
+  for (const std::int64_t offset : offsets) lines += offsetText(offset) + "\n";
   session.print(lines);
   return Outcome::done;
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor::cli {
 
 /// A text of any length that is kept until it is known to be good: a little of it in memory, more
@@ -14,7 +16,7 @@ namespace quillmor::cli {
 class SpooledText {
  public:
   /// What is kept in memory, in bytes.
-  static constexpr std::size_t kInMemory = std::size_t{16} * 1024 * 1024;
+  static constexpr std::size_t kInMemory = 16 * kMiB;
 
   void append(std::string_view piece);
 

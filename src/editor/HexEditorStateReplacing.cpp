@@ -4,13 +4,7 @@
 
 namespace quillmor {
 
-namespace {
-
-std::int64_t countOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
-}  // namespace
+namespace {}  // namespace
 
 bool HexEditorState::canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount) {
   const std::int64_t removed = clampedToCount(removedCount, count());
@@ -35,10 +29,10 @@ HexEditorState::Replacement HexEditorState::replacementFor(HexSelection normaliz
 /// Replaces, leaves the caret behind the new bytes and sets `newSelection`.
 void HexEditorState::replace(Replacement replacement, std::span<const std::uint8_t> bytes,
                              HexSelection newSelection) {
-  if (!canApplyEdit(replacement.removedCount, countOf(bytes))) return;
-  edit(replacement.start, replacement.removedCount, countOf(bytes),
+  if (!canApplyEdit(replacement.removedCount, std::ssize(bytes))) return;
+  edit(replacement.start, replacement.removedCount, std::ssize(bytes),
        [&] { storage_->bytes.replace(replacement.start, replacement.removedCount, bytes); });
-  placeCaretAndSelection(clampedOffset(replacement.start, countOf(bytes)), newSelection);
+  placeCaretAndSelection(clampedOffset(replacement.start, std::ssize(bytes)), newSelection);
   didEdit();
 }
 
@@ -46,8 +40,8 @@ void HexEditorState::replaceSelection(std::span<const std::uint8_t> bytes) {
   if (refusesEditing()) return;
   const HexSelection selected = normalizedSelection();
   if (selected.length < 1 && bytes.empty()) return;
-  const Replacement replacement = replacementFor(selected, countOf(bytes));
-  replace(replacement, bytes, {.start = replacement.start, .length = countOf(bytes)});
+  const Replacement replacement = replacementFor(selected, std::ssize(bytes));
+  replace(replacement, bytes, {.start = replacement.start, .length = std::ssize(bytes)});
 }
 
 void HexEditorState::deleteSelectionOrByte(bool backward) {
@@ -69,7 +63,7 @@ void HexEditorState::paste(std::span<const std::uint8_t> bytes) {
   if (refusesEditing() || bytes.empty()) return;
   const HexSelection selected = normalizedSelection();
   if (skipsOverEqualBytes(selected, bytes)) return;
-  replace(replacementFor(selected, countOf(bytes)), bytes, {});
+  replace(replacementFor(selected, std::ssize(bytes)), bytes, {});
 }
 
 /// When `bytes` equal what they would replace, moves the caret behind them and returns true.
@@ -82,8 +76,9 @@ bool HexEditorState::skipsOverEqualBytes(HexSelection normalized,
     return true;
   }
   if (!overwritesAtCaret(normalized)) return false;
-  if (!storage_->bytesEqual({.start = caretOffset_, .length = countOf(bytes)}, bytes)) return false;
-  setCaretOffset(clampedOffset(caretOffset_, countOf(bytes)));
+  if (!storage_->bytesEqual({.start = caretOffset_, .length = std::ssize(bytes)}, bytes))
+    return false;
+  setCaretOffset(clampedOffset(caretOffset_, std::ssize(bytes)));
   updateStatus();
   return true;
 }

@@ -158,7 +158,7 @@ StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
   requireLocalFile(destination.location);
   if (progress != nullptr) {
     progress->checkpoint();
-    progress->setTotal(static_cast<std::int64_t>(bytes.size()));
+    progress->setTotal(std::ssize(bytes));
   }
   FileDescriptor handle = openDestination(destination);
   // Held until the outcome is known.

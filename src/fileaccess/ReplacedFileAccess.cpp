@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "fileaccess/SystemCalls.h"
 
@@ -19,7 +20,7 @@ constexpr std::string_view kCouldNotPreserve =
 
 constexpr const char* kListAttribute = "system.posix_acl_access";
 /// The system has no longer values.
-constexpr std::size_t kMaximumListByteCount = 65536;
+constexpr std::size_t kMaximumListByteCount = 64 * kKiB;
 
 constexpr mode_t kPermissionBits = 0777;
 constexpr auto kUnchangedOwner = static_cast<uid_t>(-1);

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "base/ByteUnits.h"
 #include "base/OrderedPieces.h"
 #include "fileaccess/FileErrors.h"
 #include "fileaccess/SystemCalls.h"
@@ -16,7 +17,7 @@ namespace quillmor {
 namespace {
 
 /// The threads take so much at a time that they rarely meet on one huge page.
-constexpr std::int64_t kSharedPieceBytes = std::int64_t{4} * 1024 * 1024;
+constexpr std::int64_t kSharedPieceBytes = 4 * kMiB;
 
 /// Reads at most `room.size()` bytes; 0 at the end of the file.
 std::size_t readSome(const FileDescriptor& handle, std::int64_t offset,
@@ -74,7 +75,7 @@ ReadSnapshot SecureFileAccess::readSnapshotShared(const FileLocation& location,
     bytes = ByteBuffer::uninitialized(file.size());
   } catch (const std::bad_alloc&) {
     // A sparse file can claim any size; that is a failed read, not the end of the process.
-    throw Error::posix(ENOMEM);
+    throw Error::outOfMemory();
   }
   const auto all = bytes.mutableSpan();
   const std::int64_t pieceCount = (file.size() + kSharedPieceBytes - 1) / kSharedPieceBytes;

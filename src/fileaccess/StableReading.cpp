@@ -25,7 +25,7 @@ class ByteAccumulator final : public StableContents {
       bytes_ = ByteBuffer::uninitialized(byteCount);
     } catch (const std::bad_alloc&) {
       // A sparse file can claim any size; that is a failed read, not the end of the process.
-      throw Error::posix(ENOMEM);
+      throw Error::outOfMemory();
     }
   }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
@@ -36,7 +37,7 @@ struct ReadSnapshot {
 namespace SecureFileAccess {
 
 /// The largest number of bytes asked of the system at once.
-inline constexpr std::int64_t kReadChunkByteCount = 1048576;
+inline constexpr std::int64_t kReadChunkByteCount = kMiB;
 
 /// Where the read loop puts the bytes. The calls come in the order written here, the last two
 /// alternating.
@@ -123,7 +124,7 @@ class ChunkProcessor final : public StableContents {
 
   void append(std::span<const std::uint8_t> chunk) override {
     std::invoke(processChunk_, state_->value, chunk);
-    state_->processedByteCount += static_cast<std::int64_t>(chunk.size());
+    state_->processedByteCount += std::ssize(chunk);
   }
 
   StableProcessingState<State> takeState() { return *std::move(state_); }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 
 /// What is asked of every byte of a document at once, once per kind of processor. A mask has one
@@ -28,7 +30,7 @@ struct ByteMaskKernels {
 inline constexpr std::size_t kBytesPerMask = 64;
 
 /// The bytes whose masks are made at once: few enough for their masks to stay in the first cache.
-inline constexpr std::size_t kMaskedPieceSize = 65'536;
+inline constexpr std::size_t kMaskedPieceSize = 64 * kKiB;
 
 /// The masks of so many bytes.
 constexpr std::size_t byteMaskCount(std::size_t byteCount) {

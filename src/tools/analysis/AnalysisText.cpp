@@ -21,7 +21,7 @@ std::string bitsPerByteText(double entropy) {
 
 std::string offsetRangeText(HexSelection range) {
   const std::int64_t last = std::max(range.start + range.length - 1, range.start);
-  return "0x" + uppercaseHex(range.start, 8) + " - 0x" + uppercaseHex(last, 8);
+  return offsetText(range.start) + " - " + offsetText(last);
 }
 
 }  // namespace quillmor

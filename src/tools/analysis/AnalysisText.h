@@ -6,8 +6,8 @@
 
 namespace quillmor {
 
-/// `value` with `fractionDigits` digits, at most 9, behind the point, whatever the locale. Its
-/// magnitude is below 10^15.
+/// `value` with `fractionDigits` digits, at most 9, after the decimal point, whatever the locale.
+/// Its magnitude is below 10^15.
 std::string fixedDecimal(double value, int fractionDigits);
 
 /// "7.9542 bits/byte".

@@ -119,11 +119,11 @@ std::optional<std::string> detailReport(std::span<const std::uint8_t> bytes, std
   const auto rest = bytesFrom(bytes, offset);
   if (rest.empty()) return std::nullopt;
   const std::uint8_t byte = rest.front();
-  std::string report = "Offset: 0x" + uppercaseHex(offset, 8);
+  std::string report = "Offset: " + offsetText(offset);
   const auto addLine = [&report](const std::string& line) { report.append("\n").append(line); };
   addLine("UInt8: " + std::to_string(byte));
   addLine("Int8: " + std::to_string(static_cast<std::int8_t>(byte)));
-  addLine("Hex: 0x" + std::string(uppercaseHexByteStrings[byte]));
+  addLine("Hex: " + hexText(byte));
   for (const std::size_t width : {2U, 4U, 8U}) {
     if (rest.size() < width) break;
     addLine(unsignedLine(width, "LE", littleEndian(rest.first(width))));

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "base/HexText.h"
 #include "base/OrderedPieces.h"
 #include "base/VisibleText.h"
@@ -20,7 +21,7 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 /// Small enough to stay in a core's own cache, twice, between being read and being compared.
-constexpr std::int64_t kPieceByteCount = std::int64_t{256} * 1024;
+constexpr std::int64_t kPieceByteCount = 256 * kKiB;
 constexpr std::int64_t kFewPieces = 16;
 
 /// Reads the file beside the document. `onBytes(current, other, offset)` takes equally many bytes
@@ -82,9 +83,9 @@ class Listing {
   bool isFull() const { return rowCount_ == kMaximumListedDifferences; }
 
   void addRow(std::size_t place, std::uint8_t current, std::uint8_t other) {
-    rows_.append("0x").append(uppercaseHex(static_cast<std::int64_t>(place), 8));
-    rows_.append("  0x").append(uppercaseHexByteStrings[current]);
-    rows_.append("     0x").append(uppercaseHexByteStrings[other]).append("\n");
+    rows_.append(offsetText(static_cast<std::int64_t>(place)));
+    rows_.append("  ").append(hexText(current));
+    rows_.append("     ").append(hexText(other)).append("\n");
     ++rowCount_;
   }
 
@@ -165,7 +166,7 @@ std::string comparisonSummary(const FileComparison& comparison, const std::strin
          "\nCurrent size: " + std::to_string(comparison.currentCount) +
          " bytes\nOther size: " + std::to_string(comparison.otherCount) +
          " bytes\nDifference count: " + std::to_string(comparison.mismatchCount) +
-         "\nFirst difference: 0x" + uppercaseHex(*comparison.firstMismatch, 8);
+         "\nFirst difference: " + offsetText(*comparison.firstMismatch);
 }
 
 ComparisonListing compareWindowReport(Bytes current, const FileLocation& comparedFile,
@@ -174,7 +175,7 @@ ComparisonListing compareWindowReport(Bytes current, const FileLocation& compare
   const std::int64_t otherCount = readBeside(
       current, comparedFile, progress,
       [&](Bytes mine, Bytes theirs, std::size_t place) { listing.add(mine, theirs, place); });
-  const auto currentCount = static_cast<std::int64_t>(current.size());
+  const auto currentCount = std::ssize(current);
   std::string report = "Compared file: " + visibleText(name) +
                        "\nCurrent size: " + std::to_string(currentCount) +
                        "\nOther size: " + std::to_string(otherCount) +

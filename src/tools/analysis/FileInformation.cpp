@@ -35,7 +35,7 @@ std::string fileInformationReport(std::span<const std::uint8_t> bytes,
   std::string text = "Name: " + visibleText(information.name.value_or("Untitled"));
   text += "\nPath: " + visibleText(information.path);
   text += "\nSize: " + std::to_string(bytes.size()) + " bytes";
-  text += "\nOffset: 0x" + uppercaseHex(information.caretOffset, 8);
+  text += "\nOffset: " + offsetText(information.caretOffset);
   text += "\nBytes per row: " + std::to_string(information.bytesPerRow);
   text += std::string("\nEdit mode: ") + (information.insertMode ? "Insert" : "Overwrite");
   text += "\nSelection: " + selectionText(selection);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "kernels/Adler32Kernels.h"
-#include "kernels/Crc32Kernels.h"
 
 namespace quillmor::Checksum {
 namespace {
@@ -26,7 +25,7 @@ void BasicSums::add(std::span<const std::uint8_t> bytes) {
 }
 
 void BasicSums::addBlock(std::span<const std::uint8_t> block) {
-  crcRegister_ = fastestCrc32Kernel().update(crcRegister_, block.data(), block.size());
+  crc32_.add(block);
   const Adler32Sums sums = fastestAdler32Kernel().sums(block.data(), block.size());
   const auto count = static_cast<std::uint32_t>(block.size());
   adlerHigh_ = (adlerHigh_ + count * adlerLow_ + sums.weighted) % kAdlerModulus;
@@ -35,7 +34,7 @@ void BasicSums::addBlock(std::span<const std::uint8_t> block) {
 }
 
 BasicValues BasicSums::values() const {
-  return {.crc32 = ~crcRegister_,
+  return {.crc32 = crc32_.value(),
           .adler32 = adlerHigh_ << 16 | adlerLow_,
           .sum8 = static_cast<std::uint8_t>(sum_),
           .sum16 = static_cast<std::uint16_t>(sum_),

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 
+#include "kernels/Crc32.h"
 #include "tools/checksum/Checksum.h"
 
 namespace quillmor::Checksum {
@@ -18,7 +19,7 @@ class BasicSums {
  private:
   void addBlock(std::span<const std::uint8_t> block);
 
-  std::uint32_t crcRegister_ = 0xFFFFFFFF;
+  Crc32 crc32_;
   std::uint32_t adlerLow_ = 1;
   std::uint32_t adlerHigh_ = 0;
   std::uint32_t sum_ = 0;

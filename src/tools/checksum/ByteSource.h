@@ -16,7 +16,7 @@ namespace quillmor {
 class ByteSource {
  public:
   explicit ByteSource(std::span<const std::uint8_t> bytes)
-      : bytes_(bytes), size_(static_cast<std::int64_t>(bytes.size())) {}
+      : bytes_(bytes), size_(std::ssize(bytes)) {}
 
   /// `range` lies within the file.
   ByteSource(const StableFile& file, HexSelection range)

@@ -1,7 +1,6 @@
 #include "tools/checksum/Checksum.h"
 
 #include "base/HexText.h"
-#include "kernels/Crc32Kernels.h"
 #include "tools/analysis/AnalysisText.h"
 #include "tools/analysis/ByteStatistics.h"
 #include "tools/checksum/BasicSums.h"
@@ -47,7 +46,7 @@ std::string selectionReport(const ByteSource& source, HexSelection selection,
 /// `range` is clipped.
 std::string clippedRangeReport(const ByteSource& source, HexSelection range,
                                TaskProgress& progress) {
-  const std::string title = range.length == 0 ? "Range: empty at 0x" + uppercaseHex(range.start, 8)
+  const std::string title = range.length == 0 ? "Range: empty at " + offsetText(range.start)
                                               : "Range: " + offsetRangeText(range);
   return title + "\nLength: " + std::to_string(range.length) + " bytes\n" +
          linesAbout(source, progress);
@@ -55,25 +54,10 @@ std::string clippedRangeReport(const ByteSource& source, HexSelection range,
 
 }  // namespace
 
-constinit const std::array<std::uint32_t, 256> crc32Table = crc32ByteTable();
-
-constinit const std::array<char, 16> lowercaseHexDigits = {'0', '1', '2', '3', '4', '5', '6', '7',
-                                                           '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
-
 BasicValues basicValues(std::span<const std::uint8_t> bytes) {
   BasicSums sums;
   sums.add(bytes);
   return sums.values();
-}
-
-std::string lowercaseHex(std::span<const std::uint8_t> bytes) {
-  std::string text;
-  text.reserve(2 * bytes.size());
-  for (const std::uint8_t byte : bytes) {
-    text += lowercaseHexDigits[byte >> 4];
-    text += lowercaseHexDigits[byte & 15];
-  }
-  return text;
 }
 
 std::string report(std::span<const std::uint8_t> bytes, HexSelection selection,

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -32,14 +31,7 @@ struct Digests {
   bool operator==(const Digests&) const = default;
 };
 
-/// The table of the reflected CRC-32 polynomial, one entry per byte value.
-extern const std::array<std::uint32_t, 256> crc32Table;
-
-extern const std::array<char, 16> lowercaseHexDigits;
-
 BasicValues basicValues(std::span<const std::uint8_t> bytes);
-
-std::string lowercaseHex(std::span<const std::uint8_t> bytes);
 
 /// The report about the bytes of `selection`, or about all `bytes` when it is empty; it is clipped
 /// to them. Everything is computed on two threads while the bytes pass once through each. The total

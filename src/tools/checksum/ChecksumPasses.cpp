@@ -5,9 +5,10 @@
 #include <thread>
 #include <vector>
 
+#include "base/ByteUnits.h"
+#include "base/MessageDigest.h"
 #include "kernels/ByteTally.h"
 #include "tools/checksum/BasicSums.h"
-#include "tools/checksum/MessageDigest.h"
 
 namespace quillmor::Checksum {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 using Piece = std::span<const std::uint8_t>;
 
 /// Small enough to stay in a core's own cache while all that a pass does is done to it.
-constexpr std::int64_t kPieceSize = std::int64_t{128} * 1024;
+constexpr std::int64_t kPieceSize = 128 * kKiB;
 
 /// Starting a thread costs about as much as hashing some ten thousand bytes.
 constexpr std::int64_t kSharedThreshold = 4 * kPieceSize;

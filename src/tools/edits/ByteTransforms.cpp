@@ -14,10 +14,6 @@ using Bytes = std::span<const std::uint8_t>;
 /// Groups below this size are reversed on the spot, where calling a kernel would cost more.
 constexpr std::int64_t kSmallGroup = 32;
 
-std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
 std::size_t unsignedSize(std::int64_t count) {
   return static_cast<std::size_t>(count);
 }
@@ -26,7 +22,7 @@ std::size_t unsignedSize(std::int64_t count) {
 template <typename Transform>
 ByteBuffer transformed(Bytes bytes, TaskProgress& progress, const Transform& transform) {
   progress.checkpoint();
-  ByteBuffer result = ByteBuffer::uninitialized(sizeOf(bytes));
+  ByteBuffer result = ByteBuffer::uninitialized(std::ssize(bytes));
   transform(result.mutableSpan());
   return result;
 }
@@ -34,9 +30,9 @@ ByteBuffer transformed(Bytes bytes, TaskProgress& progress, const Transform& tra
 /// Fills `to` piece by piece: `write(begin, end)` writes the bytes `begin`..<`end`.
 template <typename Write>
 void writeInPieces(std::span<std::uint8_t> to, TaskProgress& progress, const Write& write) {
-  progress.setTotal(sizeOf(to));
+  progress.setTotal(std::ssize(to));
   progress.checkpoint();
-  forEachPiece(sizeOf(to), progress, write);
+  forEachPiece(std::ssize(to), progress, write);
 }
 
 void copy(Bytes bytes, std::span<std::uint8_t> to, TaskProgress& progress) {
@@ -94,7 +90,7 @@ ByteBuffer inverted(Bytes bytes, TaskProgress& progress) {
 void reverse(Bytes bytes, std::span<std::uint8_t> to, TaskProgress& progress) {
   const auto reversePiece = fastestByteKernels().reverse;
   writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
-    reversePiece(to.data() + begin, bytes.data() + (sizeOf(bytes) - end),
+    reversePiece(to.data() + begin, bytes.data() + (std::ssize(bytes) - end),
                  unsignedSize(end - begin));
   });
 }
@@ -107,7 +103,7 @@ ByteBuffer reversed(Bytes bytes, TaskProgress& progress) {
 void swapGroups(Bytes bytes, std::int64_t groupSize, std::span<std::uint8_t> to,
                 TaskProgress& progress) {
   if (groupSize < 2) return copy(bytes, to, progress);
-  const std::int64_t complete = sizeOf(bytes) - sizeOf(bytes) % groupSize;
+  const std::int64_t complete = std::ssize(bytes) - std::ssize(bytes) % groupSize;
   writeInPieces(to, progress, [&](std::int64_t begin, std::int64_t end) {
     const std::int64_t trailing = std::clamp(complete, begin, end);
     swapGroupsOfPiece(to.data(), bytes.data(), groupSize, begin, trailing);
@@ -130,7 +126,7 @@ void combine(Bytes bytes, ByteOperation operation, Bytes pattern, std::span<std:
     while (begin < end) {
       const auto run = repeating.run(begin, end - begin);
       combineRun(to.data() + begin, bytes.data() + begin, run.data(), run.size());
-      begin += sizeOf(run);
+      begin += std::ssize(run);
     }
   });
 }

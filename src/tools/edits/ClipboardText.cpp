@@ -54,7 +54,7 @@ std::size_t formattedLength(std::size_t count, const HexBytesFormat& format) {
   if (count == 0) return static_cast<std::size_t>(around);
   const std::int64_t units = saturatingMultiply(static_cast<std::int64_t>(count),
                                                 static_cast<std::int64_t>(unitLength(format)));
-  const auto separator = static_cast<std::int64_t>(format.separator.size());
+  const auto separator = std::ssize(format.separator);
   return static_cast<std::size_t>(saturatingAdd(units, around - separator));
 }
 

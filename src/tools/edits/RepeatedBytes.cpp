@@ -12,10 +12,6 @@ namespace {
 /// Runs that begin on the same boundary as the data they meet need no unaligned reading.
 constexpr std::int64_t kAlignment = 64;
 
-std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
 /// The size of as many whole patterns as a block holds; where that is possible, a multiple of the
 /// alignment.
 std::int64_t blockSizeFor(std::int64_t patternSize) {
@@ -38,16 +34,16 @@ void fillByDoubling(std::span<std::uint8_t> to, std::span<const std::uint8_t> pa
 
 RepeatingPattern::RepeatingPattern(std::span<const std::uint8_t> pattern) : block_(pattern) {
   checkPrecondition(!pattern.empty(), "repeated pattern not empty");
-  if (sizeOf(pattern) > kBlockSize / 2) return;
-  copies_ = ByteBuffer::uninitialized(blockSizeFor(sizeOf(pattern)));
+  if (std::ssize(pattern) > kBlockSize / 2) return;
+  copies_ = ByteBuffer::uninitialized(blockSizeFor(std::ssize(pattern)));
   fillByDoubling(copies_.mutableSpan(), pattern);
   block_ = copies_.span();
 }
 
 std::span<const std::uint8_t> RepeatingPattern::run(std::int64_t position,
                                                     std::int64_t maximumCount) const {
-  const std::int64_t start = position % sizeOf(block_);
-  const std::int64_t count = std::min(sizeOf(block_) - start, maximumCount);
+  const std::int64_t start = position % std::ssize(block_);
+  const std::int64_t count = std::min(std::ssize(block_) - start, maximumCount);
   return block_.subspan(static_cast<std::size_t>(start), static_cast<std::size_t>(count));
 }
 
@@ -77,7 +73,7 @@ void fillWithPattern(std::span<const std::uint8_t> pattern, std::span<std::uint8
     while (begin < end) {
       const auto run = repeating.run(begin, end - begin);
       std::memcpy(to.data() + begin, run.data(), run.size());
-      begin += sizeOf(run);
+      begin += std::ssize(run);
     }
   });
 }

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "base/TaskProgress.h"
 
 namespace quillmor {
@@ -30,7 +31,7 @@ void fillWithPattern(std::span<const std::uint8_t> pattern, std::span<std::uint8
 class RepeatingPattern {
  public:
   /// Small enough to stay in a core's nearest cache while it is combined with other bytes.
-  static constexpr std::int64_t kBlockSize = std::int64_t{16} * 1024;
+  static constexpr std::int64_t kBlockSize = 16 * kKiB;
 
   /// `pattern` holds at least one byte.
   explicit RepeatingPattern(std::span<const std::uint8_t> pattern);

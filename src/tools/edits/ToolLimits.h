@@ -21,7 +21,6 @@ inline constexpr std::string_view kPatchTemplate = "QuillmorPatch 1\nOFFSET 0x\n
 /// The largest patch file that is read: the template, the longest offset (16 hexadecimal digits)
 /// and two digits with a separator for every data byte.
 inline constexpr std::int64_t maxPatchImportBytes =
-    saturatingAdd(static_cast<std::int64_t>(kPatchTemplate.size()) + 16,
-                  saturatingMultiply(3, maxPatchDataBytes));
+    saturatingAdd(std::ssize(kPatchTemplate) + 16, saturatingMultiply(3, maxPatchDataBytes));
 
 }  // namespace quillmor

@@ -68,7 +68,7 @@ void DifferenceLines::appendOnlyCurrent(std::span<const std::uint8_t> current,
   appendTail(text_, progress_, current, offset, [](char* to, std::int64_t at, Value value) {
     return writeLine(to, at, value, EndOfFile{});
   });
-  count_ += static_cast<std::int64_t>(current.size());
+  count_ += std::ssize(current);
 }
 
 void DifferenceLines::appendOnlyCompared(std::span<const std::uint8_t> compared,
@@ -76,7 +76,7 @@ void DifferenceLines::appendOnlyCompared(std::span<const std::uint8_t> compared,
   appendTail(text_, progress_, compared, offset, [](char* to, std::int64_t at, Value value) {
     return writeLine(to, at, EndOfFile{}, value);
   });
-  count_ += static_cast<std::int64_t>(compared.size());
+  count_ += std::ssize(compared);
 }
 
 }  // namespace quillmor

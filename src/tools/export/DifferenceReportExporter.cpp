@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/ByteUnits.h"
 #include "base/VisibleText.h"
 #include "fileaccess/StableReading.h"
 #include "tools/export/DifferenceLines.h"
@@ -11,7 +12,7 @@ namespace quillmor::DifferenceReportExporter {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 65536;
+constexpr std::size_t kPieceSize = 64 * kKiB;
 
 std::string header(std::size_t currentSize, std::int64_t comparedSize,
                    const std::string& comparedName) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/ByteUnits.h"
 #include "base/HexText.h"
 #include "kernels/LineKernels.h"
 #include "tools/text/TextPieces.h"
@@ -16,7 +17,7 @@ constexpr std::size_t kHexColumns = 3 * kBytesPerLine - 1;
 constexpr std::int64_t kLastKernelOffset = std::numeric_limits<std::uint32_t>::max();
 
 /// A whole number of lines whose text fits the buffer.
-constexpr std::size_t kPieceSize = 65536;
+constexpr std::size_t kPieceSize = 64 * kKiB;
 static_assert(kPieceSize / kBytesPerLine * LineKernels::kHexDumpLineLength <=
               BufferedText::kCapacity);
 
@@ -40,7 +41,7 @@ void appendLines(BufferedText& text, std::span<const std::uint8_t> bytes, std::i
 }
 
 HexSelection allOf(std::span<const std::uint8_t> bytes) {
-  return {0, static_cast<std::int64_t>(bytes.size())};
+  return {0, std::ssize(bytes)};
 }
 
 }  // namespace
@@ -68,7 +69,7 @@ void produce(std::span<const std::uint8_t> bytes, HexSelection range, const Text
   std::int64_t offset = range.start;
   convertInPieces(selected, kPieceSize, &progress, [&](std::span<const std::uint8_t> piece) {
     appendLines(text, piece, offset);
-    offset += static_cast<std::int64_t>(piece.size());
+    offset += std::ssize(piece);
   });
   text.flush();
 }

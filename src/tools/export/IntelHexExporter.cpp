@@ -2,8 +2,10 @@
 
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "base/HexText.h"
+#include "kernels/ByteSum.h"
 #include "kernels/LineKernels.h"
 #include "tools/text/TextPieces.h"
 
@@ -15,7 +17,7 @@ constexpr std::size_t kBytesPerRecord = LineKernels::kBytesPerLine;
 constexpr std::string_view kEndRecord = ":00000001FF\n";
 
 /// The bytes that share an upper address.
-constexpr std::size_t kSegmentSize = 65536;
+constexpr std::size_t kSegmentSize = 64 * kKiB;
 static_assert(kSegmentSize / kBytesPerRecord * LineKernels::kIntelHexLineLength <=
               BufferedText::kCapacity);
 
@@ -59,7 +61,7 @@ void requireAddressable(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 std::string dataLine(std::span<const std::uint8_t> bytes, std::int64_t address) {
-  const std::uint8_t length = lowByte(static_cast<std::int64_t>(bytes.size()));
+  const std::uint8_t length = lowByte(std::ssize(bytes));
   const std::uint8_t high = lowByte(address >> 8);
   const std::uint8_t low = lowByte(address);
   std::string record = ":";
@@ -67,12 +69,8 @@ std::string dataLine(std::span<const std::uint8_t> bytes, std::int64_t address) 
   record += uppercaseHexByteStrings[high];
   record += uppercaseHexByteStrings[low];
   record += "00";
-  std::int64_t sum = length + high + low;
-  for (const std::uint8_t byte : bytes) {
-    record += uppercaseHexByteStrings[byte];
-    sum += byte;
-  }
-  record += checksumText(sum);
+  for (const std::uint8_t byte : bytes) record += uppercaseHexByteStrings[byte];
+  record += checksumText(length + high + low + byteSum(bytes));
   record += '\n';
   return record;
 }
@@ -84,7 +82,7 @@ void produce(std::span<const std::uint8_t> bytes, const TextSink& sink, TaskProg
   convertInPieces(bytes, kSegmentSize, &progress, [&](std::span<const std::uint8_t> segment) {
     text.append(extendedLinearAddressRecord(address));
     appendDataRecords(text, segment, address);
-    address += static_cast<std::int64_t>(segment.size());
+    address += std::ssize(segment);
   });
   text.append(kEndRecord);
   text.flush();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/ByteUnits.h"
 #include "fileaccess/AtomicTextFileWriter.h"
 #include "tools/text/TextPieces.h"
 
@@ -10,7 +11,7 @@ namespace quillmor {
 
 namespace {
 
-constexpr std::size_t kRawPieceSize = 1'048'576;
+constexpr std::size_t kRawPieceSize = kMiB;
 
 }  // namespace
 

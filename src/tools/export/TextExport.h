@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 
@@ -27,7 +28,7 @@ struct ExportTarget {
 /// what is not flushed is lost.
 class BufferedText {
  public:
-  static constexpr std::size_t kCapacity = 1'048'576;
+  static constexpr std::size_t kCapacity = kMiB;
 
   /// `sink` outlives the buffer.
   explicit BufferedText(const TextSink& sink);

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "base/Error.h"
+#include "kernels/ByteSum.h"
 #include "tools/firmware/FieldReader.h"
 #include "tools/firmware/FirmwareText.h"
 
@@ -17,10 +19,10 @@ constexpr std::int64_t kHeaderLength = 36;
 constexpr std::int64_t kLeastFacsSize = 12;
 constexpr std::int64_t kLeastFacsLength = 64;
 constexpr std::int64_t kHardwareSignatureField = 8;
-constexpr std::int64_t kMaxLength = 64 << 20;
+constexpr std::int64_t kMaxLength = 64 * kMiB;
 
 /// The bytes that are added up between two looks at the stop request.
-constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
+constexpr std::size_t kPieceSize = 256 * kKiB;
 
 constexpr int kNoTableCode = 2801;
 constexpr int kNoChecksumCode = 2802;
@@ -45,15 +47,15 @@ std::span<const std::uint8_t> tableAtStart(std::span<const std::uint8_t> bytes) 
 
 std::uint8_t sumOf(std::span<const std::uint8_t> table, TaskProgress* progress) {
   if (progress != nullptr) progress->setTotal(std::ssize(table));
-  std::uint32_t sum = 0;
+  std::uint8_t sum = 0;
   while (!table.empty()) {
     if (progress != nullptr) progress->checkpoint();
     const auto piece = table.first(std::min(table.size(), kPieceSize));
-    for (const std::uint8_t byte : piece) sum += byte;
+    sum = static_cast<std::uint8_t>(sum + byteSum(piece));
     if (progress != nullptr) progress->advance(std::ssize(piece));
     table = table.subspan(piece.size());
   }
-  return static_cast<std::uint8_t>(sum);
+  return sum;
 }
 
 std::string tableReport(const ACPIInfo& info, std::uint8_t sum) {

@@ -1,21 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "base/HexText.h"
 
 namespace quillmor {
-
-/// "0x" and two digits.
-inline std::string hexText(std::uint8_t value) {
-  return "0x" + uppercaseHex(value, 2);
-}
-
-/// "0x" and four digits.
-inline std::string hexText(std::uint16_t value) {
-  return "0x" + uppercaseHex(value, 4);
-}
 
 /// A report that grows line by line.
 class ReportLines {

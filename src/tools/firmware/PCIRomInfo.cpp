@@ -1,5 +1,6 @@
 #include "tools/firmware/PCIRomInfo.h"
 
+#include "base/ByteUnits.h"
 #include "tools/firmware/FieldReader.h"
 #include "tools/firmware/FirmwareText.h"
 #include "tools/firmware/PCIRomEfi.h"
@@ -9,7 +10,7 @@ namespace quillmor {
 namespace {
 
 constexpr std::int64_t kLeastSize = 28;
-constexpr std::int64_t kMaxRomSize = 16 << 20;
+constexpr std::int64_t kMaxRomSize = 16 * kMiB;
 constexpr std::int64_t kUnit = 512;
 constexpr std::int64_t kLeastPcirLength = 24;
 constexpr std::int64_t kLeastPcirLengthOfRevision3 = 28;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Check.h"
+#include "kernels/ByteSum.h"
 #include "search/scan/ByteSearch.h"
 #include "tools/firmware/FieldReader.h"
 #include "tools/firmware/FirmwareText.h"
@@ -154,9 +155,7 @@ Result<PCIRomValidation> validatePCIRomForPolarisPreset(std::span<const std::uin
 }
 
 std::uint8_t polarisImageSum(std::span<const std::uint8_t> bytes, std::int64_t imageSize) {
-  std::uint32_t sum = 0;
-  for (const std::uint8_t byte : imageOf(bytes, imageSize)) sum += byte;
-  return static_cast<std::uint8_t>(sum);
+  return byteSum(imageOf(bytes, imageSize));
 }
 
 std::string polarisValidationText(std::span<const std::uint8_t> bytes,
@@ -192,7 +191,7 @@ std::string polarisChecksumReport(const PolarisChecksumResult& result) {
   report.append(result.changed ? "Checksum fixed."
                                : "Checksum already valid; no byte change was needed.");
   report.append("\nROM image size: ").append(std::to_string(result.imageSize)).append(" bytes");
-  report.append("\nChecksum offset: 0x").append(uppercaseHex(result.checksumOffset, 8));
+  report.append("\nChecksum offset: ").append(offsetText(result.checksumOffset));
   report.append("\nOld checksum byte: ").append(hexText(result.oldChecksum));
   report.append("\nNew checksum byte: ").append(hexText(result.newChecksum));
   report.append("\nSum before: ").append(hexText(result.sumBefore));

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <span>
 
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "base/TaskProgress.h"
 
@@ -16,7 +17,7 @@ inline constexpr int kMaximumDepth = 64;
 
 /// How many bytes are parsed between two looks at the stop request. Few, as a byte of a hostile
 /// text can cost a parser a quarter of a microsecond.
-inline constexpr std::size_t kBytesBetweenLooks = std::size_t{16} * 1024;
+inline constexpr std::size_t kBytesBetweenLooks = 16 * kKiB;
 
 /// What a text that cannot be parsed fails with.
 struct Errors {

@@ -150,8 +150,8 @@ QuillmorPatch QuillmorPatch::parse(std::span<const std::uint8_t> file, std::int6
 void produceHexPatch(std::span<const std::uint8_t> bytes, std::int64_t offset, const TextSink& sink,
                      TaskProgress& progress) {
   BufferedText text(sink);
-  text.append(std::string(kHeader) + "\n" + std::string(kOffsetKey) + " 0x" +
-              uppercaseHex(offset, 8) + "\n" + std::string(kDataKey) + " ");
+  text.append(std::string(kHeader) + "\n" + std::string(kOffsetKey) + " " + offsetText(offset) +
+              "\n" + std::string(kDataKey) + " ");
   if (bytes.empty()) text.append("\n");
   std::size_t left = bytes.size();
   convertInPieces(bytes, kPieceSize, &progress, [&](std::span<const std::uint8_t> piece) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "base/VisibleText.h"
 #include "search/ReplacementWriter.h"
@@ -18,7 +19,7 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 /// Positions searched between two looks at the stop request.
-constexpr std::int64_t kSearchedPiece = std::int64_t{4} * 1024 * 1024;
+constexpr std::int64_t kSearchedPiece = 4 * kMiB;
 
 /// Calls `visit` with the position of every match that does not overlap the one before it.
 template <typename Visit>

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "tools/text/TextPieces.h"
 
 namespace quillmor {
@@ -24,7 +25,7 @@ constexpr auto kPairs = [] {
   return pairs;
 }();
 
-constexpr std::size_t kPieceSize = std::size_t{3} * 1024;
+constexpr std::size_t kPieceSize = 3 * kKiB;
 constexpr std::size_t kPieceCharacters = kPieceSize / 3 * 4;
 
 /// Writes four characters for the 24 bits of `group`.

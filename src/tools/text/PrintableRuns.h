@@ -81,7 +81,7 @@ void forEachPrintableRun(std::span<const std::uint8_t> bytes, std::int64_t minim
       place += kBytesPerMask;
     }
   });
-  if (begin >= 0) end(static_cast<std::int64_t>(bytes.size()));
+  if (begin >= 0) end(std::ssize(bytes));
 }
 
 }  // namespace quillmor

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "base/TaskProgress.h"
 
 // What base/Unicode.h says of texts, for texts so long that the work must be stoppable: `progress`,
@@ -11,7 +12,7 @@
 
 namespace quillmor {
 
-inline constexpr std::size_t kStoppablePieceSize = std::size_t{1024} * 1024;
+inline constexpr std::size_t kStoppablePieceSize = kMiB;
 
 /// Whether all of `text` is UTF-8.
 bool isValidUtf8(std::string_view text, const TaskProgress* progress,

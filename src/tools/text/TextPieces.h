@@ -27,12 +27,12 @@ inline std::string textWithRoomFor(std::size_t length) {
 template <typename Convert>
 void convertInPieces(std::span<const std::uint8_t> bytes, std::size_t pieceSize,
                      TaskProgress* progress, Convert convert) {
-  if (progress != nullptr) progress->setTotal(static_cast<std::int64_t>(bytes.size()));
+  if (progress != nullptr) progress->setTotal(std::ssize(bytes));
   while (!bytes.empty()) {
     if (progress != nullptr) progress->checkpoint();
     const auto piece = bytes.first(std::min(pieceSize, bytes.size()));
     convert(piece);
-    if (progress != nullptr) progress->advance(static_cast<std::int64_t>(piece.size()));
+    if (progress != nullptr) progress->advance(std::ssize(piece));
     bytes = bytes.subspan(piece.size());
   }
 }

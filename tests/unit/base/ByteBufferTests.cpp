@@ -9,12 +9,11 @@
 #include <vector>
 
 #include "base/ByteBlock.h"
+#include "base/ByteUnits.h"
 #include "support/MemoryProbes.h"
 
 namespace quillmor {
 namespace {
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 TEST(ByteBuffer, holdsTheBytesItWasMadeOf) {
   const ByteBuffer buffer{1, 2, 3};

@@ -73,5 +73,19 @@ TEST(HexText, coversTheWholeRange) {
   EXPECT_EQ(uppercaseHex(-1, 8), "FFFFFFFFFFFFFFFF");
 }
 
+TEST(HexText, hasTheFormsOfReports) {
+  EXPECT_EQ(hexText(std::uint8_t{0x0A}), "0x0A");
+  EXPECT_EQ(hexText(std::uint16_t{0x0A}), "0x000A");
+  EXPECT_EQ(offsetText(0x1F), "0x0000001F");
+  EXPECT_EQ(offsetText(0x123456789), "0x123456789");
+}
+
+TEST(HexText, hasTwoLowercaseDigitsForEveryByte) {
+  const std::vector<std::uint8_t> bytes = {0x00, 0x0F, 0xA0, 0xBC, 0xDE, 0xFF,
+                                           0x12, 0x34, 0x56, 0x78, 0x9A};
+  EXPECT_EQ(lowercaseHex(bytes), "000fa0bcdeff123456789a");
+  EXPECT_EQ(lowercaseHex({}), "");
+}
+
 }  // namespace
 }  // namespace quillmor

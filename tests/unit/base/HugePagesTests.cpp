@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 namespace {
-
-constexpr std::size_t kMiB = std::size_t{1024} * 1024;
 
 /// The system's flags of the mapping that `address` lies in; empty when there is none.
 std::string mappingFlags(const void* address) {

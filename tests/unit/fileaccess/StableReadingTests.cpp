@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "base/ByteUnits.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 
@@ -24,7 +25,6 @@ using test::failsWithPosix;
 using test::FaultySystemCalls;
 using test::SystemCall;
 
-constexpr std::size_t kMiB = 1048576;
 constexpr const char* kChanged = "The file changed while it was being read. Try again.";
 constexpr const char* kNotRegular = "Only regular files can be opened as binary documents.";
 
@@ -57,7 +57,7 @@ class StableReading : public test::FileAccessTest {
 TEST_F(StableReading, readsAWholeFileInChunksOfOneMebibyte) {
   EXPECT_EQ(contentOf(data), content);
   EXPECT_THAT(calls.requestedCounts(SystemCall::read),
-              testing::ElementsAre(kMiB, kMiB, std::size_t{12345}, std::size_t{1}));
+              testing::ElementsAre(kMiB, kMiB, 12345, 1));
 }
 
 TEST_F(StableReading, readsAnEmptyFile) {
@@ -387,7 +387,7 @@ TEST_F(StableReading, processesAFileWithoutKeepingIt) {
       });
   EXPECT_EQ(result.value, std::to_string(content.size()) + ":" + content);
   EXPECT_EQ(result.processedByteCount, static_cast<std::int64_t>(content.size()));
-  EXPECT_THAT(sizes, testing::ElementsAre(kMiB, kMiB, std::size_t{12345}));
+  EXPECT_THAT(sizes, testing::ElementsAre(kMiB, kMiB, 12345));
 }
 
 TEST_F(StableReading, processesAnEmptyFile) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "base/ByteUnits.h"
 #include "support/ErrorMatchers.h"
 #include "support/SearchFixture.h"
 
@@ -15,8 +16,6 @@ using test::rawCandidates;
 using test::SearchBytes;
 using test::searchBytes;
 using Hit = CandidateScanner::Hit;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 /// Occurrences that do not overlap.
 std::vector<Hit> walk(const SearchBytes& bytes, const std::vector<SearchCandidate>& candidateList,

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/ByteUnits.h"
 #include "search/SearchCandidates.h"
 #include "support/SearchFixture.h"
 #include "support/Stopping.h"
@@ -12,8 +13,6 @@ namespace {
 
 using Hit = CandidateScanner::Hit;
 using Hits = std::vector<Hit>;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 Hits occurrences(std::string_view text, std::initializer_list<std::string_view> candidateTexts,
                  const SearchRequest& request = exactRequest()) {

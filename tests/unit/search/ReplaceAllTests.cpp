@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidates.h"
@@ -20,8 +21,6 @@ using test::rawCandidates;
 using test::SearchBytes;
 using test::searchBytes;
 using testing::ElementsAre;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 ByteBuffer buffer(std::string_view text) {
   return ByteBuffer(searchBytes(text));

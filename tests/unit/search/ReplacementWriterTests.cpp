@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/ByteBlock.h"
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "support/ErrorMatchers.h"
 #include "support/SearchFixture.h"
@@ -14,7 +15,6 @@ namespace {
 using test::searchBytes;
 using testing::ElementsAre;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr const char* kBeyondAddresses =
     "Replace All output offset exceeded the supported address range.";
 

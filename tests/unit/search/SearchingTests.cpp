@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "search/SearchCandidates.h"
 #include "support/ErrorMatchers.h"
@@ -18,8 +19,6 @@ using test::foldingRequest;
 using test::rawCandidates;
 using test::SearchBytes;
 using test::searchBytes;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 std::optional<SearchPlan> planned(SearchDirection direction, bool advance, SearchOrigin origin) {
   return searchPlan(direction, advance, origin);

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "search/scan/ByteMatcher.h"
 #include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
@@ -19,8 +20,6 @@ namespace quillmor {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 /// 4,096 times `byte`, with 'B' at `place`.
 Bytes repeatedWithOneOther(std::uint8_t byte, std::int64_t place) {

@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "search/scan/ByteMatcher.h"
 #include "search/scan/NeedleSearch.h"
 #include "search/scan/WildcardHexPattern.h"
@@ -24,7 +25,6 @@ using Bytes = std::vector<std::uint8_t>;
 using Positions = std::vector<std::int64_t>;
 using Found = std::optional<std::int64_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::int64_t kLength = 40;
 const Bytes kNeedle(kLength, 'a');
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "search/CandidateScanner.h"
 #include "search/scan/NeedleSearch.h"
 #include "search/scan/WildcardHexPattern.h"
@@ -21,7 +22,6 @@ namespace {
 using test::WatchedKernel;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::int64_t kUsualBudget = 0x100000;
 
 /// A match that a kernel finds has been compared in full, which no account of comparisons in vain

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "base/ByteUnits.h"
 #include "search/typed/HexParser.h"
 #include "support/Stopping.h"
 
@@ -13,8 +14,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::Optional;
-
-constexpr std::size_t kMiB = std::size_t{1024} * 1024;
 
 std::string repeated(std::string_view text, std::size_t size) {
   std::string result;

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "kernels/ByteTally.h"
 #include "support/CommaLocale.h"
 #include "support/GuardedBytes.h"
@@ -24,8 +25,6 @@ using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
 const auto stops = testing::Throws<Error>(testing::Property(&Error::isStopped, true));
-
-constexpr std::size_t kMiB = 1024 * 1024;
 
 Bytes allValues() {
   Bytes bytes(256);
@@ -78,8 +77,8 @@ TEST(ByteTally, agreesWithAPlainLoopAtEveryAlignment) {
 /// From 8 MiB on the work is shared.
 TEST(ByteCounts, agreeWithAPlainLoopOnOneThreadAndOnTwo) {
   const Bytes random = test::randomBytes(8 * kMiB + 3, 4);
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kMiB + 1, 8 * kMiB + 3}) {
-    const View bytes = View(random).first(size);
+  for (const std::int64_t size : {std::int64_t{0}, std::int64_t{1}, kMiB + 1, 8 * kMiB + 3}) {
+    const View bytes = View(random).first(static_cast<std::size_t>(size));
     const ByteCounts expected = naiveCounts(bytes);
     TaskProgress progress;
     EXPECT_EQ(byteCounts(bytes, &progress), expected) << size;

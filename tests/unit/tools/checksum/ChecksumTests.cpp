@@ -1,3 +1,6 @@
+#include "base/ByteUnits.h"
+#include "base/MessageDigest.h"
+#include "kernels/Crc32Kernels.h"
 #include "tools/checksum/Checksum.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +18,6 @@
 #include "support/TemporaryFolder.h"
 #include "tools/analysis/ByteStatistics.h"
 #include "tools/checksum/ChecksumPasses.h"
-#include "tools/checksum/MessageDigest.h"
 
 namespace quillmor {
 namespace {
@@ -26,7 +28,7 @@ using View = std::span<const std::uint8_t>;
 
 const auto stops = testing::Throws<Error>(testing::Property(&Error::isStopped, true));
 
-constexpr std::size_t kMiB = 1024 * 1024;
+constexpr auto kCrc32Table = crc32ByteTable();
 
 View bytesOf(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -39,7 +41,7 @@ BasicValues naiveValues(View bytes) {
   std::uint32_t high = 0;
   std::uint32_t sum = 0;
   for (const std::uint8_t byte : bytes) {
-    crc = Checksum::crc32Table[(crc ^ byte) & 0xFF] ^ (crc >> 8);
+    crc = kCrc32Table[(crc ^ byte) & 0xFF] ^ (crc >> 8);
     low = (low + byte) % 65'521;
     high = (high + low) % 65'521;
     sum += byte;
@@ -143,19 +145,11 @@ TEST(BasicValues, cutTheByteSumTo8And16And32Bits) {
 }
 
 TEST(Crc32Table, isThatOfTheReflectedPolynomial) {
-  EXPECT_EQ(Checksum::crc32Table[0], 0U);
-  EXPECT_EQ(Checksum::crc32Table[1], 0x77073096U);
-  EXPECT_EQ(Checksum::crc32Table[2], 0xEE0E612CU);
-  EXPECT_EQ(Checksum::crc32Table[128], 0xEDB88320U);
-  EXPECT_EQ(Checksum::crc32Table[255], 0x2D02EF8DU);
-}
-
-TEST(LowercaseHex, hasTwoDigitsForEveryByte) {
-  const Bytes bytes = {0x00, 0x0F, 0xA0, 0xBC, 0xDE, 0xFF, 0x12, 0x34, 0x56, 0x78, 0x9A};
-  EXPECT_EQ(Checksum::lowercaseHex(bytes), "000fa0bcdeff123456789a");
-  EXPECT_EQ(Checksum::lowercaseHex({}), "");
-  EXPECT_EQ(std::string(Checksum::lowercaseHexDigits.begin(), Checksum::lowercaseHexDigits.end()),
-            "0123456789abcdef");
+  EXPECT_EQ(kCrc32Table[0], 0U);
+  EXPECT_EQ(kCrc32Table[1], 0x77073096U);
+  EXPECT_EQ(kCrc32Table[2], 0xEE0E612CU);
+  EXPECT_EQ(kCrc32Table[128], 0xEDB88320U);
+  EXPECT_EQ(kCrc32Table[255], 0x2D02EF8DU);
 }
 
 TEST(ChecksumReport, isAboutTheWholeDocumentWithoutSelection) {
@@ -228,7 +222,7 @@ TEST(RangeChecksumReport, saysThatTheRangeIsEmpty) {
 
 TEST(RangeChecksumReport, andTheReportOfASelectionSayTheSame) {
   const Bytes bytes = test::randomBytes(3 * kMiB + 5, 8);
-  const HexSelection range = {1001, 2 * static_cast<std::int64_t>(kMiB) + 77};
+  const HexSelection range = {1001, 2 * kMiB + 77};
   const std::string selected = reportOf(bytes, range);
   EXPECT_EQ(firstLines(selected, 2), "Selection 0x000003E9 - 0x00200435\nSize: 2097229 bytes");
   EXPECT_TRUE(withoutFirstLines(selected, 2) == withoutFirstLines(rangeReportOf(bytes, range), 2));
@@ -243,9 +237,9 @@ std::string digestOf(const char* algorithm, View bytes) {
 /// Sizes around the pieces that the passes work in, and around the size that is worth two threads.
 TEST(ChecksumPasses, comeToWhatOnePassOverAllBytesComesTo) {
   const Bytes random = test::randomBytes(2 * kMiB + 1, 23);
-  for (const std::size_t size : {1UL, kMiB / 8 - 1, kMiB / 8, kMiB / 8 + 1, kMiB / 2 - 1, kMiB / 2,
+  for (const std::int64_t size : {std::int64_t{1}, kMiB / 8 - 1, kMiB / 8, kMiB / 8 + 1, kMiB / 2 - 1, kMiB / 2,
                                  kMiB / 2 + 1, 2 * kMiB + 1}) {
-    const View bytes = View(random).first(size);
+    const View bytes = View(random).first(static_cast<std::size_t>(size));
     TaskProgress progress;
     const auto all = Checksum::allValues(ByteSource(bytes), progress);
     EXPECT_EQ(all.basic, naiveValues(bytes)) << size;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "support/ErrorMatchers.h"
 #include "support/ExporterFixture.h"
 #include "support/MemoryProbes.h"
@@ -14,8 +15,6 @@ namespace quillmor::test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-constexpr std::int64_t kMiB = 1024 * 1024;
 
 HexSelection allOf(std::span<const std::uint8_t> bytes) {
   return {0, static_cast<std::int64_t>(bytes.size())};

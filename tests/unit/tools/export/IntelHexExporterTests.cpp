@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "support/ErrorMatchers.h"
 #include "support/ExporterFixture.h"
 #include "support/MemoryProbes.h"
@@ -16,7 +17,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::size_t k4GiB = 4'294'967'296;
 constexpr const char* kTooMany = "Intel HEX export supports at most 4 GiB of addressable data.";
 

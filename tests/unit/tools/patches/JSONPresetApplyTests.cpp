@@ -5,6 +5,7 @@
 #include <random>
 #include <thread>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "document/Bookmarks.h"
 #include "support/ErrorMatchers.h"
@@ -22,7 +23,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Offsets = std::vector<std::int64_t>;
 
-constexpr std::int64_t kMiB = 1024 * 1024;
 constexpr std::int64_t kNoLimit = kMaxInt64;
 constexpr const char* kGrowsTooMuch = "JSON preset output would grow too much to process safely.";
 

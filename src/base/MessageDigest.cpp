@@ -1,4 +1,4 @@
-#include "tools/checksum/MessageDigest.h"
+#include "base/MessageDigest.h"
 
 #include <openssl/evp.h>
 
@@ -6,7 +6,7 @@
 #include <new>
 
 #include "base/Error.h"
-#include "tools/checksum/Checksum.h"
+#include "base/HexText.h"
 
 namespace quillmor {
 namespace {
@@ -55,7 +55,7 @@ std::string MessageDigest::finished() {
   std::array<std::uint8_t, EVP_MAX_MD_SIZE> digest{};
   unsigned int length = 0;
   check(EVP_DigestFinal_ex(state_->context.get(), digest.data(), &length), state_->name);
-  return Checksum::lowercaseHex(std::span(digest).first(length));
+  return lowercaseHex(std::span(digest).first(length));
 }
 
 }  // namespace quillmor

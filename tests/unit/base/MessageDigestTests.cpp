@@ -1,4 +1,3 @@
-#include "tools/checksum/MessageDigest.h"
 
 #include <openssl/evp.h>
 
@@ -6,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/MessageDigest.h"
 #include "support/ErrorMatchers.h"
 #include "tools/checksum/Checksum.h"
 
