@@ -27,16 +27,17 @@
 
 #include "base/ByteBuffer.h"
 #include "base/ByteUnits.h"
-#include "search/scan/ByteMatcher.h"
 #include "search/scan/ByteSearch.h"
+#include "search/scan/SearchLimits.h"
 #include "search/scan/WildcardHexPattern.h"
 
 namespace {
 
 using quillmor::ByteBuffer;
-using quillmor::ByteMatcher;
 using quillmor::kMiB;
+using quillmor::Matcher;
 using quillmor::ScanPath;
+using quillmor::ScopedSearchLimits;
 using quillmor::SearchLimits;
 using quillmor::WildcardHexPattern;
 using Bytes = std::vector<std::uint8_t>;
@@ -76,7 +77,8 @@ void fillRandom(std::span<std::uint8_t> bytes) {
   for (const std::string_view text : kWildcards) {
     const auto pattern = *WildcardHexPattern::parse(text);
     std::int64_t from = 0;
-    while (const auto at = pattern.firstMatchWrapped(bytes, from)) {
+    quillmor::TaskProgress progress;
+    while (const auto at = pattern.firstMatchWrapped(bytes, from, progress)) {
       bytes[static_cast<std::size_t>(*at)] ^= 1;
       from = *at;
     }
@@ -227,8 +229,9 @@ Bytes absentNeedle(Data data, std::size_t length) {
 
 Search needleSearch(const Bytes& needle, bool backwards, bool folds, const SearchLimits& limits) {
   return [=](View bytes) {
-    return quillmor::ByteSearch::detail::index(needle, bytes, backwards ? std::ssize(bytes) : 0,
-                                               backwards, folds, limits);
+    const ScopedSearchLimits scope(limits);
+    return quillmor::ByteSearch::index(needle, bytes, backwards ? std::ssize(bytes) : 0, backwards,
+                                       folds);
   };
 }
 
@@ -242,8 +245,12 @@ void add(const std::string& name, void (*function)(benchmark::State&, Arguments.
       ->Unit(benchmark::kMillisecond);
 }
 
+SearchLimits limitsOf(ScanPath path) {
+  return {.kernel = &quillmor::scanKernel(path)};
+}
+
 void addAbsent(Data data, ScanPath path) {
-  const SearchLimits limits = {.path = path};
+  const SearchLimits limits = limitsOf(path);
   const std::string prefix = std::string(nameOf(data)) + "/" + nameOf(path) + "/absent";
   for (const std::size_t length : {8, 15}) {
     const Bytes needle = absentNeedle(data, length);
@@ -264,7 +271,9 @@ void countFrequent(benchmark::State& state, ScanPath path) {
     const View bytes = document(Data::frequent);
     std::int64_t count = 0;
     const double seconds = bestSeconds(3, [&] {
-      ByteMatcher matcher(bytesOf("q."), false, {.path = path});
+      const ScopedSearchLimits scope(limitsOf(path));
+      const Bytes needle = bytesOf("q.");
+      Matcher matcher(needle, false);
       count = 0;
       const std::int64_t last = std::ssize(bytes);
       for (auto at = matcher.first(bytes, 0, last); at; at = matcher.first(bytes, *at + 2, last))
@@ -281,7 +290,9 @@ void collectFrequent(benchmark::State& state, ScanPath path) {
     const View bytes = document(Data::frequent);
     std::int64_t count = 0;
     const double seconds = bestSeconds(3, [&] {
-      ByteMatcher matcher(bytesOf("q."), false, {.path = path});
+      const ScopedSearchLimits scope(limitsOf(path));
+      const Bytes needle = bytesOf("q.");
+      Matcher matcher(needle, false);
       quillmor::MatchList list;
       count = 0;
       std::int64_t from = 0;
@@ -299,8 +310,9 @@ void collectFrequent(benchmark::State& state, ScanPath path) {
 Search wildcardSearch(std::string_view text, const SearchLimits& limits) {
   const auto pattern = *WildcardHexPattern::parse(text);
   return [=](View bytes) {
+    const ScopedSearchLimits scope(limits);
     quillmor::TaskProgress progress;
-    return pattern.firstMatchWrapped(bytes, 0, progress, limits);
+    return pattern.firstMatchWrapped(bytes, 0, progress);
   };
 }
 
@@ -308,7 +320,7 @@ void addWildcards(Data data, ScanPath path) {
   const std::string prefix = std::string(nameOf(data)) + "/" + nameOf(path) + "/wildcard/";
   for (const std::string_view text : kWildcards) {
     add<Data, const Search&>(prefix + std::string(text, 0, 2), absent, data,
-                             wildcardSearch(text, {.path = path}));
+                             wildcardSearch(text, limitsOf(path)));
   }
 }
 

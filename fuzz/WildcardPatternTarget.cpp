@@ -162,17 +162,17 @@ Haystack haystackOf(const Recipe& recipe, const Pattern& pattern) {
 
 void checkSearch(const Pattern& pattern, const Haystack& haystack, std::int64_t from,
                  std::int64_t to) {
-  const auto plan = pattern.anchorPlan(haystack);
-  checkPlan(pattern, haystack, plan);
+  checkPlan(pattern, haystack, pattern.anchorPlan(haystack, TaskProgress()));
+  TaskProgress progress;
   const bool isSearchable = pattern.anchorRange().has_value();
   checkPrecondition(
-      pattern.firstMatch(haystack, {.lowerBound = from, .upperBound = to}, plan) ==
+      pattern.firstMatch(haystack, {.lowerBound = from, .upperBound = to}, progress) ==
           (isSearchable ? obviousMatch(pattern, haystack, from, to - 1) : std::nullopt),
       "The first match in a range is found");
   auto wrapped = obviousMatch(pattern, haystack, from, std::ssize(haystack));
   if (!wrapped) wrapped = obviousMatch(pattern, haystack, 0, from - 1);
-  checkPrecondition(pattern.firstMatchWrapped(haystack, from) == wrapped,
-                    "The first match behind the start is found, else the first before it");
+  checkPrecondition(pattern.firstMatchWrapped(haystack, from, progress) == wrapped,
+                    "The first match after the start is found, else the first before it");
 }
 
 }  // namespace

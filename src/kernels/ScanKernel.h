@@ -85,8 +85,6 @@ struct ScanState {
   int culpritCount = 0;
   /// With a limit of 1 or more the rows of the pattern's `FitTable`.
   const std::uint64_t* const* fits = nullptr;
-  /// All comparisons ever made in vain.
-  std::int64_t comparisons = 0;
 };
 
 struct ScanResult {

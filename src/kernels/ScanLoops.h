@@ -412,7 +412,6 @@ class Scan {
   ScanResult settled(ScanResult result, std::int64_t reached) {
     if (result.outcome != ScanResult::Outcome::absent) reached = result.position;
     state_.allowance = allowanceLeft(reached);
-    state_.comparisons += spent_;
     return result;
   }
 

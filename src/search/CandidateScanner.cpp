@@ -32,8 +32,7 @@ std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateLis
 
 CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                                    const std::vector<SearchCandidate>& candidateList,
-                                   bool ignoresASCIICase, std::int64_t start,
-                                   const SearchLimits& limits)
+                                   bool ignoresASCIICase, std::int64_t start)
     : haystack_(haystack), pieceBytes_(searchedPieceBytes(candidateList)), reported_(start) {
   cursors_.reserve(candidateList.size());
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
@@ -43,7 +42,7 @@ CandidateScanner::CandidateScanner(std::span<const std::uint8_t> haystack,
                         .length = std::ssize(bytes),
                         .searchedTo = start,
                         .list = {},
-                        .matcher = ByteMatcher(bytes, ignoresASCIICase, limits)});
+                        .matcher = Matcher(bytes, ignoresASCIICase)});
   }
   std::ranges::stable_sort(cursors_, std::ranges::greater{}, &Cursor::length);
 }

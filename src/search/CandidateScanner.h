@@ -8,7 +8,7 @@
 
 #include "base/TaskProgress.h"
 #include "search/SearchCandidate.h"
-#include "search/scan/ByteMatcher.h"
+#include "search/scan/Matcher.h"
 
 namespace quillmor {
 
@@ -36,7 +36,7 @@ class CandidateScanner {
   /// For a walk that begins at `start`, 0 or more.
   CandidateScanner(std::span<const std::uint8_t> haystack,
                    const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
-                   std::int64_t start = 0, const SearchLimits& limits = {});
+                   std::int64_t start = 0);
 
   /// The earliest occurrence of any candidate at or behind `position`: that of the call before, or
   /// the end of the occurrence it found; `start` at first. Where several begin, the longest; among
@@ -58,7 +58,7 @@ class CandidateScanner {
     MatchList list;               ///< occurrences found at a time
     int listed = 0;               ///< how many of the list have been passed
     std::int64_t passedEnd = 0;   ///< where the last one passed ends
-    ByteMatcher matcher;
+    Matcher matcher;
   };
 
   Cursor* earliestBehind(std::int64_t position);

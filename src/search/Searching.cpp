@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/SaturatingMath.h"
-#include "search/scan/ByteMatcher.h"
+#include "search/scan/ByteSearch.h"
 
 namespace quillmor {
 
@@ -60,7 +60,7 @@ class BackwardSearch {
 
   std::span<const std::uint8_t> haystack_;
   std::int64_t pieceBytes_;
-  std::vector<ByteMatcher> matchers_;
+  std::vector<Matcher> matchers_;
 };
 
 }  // namespace
@@ -128,7 +128,7 @@ std::optional<SearchMatch> selectionMatch(std::span<const std::uint8_t> bytes,
   if (selection.length <= 0) return std::nullopt;
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
     if (std::cmp_not_equal(candidateList[i].bytes.size(), selection.length)) continue;
-    ByteMatcher matcher(candidateList[i].bytes, request.ignoresASCIICase());
+    Matcher matcher(candidateList[i].bytes, request.ignoresASCIICase());
     if (!matcher.first(bytes, selection.start, selection.start)) continue;
     return matchOf(bytes, request, candidateList, i, selection.start);
   }

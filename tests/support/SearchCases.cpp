@@ -4,18 +4,17 @@
 
 namespace quillmor {
 
-std::vector<ScanPath> availableScanPaths() {
-  std::vector<ScanPath> paths = {ScanPath::portable};
-  for (const ScanPath path : {ScanPath::sse2, ScanPath::avx2}) {
-    if (isAvailable(path)) paths.push_back(path);
+std::vector<SearchLimits> everyKernel() {
+  std::vector<SearchLimits> all;
+  for (const ScanPath path : {ScanPath::portable, ScanPath::sse2, ScanPath::avx2}) {
+    if (isAvailable(path)) all.push_back({.kernel = &scanKernel(path)});
   }
-  return paths;
+  return all;
 }
 
 std::vector<SearchLimits> everyKindOfLimits() {
-  std::vector<SearchLimits> all;
-  for (const ScanPath path : availableScanPaths()) all.push_back({.path = path});
-  all.push_back({.path = ScanPath::portable, .workBudget = 40});
+  std::vector<SearchLimits> all = everyKernel();
+  all.push_back({.kernel = &scanKernel(ScanPath::portable), .workBudget = 40});
   all.push_back({.workBudget = 40});
   all.push_back({.workBudget = 0});
   return all;

@@ -8,10 +8,10 @@
 
 namespace quillmor {
 
-/// The scan paths that this machine has.
-std::vector<ScanPath> availableScanPaths();
+/// The limits of every kernel that this machine can run.
+std::vector<SearchLimits> everyKernel();
 
-/// Limits that make searches go every way they can: by each path, with a budget that is soon used
+/// Limits that make searches go every way they can: by each kernel, with a budget that is soon used
 /// up, and by the linear search alone.
 std::vector<SearchLimits> everyKindOfLimits();
 

@@ -19,13 +19,28 @@ constexpr std::array<std::uint8_t, 256> kFolded = [] {
   return folded;
 }();
 
-template <bool kFolds>
-std::uint8_t comparable(std::uint8_t byte) {
-  return kFolds ? kFolded[byte] : byte;
-}
+/// Bytes as they are read in one direction and compared, from a first one on.
+template <bool kFolds, Direction kDirection>
+class Reading {
+ public:
+  explicit Reading(const std::uint8_t* first) : first_(first) {}
+
+  /// All of `needle`.
+  explicit Reading(Bytes needle)
+      : first_(kDirection == Direction::forward ? needle.data()
+                                                : needle.data() + needle.size() - 1) {}
+
+  std::uint8_t operator[](std::int64_t index) const {
+    const std::uint8_t byte = *(kDirection == Direction::forward ? first_ + index : first_ - index);
+    return kFolds ? kFolded[byte] : byte;
+  }
+
+ private:
+  const std::uint8_t* first_;
+};
 
 /// Calls `work(begin, end)` for one part of 0...`count` after the other until it returns true, and
-/// asks `check` before each of them.
+/// runs `check` before each of them.
 template <class Work>
 void forEachPart(std::int64_t count, StopCheck check, const Work& work) {
   for (std::int64_t begin = 0; begin < count; begin += StopCheck::kInterval) {
@@ -34,82 +49,54 @@ void forEachPart(std::int64_t count, StopCheck check, const Work& work) {
   }
 }
 
-/// A needle as it is read in one direction.
-template <bool kFolds, Direction kDirection>
-class DirectedNeedle {
- public:
-  explicit DirectedNeedle(Bytes needle)
-      : begin_(kDirection == Direction::forward ? needle.data()
-                                                : needle.data() + needle.size() - 1) {}
-
-  std::uint8_t operator[](std::size_t index) const {
-    const auto step = static_cast<std::ptrdiff_t>(index);
-    return comparable<kFolds>(*(kDirection == Direction::forward ? begin_ + step : begin_ - step));
-  }
-
- private:
-  const std::uint8_t* begin_;
-};
-
-/// How many bytes of the needle the haystack ends with, after one more byte of it.
+/// How many bytes of the needle match up to and including `byte`, when `matched` did before it.
 template <class Needle>
-std::size_t advanced(const Needle& needle, const std::uint32_t* table, std::size_t matched,
-                     std::uint8_t byte) {
+std::int64_t advanced(const Needle& needle, const std::uint32_t* table, std::int64_t matched,
+                      std::uint8_t byte) {
   while (matched > 0 && needle[matched] != byte) matched = table[matched - 1];
   return needle[matched] == byte ? matched + 1 : matched;
 }
 
 template <bool kFolds, Direction kDirection>
 FailureTable makeTable(Bytes bytes, StopCheck check) {
-  const DirectedNeedle<kFolds, kDirection> needle(bytes);
+  const Reading<kFolds, kDirection> needle(bytes);
+  const std::int64_t length = std::ssize(bytes);
   FailureTable table;
   table.reserve(bytes.size());
-  table.push_back(0);
-  forEachPart(std::ssize(bytes), check, [&](std::int64_t, std::int64_t end) {
-    std::size_t matched = table.back();
-    for (std::size_t i = table.size(); i < static_cast<std::size_t>(end); ++i) {
-      matched = advanced(needle, table.data(), matched, needle[i]);
-      table.push_back(static_cast<std::uint32_t>(matched));
+  std::int64_t border = 0;  // the longest proper prefix of the bytes read that also ends them
+  forEachPart(length, check, [&](std::int64_t begin, std::int64_t end) {
+    for (std::int64_t i = begin; i < end; ++i) {
+      if (i > 0) border = advanced(needle, table.data(), border, needle[i]);
+      const bool failsAlike = border > 0 && i + 1 < length && needle[border] == needle[i + 1];
+      table.push_back(failsAlike ? table[static_cast<std::size_t>(border - 1)]
+                                 : static_cast<std::uint32_t>(border));
     }
     return false;
   });
   return table;
 }
 
-/// After `length` bytes the needle goes on as it does after `border` bytes, so a byte that differed
-/// in the one place differs in the other. Entries of shorter lengths are shortcuts already.
-template <bool kFolds, Direction kDirection>
-void shorten(FailureTable& table, Bytes bytes, StopCheck check) {
-  const DirectedNeedle<kFolds, kDirection> needle(bytes);
-  forEachPart(std::ssize(table) - 1, check, [&](std::int64_t begin, std::int64_t end) {
-    for (auto i = static_cast<std::size_t>(begin); i < static_cast<std::size_t>(end); ++i) {
-      const std::uint32_t border = table[i];
-      if (border > 0 && needle[border] == needle[i + 1]) table[i] = table[border - 1];
-    }
-    return false;
-  });
-}
-
-template <bool kFolds>
-std::optional<std::int64_t> firstMatch(Bytes bytes, const FailureTable& table, Bytes haystack,
-                                       std::int64_t from, std::int64_t through,
-                                       PositionPredicate accepting, StopCheck check) {
-  const DirectedNeedle<kFolds, Direction::forward> needle(bytes);
+/// Reads `count` bytes of the haystack from `start` on. Returns the index of the byte that
+/// completes the first match that `accepting(index)` returns true for.
+template <bool kFolds, Direction kDirection, class Accepting>
+std::optional<std::int64_t> completion(Bytes bytes, const FailureTable& table,
+                                       const std::uint8_t* start, std::int64_t count,
+                                       const Accepting& accepting, StopCheck check) {
+  const Reading<kFolds, kDirection> needle(bytes);
+  const Reading<kFolds, kDirection> haystack(start);
   const std::int64_t length = std::ssize(bytes);
-  const std::uint8_t* const start = haystack.data() + from;
-  std::size_t matchedBefore = 0;
+  std::int64_t matchedBefore = 0;
   std::optional<std::int64_t> found;
-  forEachPart(through + length - from, check, [&](std::int64_t begin, std::int64_t end) {
-    std::size_t matched = matchedBefore;
+  forEachPart(count, check, [&](std::int64_t begin, std::int64_t end) {
+    std::int64_t matched = matchedBefore;
     for (std::int64_t i = begin; i < end; ++i) {
-      matched = advanced(needle, table.data(), matched, comparable<kFolds>(start[i]));
-      if (matched < bytes.size()) continue;
-      const std::int64_t position = from + i - length + 1;
-      if (accepting(position)) {
-        found = position;
+      matched = advanced(needle, table.data(), matched, haystack[i]);
+      if (matched < length) continue;
+      if (accepting(i)) {
+        found = i;
         return true;
       }
-      matched = table[matched - 1];
+      matched = table.back();
     }
     matchedBefore = matched;
     return false;
@@ -118,25 +105,27 @@ std::optional<std::int64_t> firstMatch(Bytes bytes, const FailureTable& table, B
 }
 
 template <bool kFolds>
-std::optional<std::int64_t> lastMatch(Bytes bytes, const FailureTable& table, Bytes haystack,
+std::optional<std::int64_t> firstMatch(Bytes needle, const FailureTable& table, Bytes haystack,
+                                       std::int64_t from, std::int64_t through,
+                                       const std::function<bool(std::int64_t)>& accepting,
+                                       StopCheck check) {
+  const std::int64_t toPosition = from - std::ssize(needle) + 1;
+  const auto found = completion<kFolds, Direction::forward>(
+      needle, table, haystack.data() + from, through + std::ssize(needle) - from,
+      [&](std::int64_t i) { return accepting(toPosition + i); }, check);
+  if (!found) return std::nullopt;
+  return toPosition + *found;
+}
+
+template <bool kFolds>
+std::optional<std::int64_t> lastMatch(Bytes needle, const FailureTable& table, Bytes haystack,
                                       std::int64_t from, std::int64_t through, StopCheck check) {
-  const DirectedNeedle<kFolds, Direction::backward> needle(bytes);
-  const std::int64_t last = through + std::ssize(bytes) - 1;
-  const std::uint8_t* const start = haystack.data() + last;
-  std::size_t matchedBefore = 0;
-  std::optional<std::int64_t> found;
-  forEachPart(last - from + 1, check, [&](std::int64_t begin, std::int64_t end) {
-    std::size_t matched = matchedBefore;
-    for (std::int64_t i = begin; i < end; ++i) {
-      matched = advanced(needle, table.data(), matched, comparable<kFolds>(*(start - i)));
-      if (matched < bytes.size()) continue;
-      found = last - i;
-      return true;
-    }
-    matchedBefore = matched;
-    return false;
-  });
-  return found;
+  const std::int64_t last = through + std::ssize(needle) - 1;
+  const auto found = completion<kFolds, Direction::backward>(
+      needle, table, haystack.data() + last, last - from + 1, [](std::int64_t) { return true; },
+      check);
+  if (!found) return std::nullopt;
+  return last - *found;
 }
 
 }  // namespace
@@ -150,19 +139,10 @@ FailureTable failureTable(Bytes needle, bool folds, Direction direction, StopChe
                : makeTable<false, Direction::backward>(needle, check);
 }
 
-void addShortcuts(FailureTable& table, Bytes needle, bool folds, Direction direction,
-                  StopCheck check) {
-  if (direction == Direction::forward) {
-    return folds ? shorten<true, Direction::forward>(table, needle, check)
-                 : shorten<false, Direction::forward>(table, needle, check);
-  }
-  return folds ? shorten<true, Direction::backward>(table, needle, check)
-               : shorten<false, Direction::backward>(table, needle, check);
-}
-
 std::optional<std::int64_t> first(Bytes needle, const FailureTable& forward, bool folds,
                                   Bytes haystack, std::int64_t from, std::int64_t through,
-                                  PositionPredicate accepting, StopCheck check) {
+                                  const std::function<bool(std::int64_t)>& accepting,
+                                  StopCheck check) {
   return folds ? firstMatch<true>(needle, forward, haystack, from, through, accepting, check)
                : firstMatch<false>(needle, forward, haystack, from, through, accepting, check);
 }

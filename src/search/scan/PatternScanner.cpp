@@ -5,6 +5,7 @@
 
 #include "base/SaturatingMath.h"
 #include "search/scan/ProbeChoice.h"
+#include "search/scan/SearchLimits.h"
 
 namespace quillmor {
 
@@ -43,26 +44,23 @@ Part nextPart(std::int64_t from, std::int64_t through) {
 
 }  // namespace
 
-const ScanKernel& PatternScanner::kernel() const {
-  return limits_.kernel != nullptr ? *limits_.kernel : scanKernel(limits_.path);
-}
-
-/// What is found out about a pattern once.
-void PatternScanner::prepare(const PatternView& pattern) {
-  if (filter_.count > 0) return;
-  filter_ = usualProbes(pattern);
-  enterStage(0, pattern);
+PatternScanner::PatternScanner(const PatternView& pattern)
+    : pattern_(pattern),
+      kernel_(SearchLimits::current().kernel),
+      workBudget_(SearchLimits::current().workBudget),
+      filter_(usualProbes(pattern)) {
+  enterStage(0);
 }
 
 /// Makes room for culprits, which ordinary data has no need of.
-void PatternScanner::prepareForCulprits(const PatternView& pattern) {
-  if (fits_ || pattern.kind != PatternKind::masked) return;
-  fits_ = std::make_unique<const FitTable>(pattern);
+void PatternScanner::prepareForCulprits() {
+  if (fits_ || pattern_.kind != PatternKind::masked) return;
+  fits_ = std::make_unique<const FitTable>(pattern_);
   // Looking at them takes a part of the time that comparing all bytes would take.
   constexpr std::int64_t kBytesForEach = 4;
   constexpr std::int64_t kMost = 1024;
   std::int64_t bytes = 0;
-  for (std::int64_t at = 0; at < pattern.length; ++at) bytes += isConcrete(pattern, at) ? 1 : 0;
+  for (std::int64_t at = 0; at < pattern_.length; ++at) bytes += isConcrete(pattern_, at) ? 1 : 0;
   culprits_.resize(
       static_cast<std::size_t>(std::clamp<std::int64_t>(bytes / kBytesForEach, 8, kMost)));
   state_.culprits = culprits_.data();
@@ -70,89 +68,82 @@ void PatternScanner::prepareForCulprits(const PatternView& pattern) {
   state_.fits = fits_->rows();
 }
 
-void PatternScanner::enterStage(int stage, const PatternView& pattern) {
-  stage_ = limits_.workBudget == 0 ? kLastStage : stage;
-  if (stage_ > 0) prepareForCulprits(pattern);
-  std::int64_t comparisons = limits_.workBudget;
+void PatternScanner::enterStage(int stage) {
+  stage_ = workBudget_ == 0 ? kLastStage : stage;
+  if (stage_ > 0) prepareForCulprits();
+  std::int64_t comparisons = workBudget_;
   state_.credit = kLastCredit;
   if (stage_ < kLastStage) {
     const Patience& patience = kPatience[static_cast<std::size_t>(stage_)];
     comparisons = std::min(comparisons,
-                           std::max(patience.comparisons, kPatienceForEachByte * pattern.length));
+                           std::max(patience.comparisons, kPatienceForEachByte * pattern_.length));
     state_.credit = patience.credit;
   }
   greatestAllowance_ = comparisons * 16;
-  state_.allowance = limits_.workBudget == 0 ? -1 : greatestAllowance_;
+  state_.allowance = workBudget_ == 0 ? -1 : greatestAllowance_;
 }
 
-void PatternScanner::reject(const PatternView& pattern) {
-  if (filter_.provesMatch) return;
-  state_.allowance -= 16 * pattern.length;
-  state_.comparisons += pattern.length;
+void PatternScanner::reject() {
+  if (!filter_.provesMatch) state_.allowance -= 16 * pattern_.length;
+}
+
+ScanTask PatternScanner::taskFor(std::span<const std::uint8_t> haystack, MatchList* list) const {
+  return {.pattern = pattern_,
+          .filter = filter_,
+          .haystack = haystack.data(),
+          .last = std::ssize(haystack) - pattern_.length,
+          .list = list};
 }
 
 template <bool kIsForward>
-ScanResult PatternScanner::scan(const PatternView& pattern, std::span<const std::uint8_t> haystack,
-                                std::int64_t from, std::int64_t through, StopCheck check,
-                                MatchList* list) {
-  prepare(pattern);
-  const ScanTask task = {.pattern = pattern,
-                         .filter = filter_,
-                         .haystack = haystack.data(),
-                         .last = std::ssize(haystack) - pattern.length,
-                         .list = list};
+ScanResult PatternScanner::scan(std::span<const std::uint8_t> haystack, std::int64_t from,
+                                std::int64_t through, StopCheck check, MatchList* list) {
+  const ScanTask task = taskFor(haystack, list);
   while (from <= through) {
     check();
     const Part part = nextPart<kIsForward>(from, through);
     ScanResult result = {Outcome::exhausted, kIsForward ? from : through};
     if (state_.allowance >= 0) {
-      result = (kIsForward ? kernel().forward : kernel().backward)(task, part.from, part.through,
+      result = (kIsForward ? kernel_->forward : kernel_->backward)(task, part.from, part.through,
                                                                    state_);
       state_.allowance = std::min(state_.allowance, greatestAllowance_);
     }
     if (result.outcome == Outcome::found) return result;
     if (result.outcome == Outcome::absent) {
       result.position = kIsForward ? part.through + 1 : part.from - 1;
-      if (list != nullptr) result.position = list->freeFrom(result.position, pattern.length);
+      if (list != nullptr) result.position = list->freeFrom(result.position, pattern_.length);
     } else if (stage_ == kLastStage) {
       return result;
     } else {
-      enterStage(stage_ + 1, pattern);
-      filter_ = sampledProbes(pattern, haystack, result.position, state_.failedOffset);
+      enterStage(stage_ + 1);
+      filter_ = sampledProbes(pattern_, haystack, result.position, state_.failedOffset);
     }
     (kIsForward ? from : through) = result.position;
   }
   return {};
 }
 
-ScanResult PatternScanner::first(const PatternView& pattern, std::span<const std::uint8_t> haystack,
-                                 std::int64_t from, std::int64_t through, StopCheck check) {
-  return scan<true>(pattern, haystack, from, through, check);
+ScanResult PatternScanner::first(std::span<const std::uint8_t> haystack, std::int64_t from,
+                                 std::int64_t through, StopCheck check) {
+  return scan<true>(haystack, from, through, check);
 }
 
-ScanResult PatternScanner::collect(const PatternView& pattern,
-                                   std::span<const std::uint8_t> haystack, std::int64_t from,
+ScanResult PatternScanner::collect(std::span<const std::uint8_t> haystack, std::int64_t from,
                                    std::int64_t through, MatchList& list, StopCheck check) {
-  return scan<true>(pattern, haystack, from, through, check, &list);
+  return scan<true>(haystack, from, through, check, &list);
 }
 
-ScanResult PatternScanner::last(const PatternView& pattern, std::span<const std::uint8_t> haystack,
-                                std::int64_t from, std::int64_t through, StopCheck check) {
-  return scan<false>(pattern, haystack, from, through, check);
+ScanResult PatternScanner::last(std::span<const std::uint8_t> haystack, std::int64_t from,
+                                std::int64_t through, StopCheck check) {
+  return scan<false>(haystack, from, through, check);
 }
 
-std::optional<std::int64_t> PatternScanner::firstAtAnyCost(const PatternView& pattern,
-                                                           std::span<const std::uint8_t> haystack,
+std::optional<std::int64_t> PatternScanner::firstAtAnyCost(std::span<const std::uint8_t> haystack,
                                                            std::int64_t from,
                                                            std::int64_t through) {
-  prepare(pattern);
-  const ScanTask task = {.pattern = pattern,
-                         .filter = filter_,
-                         .haystack = haystack.data(),
-                         .last = std::ssize(haystack) - pattern.length};
   const std::int64_t allowance = state_.allowance;
   state_.allowance = kMaxInt64 / 2;
-  const ScanResult result = kernel().forward(task, from, through, state_);
+  const ScanResult result = kernel_->forward(taskFor(haystack, nullptr), from, through, state_);
   state_.allowance = allowance;
   if (result.outcome == Outcome::found) return result.position;
   return std::nullopt;

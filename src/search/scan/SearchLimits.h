@@ -6,22 +6,35 @@
 
 namespace quillmor {
 
-/// How a search works. Only tests and benchmarks ask for other limits than these.
+/// How searches work. Each search takes the limits of the thread that makes it.
 struct SearchLimits {
-  ScanPath path = fastestScanPath();
-  /// Comparisons made in vain, beyond four for each position passed, before a search turns to the
-  /// one that is linear whatever the data. That one takes over for a stretch of the haystack, then
-  /// the budget is given anew. With 0 there is no other search than the linear one. At most 2^58.
+  /// What scans; outlives the searches.
+  const ScanKernel* kernel = &scanKernel(fastestScanPath());
+  /// Bytes that may be compared in vain, beyond four for each position passed, before the linear
+  /// search takes over for a stretch of the haystack. Then the budget is given anew. With 0 there
+  /// is no scan at all. At most 2^58.
   std::int64_t workBudget = 0x100000;
-  /// How many positions the linear search takes over before scanning is tried again, because the
-  /// data may be of another kind by then; four times the needle's length if that is more.
+  /// The positions of such a stretch; four times the needle's length if that is more.
   std::int64_t linearStretch = std::int64_t{4} * 1024 * 1024;
-  /// Needles of two and more bytes that are longer than this are never found: the entries of the
-  /// table that the linear search needs have 32 bits.
+  /// Longer needles are never found, unless they have one byte: the table of the linear search has
+  /// entries of 32 bits.
   std::int64_t longestNeedle = 4'294'967'295;
-  /// Scans in the place of the kernel of `path`, which need not be available then; outlives the
-  /// search. A test sees here what is scanned.
-  const ScanKernel* kernel = nullptr;
+
+  /// Those of this thread: the usual ones unless a `ScopedSearchLimits` is alive.
+  static const SearchLimits& current();
+};
+
+/// Gives the searches that this thread makes other limits for as long as it lives.
+class ScopedSearchLimits {
+ public:
+  explicit ScopedSearchLimits(const SearchLimits& limits);
+  ~ScopedSearchLimits();
+  ScopedSearchLimits(const ScopedSearchLimits&) = delete;
+  ScopedSearchLimits& operator=(const ScopedSearchLimits&) = delete;
+
+ private:
+  SearchLimits limits_;
+  const SearchLimits* previous_;
 };
 
 }  // namespace quillmor

@@ -6,7 +6,6 @@
 
 #include "base/HexText.h"
 #include "base/Unicode.h"
-#include "search/scan/WildcardSearch.h"
 
 namespace quillmor {
 
@@ -143,12 +142,6 @@ bool WildcardHexPattern::hasManyShortRuns() const {
 }
 
 WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
-    std::span<const std::uint8_t> haystack) const {
-  TaskProgress progress;
-  return anchorPlan(haystack, progress);
-}
-
-WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
     std::span<const std::uint8_t> haystack, const TaskProgress& progress) const {
   if (!hasManyShortRuns()) {
     return Anchored{.exactBytes = anchorBytes(),
@@ -164,50 +157,6 @@ WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
   if (counts[byteAt(rarest)] == 0) return Impossible{};
   return Anchored{
       .exactBytes = {byteAt(rarest)}, .patternOffset = rarest, .skippedRange = std::nullopt};
-}
-
-std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
-                                                           Range candidateRange,
-                                                           const AnchorPlan& plan) const {
-  TaskProgress progress;
-  return firstMatch(haystack, candidateRange, plan, progress);
-}
-
-std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
-                                                           Range candidateRange,
-                                                           const AnchorPlan& plan,
-                                                           TaskProgress& progress,
-                                                           const SearchLimits& limits) const {
-  if (!anchorRange_ || std::holds_alternative<Impossible>(plan)) return std::nullopt;
-  WildcardSearch search(*this, haystack, progress, limits);
-  search.usePlan(plan);
-  const std::int64_t last = std::ssize(haystack) - length();
-  const std::int64_t from = std::max<std::int64_t>(candidateRange.lowerBound, 0);
-  if (candidateRange.upperBound <= from || last < from) return std::nullopt;
-  const std::int64_t through = std::min(candidateRange.upperBound - 1, last);
-  progress.setTotal(through - from + 1);
-  return search.first(from, through);
-}
-
-std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
-    std::span<const std::uint8_t> haystack, std::int64_t from) const {
-  TaskProgress progress;
-  return firstMatchWrapped(haystack, from, progress);
-}
-
-std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
-    std::span<const std::uint8_t> haystack, std::int64_t from, TaskProgress& progress,
-    const SearchLimits& limits) const {
-  const std::int64_t last = std::ssize(haystack) - length();
-  if (last < 0) return std::nullopt;
-  if (!anchorRange_) return from >= 0 && from <= last ? from : 0;
-  progress.setTotal(last + 1);
-  WildcardSearch search(*this, haystack, progress, limits);
-  if (from <= last) {
-    if (const auto found = search.first(std::max<std::int64_t>(from, 0), last)) return found;
-  }
-  if (from < 1) return std::nullopt;
-  return search.first(0, std::min(last, from - 1));
 }
 
 }  // namespace quillmor

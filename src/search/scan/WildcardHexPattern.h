@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "base/TaskProgress.h"
-#include "search/scan/SearchLimits.h"
 
 namespace quillmor {
 
@@ -71,28 +70,19 @@ class WildcardHexPattern {
 
   /// The bytes to be searched for in `haystack`: the anchor or, where the pattern has many runs and
   /// all of them are short, its byte that is the rarest in the haystack.
-  AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack) const;
   AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack, const TaskProgress& progress) const;
 
   /// The first match that starts in `candidateRange`, any part of which may lie outside the
-  /// haystack. `plan` is this pattern's for this haystack. Absent for a pattern of wildcards only.
+  /// haystack; absent for a pattern of wildcards only. Advances `progress` by the positions passed,
+  /// and asks it every few milliseconds whether to stop: then throws `Error::stopped()`.
   std::optional<std::int64_t> firstMatch(std::span<const std::uint8_t> haystack,
-                                         Range candidateRange, const AnchorPlan& plan) const;
-  std::optional<std::int64_t> firstMatch(std::span<const std::uint8_t> haystack,
-                                         Range candidateRange, const AnchorPlan& plan,
-                                         TaskProgress& progress,
-                                         const SearchLimits& limits = {}) const;
+                                         Range candidateRange, TaskProgress& progress) const;
 
-  /// The first match at or behind `from`, else the first one before. Matches never reach across
-  /// the haystack's end.
-  ///
-  /// With a `progress`, its total is set, it advances, and it is asked every few milliseconds
-  /// whether to stop; then `Error::stopped()` is thrown.
+  /// The first match at or after `from`, else the first one before. Matches never reach across the
+  /// haystack's end. The total of `progress` becomes the number of positions; otherwise as
+  /// `firstMatch`.
   std::optional<std::int64_t> firstMatchWrapped(std::span<const std::uint8_t> haystack,
-                                                std::int64_t from) const;
-  std::optional<std::int64_t> firstMatchWrapped(std::span<const std::uint8_t> haystack,
-                                                std::int64_t from, TaskProgress& progress,
-                                                const SearchLimits& limits = {}) const;
+                                                std::int64_t from, TaskProgress& progress) const;
 
  private:
   friend class WildcardSearch;

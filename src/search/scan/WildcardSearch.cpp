@@ -1,8 +1,11 @@
-#include "search/scan/WildcardSearch.h"
+// The search of WildcardHexPattern.
 
 #include <algorithm>
 
-#include "search/scan/NeedleSearch.h"
+#include "search/scan/ByteSearch.h"
+#include "search/scan/PatternScanner.h"
+#include "search/scan/SearchLimits.h"
+#include "search/scan/WildcardHexPattern.h"
 
 namespace quillmor {
 
@@ -29,20 +32,56 @@ std::vector<std::int64_t> offsetsIfSparse(const std::vector<std::uint8_t>& masks
 
 }  // namespace
 
+/// One search for a wildcard pattern that asks for at least one byte. The whole pattern is scanned
+/// for. Where that goes badly, the bytes of its anchor plan are searched for, if they are so many
+/// that they say more than the probes of the scan. Pattern, haystack and progress outlive the
+/// search. For one thread.
+///
+/// No way is known to find such patterns that is both fast and linear whatever the data. Here 64
+/// positions are ruled out together: first by the probes, then by bytes of the haystack that have
+/// ruled out others before. What is left is compared, one by one in up to an eighth of the
+/// pattern's length of steps or, with a pattern that asks for few bytes, together in as many steps
+/// as these are. So hostile data may cost that much for each position. Chance does not do that:
+/// where bytes that do not fit are far apart, those known rule out nearly all positions.
+class WildcardSearch {
+ public:
+  WildcardSearch(const WildcardHexPattern& pattern, std::span<const std::uint8_t> haystack,
+                 TaskProgress& progress);
+
+  /// The first match that starts in `from`...`through`; 0 <= `from`, and the pattern has room at
+  /// `through`. Throws `Error::stopped()` within milliseconds of the wish to stop.
+  std::optional<std::int64_t> first(std::int64_t from, std::int64_t through);
+
+ private:
+  std::optional<std::int64_t> firstInPiece(std::int64_t from, std::int64_t through);
+  void persist(std::int64_t position);
+  std::int64_t refillInterval() const;
+  bool isImpossible() const;
+  bool isAnchorWorthSearching() const;
+  std::optional<std::int64_t> firstAnchored(std::int64_t from, std::int64_t through);
+
+  const WildcardHexPattern& pattern_;
+  std::span<const std::uint8_t> haystack_;
+  TaskProgress& progress_;
+  std::vector<std::int64_t> sparseOffsets_;
+  PatternScanner scanner_;
+  std::optional<WildcardHexPattern::AnchorPlan> plan_;
+  /// The position from which on other probes may be chosen.
+  std::int64_t refillFrom_ = 0;
+};
+
 WildcardSearch::WildcardSearch(const WildcardHexPattern& pattern,
-                               std::span<const std::uint8_t> haystack, TaskProgress& progress,
-                               const SearchLimits& limits)
+                               std::span<const std::uint8_t> haystack, TaskProgress& progress)
     : pattern_(pattern),
       haystack_(haystack),
       progress_(progress),
       sparseOffsets_(offsetsIfSparse(pattern.masks_)),
-      view_{.values = pattern.values_.data(),
-            .masks = pattern.masks_.data(),
-            .sparseOffsets = sparseOffsets_.data(),
-            .sparseCount = std::ssize(sparseOffsets_),
-            .length = pattern.length(),
-            .kind = PatternKind::masked},
-      scanner_(limits) {}
+      scanner_({.values = pattern.values_.data(),
+                .masks = pattern.masks_.data(),
+                .sparseOffsets = sparseOffsets_.data(),
+                .sparseCount = std::ssize(sparseOffsets_),
+                .length = pattern.length(),
+                .kind = PatternKind::masked}) {}
 
 std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_t through) {
   refillFrom_ = from + refillInterval();
@@ -57,7 +96,7 @@ std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_
 
 std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std::int64_t through) {
   while (from <= through) {
-    const ScanResult result = scanner_.first(view_, haystack_, from, through, progress_);
+    const ScanResult result = scanner_.first(haystack_, from, through, progress_);
     if (result.outcome == Outcome::found) return result.position;
     if (result.outcome == Outcome::absent) return std::nullopt;
     from = result.position;
@@ -65,7 +104,7 @@ std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std:
     if (isImpossible()) return std::nullopt;
     if (isAnchorWorthSearching()) {
       const auto found = firstAnchored(from, through);
-      scanner_.refill(view_);
+      scanner_.refill();
       return found;
     }
     persist(from);
@@ -78,7 +117,7 @@ std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std:
 void WildcardSearch::persist(std::int64_t position) {
   if (position < refillFrom_) return scanner_.persist();
   refillFrom_ = position + refillInterval();
-  scanner_.refill(view_);
+  scanner_.refill();
 }
 
 std::int64_t WildcardSearch::refillInterval() const {
@@ -91,7 +130,7 @@ bool WildcardSearch::isImpossible() const {
 
 bool WildcardSearch::isAnchorWorthSearching() const {
   constexpr std::size_t kFewBytes = 2;
-  return scanner_.limits().workBudget == 0 ||
+  return SearchLimits::current().workBudget == 0 ||
          std::get<WildcardHexPattern::Anchored>(*plan_).exactBytes.size() > kFewBytes;
 }
 
@@ -108,16 +147,35 @@ std::optional<std::int64_t> WildcardSearch::firstAnchored(std::int64_t from, std
     if (position >= scannedTo) {
       progress_.checkpoint();
       const std::int64_t end = std::min(position + kScannedTogether - 1, through);
-      match = scanner_.firstAtAnyCost(view_, haystack_, position, end);
+      match = scanner_.firstAtAnyCost(haystack_, position, end);
       scannedTo = match.value_or(end) + 1;
     }
     return match == position;
   };
-  NeedleSearch anchor(false, scanner_.limits());
-  const auto found = anchor.firstAccepted(plan.exactBytes, haystack_, from + offset,
-                                          through + offset, accepting, progress_);
+  const auto found = ByteSearch::firstAcceptedIndex(plan.exactBytes, haystack_, from + offset,
+                                                    through + offset, accepting, progress_);
   if (!found) return std::nullopt;
   return *found - offset;
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatch(std::span<const std::uint8_t> haystack,
+                                                           Range candidateRange,
+                                                           TaskProgress& progress) const {
+  const std::int64_t last = std::ssize(haystack) - length();
+  const std::int64_t from = std::max<std::int64_t>(candidateRange.lowerBound, 0);
+  if (!anchorRange_ || candidateRange.upperBound <= from || last < from) return std::nullopt;
+  return WildcardSearch(*this, haystack, progress)
+      .first(from, std::min(candidateRange.upperBound - 1, last));
+}
+
+std::optional<std::int64_t> WildcardHexPattern::firstMatchWrapped(
+    std::span<const std::uint8_t> haystack, std::int64_t from, TaskProgress& progress) const {
+  const std::int64_t last = std::ssize(haystack) - length();
+  if (last < 0) return std::nullopt;
+  if (!anchorRange_) return from >= 0 && from <= last ? from : 0;
+  progress.setTotal(last + 1);
+  if (const auto found = firstMatch(haystack, {from, last + 1}, progress)) return found;
+  return firstMatch(haystack, {0, std::min(last + 1, from)}, progress);
 }
 
 }  // namespace quillmor

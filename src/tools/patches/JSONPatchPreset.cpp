@@ -9,7 +9,7 @@
 #include "base/SaturatingMath.h"
 #include "base/VisibleText.h"
 #include "search/ReplacementWriter.h"
-#include "search/scan/ByteMatcher.h"
+#include "search/scan/Matcher.h"
 #include "tools/patches/JSONPresetLimits.h"
 
 namespace quillmor {
@@ -23,7 +23,7 @@ constexpr std::int64_t kSearchedPiece = 4 * kMiB;
 
 /// Calls `visit` with the position of every match that does not overlap the one before it.
 template <typename Visit>
-void forEachMatch(ByteMatcher& matcher, Bytes bytes, const TaskProgress& progress, Visit visit) {
+void forEachMatch(Matcher& matcher, Bytes bytes, const TaskProgress& progress, Visit visit) {
   const std::int64_t length = matcher.needleLength();
   const std::int64_t last = std::ssize(bytes) - length;
   // A search may look at a needle's length of bytes behind the end of each piece.
@@ -40,7 +40,7 @@ void forEachMatch(ByteMatcher& matcher, Bytes bytes, const TaskProgress& progres
 
 /// No fewer bytes than the result of `rule` has. Throws when that would be too many, which only
 /// counting the matches tells where the document could be made of nothing but them.
-std::int64_t largestResult(const JSONPatchPreset::Rule& rule, ByteMatcher& matcher, Bytes bytes,
+std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Matcher& matcher, Bytes bytes,
                            std::int64_t maximumByteCount, const TaskProgress& progress) {
   const std::int64_t growth = std::ssize(rule.replace) - std::ssize(rule.find);
   if (growth <= 0 || rule.find.empty()) return std::ssize(bytes);
@@ -66,7 +66,7 @@ void appendMoved(const std::vector<std::int64_t>& beyond, std::int64_t shift,
 void applyJSONPresetRule(const JSONPatchPreset::Rule& rule, std::int64_t maximumByteCount,
                          JSONPresetResult& document, TaskProgress& progress) {
   const std::int64_t size = document.bytes.size();
-  ByteMatcher matcher(rule.find, false);
+  Matcher matcher(rule.find, false);
   const std::int64_t largest =
       largestResult(rule, matcher, document.bytes.span(), maximumByteCount, progress);
 

@@ -8,7 +8,6 @@
 #include <random>
 #include <vector>
 
-#include "search/scan/ByteMatcher.h"
 #include "search/scan/ByteSearch.h"
 #include "support/GuardedBytes.h"
 #include "support/NaiveSearch.h"
@@ -45,7 +44,8 @@ class ByteSearchModel : public testing::Test {
       const Bytes needle = random.needle(bytes, kMaxNeedle);
       const View haystack = i % 4 == 0 ? memory_.atStart(bytes) : memory_.atEnd(bytes);
       SCOPED_TRACE(testing::Message() << "seed " << seed << ", search " << i);
-      check(random, needle, haystack, limits[static_cast<std::size_t>(i) % limits.size()]);
+      const ScopedSearchLimits scope(limits[static_cast<std::size_t>(i) % limits.size()]);
+      check(random, needle, haystack);
     }
   }
 
@@ -61,20 +61,18 @@ std::int64_t someStart(RandomSearches& random, View haystack) {
 }
 
 TEST_F(ByteSearchModel, indexIsThatOfThePlainSearch) {
-  forEachSearch(300'000, [](RandomSearches& random, const Bytes& needle, View haystack,
-                            const SearchLimits& limits) {
+  forEachSearch(300'000, [](RandomSearches& random, const Bytes& needle, View haystack) {
     const std::int64_t start = someStart(random, haystack);
     const bool backwards = random.upTo(1) == 0;
     const bool folds = random.upTo(1) == 0;
-    ASSERT_EQ(ByteSearch::detail::index(needle, haystack, start, backwards, folds, limits),
+    ASSERT_EQ(ByteSearch::index(needle, haystack, start, backwards, folds),
               naive::index(needle, haystack, start, backwards, folds))
         << "start " << start << " backwards " << backwards << " folds " << folds;
   });
 }
 
 TEST_F(ByteSearchModel, firstAcceptedIndexOffersWhatThePlainSearchFinds) {
-  forEachSearch(200'000, [](RandomSearches& random, const Bytes& needle, View haystack,
-                            const SearchLimits& limits) {
+  forEachSearch(200'000, [](RandomSearches& random, const Bytes& needle, View haystack) {
     const std::int64_t from = someStart(random, haystack);
     const std::int64_t through = someStart(random, haystack);
     auto expected = naive::matches(needle, haystack, from, through);
@@ -85,8 +83,7 @@ TEST_F(ByteSearchModel, firstAcceptedIndexOffersWhatThePlainSearchFinds) {
       offered.push_back(position);
       return offered.size() > rejected;
     };
-    const auto found =
-        ByteSearch::detail::firstAcceptedIndex(needle, haystack, from, through, accepting, limits);
+    const auto found = ByteSearch::firstAcceptedIndex(needle, haystack, from, through, accepting);
     ASSERT_EQ(found.has_value(), expected.size() > rejected);
     if (found) {
       expected.resize(rejected + 1);
@@ -97,10 +94,9 @@ TEST_F(ByteSearchModel, firstAcceptedIndexOffersWhatThePlainSearchFinds) {
 }
 
 TEST_F(ByteSearchModel, aMatcherFindsTheSameInPieces) {
-  forEachSearch(20'000, [](RandomSearches& random, const Bytes& needle, View haystack,
-                           const SearchLimits& limits) {
+  forEachSearch(20'000, [](RandomSearches& random, const Bytes& needle, View haystack) {
     const bool folds = random.upTo(1) == 0;
-    ByteMatcher matcher(needle, folds, limits);
+    Matcher matcher(needle, folds);
     for (int piece = 0; piece < 10; ++piece) {
       const std::int64_t from = someStart(random, haystack);
       const std::int64_t through = someStart(random, haystack);
@@ -123,9 +119,9 @@ TEST(ByteSearchLengths, everyLengthIsFoundAtEveryPlaceByEveryPath) {
       for (auto at = bytes.begin() + before; at != bytes.end(); ++at) *at = 'a';
       const Bytes needle(bytes.begin() + before, bytes.end());
       for (const SearchLimits& limits : everyKindOfLimits()) {
+        const ScopedSearchLimits scope(limits);
         const auto find = [&](View haystack, bool backwards, bool folds) {
-          return ByteSearch::detail::index(needle, haystack, backwards ? 1000 : 0, backwards, folds,
-                                           limits);
+          return ByteSearch::index(needle, haystack, backwards ? 1000 : 0, backwards, folds);
         };
         ASSERT_EQ(find(memory.atEnd(bytes), false, false), before) << length;
         ASSERT_EQ(find(memory.atEnd(bytes), true, true), before) << length;

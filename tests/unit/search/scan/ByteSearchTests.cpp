@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "search/scan/ByteMatcher.h"
 #include "search/scan/LinearSearch.h"
 #include "support/NaiveSearch.h"
 #include "support/SearchCases.h"
@@ -35,24 +34,28 @@ class ByteSearchTest : public testing::TestWithParam<SearchLimits> {
  protected:
   static Found forward(const Bytes& needle, const Bytes& haystack, std::int64_t start,
                        bool folds = false) {
-    return ByteSearch::detail::index(needle, haystack, start, false, folds, GetParam());
+    return ByteSearch::index(needle, haystack, start, false, folds);
   }
   static Found backward(const Bytes& needle, const Bytes& haystack, std::int64_t start,
                         bool folds = false) {
-    return ByteSearch::detail::index(needle, haystack, start, true, folds, GetParam());
+    return ByteSearch::index(needle, haystack, start, true, folds);
   }
   template <class Accepting>
   static Found accepted(const Bytes& anchor, const Bytes& haystack, std::int64_t from,
                         std::int64_t through, const Accepting& accepting) {
-    return ByteSearch::detail::firstAcceptedIndex(anchor, haystack, from, through, accepting,
-                                                  GetParam());
+    return ByteSearch::firstAcceptedIndex(anchor, haystack, from, through, accepting);
   }
+
+ private:
+  ScopedSearchLimits scope_{GetParam()};
 };
 
 std::string nameOfLimits(const testing::TestParamInfo<SearchLimits>& info) {
-  constexpr std::string_view kPaths[] = {"portable", "sse2", "avx2"};
-  return std::string(kPaths[static_cast<std::size_t>(info.param.path)]) + "Budget" +
-         std::to_string(info.param.workBudget);
+  const ScanKernel* const kernel = info.param.kernel;
+  const std::string_view name = kernel == &avx2ScanKernel   ? "avx2"
+                                : kernel == &sse2ScanKernel ? "sse2"
+                                                            : "portable";
+  return std::string(name) + "Budget" + std::to_string(info.param.workBudget);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryWay, ByteSearchTest, testing::ValuesIn(everyKindOfLimits()),
@@ -63,7 +66,7 @@ TEST_P(ByteSearchTest, anEmptyNeedleIsNeverFound) {
     EXPECT_EQ(forward({}, haystack, 0), kNone);
     EXPECT_EQ(backward({}, haystack, 3), kNone);
     EXPECT_EQ(accepted({}, haystack, 0, 10, acceptAll), kNone);
-    ByteMatcher matcher({}, false, GetParam());
+    Matcher matcher({}, false);
     EXPECT_EQ(matcher.first(haystack, 0, 10), kNone);
     EXPECT_EQ(matcher.last(haystack, 0, 10), kNone);
   }
@@ -189,58 +192,48 @@ TEST_P(ByteSearchTest, whatThePredicateThrowsIsPassedOn) {
 TEST_P(ByteSearchTest, needlesBeyondTheTablesReachAreNeverFound) {
   SearchLimits limits = GetParam();
   limits.longestNeedle = 8;
+  const ScopedSearchLimits scope(limits);
   const Bytes haystack = bytesOf("0123456789");
   const auto find = [&](std::string_view needle, bool backwards) {
-    return ByteSearch::detail::index(bytesOf(needle), haystack, backwards ? 9 : 0, backwards, false,
-                                     limits);
+    return ByteSearch::index(bytesOf(needle), haystack, backwards ? 9 : 0, backwards, false);
   };
   EXPECT_EQ(find("12345678", false), 1);
   EXPECT_EQ(find("12345678", true), 1);
   EXPECT_EQ(find("123456789", false), kNone);
   EXPECT_EQ(find("123456789", true), kNone);
-  EXPECT_EQ(ByteSearch::detail::firstAcceptedIndex(bytesOf("123456789"), haystack, 0, 9, acceptAll,
-                                                   limits),
-            kNone);
-  EXPECT_EQ(ByteMatcher(bytesOf("123456789"), false, limits).first(haystack, 0, 9), kNone);
+  EXPECT_EQ(accepted(bytesOf("123456789"), haystack, 0, 9, acceptAll), kNone);
+  MatchList list;
+  const Bytes tooLong = bytesOf("123456789");
+  Matcher(tooLong, false).collect(haystack, 0, 9, list);
+  EXPECT_EQ(list.count, 0);
   limits.longestNeedle = 0;
-  EXPECT_EQ(ByteMatcher(bytesOf("9"), false, limits).first(haystack, 0, 9), 9);
+  const ScopedSearchLimits none(limits);
+  EXPECT_EQ(find("9", false), 9);
 }
 
-TEST(ByteSearch, theFailureTableHoldsTheLongestPrefixesThatAreSuffixes) {
+TEST(ByteSearch, theFailureTableLeadsPastLengthsThatFailAlike) {
   using LinearSearch::Direction;
   using LinearSearch::failureTable;
   EXPECT_EQ(failureTable(bytesOf("abacabab"), false, Direction::forward),
-            (LinearSearch::FailureTable{0, 0, 1, 0, 1, 2, 3, 2}));
+            (LinearSearch::FailureTable{0, 0, 1, 0, 0, 0, 3, 2}));
   EXPECT_EQ(failureTable(bytesOf("babacaba"), false, Direction::backward),
-            (LinearSearch::FailureTable{0, 0, 1, 0, 1, 2, 3, 2}));
+            (LinearSearch::FailureTable{0, 0, 1, 0, 0, 0, 3, 2}));
   EXPECT_EQ(failureTable(bytesOf("aAaB"), true, Direction::forward),
-            (LinearSearch::FailureTable{0, 1, 2, 0}));
+            (LinearSearch::FailureTable{0, 0, 2, 0}));
   EXPECT_EQ(failureTable(bytesOf("aAaB"), false, Direction::forward),
             (LinearSearch::FailureTable{0, 0, 1, 0}));
+  EXPECT_EQ(failureTable(bytesOf("aaaab"), false, Direction::forward),
+            (LinearSearch::FailureTable{0, 0, 0, 3, 0}));
+  EXPECT_EQ(failureTable(bytesOf("aaaa"), false, Direction::forward),
+            (LinearSearch::FailureTable{0, 0, 0, 3}));
 }
 
-TEST(ByteSearch, shortcutsLeadPastLengthsThatFailAlike) {
-  using LinearSearch::Direction;
-  auto table = LinearSearch::failureTable(bytesOf("aaaab"), false, Direction::forward);
-  EXPECT_EQ(table, (LinearSearch::FailureTable{0, 1, 2, 3, 0}));
-  LinearSearch::addShortcuts(table, bytesOf("aaaab"), false, Direction::forward);
-  EXPECT_EQ(table, (LinearSearch::FailureTable{0, 0, 0, 3, 0}));
-}
-
-TEST(ByteSearch, thePublicFunctionsSearchAsTheirDetailsDo) {
-  const Bytes haystack = bytesOf("abcABCabc");
-  EXPECT_EQ(ByteSearch::index(bytesOf("abc"), haystack, 1, false, false), 6);
-  EXPECT_EQ(ByteSearch::index(bytesOf("abc"), haystack, 1, false, true), 3);
-  EXPECT_EQ(ByteSearch::index(bytesOf("abc"), haystack, 5, true, false), 0);
-  EXPECT_EQ(ByteSearch::detail::linearIndex(bytesOf("abc"), haystack, 5, true, true), 3);
-  EXPECT_EQ(ByteSearch::firstAcceptedIndex(bytesOf("abc"), haystack, 1, 9, acceptAll), 6);
-}
-
-TEST(ByteMatcher, findsTheSameAfterItHasBeenMoved) {
-  std::optional<ByteMatcher> original(std::in_place, bytesOf("a needle of some length"), false);
+TEST(Matcher, findsTheSameAfterItHasBeenMoved) {
+  const Bytes needle = bytesOf("a needle of some length");
+  std::optional<Matcher> original(std::in_place, needle, false);
   const Bytes haystack = bytesOf("here is a needle of some length");
   ASSERT_EQ(original->first(haystack, 0, 100), 8);
-  ByteMatcher moved = std::move(*original);
+  Matcher moved = std::move(*original);
   original.reset();
   EXPECT_EQ(moved.first(haystack, 0, 100), 8);
   EXPECT_EQ(moved.last(haystack, 0, 100), 8);

@@ -10,15 +10,15 @@
 #include <vector>
 
 #include "base/ByteUnits.h"
-#include "search/scan/ByteMatcher.h"
 #include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
-#include "search/scan/WildcardSearch.h"
 #include "support/SearchCases.h"
+#include "support/WatchedKernel.h"
 
 namespace quillmor {
 namespace {
 
+using test::WatchedKernel;
 using Bytes = std::vector<std::uint8_t>;
 
 /// 4,096 times `byte`, with 'B' at `place`.
@@ -42,22 +42,24 @@ Bytes fibonacciWord(std::size_t length) {
   return word;
 }
 
-/// Comparisons in vain are paid for by the positions passed, but for the budget; what the linear
-/// search reads again at the ends of its stretches is a part of them.
-void expectLinearWork(const ByteMatcher& matcher, std::int64_t haystackSize) {
-  EXPECT_LE(matcher.comparisons(), 4 * haystackSize + 4 * 0x100000 + 4 * matcher.needleLength());
-  EXPECT_LE(matcher.linearBytes(), 2 * haystackSize);
+/// Comparisons in vain are paid for by the positions passed, but for the budget. No position is
+/// passed twice.
+void expectLinearWork(const WatchedKernel& kernel, const Matcher& matcher,
+                      std::int64_t haystackSize) {
+  EXPECT_LE(kernel.comparisons(), 4 * haystackSize + 4 * 0x100000 + 4 * matcher.needleLength());
+  EXPECT_LE(kernel.positions(), haystackSize);
 }
 
 TEST(HostileSearch, aByteRepeatedFourMillionTimesHoldsNoOtherByte) {
   Bytes haystack(4 * kMiB, 0x41);
   const Bytes needle = repeatedWithOneOther(0x41, 4096);
   for (const SearchLimits& limits : everyKindOfLimits()) {
-    ByteMatcher matcher(needle, false, limits);
+    WatchedKernel kernel(limits);
+    Matcher matcher(needle, false);
     EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), std::nullopt);
     EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), std::nullopt);
-    expectLinearWork(matcher, 2 * std::ssize(haystack));
-    EXPECT_EQ(ByteSearch::detail::index(needle, haystack, 0, false, false, limits), std::nullopt);
+    expectLinearWork(kernel, matcher, 2 * std::ssize(haystack));
+    EXPECT_EQ(ByteSearch::index(needle, haystack, 0, false, false), std::nullopt);
   }
 }
 
@@ -67,18 +69,21 @@ TEST(HostileSearch, whatEndsARepeatedByteIsFoundWhereItIs) {
   std::ranges::copy(needle, haystack.end() - std::ssize(needle));
   const std::int64_t place = std::ssize(haystack) - std::ssize(needle);
   for (const SearchLimits& limits : everyKindOfLimits()) {
-    EXPECT_EQ(ByteSearch::detail::index(needle, haystack, 0, false, false, limits), place);
-    EXPECT_EQ(ByteSearch::detail::index(needle, haystack, place, true, true, limits), place);
+    const ScopedSearchLimits scope(limits);
+    EXPECT_EQ(ByteSearch::index(needle, haystack, 0, false, false), place);
+    EXPECT_EQ(ByteSearch::index(needle, haystack, place, true, true), place);
   }
 }
 
 TEST(HostileSearch, sixtyFourMebibytesOfOneByteTakeLinearWork) {
   const Bytes haystack(64 * kMiB, 0x41);
   for (const std::int64_t place : {0, 2048, 4096}) {
-    ByteMatcher matcher(repeatedWithOneOther(0x41, place), false);
+    const Bytes needle = repeatedWithOneOther(0x41, place);
+    const WatchedKernel kernel;
+    Matcher matcher(needle, false);
     EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), std::nullopt);
     EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), std::nullopt);
-    expectLinearWork(matcher, 2 * std::ssize(haystack));
+    expectLinearWork(kernel, matcher, 2 * std::ssize(haystack));
   }
 }
 
@@ -88,10 +93,11 @@ TEST(HostileSearch, wordsThatNearlyRepeatThemselvesTakeLinearWork) {
     Bytes needle(haystack.begin() + begin, haystack.begin() + begin + 5000);
     needle[4000] ^= 'a' ^ 'b';
     for (const SearchLimits& limits : everyKindOfLimits()) {
-      ByteMatcher matcher(needle, true, limits);
+      const WatchedKernel kernel(limits);
+      Matcher matcher(needle, true);
       EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), std::nullopt);
       EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), std::nullopt);
-      expectLinearWork(matcher, 2 * std::ssize(haystack));
+      expectLinearWork(kernel, matcher, 2 * std::ssize(haystack));
     }
   }
 }
@@ -105,21 +111,30 @@ TEST(HostileSearch, anExhaustedBudgetTurnsToTheLinearSearchAndBackAgain) {
   haystack.resize(20 * kMiB);
   const std::int64_t place = std::ssize(haystack) - std::ssize(needle);
   std::ranges::copy(needle, haystack.begin() + place);
-  ByteMatcher matcher(needle, false, {.workBudget = 1});
-  EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), place);
-  EXPECT_GT(matcher.comparisons(), 0);
-  EXPECT_GT(matcher.linearBytes(), kMiB / 2);
-  EXPECT_LT(matcher.linearBytes(), 10 * kMiB);
+  const WatchedKernel kernel({.workBudget = 1});
+  EXPECT_EQ(Matcher(needle, false).first(haystack, 0, std::ssize(haystack)), place);
+  EXPECT_GT(kernel.comparisons(), 0);
+  const std::int64_t linear = place - kernel.positions();
+  EXPECT_GT(linear, kMiB / 2);
+  EXPECT_LT(linear, 10 * kMiB);
 }
 
 TEST(HostileSearch, withoutABudgetEveryByteIsReadOnceByTheLinearSearch) {
-  const Bytes haystack(kMiB, 'a');
-  ByteMatcher matcher(repeatedWithOneOther('a', 7), false, {.workBudget = 0});
-  EXPECT_EQ(matcher.first(haystack, 0, kMiB), std::nullopt);
-  EXPECT_EQ(matcher.comparisons(), 0);
-  EXPECT_EQ(matcher.linearBytes(), kMiB);
-  EXPECT_EQ(matcher.last(haystack, 0, kMiB), std::nullopt);
-  EXPECT_EQ(matcher.linearBytes(), 2 * kMiB);
+  const Bytes haystack(3 * kMiB, 'a');
+  const Bytes needle = repeatedWithOneOther('a', 7);
+  const WatchedKernel kernel({.workBudget = 0});
+  Matcher matcher(needle, false);
+  int questions = 0;
+  const auto check = [&] { ++questions; };
+  // One by the scan, one by the table, and one for each mebibyte.
+  EXPECT_EQ(matcher.first(haystack, 0, 3 * kMiB, check), std::nullopt);
+  EXPECT_EQ(questions, 1 + 1 + 3);
+  EXPECT_EQ(matcher.last(haystack, 0, 3 * kMiB, check), std::nullopt);
+  EXPECT_EQ(questions, 2 * (1 + 1 + 3));
+  // The tables are kept.
+  EXPECT_EQ(matcher.first(haystack, 0, 3 * kMiB, check), std::nullopt);
+  EXPECT_EQ(questions, 2 * (1 + 1 + 3) + 1 + 3);
+  EXPECT_EQ(kernel.callCount(), 0);
 }
 
 TEST(HostileSearch, rejectedOverlappingMatchesTakeLinearWork) {
@@ -127,16 +142,21 @@ TEST(HostileSearch, rejectedOverlappingMatchesTakeLinearWork) {
   const Bytes anchor(4096, 0x41);
   const std::int64_t last = std::ssize(haystack) - std::ssize(anchor);
   for (const SearchLimits& limits : everyKindOfLimits()) {
-    NeedleSearch search(false, limits);
+    const WatchedKernel kernel(limits);
     std::int64_t offers = 0;
-    const auto found = search.firstAccepted(anchor, haystack, 0, last, [&](std::int64_t position) {
+    const auto rejecting = [&](std::int64_t position) {
       EXPECT_EQ(position, offers);
       ++offers;
       return false;
-    });
-    EXPECT_EQ(found, std::nullopt);
+    };
+    EXPECT_EQ(ByteSearch::firstAcceptedIndex(anchor, haystack, 0, last, rejecting), std::nullopt);
     EXPECT_EQ(offers, last + 1);
-    EXPECT_LE(search.comparisons(), 4 * std::ssize(haystack) + 2 * 0x100000);
+    // A match that the kernel finds has been compared in full.
+    const auto matches = std::ranges::count_if(kernel.calls(), [](const auto& call) {
+      return call.result.outcome == ScanResult::Outcome::found;
+    });
+    EXPECT_LE(kernel.comparisons() + matches * std::ssize(anchor),
+              4 * std::ssize(haystack) + 2 * 0x100000);
   }
 }
 
@@ -144,11 +164,12 @@ TEST(HostileSearch, aMatcherUsedInShortPiecesTakesLinearWork) {
   const Bytes haystack = fibonacciWord(kMiB);
   Bytes needle(haystack.begin() + 5, haystack.begin() + 3000);
   needle[2900] ^= 'a' ^ 'b';
-  ByteMatcher matcher(needle, false);
+  const WatchedKernel kernel;
+  Matcher matcher(needle, false);
   for (std::int64_t at = 0; at < std::ssize(haystack); at += 16'384) {
     ASSERT_EQ(matcher.first(haystack, at, at + 16'383), std::nullopt);
   }
-  expectLinearWork(matcher, std::ssize(haystack));
+  expectLinearWork(kernel, matcher, std::ssize(haystack));
 }
 
 /// `byte` with another one every `spacing` bytes on average.
@@ -174,11 +195,12 @@ TEST(HostileSearch, dataThatNearlyMatchesExhaustsTheUsualBudget) {
   haystack[place - 1] = 'B';
   std::ranges::copy(needle, haystack.begin() + place);
   haystack[static_cast<std::size_t>(place + std::ssize(needle))] = 'B';
-  ByteMatcher matcher(needle, false);
+  WatchedKernel kernel;
+  Matcher matcher(needle, false);
   EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), place);
-  EXPECT_GT(matcher.linearBytes(), 0);
+  EXPECT_LT(kernel.positions(), place);
   EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), place);
-  expectLinearWork(matcher, 2 * std::ssize(haystack));
+  expectLinearWork(kernel, matcher, 2 * std::ssize(haystack));
 }
 
 TEST(HostileSearch, asksAtEveryMebibyteWhetherToStop) {
@@ -187,7 +209,8 @@ TEST(HostileSearch, asksAtEveryMebibyteWhetherToStop) {
   const Bytes haystack = withFaults(8 * kMiB, 'a', 2e6);
   const auto questions = [&](const SearchLimits& limits, bool backwards) {
     int count = 0;
-    ByteMatcher matcher(needle, true, limits);
+    const ScopedSearchLimits scope(limits);
+    Matcher matcher(needle, true);
     const auto check = [&] { ++count; };
     const auto found = backwards ? matcher.last(haystack, 0, std::ssize(haystack), check)
                                  : matcher.first(haystack, 0, std::ssize(haystack), check);
@@ -195,9 +218,9 @@ TEST(HostileSearch, asksAtEveryMebibyteWhetherToStop) {
     return count;
   };
   for (const bool backwards : {false, true}) {
-    // Five positions, three bytes of needle in each of the table's two passes, and eight to read.
+    // Five mebibytes of positions; without a scan three of the needle, and eight of the haystack.
     EXPECT_GE(questions({}, backwards), 5);
-    EXPECT_GE(questions({.workBudget = 0}, backwards), 3 + 3 + 8);
+    EXPECT_GE(questions({.workBudget = 0}, backwards), 3 + 8);
   }
 }
 
@@ -208,8 +231,9 @@ TEST(HostileSearch, goesOnAfterAStopAnywhereAsIfItHadNotBeen) {
   const std::int64_t place = std::ssize(haystack) - std::ssize(needle);
   std::ranges::copy(needle, haystack.begin() + place);
   haystack[static_cast<std::size_t>(place) - 1] = 'B';
-  for (int stopAt = 1; stopAt <= 10; ++stopAt) {
-    ByteMatcher matcher(needle, false, {.workBudget = 0});
+  for (int stopAt = 1; stopAt <= 1 + 2 + 6; ++stopAt) {
+    const ScopedSearchLimits scope({.workBudget = 0});
+    Matcher matcher(needle, false);
     int count = 0;
     const auto check = [&] {
       if (++count == stopAt) throw Stop();
@@ -243,11 +267,11 @@ TEST(HostileSearch, patternsOfManyShortRunsTakeLinearWork) {
       const Bytes haystack =
           withFaults(kMiB + static_cast<std::size_t>(length), 'A', length / faults);
       const auto pattern = *WildcardHexPattern::parse(shortRuns(length, sparseness));
-      for (const ScanPath path : availableScanPaths()) {
+      for (const SearchLimits& limits : everyKernel()) {
+        const WatchedKernel kernel(limits);
         TaskProgress progress;
-        WildcardSearch search(pattern, haystack, progress, {.path = path});
-        EXPECT_EQ(search.first(0, kMiB), std::nullopt);
-        EXPECT_LE(search.comparisons(), 16 * kMiB) << length << " " << sparseness;
+        EXPECT_EQ(pattern.firstMatch(haystack, {0, kMiB + 1}, progress), std::nullopt);
+        EXPECT_LE(kernel.comparisons(), 16 * kMiB) << length << " " << sparseness;
       }
     }
   }

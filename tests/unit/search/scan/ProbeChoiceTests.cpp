@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "search/scan/ByteMatcher.h"
+#include "search/scan/Matcher.h"
 #include "support/NaiveSearch.h"
 #include "support/SearchCases.h"
 
@@ -170,7 +170,8 @@ TEST(EquallyRareBytes, areFoundByEveryPathInBothDirections) {
     haystack.resize(haystack.size() + 100, 0x7F);
     for (const SearchLimits& limits : everyKindOfLimits()) {
       for (const bool folds : {false, true}) {
-        ByteMatcher matcher(needle, folds, limits);
+        const ScopedSearchLimits scope(limits);
+        Matcher matcher(needle, folds);
         EXPECT_EQ(matcher.first(haystack, 0, std::ssize(haystack)), place) << length;
         EXPECT_EQ(matcher.last(haystack, 0, std::ssize(haystack)), place) << length;
       }
@@ -188,7 +189,8 @@ TEST(EquallyRareBytes, areFoundInAnyOrder) {
     const auto place = static_cast<std::int64_t>(random() % 1900);
     std::ranges::copy(needle, haystack.begin() + place);
     for (const SearchLimits& limits : everyKindOfLimits()) {
-      ByteMatcher matcher(needle, false, limits);
+      const ScopedSearchLimits scope(limits);
+      Matcher matcher(needle, false);
       ASSERT_EQ(matcher.first(haystack, 0, 2000), naive::first(needle, haystack, 0, 2000, false));
       ASSERT_EQ(matcher.last(haystack, 0, 2000), naive::last(needle, haystack, 0, 2000, false));
     }

@@ -10,8 +10,7 @@
 #include <vector>
 
 #include "base/ByteUnits.h"
-#include "search/scan/ByteMatcher.h"
-#include "search/scan/NeedleSearch.h"
+#include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
 #include "support/NaiveSearch.h"
 #include "support/SearchCases.h"
@@ -49,12 +48,14 @@ Bytes withNeedleAt(Bytes bytes, std::int64_t place) {
 TEST(ScanBoundaries, aMatchIsFoundWhereverStretchesOfTheLinearSearchEnd) {
   constexpr std::int64_t kSize = 600;
   const Bytes without = nearMisses(kSize);
-  for (const ScanPath path : availableScanPaths()) {
+  for (SearchLimits limits : everyKernel()) {
+    limits.workBudget = 1;
     for (const std::int64_t stretch : {4 * kLength, 4 * kLength + 1, std::int64_t{200}}) {
-      const SearchLimits limits = {.path = path, .workBudget = 1, .linearStretch = stretch};
+      limits.linearStretch = stretch;
+      const ScopedSearchLimits scope(limits);
       for (std::int64_t place = 0; place <= kSize - kLength; ++place) {
         const Bytes haystack = withNeedleAt(without, place);
-        ByteMatcher matcher(kNeedle, false, limits);
+        Matcher matcher(kNeedle, false);
         ASSERT_EQ(matcher.first(haystack, 0, kSize), place) << "stretch " << stretch;
         ASSERT_EQ(matcher.last(haystack, 0, kSize), place) << "stretch " << stretch;
         ASSERT_EQ(matcher.first(haystack, 0, place - 1), std::nullopt) << "stretch " << stretch;
@@ -69,9 +70,8 @@ TEST(ScanBoundaries, stretchesAreAsLongAsTheyAreToBe) {
   // No stretch is shorter than four times the needle.
   for (const std::int64_t stretch :
        {std::int64_t{1}, 4 * kLength - 1, 4 * kLength, 4 * kLength + 1, std::int64_t{200}}) {
-    WatchedKernel kernel;
-    ByteMatcher matcher(kNeedle, false,
-                        kernel.watched({.workBudget = 1, .linearStretch = stretch}));
+    WatchedKernel kernel({.workBudget = 1, .linearStretch = stretch});
+    Matcher matcher(kNeedle, false);
     for (const bool isForward : {true, false}) {
       kernel.forget();
       EXPECT_EQ(isForward ? matcher.first(haystack, 0, kSize) : matcher.last(haystack, 0, kSize),
@@ -101,32 +101,34 @@ Bytes runsAroundTheNeedle(std::int64_t size, unsigned seed) {
 
 TEST(ScanBoundaries, overlappingMatchesAreOfferedOnceAcrossStretches) {
   constexpr std::int64_t kSize = 3000;
-  for (const ScanPath path : availableScanPaths()) {
+  for (SearchLimits limits : everyKernel()) {
+    limits.workBudget = 1;
     for (unsigned seed = 0; seed < 60; ++seed) {
+      limits.linearStretch = 4 * kLength + static_cast<int>(seed);
+      const WatchedKernel kernel(limits);
       const Bytes haystack = runsAroundTheNeedle(kSize, seed);
-      NeedleSearch search(
-          false,
-          {.path = path, .workBudget = 1, .linearStretch = 4 * kLength + static_cast<int>(seed)});
       Positions offered;
       const auto rejecting = [&](std::int64_t position) {
         offered.push_back(position);
         return false;
       };
-      EXPECT_EQ(search.firstAccepted(kNeedle, haystack, 0, kSize, rejecting), std::nullopt);
+      EXPECT_EQ(ByteSearch::firstAcceptedIndex(kNeedle, haystack, 0, kSize, rejecting),
+                std::nullopt);
       ASSERT_EQ(offered, naive::matches(kNeedle, haystack, 0, kSize)) << "seed " << seed;
-      EXPECT_GT(search.linearBytes(), 0);
+      EXPECT_LT(kernel.positions() + std::ssize(offered), kSize - kLength + 1);
     }
   }
 }
 
 TEST(ScanBoundaries, listsGoOnAcrossStretches) {
   constexpr std::int64_t kSize = 9000;
-  for (const ScanPath path : availableScanPaths()) {
+  for (SearchLimits limits : everyKernel()) {
+    limits.workBudget = 1;
     for (unsigned seed = 0; seed < 60; ++seed) {
+      limits.linearStretch = 4 * kLength + static_cast<int>(seed);
+      const WatchedKernel kernel(limits);
       const Bytes haystack = runsAroundTheNeedle(kSize, seed);
-      ByteMatcher matcher(
-          kNeedle, false,
-          {.path = path, .workBudget = 1, .linearStretch = 4 * kLength + static_cast<int>(seed)});
+      Matcher matcher(kNeedle, false);
       MatchList list;
       matcher.collect(haystack, 0, kSize, list);
       Positions expected;
@@ -139,15 +141,16 @@ TEST(ScanBoundaries, listsGoOnAcrossStretches) {
       }
       const Positions listed(list.positions.begin(), list.positions.begin() + list.count);
       ASSERT_EQ(listed, expected) << "seed " << seed;
-      EXPECT_GT(matcher.linearBytes(), 0);
+      // Some of the way has been gone without a scan.
+      EXPECT_LT(kernel.positions(), list.last());
     }
   }
 }
 
 /// Where a search of `haystack` that finds nothing begins to scan again after a whole stretch.
 std::int64_t resumedAt(const Bytes& haystack, bool isForward) {
-  WatchedKernel kernel;
-  ByteMatcher matcher(kNeedle, false, kernel.watched({.workBudget = 1}));
+  const WatchedKernel kernel({.workBudget = 1});
+  Matcher matcher(kNeedle, false);
   const std::int64_t size = std::ssize(haystack);
   EXPECT_EQ(isForward ? matcher.first(haystack, 0, size) : matcher.last(haystack, 0, size),
             std::nullopt);
@@ -167,7 +170,8 @@ TEST(ScanBoundaries, theUsualStretchEndsBetweenItsLastPositionAndTheNext) {
     const std::int64_t resumed = resumedAt(without, isForward);
     for (std::int64_t place = resumed - 2; place <= resumed + 2; ++place) {
       const Bytes haystack = withNeedleAt(without, place);
-      ByteMatcher matcher(kNeedle, false, {.workBudget = 1});
+      const ScopedSearchLimits scope({.workBudget = 1});
+      Matcher matcher(kNeedle, false);
       EXPECT_EQ(isForward ? matcher.first(haystack, 0, size) : matcher.last(haystack, 0, size),
                 place);
     }
@@ -180,14 +184,15 @@ TEST(ScanBoundaries, aMatchIsFoundWhereTheScanAsksWhetherToStop) {
   const std::int64_t last = size - std::ssize(needle);
   Bytes haystack(static_cast<std::size_t>(size), '.');
   const auto pattern = *WildcardHexPattern::parse("6D 61 74 ?? 68 65 73 20 6F 6E 63 65");
-  for (const ScanPath path : availableScanPaths()) {
+  for (const SearchLimits& limits : everyKernel()) {
+    const ScopedSearchLimits scope(limits);
     for (std::int64_t offset = -2; offset <= 2; ++offset) {
       // Forward the parts begin at 0, backward they end with the last position.
       for (const std::int64_t place :
            {StopCheck::kInterval + offset, last - StopCheck::kInterval + offset}) {
         std::ranges::copy(needle, haystack.begin() + place);
-        ByteMatcher matcher(needle, false, {.path = path});
-        ByteMatcher folding(needle, true, {.path = path});
+        Matcher matcher(needle, false);
+        Matcher folding(needle, true);
         MatchList list;
         matcher.collect(haystack, 0, size, list);
         EXPECT_EQ(list.count, 1) << place;
@@ -197,7 +202,7 @@ TEST(ScanBoundaries, aMatchIsFoundWhereTheScanAsksWhetherToStop) {
         EXPECT_EQ(folding.first(haystack, 0, size), place);
         EXPECT_EQ(folding.last(haystack, 0, size), place);
         TaskProgress progress;
-        EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0, progress, {.path = path}), place);
+        EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0, progress), place);
         std::fill_n(haystack.begin() + place, needle.size(), std::uint8_t{'.'});
       }
     }

@@ -9,9 +9,8 @@
 
 #include "base/ByteUnits.h"
 #include "search/CandidateScanner.h"
-#include "search/scan/NeedleSearch.h"
+#include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
-#include "search/scan/WildcardSearch.h"
 #include "support/SearchCases.h"
 #include "support/SearchFixture.h"
 #include "support/WatchedKernel.h"
@@ -36,20 +35,18 @@ TEST(ScanWork, rejectedOverlappingMatchesAreNotComparedInFullOneAfterTheOther) {
   const Bytes haystack(kMiB, 0x41);
   for (const std::int64_t length : {9, 33, 400, 4096}) {
     const Bytes needle(static_cast<std::size_t>(length), 0x41);
-    for (const ScanPath path : availableScanPaths()) {
-      WatchedKernel kernel(path);
-      NeedleSearch search(false, kernel.watched());
+    for (const SearchLimits& limits : everyKernel()) {
+      const WatchedKernel kernel(limits);
       std::int64_t offers = 0;
       const auto rejecting = [&](std::int64_t) {
         ++offers;
         return false;
       };
-      EXPECT_EQ(search.firstAccepted(needle, haystack, 0, kMiB, rejecting), std::nullopt);
+      EXPECT_EQ(ByteSearch::firstAcceptedIndex(needle, haystack, 0, kMiB, rejecting), std::nullopt);
       EXPECT_EQ(offers, kMiB - length + 1);
       // What the positions passed pay for, and the budgets of the three stages.
       EXPECT_LE(bytesOfMatches(kernel, length), 4 * kMiB + 2 * kUsualBudget) << length;
       EXPECT_LE(kernel.positions(), kMiB) << length;
-      EXPECT_LE(search.linearBytes(), kMiB) << length;
     }
   }
 }
@@ -62,16 +59,14 @@ TEST(ScanWork, rejectedMatchesAreNotPassedTwice) {
   for (std::int64_t at = 0; at + std::ssize(needle) <= kMiB; at += kSpacing) {
     std::ranges::copy(needle, haystack.begin() + at);
   }
-  for (const ScanPath path : availableScanPaths()) {
-    WatchedKernel kernel(path);
-    NeedleSearch search(false, kernel.watched());
+  for (const SearchLimits& limits : everyKernel()) {
+    const WatchedKernel kernel(limits);
     const auto rejecting = [](std::int64_t) { return false; };
-    EXPECT_EQ(search.firstAccepted(needle, haystack, 0, kMiB, rejecting), std::nullopt);
+    EXPECT_EQ(ByteSearch::firstAcceptedIndex(needle, haystack, 0, kMiB, rejecting), std::nullopt);
     // Every position but those of the matches themselves, in a call for each match and one more.
     const std::int64_t matches = kMiB / kSpacing + 1;
     EXPECT_EQ(kernel.positions(), kMiB - std::ssize(needle) + 1 - matches);
     EXPECT_EQ(kernel.callCount(), matches + 1);
-    EXPECT_EQ(search.linearBytes(), 0);
   }
 }
 
@@ -92,9 +87,9 @@ TEST(ScanWork, matchesThatOverlapTheOneBeforeAreNeverCompared) {
   constexpr std::int64_t kLength = 4096;
   const std::vector<SearchCandidate> candidateList = {
       {Bytes(kLength, 'a'), SearchCandidateKind::Raw()}};
-  for (const ScanPath path : availableScanPaths()) {
-    WatchedKernel kernel(path);
-    CandidateScanner scanner(bytes, candidateList, false, 0, kernel.watched());
+  for (const SearchLimits& limits : everyKernel()) {
+    const WatchedKernel kernel(limits);
+    CandidateScanner scanner(bytes, candidateList, false);
     const std::int64_t count = walk(scanner);
     EXPECT_EQ(count, 16 * kMiB / kLength);
     // A call for every list of 64, and for the ends of the pieces.
@@ -106,8 +101,8 @@ TEST(ScanWork, matchesThatOverlapTheOneBeforeAreNeverCompared) {
 TEST(ScanWork, shorterCandidatesAreNotLookedForWhereALongerOneIs) {
   const Bytes bytes(kMiB, 'a');
   const auto candidateList = test::rawCandidates({"a", "aa", "aaaa", "aaaaaaaa"});
-  WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false, 0, kernel.watched());
+  const WatchedKernel kernel;
+  CandidateScanner scanner(bytes, candidateList, false);
   EXPECT_EQ(walk(scanner), kMiB / 8);
   EXPECT_LE(kernel.positions(), kMiB + kMiB / 64);
 }
@@ -117,8 +112,8 @@ TEST(ScanWork, occurrencesThatAnotherCandidateTakesAwayCostLittle) {
   Bytes bytes(kMiB);
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = i % 2 == 0 ? 'a' : 'b';
   const auto candidateList = test::rawCandidates({"ab", "babababa"});
-  WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false, 0, kernel.watched());
+  const WatchedKernel kernel;
+  CandidateScanner scanner(bytes, candidateList, false);
   EXPECT_EQ(walk(scanner), kMiB / 2);
   EXPECT_LE(kernel.positions(), 4 * kMiB);
   EXPECT_LE(kernel.callCount(), kMiB);
@@ -133,8 +128,8 @@ TEST(ScanWork, aLongCandidateTakenAwayIsLookedForOnceInItsPlace) {
   while (text.size() < static_cast<std::size_t>(kMiB)) text += "c" + longOne;
   const Bytes bytes = test::searchBytes(text);
   const auto candidateList = test::rawCandidates({longOne, "cb", "a"});
-  WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false, 0, kernel.watched());
+  const WatchedKernel kernel;
+  CandidateScanner scanner(bytes, candidateList, false);
   EXPECT_EQ(walk(scanner), std::ssize(bytes) / (kLength + 1) * kLength);
   EXPECT_LE(kernel.positions(), 5 * std::ssize(bytes));
 }
@@ -145,12 +140,12 @@ TEST(ScanWork, anAnchorOfAPatternThatIsThereEverywhereDoesNotScanAgain) {
   for (int i = 0; i < 20; ++i) text += " 41";
   const auto pattern = *WildcardHexPattern::parse(text);
   const std::int64_t last = kMiB - pattern.length();
-  for (const ScanPath path : availableScanPaths()) {
-    WatchedKernel kernel(path);
-    TaskProgress progress;
+  for (SearchLimits limits : everyKernel()) {
     // Without a budget the anchor is searched for at once.
-    WildcardSearch search(pattern, haystack, progress, kernel.watched({.workBudget = 0}));
-    EXPECT_EQ(search.first(0, last), std::nullopt);
+    limits.workBudget = 0;
+    const WatchedKernel kernel(limits);
+    TaskProgress progress;
+    EXPECT_EQ(pattern.firstMatch(haystack, {0, last + 1}, progress), std::nullopt);
     EXPECT_EQ(kernel.positions(), last + 1);
     EXPECT_EQ(kernel.callCount(), last / 64 + 1);
   }

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "search/scan/SearchLimits.h"
 #include "support/GuardedBytes.h"
 #include "support/NaiveSearch.h"
 #include "support/SearchCases.h"
@@ -33,6 +34,19 @@ bool isValid(std::string_view text) {
   return Pattern::parse(text).has_value();
 }
 
+Found wrapped(const Pattern& pattern, std::span<const std::uint8_t> haystack, std::int64_t from) {
+  TaskProgress progress;
+  return pattern.firstMatchWrapped(haystack, from, progress);
+}
+
+Found wrapped(std::string_view text, std::span<const std::uint8_t> haystack, std::int64_t from) {
+  return wrapped(patternOf(text), haystack, from);
+}
+
+Pattern::AnchorPlan planOf(const Pattern& pattern, std::span<const std::uint8_t> haystack) {
+  return pattern.anchorPlan(haystack, TaskProgress());
+}
+
 /// `count` runs of one byte each, "01 ?? 01 ?? 01".
 std::string runs(int count, std::string_view byte = "01") {
   std::string text(byte);
@@ -46,7 +60,7 @@ TEST(WildcardHexPattern, anchorsOnItsLongestRun) {
   EXPECT_EQ(pattern.concreteRanges(), (std::vector<Pattern::Range>{{0, 1}, {2, 4}}));
   EXPECT_EQ(pattern.anchorRange(), (Pattern::Range{2, 4}));
   EXPECT_EQ(pattern.anchorBytes(), (Bytes{0xE6, 0x0F}));
-  const Pattern::AnchorPlan plan = pattern.anchorPlan({});
+  const Pattern::AnchorPlan plan = planOf(pattern, {});
   EXPECT_EQ(std::get<Pattern::Anchored>(plan),
             (Pattern::Anchored{
                 .exactBytes = {0xE6, 0x0F}, .patternOffset = 2, .skippedRange = {{2, 4}}}));
@@ -54,7 +68,7 @@ TEST(WildcardHexPattern, anchorsOnItsLongestRun) {
 
 TEST(WildcardHexPattern, checksWhatLiesBeforeItsAnchor) {
   const Bytes haystack = {0xE6, 0x0F, 0xF1, 0x00, 0xE6, 0x0F, 0xF0, 0x99, 0xE6, 0x0F};
-  EXPECT_EQ(patternOf("F0 ?? E6 0F").firstMatchWrapped(haystack, 0), 6);
+  EXPECT_EQ(wrapped("F0 ?? E6 0F", haystack, 0), 6);
 }
 
 TEST(WildcardHexPattern, anchorsOnTheFirstOfEquallyLongRuns) {
@@ -63,7 +77,7 @@ TEST(WildcardHexPattern, anchorsOnTheFirstOfEquallyLongRuns) {
   EXPECT_EQ(pattern.anchorRange(), (Pattern::Range{0, 1}));
   EXPECT_EQ(pattern.anchorBytes(), (Bytes{0xAA}));
   const Bytes haystack = {0xAA, 1, 0xBB, 2, 0xCD, 0xAA, 3, 0xBB, 4, 0xCC};
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0), 5);
+  EXPECT_EQ(wrapped(pattern, haystack, 0), 5);
 }
 
 TEST(WildcardHexPattern, ofWildcardsOnlyMatchesWhereItIsAsked) {
@@ -71,40 +85,41 @@ TEST(WildcardHexPattern, ofWildcardsOnlyMatchesWhereItIsAsked) {
   const Bytes haystack(10, 7);
   EXPECT_EQ(pattern.anchorRange(), std::nullopt);
   EXPECT_TRUE(pattern.anchorBytes().empty());
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0), 0);
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 7), 7);
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 8), 0);
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, -1), 0);
-  EXPECT_EQ(pattern.firstMatchWrapped(Bytes(3, 7), 0), 0);
-  EXPECT_EQ(pattern.firstMatchWrapped(Bytes(2, 7), 0), kNone);
-  EXPECT_EQ(pattern.firstMatch(haystack, {0, 10}, pattern.anchorPlan(haystack)), kNone);
+  EXPECT_EQ(wrapped(pattern, haystack, 0), 0);
+  EXPECT_EQ(wrapped(pattern, haystack, 7), 7);
+  EXPECT_EQ(wrapped(pattern, haystack, 8), 0);
+  EXPECT_EQ(wrapped(pattern, haystack, -1), 0);
+  EXPECT_EQ(wrapped(pattern, Bytes(3, 7), 0), 0);
+  EXPECT_EQ(wrapped(pattern, Bytes(2, 7), 0), kNone);
+  TaskProgress progress;
+  EXPECT_EQ(pattern.firstMatch(haystack, {0, 10}, progress), kNone);
 }
 
 TEST(WildcardHexPattern, wrapsAroundToMatchesBeforeTheStart) {
   const Pattern pattern = patternOf("01 ?? 03");
   const Bytes haystack = {0, 1, 2, 3, 0, 0, 0, 0};
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0), 1);
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 1), 1);
+  EXPECT_EQ(wrapped(pattern, haystack, 0), 1);
+  EXPECT_EQ(wrapped(pattern, haystack, 1), 1);
   for (const std::int64_t from : {2, 5, 6, 7, 100}) {
-    EXPECT_EQ(pattern.firstMatchWrapped(haystack, from), 1) << from;
+    EXPECT_EQ(wrapped(pattern, haystack, from), 1) << from;
   }
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, std::numeric_limits<std::int64_t>::max()), 1);
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, std::numeric_limits<std::int64_t>::min()), 1);
+  EXPECT_EQ(wrapped(pattern, haystack, std::numeric_limits<std::int64_t>::max()), 1);
+  EXPECT_EQ(wrapped(pattern, haystack, std::numeric_limits<std::int64_t>::min()), 1);
 }
 
 TEST(WildcardHexPattern, findsWhatLiesAcrossTheStart) {
   // The match at 2 reaches over the start at 3: only the second pass may begin before the start.
   const Bytes haystack = {0, 0, 1, 9, 3, 0, 0, 0, 0, 0};
-  EXPECT_EQ(patternOf("01 ?? 03").firstMatchWrapped(haystack, 3), 2);
+  EXPECT_EQ(wrapped("01 ?? 03", haystack, 3), 2);
   // One that begins at the start itself, its anchor behind it, belongs to the first pass.
   const Bytes twice = {1, 9, 3, 4, 1, 9, 3, 4};
-  EXPECT_EQ(patternOf("01 ?? 03 04").firstMatchWrapped(twice, 4), 4);
-  EXPECT_EQ(patternOf("01 ?? 03 04").firstMatchWrapped(twice, 1), 4);
+  EXPECT_EQ(wrapped("01 ?? 03 04", twice, 4), 4);
+  EXPECT_EQ(wrapped("01 ?? 03 04", twice, 1), 4);
 }
 
 TEST(WildcardHexPattern, neverMatchesAcrossTheEnd) {
-  EXPECT_EQ(patternOf("01 ?? 03").firstMatchWrapped(Bytes{3, 0, 0, 1, 2}, 3), kNone);
-  EXPECT_EQ(patternOf("01 ??").firstMatchWrapped(Bytes{0, 0, 1}, 0), kNone);
+  EXPECT_EQ(wrapped("01 ?? 03", Bytes{3, 0, 0, 1, 2}, 3), kNone);
+  EXPECT_EQ(wrapped("01 ??", Bytes{0, 0, 1}, 0), kNone);
 }
 
 TEST(WildcardHexPattern, readsTokensAsTheGrammarSays) {
@@ -143,41 +158,37 @@ TEST(WildcardHexPattern, withManyShortRunsAnchorsOnItsRarestByte) {
   const Pattern pattern = patternOf(runs(64) + " ?? 02");
   ASSERT_EQ(pattern.concreteRanges().size(), 65U);
   Bytes haystack(200, 1);
-  EXPECT_TRUE(std::holds_alternative<Pattern::Impossible>(pattern.anchorPlan(haystack)));
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0), kNone);
+  EXPECT_TRUE(std::holds_alternative<Pattern::Impossible>(planOf(pattern, haystack)));
+  EXPECT_EQ(wrapped(pattern, haystack, 0), kNone);
   haystack[150] = 2;
-  EXPECT_EQ(std::get<Pattern::Anchored>(pattern.anchorPlan(haystack)),
+  EXPECT_EQ(std::get<Pattern::Anchored>(planOf(pattern, haystack)),
             (Pattern::Anchored{.exactBytes = {2}, .patternOffset = 128, .skippedRange = {}}));
-  EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0), 22);
+  EXPECT_EQ(wrapped(pattern, haystack, 0), 22);
   // Equally rare bytes: the first in the pattern.
   const Bytes even(256, 1);
-  EXPECT_EQ(std::get<Pattern::Anchored>(patternOf(runs(65)).anchorPlan(even)).patternOffset, 0);
+  EXPECT_EQ(std::get<Pattern::Anchored>(planOf(patternOf(runs(65)), even)).patternOffset, 0);
 }
 
 TEST(WildcardHexPattern, withFewerRunsOrALongOneAnchorsOnTheLongestRun) {
   const auto offsetOf = [](const std::string& text) {
     const Bytes haystack(256, 1);
     const Pattern pattern = patternOf(text);
-    const auto plan = std::get<Pattern::Anchored>(pattern.anchorPlan(haystack));
+    const auto plan = std::get<Pattern::Anchored>(planOf(pattern, haystack));
     EXPECT_EQ(plan.skippedRange, pattern.anchorRange());
     return plan.patternOffset;
   };
   EXPECT_EQ(offsetOf(runs(63) + " ?? 02 02"), 126);
   EXPECT_EQ(offsetOf(runs(64) + " ?? 02 02 02"), 128);
   const Pattern withTwo = patternOf(runs(64) + " ?? 02 02");
-  EXPECT_TRUE(std::holds_alternative<Pattern::Impossible>(withTwo.anchorPlan(Bytes(256, 1))));
-}
-
-TEST(WildcardHexPattern, anImpossiblePlanHasNoMatch) {
-  EXPECT_EQ(patternOf("01").firstMatch(Bytes(9, 1), {0, 9}, Pattern::Impossible{}), kNone);
+  EXPECT_TRUE(std::holds_alternative<Pattern::Impossible>(planOf(withTwo, Bytes(256, 1))));
 }
 
 TEST(WildcardHexPattern, looksInTheRangeOfCandidatesOnly) {
   const Pattern pattern = patternOf("?? 01 ?? 01");
   const Bytes haystack(20, 1);
-  const auto plan = pattern.anchorPlan(haystack);
   const auto find = [&](std::int64_t lower, std::int64_t upper) {
-    return pattern.firstMatch(haystack, {lower, upper}, plan);
+    TaskProgress progress;
+    return pattern.firstMatch(haystack, {lower, upper}, progress);
   };
   EXPECT_EQ(find(0, 1), 0);
   EXPECT_EQ(find(5, 6), 5);
@@ -215,26 +226,23 @@ TEST(WildcardHexPattern, tellsOfTheWholeWayForManyShortRuns) {
   // Goes badly, so that the bytes are counted for a plan that does not help.
   const Bytes haystack(5'000'000, 1);
   for (const std::int64_t budget : {0, 40, 0x100000}) {
+    const ScopedSearchLimits scope({.workBudget = budget});
     TaskProgress progress;
-    EXPECT_EQ(patternOf(runs(65) + " ?? 01 01 ??")
-                  .firstMatchWrapped(haystack, 1'000'000, progress, {.workBudget = budget}),
+    EXPECT_EQ(patternOf(runs(65) + " ?? 01 01 ??").firstMatchWrapped(haystack, 1'000'000, progress),
               1'000'000);
     EXPECT_EQ(progress.fraction(), 0);
     Bytes faulty = haystack;
     for (std::size_t at = 0; at < faulty.size(); at += 40 + at % 7) faulty[at] = faulty[at + 1] = 2;
-    EXPECT_EQ(
-        patternOf(runs(65)).firstMatchWrapped(faulty, 1'000'000, progress, {.workBudget = budget}),
-        kNone);
+    EXPECT_EQ(patternOf(runs(65)).firstMatchWrapped(faulty, 1'000'000, progress), kNone);
     EXPECT_EQ(progress.fraction(), 1);
   }
 }
 
 TEST(WildcardHexPattern, endsWhenAByteIsFoundToBeMissing) {
   const Bytes haystack(40'000'000, 1);
+  const ScopedSearchLimits scope({.workBudget = 0});
   TaskProgress progress;
-  EXPECT_EQ(patternOf(runs(65) + " ?? 02")
-                .firstMatchWrapped(haystack, 1'000'000, progress, {.workBudget = 0}),
-            kNone);
+  EXPECT_EQ(patternOf(runs(65) + " ?? 02").firstMatchWrapped(haystack, 1'000'000, progress), kNone);
   EXPECT_LE(progress.fraction(), 0.2);
 }
 
@@ -243,10 +251,10 @@ TEST(WildcardHexPattern, aSingleRunIsFoundByItsAnchorAlone) {
   haystack[100] = haystack[3000] = 2;
   const Pattern pattern = patternOf("?? ?? 01 02 01 ??");
   for (const SearchLimits& limits : everyKindOfLimits()) {
-    TaskProgress progress;
-    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 0, progress, limits), 97);
-    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 98, progress, limits), 2997);
-    EXPECT_EQ(pattern.firstMatchWrapped(haystack, 2998, progress, limits), 97);
+    const ScopedSearchLimits scope(limits);
+    EXPECT_EQ(wrapped(pattern, haystack, 0), 97);
+    EXPECT_EQ(wrapped(pattern, haystack, 98), 2997);
+    EXPECT_EQ(wrapped(pattern, haystack, 2998), 97);
   }
 }
 
@@ -287,10 +295,8 @@ TEST(WildcardHexPatternModel, findsWhatThePlainSearchFinds) {
     ASSERT_EQ(pattern->bytes(), wanted);
     const auto haystack = i % 4 == 0 ? memory.atStart(bytes) : memory.atEnd(bytes);
     const std::int64_t from = random.upTo(std::ssize(bytes) + 10) - 5;
-    TaskProgress progress;
-    ASSERT_EQ(pattern->firstMatchWrapped(haystack, from, progress,
-                                         limits[static_cast<std::size_t>(i) % limits.size()]),
-              naive::firstWrapped(wanted, haystack, from))
+    const ScopedSearchLimits scope(limits[static_cast<std::size_t>(i) % limits.size()]);
+    ASSERT_EQ(wrapped(*pattern, haystack, from), naive::firstWrapped(wanted, haystack, from))
         << "seed " << seed << ", search " << i << ": " << textOf(wanted) << " from " << from;
   }
 }

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "search/scan/ByteMatcher.h"
+#include "search/scan/Matcher.h"
 #include "support/NaiveSearch.h"
 #include "support/SearchCases.h"
 
@@ -19,7 +19,7 @@ Bytes bytesOf(std::string_view text) {
 }
 
 /// All positions, asked for as often as lists become full.
-Positions collected(ByteMatcher& matcher, const Bytes& haystack, std::int64_t from,
+Positions collected(Matcher& matcher, const Bytes& haystack, std::int64_t from,
                     std::int64_t through) {
   Positions positions;
   MatchList list;
@@ -44,8 +44,9 @@ Positions foundOneByOne(const Bytes& needle, const Bytes& haystack, std::int64_t
   return positions;
 }
 
-TEST(ByteMatcherCollect, leavesOutWhatOverlaps) {
-  ByteMatcher matcher(bytesOf("aa"), false);
+TEST(MatcherCollect, leavesOutWhatOverlaps) {
+  const Bytes needle = bytesOf("aa");
+  Matcher matcher(needle, false);
   const Bytes haystack = bytesOf("aaaaabaa");
   EXPECT_EQ(collected(matcher, haystack, 0, 100), (Positions{0, 2, 6}));
   EXPECT_EQ(collected(matcher, haystack, 1, 100), (Positions{1, 3, 6}));
@@ -55,10 +56,11 @@ TEST(ByteMatcherCollect, leavesOutWhatOverlaps) {
   EXPECT_EQ(collected(matcher, bytesOf(""), 0, 100), Positions());
 }
 
-TEST(ByteMatcherCollect, goesOnWhereAListEnded) {
+TEST(MatcherCollect, goesOnWhereAListEnded) {
   for (const std::size_t count : {63U, 64U, 65U, 128U, 129U, 1000U}) {
     const Bytes haystack(2 * count, 'x');
-    ByteMatcher matcher(bytesOf("xx"), false);
+    const Bytes needle = bytesOf("xx");
+    Matcher matcher(needle, false);
     const Positions positions = collected(matcher, haystack, 0, 10'000);
     ASSERT_EQ(positions.size(), count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -67,7 +69,7 @@ TEST(ByteMatcherCollect, goesOnWhereAListEnded) {
   }
 }
 
-TEST(ByteMatcherCollect, findsWhatThePlainSearchFindsOneByOne) {
+TEST(MatcherCollect, findsWhatThePlainSearchFindsOneByOne) {
   constexpr unsigned kSeed = 577215;
   SCOPED_TRACE(kSeed);
   RandomSearches random(kSeed);
@@ -80,7 +82,8 @@ TEST(ByteMatcherCollect, findsWhatThePlainSearchFindsOneByOne) {
     const std::int64_t through = from + random.upTo(std::ssize(haystack));
     const Positions expected = foundOneByOne(needle, haystack, from, through, folds);
     for (const SearchLimits& limits : everyKindOfLimits()) {
-      ByteMatcher matcher(needle, folds, limits);
+      const ScopedSearchLimits scope(limits);
+      Matcher matcher(needle, folds);
       ASSERT_EQ(collected(matcher, haystack, from, through), expected) << "round " << round;
     }
   }
