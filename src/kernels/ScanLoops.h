@@ -20,12 +20,6 @@ struct ByteWord {
     return word;
   }
 
-  /// 0x80 in every byte of `word` that is 0, else 0. No byte's carry reaches its neighbour.
-  [[gnu::always_inline]] static std::uint64_t zeroBytes(std::uint64_t word) {
-    constexpr std::uint64_t kLowBits = ~kHighBits;
-    return ~(((word & kLowBits) + kLowBits) | word | kLowBits);
-  }
-
   /// `word` with 0x20 added to every byte in 'A'...'Z'.
   [[gnu::always_inline]] static std::uint64_t foldedCase(std::uint64_t word) {
     const std::uint64_t low = word & ~kHighBits;
@@ -62,10 +56,10 @@ class Scan {
 
   ScanResult forward(std::int64_t from, std::int64_t through) {
     start_ = from;
-    if (last_ + 1 < kSpan) return settled(forwardOneByOne(from, through), through);
+    if (last_ + 1 < kSpan) return settled(oneByOne(from, through, 1), through);
     std::int64_t at = from;
     while (at <= through) {
-      if (endsInSpanAbove(at, through)) return settled(result_, result_.position);
+      if (findInSpanForward(at, through)) return settled(result_, result_.position);
       at += kSpan;
       if (through - at >= kGroupCount - 1) at -= misalignment(at);
       while (through - at >= kGroupCount - 1 && !hasCandidates(at)) {
@@ -78,10 +72,10 @@ class Scan {
 
   ScanResult backward(std::int64_t from, std::int64_t through) {
     start_ = through;
-    if (last_ + 1 < kSpan) return settled(backwardOneByOne(from, through), from);
+    if (last_ + 1 < kSpan) return settled(oneByOne(through, from, -1), from);
     std::int64_t at = through;
     while (at >= from) {
-      if (endsInSpanBelow(at, from)) return settled(result_, result_.position);
+      if (findInSpanBackward(at, from)) return settled(result_, result_.position);
       at -= kSpan;
       if (at - from >= kGroupCount - 1)
         at += (Lanes::kCount - misalignment(at + 1)) % Lanes::kCount;
@@ -105,10 +99,8 @@ class Scan {
   static constexpr std::int64_t kPrefetchDistance = 4096;
   static constexpr std::int64_t kCacheLine = 64;
 
-  /// How many bytes of a sparse pattern are compared before asking what is left.
-  static constexpr int kTogether = 8;
-
-  bool isSparse() const { return kKind == PatternKind::masked && pattern_.sparseCount > 0; }
+  /// How many bytes of a masked pattern are compared before asking what is left.
+  static constexpr std::int64_t kBatch = 8;
 
   const ScanProbe& first() const { return filter_.probes[0]; }
   const ScanProbe& second() const { return filter_.probes[kHasOneProbe ? 0 : 1]; }
@@ -128,10 +120,6 @@ class Scan {
 
   Block difference(std::int64_t at) const { return difference(at, Lanes::load(firstAt_ + at)); }
 
-  Block alignedDifference(std::int64_t at) const {
-    return difference(at, Lanes::loadAligned(firstAt_ + at));
-  }
-
   /// How far before `at` the first probe's bytes lie as blocks are best loaded. Going there looks
   /// again at a few positions that were passed already.
   std::int64_t misalignment(std::int64_t at) const {
@@ -150,120 +138,73 @@ class Scan {
     }
   }
 
-  /// Where the first probe's bytes are aligned.
+  /// True if a position of the group from `at` on fits the first probes, whose bytes are aligned.
   bool hasCandidates(std::int64_t at) const {
-    return Lanes::anyZero(alignedDifference(at), alignedDifference(at + Lanes::kCount),
-                          alignedDifference(at + 2 * Lanes::kCount),
-                          alignedDifference(at + 3 * Lanes::kCount));
+    const auto block = [&](std::int64_t index) {
+      const std::int64_t first = at + index * Lanes::kCount;
+      return difference(first, Lanes::loadAligned(firstAt_ + first));
+    };
+    return Lanes::anyZero(block(0), block(1), block(2), block(3));
   }
 
-  Bits candidates(std::int64_t at) {
+  /// The positions of a span, each a lane, where no byte is in the way: `differenceAt` gives the
+  /// block for the lanes from one on.
+  template <class DifferenceAt>
+  static Bits fitting(const DifferenceAt& differenceAt) {
     Bits bits = 0;
     for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
-      bits |= Bits{Lanes::bits(Lanes::zeros(difference(at + lane)))} << lane;
+      bits |= Bits{Lanes::bits(Lanes::zeros(differenceAt(lane)))} << lane;
     }
+    return bits;
+  }
+
+  Bits candidates(std::int64_t at) const {
+    Bits bits = fitting([&](std::int64_t lane) { return difference(at + lane); });
     for (int i = 2; i < filter_.count && bits != 0; ++i) {
-      bits &= fitting(filter_.probes[static_cast<std::size_t>(i)], at);
+      const ScanProbe& probe = filter_.probes[static_cast<std::size_t>(i)];
+      const Block value = Lanes::all(probe.value);
+      const Block mask = Lanes::all(probe.mask);
+      const std::uint8_t* const bytes = haystack_ + probe.offset + at;
+      bits &= fitting(
+          [&](std::int64_t lane) { return difference(Lanes::load(bytes + lane), value, mask); });
     }
-    if constexpr (kKind == PatternKind::masked) {
-      for (int i = 0; i < state_.culpritCount && bits != 0; ++i) {
-        bits &= unruined(state_.culprits[i], at);
+    return bits;
+  }
+
+  /// Those of `bits`, the positions from `at` on, that a masked pattern matches at. Compares a
+  /// batch of its bytes at all of them at once, first the batch that was in the way last time,
+  /// until no position is left.
+  Bits matchingMasked(Bits bits, std::int64_t at) {
+    const std::int64_t batches = (pattern_.offsetCount + kBatch - 1) / kBatch;
+    spent_ += kCandidateCost;
+    for (std::int64_t left = batches; left > 0; --left) {
+      const std::int64_t begin = state_.failedBatch * kBatch;
+      bits &= fittingBatch(begin, at);
+      spent_ += kWord * kBatch;
+      if (bits == 0) {
+        state_.failedOffset = pattern_.offsets[begin];
+        return bits;
       }
+      state_.failedBatch = (state_.failedBatch > 0 ? state_.failedBatch : batches) - 1;
     }
     return bits;
   }
 
-  /// The positions from `at` on that `culprit` lets the pattern lie at. One further position is one
-  /// place further back in the pattern.
-  Bits unruined(const Culprit& culprit, std::int64_t at) const {
-    const std::int64_t place = pattern_.length - 1 - (culprit.position - at) + kFitMargin;
-    const std::int64_t margin = pattern_.length + kFitMargin;
-    const bool isInReach = static_cast<std::uint64_t>(place) < static_cast<std::uint64_t>(margin);
-    const auto bit = static_cast<std::uint64_t>(isInReach ? place : margin);
-    const std::uint64_t* const words = culprit.fits + bit / 64;
-    return words[0] >> (bit % 64) | words[1] << 1 << (63 - bit % 64);
-  }
-
-  /// `bits` without those that what has just ruined one of them ruins as well.
-  Bits withoutRuined(Bits bits, std::int64_t at) const {
-    if (kKind != PatternKind::masked || state_.culpritCount == 0) return bits;
-    return bits & unruined(state_.culprits[state_.culpritCount - 1], at);
-  }
-
-  /// Keeps the byte at `place`, which is in the way of the pattern at `position`, and of the others
-  /// those that may still be, but for the oldest if there is no room for all.
-  void rememberCulprit(std::int64_t place, std::int64_t position) {
-    if (state_.culpritLimit == 0) return;
-    int count = 0;
-    for (int i = 0; i < state_.culpritCount; ++i) {
-      const std::int64_t distance = state_.culprits[i].position - position;
-      if (distance > -kSpan && distance < pattern_.length + kSpan) {
-        state_.culprits[count++] = state_.culprits[i];
+  /// The positions from `at` on where the bytes of a masked pattern fit, from the one at index
+  /// `begin` to the end of their batch.
+  Bits fittingBatch(std::int64_t begin, std::int64_t at) const {
+    const std::int64_t rest = pattern_.offsetCount - begin;
+    const std::int64_t end = begin + (rest < kBatch ? rest : kBatch);
+    return fitting([&](std::int64_t lane) {
+      Block differences = Lanes::all(0);
+      for (std::int64_t i = begin; i < end; ++i) {
+        const std::int64_t offset = pattern_.offsets[i];
+        const Block bytes = Lanes::load(haystack_ + at + offset + lane);
+        differences = Lanes::either(differences,
+                                    Lanes::differing(bytes, Lanes::all(pattern_.values[offset])));
       }
-    }
-    if (count == state_.culpritLimit) {
-      --count;
-      std::memmove(state_.culprits, state_.culprits + 1,
-                   static_cast<std::size_t>(count) * sizeof *state_.culprits);
-    }
-    state_.culprits[count] = {place, state_.fits[haystack_[place]]};
-    state_.culpritCount = count + 1;
-  }
-
-  /// Those of `bits`, the positions from `at` on, that a sparse pattern may match at: compares all
-  /// of them at once as long as there is one left.
-  Bits sparselyMatching(Bits bits, std::int64_t at) {
-    std::int64_t i = pattern_.sparseCount;
-    while (i > 0 && bits != 0) {
-      const std::int64_t end = i;
-      i = end > kTogether ? end - kTogether : 0;
-      const Bits left = bits & sparselyFitting(i, end, at);
-      if (left == 0) rememberSparseCulprit(at + std::countr_zero(bits), i, end);
-      bits = left;
-    }
-    spent_ += kCandidateCost + kWord * (pattern_.sparseCount - i);
-    return bits;
-  }
-
-  Bits sparselyFitting(std::int64_t begin, std::int64_t end, std::int64_t at) const {
-    constexpr std::int64_t kBlocks = kSpan / Lanes::kCount;
-    Block differences[kBlocks];
-    for (Block& difference : differences) difference = Lanes::all(0);
-    for (std::int64_t i = begin; i < end; ++i) {
-      const std::int64_t offset = pattern_.sparseOffsets[i];
-      const Block value = Lanes::all(pattern_.values[offset]);
-      const std::uint8_t* bytes = haystack_ + at + offset;
-      for (Block& difference : differences) {
-        difference = Lanes::either(difference, Lanes::differing(Lanes::load(bytes), value));
-        bytes += Lanes::kCount;
-      }
-    }
-    Bits bits = 0;
-    for (std::int64_t i = 0; i < kBlocks; ++i) {
-      bits |= Bits{Lanes::bits(Lanes::zeros(differences[i]))} << (i * Lanes::kCount);
-    }
-    return bits;
-  }
-
-  void rememberSparseCulprit(std::int64_t position, std::int64_t begin, std::int64_t end) {
-    for (std::int64_t i = end - 1; i >= begin; --i) {
-      const std::int64_t offset = pattern_.sparseOffsets[i];
-      if (haystack_[position + offset] == pattern_.values[offset]) continue;
-      state_.failedOffset = offset;
-      return rememberCulprit(position + offset, position);
-    }
-  }
-
-  Bits fitting(const ScanProbe& probe, std::int64_t at) const {
-    const Block value = Lanes::all(probe.value);
-    const Block mask = Lanes::all(probe.mask);
-    const std::uint8_t* const bytes = haystack_ + probe.offset + at;
-    Bits bits = 0;
-    for (std::int64_t lane = 0; lane < kSpan; lane += Lanes::kCount) {
-      bits |= Bits{Lanes::bits(Lanes::zeros(difference(Lanes::load(bytes + lane), value, mask)))}
-              << lane;
-    }
-    return bits;
+      return differences;
+    });
   }
 
   /// The bits of positions `lowest`...`highest`, of which `lowest` may be negative and `highest`
@@ -274,40 +215,36 @@ class Scan {
     return bits;
   }
 
-  /// Looks at the next positions from `at` on, which the scan has reached, up to `through`.
-  bool endsInSpanAbove(std::int64_t at, std::int64_t through) {
+  /// Looks at a span of positions from `at` on, up to `through`. True if the scan ends there.
+  bool findInSpanForward(std::int64_t at, std::int64_t through) {
     const std::int64_t highest = last_ - kSpan + 1;
     const std::int64_t base = at < highest ? at : highest;
     Bits bits = candidates(base) & bitsBetween(at - base, through - base);
-    if (isSparse() && bits != 0) {
-      bits = sparselyMatching(bits, base);
-      const std::int64_t next = base + kSpan <= through ? base + kSpan : through + 1;
-      if (bits == 0) return isOverBefore(next);
+    if (kKind == PatternKind::masked && bits != 0 && !filter_.provesMatch) {
+      bits = matchingMasked(bits, base);
+      if (bits == 0) return isOverBefore(base + kSpan <= through ? base + kSpan : through + 1);
     }
     while (bits != 0) {
       const std::int64_t position = base + std::countr_zero(bits);
       if (endsAt(position, position + 1)) return true;
-      bits = withoutRuined(withoutOverlapping(bits & (bits - 1), base), base);
+      bits = withoutOverlapping(bits & (bits - 1), base);
     }
     return false;
   }
 
-  bool endsInSpanBelow(std::int64_t at, std::int64_t from) {
+  /// The same downward from `at`, to `from`.
+  bool findInSpanBackward(std::int64_t at, std::int64_t from) {
     const std::int64_t base = at - kSpan + 1 > 0 ? at - kSpan + 1 : 0;
     Bits bits = candidates(base) & bitsBetween(from - base, at - base);
-    if (isSparse() && bits != 0) {
-      bits = sparselyMatching(bits, base);
-      if (bits == 0) return isOverBefore(base > from ? base - 1 : from - 1);
-    }
     while (bits != 0) {
       const int lane = 63 - std::countl_zero(bits);
       if (endsAt(base + lane, base + lane - 1)) return true;
-      bits = withoutRuined(bits & ~(Bits{1} << lane), base);
+      bits &= ~(Bits{1} << lane);
     }
     return false;
   }
 
-  /// Whether the scan is over with the candidate `position`.
+  /// True if the scan ends with the candidate `position`.
   bool endsAt(std::int64_t position, std::int64_t next) {
     if (position < free_) return false;
     if (filter_.provesMatch || matches(position)) {
@@ -318,7 +255,7 @@ class Scan {
     return isOverBefore(next);
   }
 
-  /// Whether the allowance is used up, with `next` as the next position to look at.
+  /// True if the allowance is used up; `next` is the next position to look at.
   bool isOverBefore(std::int64_t next) {
     if (allowanceLeft(next) >= 0) return false;
     result_ = {ScanResult::Outcome::exhausted, next};
@@ -331,7 +268,7 @@ class Scan {
     return free_ - at < kSpan ? bits & ~Bits{0} << (free_ - at) : 0;
   }
 
-  /// Whether the scan goes on for more matches, behind the one at `position`.
+  /// Lists the match at `position`. True if the scan goes on for more.
   bool isListed(std::int64_t position) {
     if (list_ == nullptr) return false;
     list_->positions[static_cast<std::size_t>(list_->count)] = position;
@@ -339,17 +276,10 @@ class Scan {
     return ++list_->count < MatchList::kCapacity;
   }
 
-  /// Haystacks with fewer positions than a span.
-  ScanResult forwardOneByOne(std::int64_t from, std::int64_t through) {
-    for (std::int64_t at = from; at <= through; ++at) {
-      if (fitsProbes(at) && endsAt(at, at + 1)) return result_;
-    }
-    return {};
-  }
-
-  ScanResult backwardOneByOne(std::int64_t from, std::int64_t through) {
-    for (std::int64_t at = through; at >= from; --at) {
-      if (fitsProbes(at) && endsAt(at, at - 1)) return result_;
+  /// Scans a haystack with fewer positions than a span, from `first` on in steps of 1 or -1.
+  ScanResult oneByOne(std::int64_t first, std::int64_t last, std::int64_t step) {
+    for (std::int64_t at = first; at != last + step; at += step) {
+      if (fitsProbes(at) && endsAt(at, at + step)) return result_;
     }
     return {};
   }
@@ -369,32 +299,36 @@ class Scan {
     const std::uint64_t wanted = ByteWord::load(pattern_.values + offset);
     if constexpr (kKind == PatternKind::folded) {
       return ByteWord::foldedCase(bytes) ^ ByteWord::foldedCase(wanted);
-    } else if constexpr (kKind == PatternKind::masked) {
-      return (bytes ^ wanted) & ByteWord::load(pattern_.masks + offset);
     }
     return bytes ^ wanted;
   }
 
   bool matches(std::int64_t position) {
+    if constexpr (kKind == PatternKind::masked) return matchesOneMasked(position);
     const std::int64_t lastWord = pattern_.length - kWord;
     const std::int64_t around = state_.failedOffset - kWord / 2;
     const std::int64_t likely = around < 0 ? 0 : around > lastWord ? lastWord : around;
-    if (differsAt(position, likely)) return failed(position, 0);
-    if (differsAt(position, lastWord)) return failed(position, kWord);
+    if (differsAt(position, likely)) return failed(0);
+    if (differsAt(position, lastWord)) return failed(kWord);
     // From the end on, since what differs there goes on to be in the way for longest when scanning
     // forward.
     for (std::int64_t offset = lastWord - kWord; offset > 0; offset -= kWord) {
-      if (differsAt(position, offset)) return failed(position, lastWord - offset);
+      if (differsAt(position, offset)) return failed(lastWord - offset);
     }
-    return !differsAt(position, 0) || failed(position, lastWord);
+    return !differsAt(position, 0) || failed(lastWord);
   }
 
-  bool failed(std::int64_t position, std::int64_t comparisons) {
+  bool failed(std::int64_t comparisons) {
     spent_ += kCandidateCost + comparisons;
-    if constexpr (kKind == PatternKind::masked) {
-      rememberCulprit(position + state_.failedOffset, position);
-    }
     return false;
+  }
+
+  bool matchesOneMasked(std::int64_t position) {
+    for (std::int64_t i = 0; i < pattern_.offsetCount; ++i) {
+      const std::int64_t offset = pattern_.offsets[i];
+      if (haystack_[position + offset] != pattern_.values[offset]) return failed(i);
+    }
+    return true;
   }
 
   bool differsAt(std::int64_t position, std::int64_t offset) {
@@ -433,18 +367,17 @@ class Scan {
   ScanResult result_;
 };
 
-/// The functions of a path.
+/// The scan functions of one path.
 template <class Lanes>
 struct ScanLoops {
   template <PatternKind kKind, bool kIsForward>
   static ScanResult scanKind(const ScanTask& task, std::int64_t from, std::int64_t through,
                              ScanState& state) {
-    if (task.filter.count == 1) {
-      Scan<Lanes, kKind, true> scan(task, state);
+    const auto run = [&](auto scan) {
       return kIsForward ? scan.forward(from, through) : scan.backward(from, through);
-    }
-    Scan<Lanes, kKind, false> scan(task, state);
-    return kIsForward ? scan.forward(from, through) : scan.backward(from, through);
+    };
+    if (task.filter.count == 1) return run(Scan<Lanes, kKind, true>(task, state));
+    return run(Scan<Lanes, kKind, false>(task, state));
   }
 
   template <bool kIsForward>

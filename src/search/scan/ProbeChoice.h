@@ -7,9 +7,6 @@
 
 namespace quillmor {
 
-/// Whether position `offset` of `pattern` asks for a certain byte.
-bool isConcrete(const PatternView& pattern, std::int64_t offset);
-
 /// The probes that are the best for data as it mostly is: positions of bytes that are rare in text,
 /// programs and images. Looks at a bounded number of positions that ask for a byte, of which
 /// `pattern` must have one.
