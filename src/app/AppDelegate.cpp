@@ -1,51 +1,13 @@
 #include "app/AppDelegate.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
+#include "app/ApplicationCommands.h"
+#include "app/MainMenu.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
-
-namespace {
-
-struct TextCommand {
-  std::string_view menuAction;
-  TextAction textAction;
-};
-
-constexpr auto kTextCommands = std::to_array<TextCommand>({
-    {"forwardUndo:", TextAction::undo},
-    {"forwardRedo:", TextAction::redo},
-    {"forwardCut:", TextAction::cut},
-    {"forwardCopy:", TextAction::copy},
-    {"forwardPaste:", TextAction::paste},
-    {"forwardDeleteSelection:", TextAction::delete_},
-    {"forwardSelectAll:", TextAction::selectAll},
-});
-
-struct ApplicationCommand {
-  std::string_view action;
-  void (*perform)(AppDelegate&, ApplicationSurface&, const CommandOrigin&);
-};
-
-constexpr auto kApplicationCommands = std::to_array<ApplicationCommand>({
-    {"showAbout:", [](auto&, auto& surface, auto&) { surface.showAboutWindow(); }},
-    {"showPreferences:", [](auto& app, auto&, auto&) { app.showPreferences(); }},
-    {"requestQuit:", [](auto& app, auto&, auto&) { app.requestQuit(); }},
-    {"newDocument:", [](auto& app, auto&, auto&) { app.newDocument(); }},
-    {"forwardOpenDocument:", [](auto& app, auto&, auto&) { app.openDocument(); }},
-    {"performClose:", [](auto&, auto& surface, auto& origin) { surface.performClose(origin); }},
-});
-
-template <class Table>
-auto findAction(const Table& table, std::string_view action) {
-  return std::find_if(table.begin(), table.end(),
-                      [action](const auto& entry) { return entry.action == action; });
-}
-
-}  // namespace
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
     : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {}
@@ -79,7 +41,7 @@ void AppDelegate::perform(std::string_view action, const CommandOrigin& origin) 
   const auto work = [&] { return route(action, origin), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
-  if (const auto editor = editorFor(origin)) editor->noteReason(result.error());
+  if (const auto editor = editorFor(origin)) editor->context().noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
@@ -87,26 +49,23 @@ void AppDelegate::perform(std::string_view action, const CommandOrigin& origin) 
 void AppDelegate::route(std::string_view action, const CommandOrigin& origin) {
   if (performTextAction(action, origin)) return;
   if (origin.editor) editorWindowDidBecomeKey(*origin.editor);
-  const auto own = findAction(kApplicationCommands, action);
-  if (own != kApplicationCommands.end()) return own->perform(*this, surface_, origin);
-  if (const auto controller = currentHexWindowController()) controller->perform(action);
+  if (const auto* own = findRow(applicationCommands(), action))
+    return own->perform(*this, surface_, origin);
+  if (const auto editor = editorFor(origin)) editor->perform(action);
 }
 
+/// True if a text view with the focus takes the command.
 bool AppDelegate::performTextAction(std::string_view action, const CommandOrigin& origin) {
-  const auto command =
-      std::find_if(kTextCommands.begin(), kTextCommands.end(),
-                   [action](const TextCommand& entry) { return entry.menuAction == action; });
-  if (command == kTextCommands.end()) return false;
+  const TextCommand* const command = findTextCommand(action);
+  if (!command) return false;
   const auto focus = surface_.focusedTextView(origin);
   if (!focus) return false;
-  const bool nothingToUndo = (command->textAction == TextAction::undo && !focus->canUndo) ||
-                             (command->textAction == TextAction::redo && !focus->canRedo);
-  if (nothingToUndo) {
-    const bool isUndo = command->textAction == TextAction::undo;
+  const bool isUndo = command->textAction == TextAction::undo;
+  const bool isRedo = command->textAction == TextAction::redo;
+  if ((isUndo && !focus->canUndo) || (isRedo && !focus->canRedo)) {
     const auto editor = editorFor(origin);
     if (!editor) return platform_.beeper.beep(), true;
-    editor->refuse(isUndo ? HexWindowController::kNothingToUndo
-                          : HexWindowController::kNothingToRedo);
+    editor->context().refuse(isUndo ? EditCommands::kNothingToUndo : EditCommands::kNothingToRedo);
     return true;
   }
   return surface_.sendTextAction(command->textAction, origin);
@@ -119,22 +78,18 @@ EnablingContext AppDelegate::enablingContext(const CommandOrigin& origin) const 
   if (!controller) return context;
   context.hasController = true;
   context.isBusy = controller->isBusy();
-  context.hasFile = controller->hasFileURLForMenu();
+  context.hasFile = controller->document().location().has_value();
   context.canUndo = controller->document().undoManager().canUndo();
   context.canRedo = controller->document().undoManager().canRedo();
   context.hasBookmarks = !controller->bookmarks().offsets().empty();
-  const std::int64_t count = controller->document().storage()->count();
-  context.hasSelection = controller->editor().selection().normalized(count).length > 0;
-  context.hasBytes = count > 0;
+  context.hasSelection = controller->session().selectedRange().length > 0;
+  context.hasBytes = controller->session().byteCount() > 0;
   return context;
 }
 
 bool AppDelegate::validateMenuItem(std::string_view action, const CommandOrigin& origin) const {
-  const auto hasCommand = [](std::string_view name) {
-    return findAction(kApplicationCommands, name) != kApplicationCommands.end() ||
-           HexWindowController::hasCommand(name);
-  };
-  return isEnabled(action, enablingContext(origin), hasCommand);
+  const Command* const command = findCommand(action);
+  return command && isEnabled(*command, enablingContext(origin));
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::showNewEditorWindow(bool isPendingInitialLoad) {
@@ -173,17 +128,15 @@ void AppDelegate::openUntitledDocumentIfNeeded() {
   documents_.documents().front()->activateOpenWindows();
 }
 
-void AppDelegate::openDocument() {
-  const auto controller = currentHexWindowController();
-  std::optional<FileLocation> directory;
-  if (controller && controller->document().location())
-    directory = controller->document().location()->directory();
-  auto locations =
+void AppDelegate::openDocument(const CommandOrigin& origin) {
+  const auto controller = editorFor(origin);
+  const auto directory = controller ? controller->context().documentDirectory() : std::nullopt;
+  const auto locations =
       platform_.filePanels.runOpenPanel("Open", /*allowsMultipleSelection=*/true, directory);
   // The panel ran the event loop, in which another window may have come to the front.
-  if (!locations.empty())
-    openFiles(
-        locations, [](bool) {}, controller);
+  if (locations.empty()) return;
+  openFiles(
+      locations, [](bool) {}, controller);
 }
 
 void AppDelegate::showPreferences() {

@@ -44,7 +44,7 @@ class AppDelegate {
   bool validateMenuItem(std::string_view action, const CommandOrigin& origin = {}) const;
 
   void newDocument();
-  void openDocument();
+  void openDocument(const CommandOrigin& origin = {});
   void showPreferences();
 
   /// An untitled document when none is open, else the first open document's windows in front.

@@ -105,10 +105,11 @@ void AppDelegate::openInWindowOf(std::shared_ptr<HexWindowController> controller
                                  const FileLocation& location, NewWindowCompletion completion) {
   if (!controller || !controller->hasWindow()) controller = currentHexWindowController();
   if (!controller) controller = showNewEditorWindow(/*isPendingInitialLoad=*/false);
-  controller->openURLInCurrentWindow(location, [completion = std::move(completion)](
-                                                   OpenCurrentResult result) {
-    completion(result == OpenCurrentResult::opened || result == OpenCurrentResult::broughtToFront);
-  });
+  controller->commands().replacement().openURLInCurrentWindow(
+      location, [completion = std::move(completion)](OpenCurrentResult result) {
+        completion(result == OpenCurrentResult::opened ||
+                   result == OpenCurrentResult::broughtToFront);
+      });
 }
 
 void AppDelegate::openAdditionalDocuments(std::vector<FileLocation> locations, bool everyFileOpened,
@@ -130,7 +131,7 @@ void AppDelegate::openInNewWindow(const FileLocation& location, NewWindowComplet
   const auto controller = showNewEditorWindow(/*isPendingInitialLoad=*/true);
   try {
     pendingLoads_.push_back({location, {std::move(completion)}});
-    controller->beginLoadFileInCurrentWindow(
+    controller->commands().replacement().beginLoadFileInCurrentWindow(
         location, /*preservingEditorState=*/false,
         [this, location, weak = std::weak_ptr(controller)](Result<OpenCurrentResult> result) {
           newWindowLoadDidEnd(location, weak.lock(), result);
@@ -151,7 +152,7 @@ void AppDelegate::newWindowLoadDidEnd(const FileLocation& location,
     if (controller && !isShown) controller->closeUnusedWindow();
     if (!result.isOk() && !result.error().isStopped()) {
       if (const auto current = currentHexWindowController())
-        current->noteOpenFailure(location, result.error());
+        current->context().noteOpenFailure(location, result.error());
       platform_.alerts.runModal(
           {.messageText = "Open Failed", .informativeText = result.error().message()});
     }

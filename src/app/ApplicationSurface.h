@@ -8,9 +8,6 @@
 
 namespace quillmor {
 
-/// The standard commands that a focused text view carries out itself.
-enum class TextAction { undo, redo, cut, copy, paste, delete_, selectAll };
-
 /// Where a command was chosen.
 struct CommandOrigin {
   /// The editor that the window of the menu belongs to; null for the current one.

@@ -1,171 +1,178 @@
 #include "app/MainMenu.h"
 
+#include "app/ApplicationCommands.h"
+#include "window/commands/EditorCommands.h"
+
 namespace quillmor {
 
 namespace {
 
 constexpr std::string_view kForwardPrefix = "forward";
-constexpr bool kShift = true;
-constexpr MenuItem kSeparator{};
+constexpr std::string_view kSeparator{};
 
-constexpr MenuItem kApplicationItems[] = {
-    {"About Quillmor", "showAbout:"},          kSeparator,
-    {"Preferences…", "showPreferences:", ","}, kSeparator,
-    {"Quit Quillmor", "requestQuit:", "q"},
+constexpr std::string_view kApplicationItems[] = {
+    "showAbout:", kSeparator, "showPreferences:", kSeparator, "requestQuit:",
 };
 
-constexpr MenuItem kFileItems[] = {
-    {"New", "newDocument:", "n"},
-    {"Open…", "forwardOpenDocument:", "o"},
+constexpr std::string_view kFileItems[] = {
+    "newDocument:",
+    "forwardOpenDocument:",
     kSeparator,
-    {"Save", "forwardSaveDocument:", "s"},
-    {"Save As…", "forwardSaveDocumentAs:", "S", kShift},
-    {"Revert", "forwardRevertDocument:"},
-    {"Reload from Disk", "forwardReloadFromDisk:"},
+    "forwardSaveDocument:",
+    "forwardSaveDocumentAs:",
+    "forwardRevertDocument:",
+    "forwardReloadFromDisk:",
     kSeparator,
-    {"Reveal in Finder", "forwardRevealInFinder:"},
-    {"Copy File Path", "forwardCopyFilePath:"},
+    "forwardRevealInFinder:",
+    "forwardCopyFilePath:",
     kSeparator,
-    {"Create Backup Copy…", "forwardCreateBackupCopy:"},
-    {"Save Atomic Backup…", "forwardSaveAtomicBackup:"},
+    "forwardCreateBackupCopy:",
+    "forwardSaveAtomicBackup:",
     kSeparator,
-    {"Export Selection…", "forwardExportSelection:", "e"},
-    {"Export Selection Hex Dump…", "forwardExportSelectionHexDump:"},
-    {"Export Intel HEX…", "forwardExportIntelHex:"},
-    {"Export Hex Dump…", "forwardExportHexDump:"},
+    "forwardExportSelection:",
+    "forwardExportSelectionHexDump:",
+    "forwardExportIntelHex:",
+    "forwardExportHexDump:",
     kSeparator,
-    {"Export Difference Report…", "forwardExportDifferenceReport:"},
+    "forwardExportDifferenceReport:",
     kSeparator,
-    {"Export Hex Patch…", "forwardExportHexPatch:"},
-    {"Apply Hex Patch…", "forwardApplyHexPatch:"},
+    "forwardExportHexPatch:",
+    "forwardApplyHexPatch:",
     kSeparator,
-    {"Close", "performClose:", "w"},
+    "performClose:",
 };
 
-constexpr MenuItem kEditItems[] = {
-    {"Undo", "forwardUndo:", "z"},
-    {"Redo", "forwardRedo:", "z", kShift},
+constexpr std::string_view kEditItems[] = {
+    "forwardUndo:",
+    "forwardRedo:",
     kSeparator,
-    {"Cut", "forwardCut:", "x"},
-    {"Copy", "forwardCopy:", "c"},
-    {"Paste", "forwardPaste:", "v"},
-    {"Delete", "forwardDeleteSelection:", "\b"},
+    "forwardCut:",
+    "forwardCopy:",
+    "forwardPaste:",
+    "forwardDeleteSelection:",
     kSeparator,
-    {"Copy as Hex", "forwardCopyAsHex:"},
-    {"Copy as C Array", "forwardCopyAsCArray:"},
-    {"Copy as Swift Array", "forwardCopyAsSwiftArray:"},
-    {"Copy as Base64", "forwardCopyAsBase64:"},
-    {"Copy as Python Bytes", "forwardCopyAsPythonBytes:"},
-    {"Copy as JSON Byte Array", "forwardCopyAsJSONByteArray:"},
+    "forwardCopyAsHex:",
+    "forwardCopyAsCArray:",
+    "forwardCopyAsSwiftArray:",
+    "forwardCopyAsBase64:",
+    "forwardCopyAsPythonBytes:",
+    "forwardCopyAsJSONByteArray:",
     kSeparator,
-    {"Copy Current Offset", "forwardCopyCurrentOffset:"},
-    {"Copy Selection Range", "forwardCopySelectionRange:"},
+    "forwardCopyCurrentOffset:",
+    "forwardCopySelectionRange:",
     kSeparator,
-    {"Select All", "forwardSelectAll:", "a"},
-    {"Select Range…", "forwardSelectRange:"},
+    "forwardSelectAll:",
+    "forwardSelectRange:",
 };
 
-constexpr MenuItem kSearchItems[] = {
-    {"Find…", "forwardFind:", "f"},
-    {"Replace…", "forwardReplace:", "r"},
-    kSeparator,
-    {"Find Next", "forwardFindNext:", "g"},
-    {"Find Previous", "forwardFindPrevious:", "G", kShift},
-    {"Find Wildcard/Mask…", "forwardFindWildcardMask:"},
-    kSeparator,
-    {"Go to Offset…", "forwardGoToOffset:", "l"},
-    {"Go to Start", "forwardGoToStart:"},
-    {"Go to End", "forwardGoToEnd:"},
-    kSeparator,
-    {"Select Range…", "forwardSelectRange:"},
+constexpr std::string_view kSearchItems[] = {
+    "forwardFind:",         "forwardReplace:",          kSeparator, "forwardFindNext:",
+    "forwardFindPrevious:", "forwardFindWildcardMask:", kSeparator, "forwardGoToOffset:",
+    "forwardGoToStart:",    "forwardGoToEnd:",          kSeparator, "forwardSelectRange:",
 };
 
-constexpr MenuItem kViewItems[] = {
-    {"Bytes per Row: 8", "forwardBytesPerRow8:"},
-    {"Bytes per Row: 16", "forwardBytesPerRow16:"},
-    {"Bytes per Row: 32", "forwardBytesPerRow32:"},
-    kSeparator,
-    {"Toggle Insert Mode", "forwardToggleInsertMode:", "i"},
-    kSeparator,
-    {"Byte Frequency", "forwardShowByteFrequency:"},
-    {"Checksums", "forwardShowChecksums:"},
+constexpr std::string_view kViewItems[] = {
+    "forwardBytesPerRow8:",      "forwardBytesPerRow16:",
+    "forwardBytesPerRow32:",     kSeparator,
+    "forwardToggleInsertMode:",  kSeparator,
+    "forwardShowByteFrequency:", "forwardShowChecksums:",
 };
 
-constexpr MenuItem kToolsItems[] = {
-    {"Insert Bytes…", "forwardInsertBytes:"},
-    {"Insert File at Offset…", "forwardInsertFileAtOffset:"},
-    {"Append File to End…", "forwardAppendFileToEnd:"},
+constexpr std::string_view kToolsItems[] = {
+    "forwardInsertBytes:",
+    "forwardInsertFileAtOffset:",
+    "forwardAppendFileToEnd:",
     kSeparator,
-    {"Crop to Selection", "forwardCropToSelection:"},
+    "forwardCropToSelection:",
     kSeparator,
-    {"Fill Selection…", "forwardFillSelection:"},
-    {"Fill Selection with 00", "forwardFillSelectionWithZero:"},
-    {"Fill Selection with FF", "forwardFillSelectionWithFF:"},
+    "forwardFillSelection:",
+    "forwardFillSelectionWithZero:",
+    "forwardFillSelectionWithFF:",
     kSeparator,
-    {"Invert Selection", "forwardInvertSelection:"},
-    {"Reverse Selection", "forwardReverseSelection:"},
-    {"Swap Selection 16-bit Endian", "forwardSwapSelection16:"},
-    {"Swap Selection 32-bit Endian", "forwardSwapSelection32:"},
+    "forwardInvertSelection:",
+    "forwardReverseSelection:",
+    "forwardSwapSelection16:",
+    "forwardSwapSelection32:",
     kSeparator,
-    {"XOR Selection…", "forwardXorSelection:"},
-    {"AND Selection…", "forwardAndSelection:"},
-    {"OR Selection…", "forwardOrSelection:"},
+    "forwardXorSelection:",
+    "forwardAndSelection:",
+    "forwardOrSelection:",
     kSeparator,
-    {"Compare With File…", "forwardCompareWithFile:"},
-    {"Export Difference Report…", "forwardExportDifferenceReport:"},
-    {"Export ASCII Strings…", "forwardExportASCIIStrings:"},
+    "forwardCompareWithFile:",
+    "forwardExportDifferenceReport:",
+    "forwardExportASCIIStrings:",
     kSeparator,
-    {"Selection Statistics", "forwardShowSelectionStatistics:"},
-    {"File Information", "forwardShowFileInformation:"},
+    "forwardShowSelectionStatistics:",
+    "forwardShowFileInformation:",
     kSeparator,
-    {"Data Inspector Detail", "forwardShowDataInspectorDetail:"},
-    {"Edit Current Value…", "forwardEditCurrentValue:"},
-    {"Bit Editor…", "forwardBitEditor:"},
+    "forwardShowDataInspectorDetail:",
+    "forwardEditCurrentValue:",
+    "forwardBitEditor:",
     kSeparator,
-    {"Open Compare Window…", "forwardOpenCompareWindow:"},
+    "forwardOpenCompareWindow:",
     kSeparator,
-    {"Entropy Map…", "forwardEntropyMap:"},
-    {"File Structure Detector", "forwardDetectFileStructure:"},
-    {"Strings Viewer", "forwardStringsViewer:"},
-    {"Checksum Range…", "forwardChecksumRange:"},
+    "forwardEntropyMap:",
+    "forwardDetectFileStructure:",
+    "forwardStringsViewer:",
+    "forwardChecksumRange:",
     kSeparator,
-    {"PCI ROM Info", "forwardPCIRomInfo:"},
-    {"Validate ACPI Checksum", "forwardValidateACPIChecksum:"},
-    {"Fix ACPI Checksum", "forwardFixACPIChecksum:"},
+    "forwardPCIRomInfo:",
+    "forwardValidateACPIChecksum:",
+    "forwardFixACPIChecksum:",
 };
 
-constexpr MenuItem kBookmarksItems[] = {
-    {"Add Bookmark", "forwardAddBookmark:", "b"},
-    {"Next Bookmark", "forwardNextBookmark:", "]"},
-    {"Previous Bookmark", "forwardPreviousBookmark:", "["},
-    {"Show Bookmarks", "forwardShowBookmarks:"},
+constexpr std::string_view kBookmarksItems[] = {
+    "forwardAddBookmark:",
+    "forwardNextBookmark:",
+    "forwardPreviousBookmark:",
+    "forwardShowBookmarks:",
     kSeparator,
-    {"Export Bookmarks…", "forwardExportBookmarks:"},
-    {"Import Bookmarks…", "forwardImportBookmarks:"},
+    "forwardExportBookmarks:",
+    "forwardImportBookmarks:",
     kSeparator,
-    {"Restore Last Session Offset", "forwardRestoreLastSessionOffset:"},
+    "forwardRestoreLastSessionOffset:",
     kSeparator,
-    {"Clear Bookmarks", "forwardClearBookmarks:"},
+    "forwardClearBookmarks:",
 };
 
-constexpr MenuItem kPresetsItems[] = {
-    {"Rx580 macOS", "forwardApplyRx580MacOSPreset:"},
-    {"Rx580 macOS + Fix Checksum", "forwardApplyRx580MacOSPresetAndFixChecksum:"},
+constexpr std::string_view kPresetsItems[] = {
+    "forwardApplyRx580MacOSPreset:",
+    "forwardApplyRx580MacOSPresetAndFixChecksum:",
     kSeparator,
-    {"Validate Polaris Checksum", "forwardValidatePolarisChecksum:"},
-    {"Fix Polaris Checksum", "forwardFixPolarisChecksum:"},
+    "forwardValidatePolarisChecksum:",
+    "forwardFixPolarisChecksum:",
     kSeparator,
-    {"Dry Run JSON Preset…", "forwardDryRunJSONPreset:"},
-    {"Apply JSON Preset…", "forwardApplyJSONPreset:"},
+    "forwardDryRunJSONPreset:",
+    "forwardApplyJSONPreset:",
 };
+
+Menu menu(std::string_view title, std::span<const std::string_view> actions) {
+  Menu made{title, {}};
+  for (const std::string_view action : actions) {
+    const Command* const command = findCommand(action);
+    made.items.push_back(command ? MenuItem{command->title, action, command->key, command->shift}
+                                 : MenuItem{});
+  }
+  return made;
+}
 
 }  // namespace
 
+const Command* findCommand(std::string_view action) {
+  const auto* row = findRow(applicationCommands(), action);
+  return row ? &row->command : EditorCommands::find(action);
+}
+
 const std::vector<Menu>& mainMenu() {
   static const std::vector<Menu> menus = {
-      {"Quillmor", kApplicationItems}, {"File", kFileItems},       {"Edit", kEditItems},
-      {"Search", kSearchItems},        {"View", kViewItems},       {"Tools", kToolsItems},
-      {"Bookmarks", kBookmarksItems},  {"Presets", kPresetsItems},
+      menu("Quillmor", kApplicationItems),
+      menu("File", kFileItems),
+      menu("Edit", kEditItems),
+      menu("Search", kSearchItems),
+      menu("View", kViewItems),
+      menu("Tools", kToolsItems),
+      menu("Bookmarks", kBookmarksItems),
+      menu("Presets", kPresetsItems),
   };
   return menus;
 }
@@ -189,8 +196,8 @@ std::vector<MenuItem> itemsWithAction(std::string_view action) {
 
 std::string commandTitle(std::string_view action) {
   constexpr std::string_view kEllipsis = "…";
-  const auto items = itemsWithAction(action);
-  std::string_view title = items.empty() ? action : items.front().title;
+  const Command* const command = findCommand(action);
+  std::string_view title = command ? command->title : action;
   if (title.ends_with(kEllipsis)) title.remove_suffix(kEllipsis.size());
   return std::string(title);
 }

@@ -1,21 +1,25 @@
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// The main menu as data: what stands in it, and when each item is enabled. No widget is needed to
-/// read or test it. Everything here is immutable after its first use and safe from any thread.
+#include "window/commands/Command.h"
+
+/// The main menu as data. No widget is needed to read or test it. Everything here is immutable
+/// after its first use and safe from any thread.
 namespace quillmor {
+
+/// The facts of the command with this action, of the application or of an editor; null when there
+/// is none.
+const Command* findCommand(std::string_view action);
 
 /// One row of a menu; a row without a title is a separator.
 struct MenuItem {
   std::string_view title;
-  std::string_view action;  ///< such as "forwardFillSelection:"
-  std::string_view keyEquivalent =
-      {};              ///< with the Command key; empty for none, "\b" for Backspace
-  bool shift = false;  ///< whether the key equivalent adds the Shift key
+  std::string_view action;              ///< such as "forwardFillSelection:"
+  std::string_view keyEquivalent = {};  ///< see `Command::key`
+  bool shift = false;
 
   bool isSeparator() const { return title.empty(); }
   bool operator==(const MenuItem&) const = default;
@@ -23,7 +27,7 @@ struct MenuItem {
 
 struct Menu {
   std::string_view title;
-  std::span<const MenuItem> items;
+  std::vector<MenuItem> items;
 };
 
 /// The title of the menu bar itself.
@@ -39,7 +43,7 @@ const Menu* findMenu(std::string_view title);
 std::vector<MenuItem> itemsWithAction(std::string_view action);
 
 /// The name of the command with `action` as alerts show it: its menu title without the ellipsis;
-/// the action itself when no item has it.
+/// the action itself when there is no such command.
 std::string commandTitle(std::string_view action);
 
 /// Whether `action` is passed on to the current editor, as "forwardFillSelection:" is.

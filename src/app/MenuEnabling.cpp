@@ -1,128 +1,56 @@
 #include "app/MenuEnabling.h"
 
 #include <algorithm>
-#include <span>
+
+#include "app/MainMenu.h"
 
 namespace quillmor {
 
 namespace {
 
-/// Standard text commands, and what the focused text view answers for each.
-struct TextRule {
-  std::string_view action;
-  bool TextFocus::*need;
+constexpr TextCommand kTextCommands[] = {
+    {"forwardUndo:", TextAction::undo, &TextFocus::canUndo},
+    {"forwardRedo:", TextAction::redo, &TextFocus::canRedo},
+    {"forwardCut:", TextAction::cut, &TextFocus::isEditable},
+    {"forwardCopy:", TextAction::copy, &TextFocus::hasSelection},
+    {"forwardPaste:", TextAction::paste, &TextFocus::isEditable},
+    {"forwardDeleteSelection:", TextAction::delete_, &TextFocus::isEditable},
+    {"forwardSelectAll:", TextAction::selectAll, &TextFocus::hasText},
 };
 
-constexpr TextRule kTextRules[] = {
-    {"forwardUndo:", &TextFocus::canUndo},
-    {"forwardRedo:", &TextFocus::canRedo},
-    {"forwardCut:", &TextFocus::isEditable},
-    {"forwardPaste:", &TextFocus::isEditable},
-    {"forwardDeleteSelection:", &TextFocus::isEditable},
-    {"forwardSelectAll:", &TextFocus::hasText},
-    {"forwardCopy:", &TextFocus::hasSelection},
-};
-
-constexpr std::string_view kNeedFile[] = {
-    "forwardRevertDocument:",
-    "forwardReloadFromDisk:",
-    "forwardRevealInFinder:",
-    "forwardCopyFilePath:",
-};
-
-constexpr std::string_view kNeedUndo[] = {"forwardUndo:"};
-constexpr std::string_view kNeedRedo[] = {"forwardRedo:"};
-
-constexpr std::string_view kNeedBookmarks[] = {
-    "forwardNextBookmark:",   "forwardPreviousBookmark:", "forwardShowBookmarks:",
-    "forwardClearBookmarks:", "forwardExportBookmarks:",
-};
-
-constexpr std::string_view kNeedSelection[] = {
-    "forwardFillSelectionWithZero:", "forwardFillSelectionWithFF:", "forwardInvertSelection:",
-    "forwardReverseSelection:",      "forwardSwapSelection16:",     "forwardSwapSelection32:",
-    "forwardXorSelection:",          "forwardAndSelection:",        "forwardOrSelection:",
-    "forwardCropToSelection:",
-};
-
-constexpr std::string_view kNeedBytes[] = {
-    "forwardFind:",
-    "forwardReplace:",
-    "forwardFindNext:",
-    "forwardFindPrevious:",
-    "forwardFindWildcardMask:",
-    "forwardGoToOffset:",
-    "forwardGoToStart:",
-    "forwardGoToEnd:",
-    "forwardCopy:",
-    "forwardCopyAsHex:",
-    "forwardCopyAsCArray:",
-    "forwardCopyAsSwiftArray:",
-    "forwardCopyAsBase64:",
-    "forwardCopyAsPythonBytes:",
-    "forwardCopyAsJSONByteArray:",
-    "forwardCopyCurrentOffset:",
-    "forwardCopySelectionRange:",
-    "forwardSelectAll:",
-    "forwardSelectRange:",
-    "forwardExportSelection:",
-    "forwardExportSelectionHexDump:",
-    // A patch covers the selection, else the byte at the caret, so it needs bytes but no selection.
-    "forwardExportHexPatch:",
-    "forwardApplyRx580MacOSPreset:",
-    "forwardApplyRx580MacOSPresetAndFixChecksum:",
-    "forwardValidatePolarisChecksum:",
-    "forwardFixPolarisChecksum:",
-    "forwardShowDataInspectorDetail:",
-    "forwardEditCurrentValue:",
-    "forwardBitEditor:",
-    "forwardValidateACPIChecksum:",
-    "forwardFixACPIChecksum:",
-};
-
-/// Commands of an idle controller that need something more of its document.
-struct DocumentRule {
-  std::span<const std::string_view> actions;
-  bool EnablingContext::*need;
-};
-
-constexpr DocumentRule kDocumentRules[] = {
-    {kNeedFile, &EnablingContext::hasFile},
-    {kNeedUndo, &EnablingContext::canUndo},
-    {kNeedRedo, &EnablingContext::canRedo},
-    {kNeedBookmarks, &EnablingContext::hasBookmarks},
-    {kNeedSelection, &EnablingContext::hasSelection},
-    {kNeedBytes, &EnablingContext::hasBytes},
-};
-
-const TextRule* textRuleFor(std::string_view action) {
-  const auto* rule = std::ranges::find(kTextRules, action, &TextRule::action);
-  return rule == std::end(kTextRules) ? nullptr : rule;
-}
-
-bool documentAllows(std::string_view action, const EnablingContext& context) {
-  return std::ranges::all_of(kDocumentRules, [&](const DocumentRule& rule) {
-    const bool applies = std::ranges::find(rule.actions, action) != rule.actions.end();
-    return !applies || context.*rule.need;
-  });
+bool isMet(CommandNeed need, const EnablingContext& context) {
+  switch (need) {
+    case CommandNeed::nothing:
+      return true;
+    case CommandNeed::file:
+      return context.hasFile;
+    case CommandNeed::undo:
+      return context.canUndo;
+    case CommandNeed::redo:
+      return context.canRedo;
+    case CommandNeed::bookmarks:
+      return context.hasBookmarks;
+    case CommandNeed::selection:
+      return context.hasSelection;
+    case CommandNeed::bytes:
+      return context.hasBytes;
+  }
+  return false;
 }
 
 }  // namespace
 
-bool isEnabled(std::string_view action, const EnablingContext& context,
-               const HasCommand& hasCommand) {
-  if (!isForwarded(action)) return true;
-  // The text view handles these itself, whether or not the editor has such a command.
-  if (const TextRule* rule = textRuleFor(action); rule && context.textFocus) {
-    return (*context.textFocus).*rule->need;
-  }
-  if (!hasCommand(action)) return false;
-  if (!context.hasController) return action == "forwardOpenDocument:";
-  return !context.isBusy && documentAllows(action, context);
+const TextCommand* findTextCommand(std::string_view action) {
+  const auto* found = std::ranges::find(kTextCommands, action, &TextCommand::action);
+  return found == std::end(kTextCommands) ? nullptr : found;
 }
 
-bool isEnabled(const MenuItem& item, const EnablingContext& context, const HasCommand& hasCommand) {
-  return isEnabled(item.action, context, hasCommand);
+bool isEnabled(const Command& command, const EnablingContext& context) {
+  if (!isForwarded(command.action)) return true;
+  const TextCommand* const textCommand = findTextCommand(command.action);
+  if (textCommand && context.textFocus) return (*context.textFocus).*textCommand->need;
+  if (!context.hasController) return command.action == "forwardOpenDocument:";
+  return !context.isBusy && isMet(command.need, context);
 }
 
 }  // namespace quillmor

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string_view>
 
-#include "app/MainMenu.h"
+#include "window/commands/Command.h"
 
 namespace quillmor {
 
@@ -16,6 +15,19 @@ struct TextFocus {
   bool canUndo = false;
   bool canRedo = false;
 };
+
+/// The standard commands that a focused text view carries out itself.
+enum class TextAction { undo, redo, cut, copy, paste, delete_, selectAll };
+
+/// One of them: the menu action that stands for it, and what the text view must have for it.
+struct TextCommand {
+  std::string_view action;
+  TextAction textAction;
+  bool TextFocus::*need;
+};
+
+/// The text command with this menu action, or null.
+const TextCommand* findTextCommand(std::string_view action);
 
 /// What the menu items' state depends on, read at one moment. The values about a document are those
 /// of the current controller; without one they mean nothing.
@@ -31,15 +43,8 @@ struct EnablingContext {
   bool hasBytes = false;      ///< the document is not empty
 };
 
-/// Whether the command behind an action exists.
-using HasCommand = std::function<bool(std::string_view action)>;
-
-/// Whether a menu item with `action` is enabled. An editor command needs to exist besides what its
-/// own rule asks for; items that are not forwarded are always enabled. Pure but for `hasCommand`.
-bool isEnabled(std::string_view action, const EnablingContext& context,
-               const HasCommand& hasCommand);
-
-/// The same for a row of the menu. Separators, which have no action, count as enabled.
-bool isEnabled(const MenuItem& item, const EnablingContext& context, const HasCommand& hasCommand);
+/// True if the menu item of the command is enabled. Commands that are not forwarded always are;
+/// without a controller only "forwardOpenDocument:" is. Pure.
+bool isEnabled(const Command& command, const EnablingContext& context);
 
 }  // namespace quillmor

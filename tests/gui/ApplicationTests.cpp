@@ -94,11 +94,12 @@ TEST_F(ApplicationTest, namesEveryToolbarButtonForAssistiveTechnology) {
 
 TEST_F(ApplicationTest, disablesTheToolbarAndHidesTheCaretWhileBusy) {
   EditorWindow& window = open("hello");
-  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   EXPECT_FALSE(button(window, "Go To")->isEnabled());
   EXPECT_FALSE(window.controller().editor().isEditingEnabled());
   EXPECT_EQ(line(window, "Status"), "Working…");
-  window.controller().endBusyStatus();
+  busy.end();
   EXPECT_TRUE(button(window, "Go To")->isEnabled());
 }
 
@@ -109,7 +110,8 @@ TEST_F(ApplicationTest, showsProgressAfterAWhileAndStopsOnEscape) {
     stopped = progress.stopRequested();
     return {};
   };
-  window.controller().runBackgroundTask("Working…", work, std::function([](Result<Done>) {}));
+  window.controller().context().runBackgroundTask("Working…", work,
+                                                  std::function([](Result<Done>) {}));
   auto* progress = window.findChild<QProgressBar*>();
   platform.executor.advance(std::chrono::milliseconds(299));
   EXPECT_FALSE(progress->isVisible());
@@ -152,18 +154,19 @@ TEST_F(ApplicationTest, closesAWindowThatIsToldToWhileItAsks) {
 
 TEST_F(ApplicationTest, refusesToCloseWhileBusy) {
   EditorWindow& window = open("hello");
-  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect(
       "Operation in Progress",
       "Wait for the current file operation to finish before closing this editor window.");
   window.close();
   EXPECT_TRUE(window.isVisible());
-  window.controller().endBusyStatus();
+  busy.end();
 }
 
 TEST_F(ApplicationTest, showsReportsInWindowsThatCloseWithTheEditor) {
   EditorWindow& window = open("hello");
-  window.controller().showUtilityReport("Bookmarks", "one\ntwo\n");
+  window.controller().context().showUtilityReport("Bookmarks", "one\ntwo\n");
   QPointer<ReportWindow> report(topLevel<ReportWindow>());
   ASSERT_FALSE(report.isNull());
   EXPECT_EQ(report->windowTitle(), "Bookmarks");
@@ -175,7 +178,7 @@ TEST_F(ApplicationTest, showsReportsInWindowsThatCloseWithTheEditor) {
 
 TEST_F(ApplicationTest, sendsShortcutsOfAReportWindowToTheEditor) {
   EditorWindow& window = open("hello");
-  window.controller().showUtilityReport("Report", "text");
+  window.controller().context().showUtilityReport("Report", "text");
   auto* report = topLevel<ReportWindow>();
   ASSERT_NE(report, nullptr);
   report->activateWindow();

@@ -106,10 +106,11 @@ TEST_F(EditingRefusals, askForASelectionFirst) {
 TEST_F(EditingRefusals, comeFirstWhileTheWindowIsBusy) {
   EditorWindow& window = open("abcdef");
   select(window, {0, 4});
-  window.controller().beginBusyStatus("Working…");
-  const char* busy = "Another operation is already running. Wait for it to finish before editing.";
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  const char* busyText =
+      "Another operation is already running. Wait for it to finish before editing.";
   for (const auto& [action, title] : kSelectionCommands) {
-    expectMessage(title, busy);
+    expectMessage(title, busyText);
     performAndExpectNoChange(window, action);
   }
   const std::pair<const char*, const char*> others[] = {
@@ -124,10 +125,10 @@ TEST_F(EditingRefusals, comeFirstWhileTheWindowIsBusy) {
       {"forwardCopyAsHex:", "Copy as Hex"},
   };
   for (const auto& [action, title] : others) {
-    expectMessage(title, busy);
+    expectMessage(title, busyText);
     performAndExpectNoChange(window, action);
   }
-  window.controller().endBusyStatus();
+  busy.end();
 }
 
 TEST_F(EditingRefusals, wantAWholeGroupToSwap) {
@@ -284,10 +285,10 @@ TEST_F(EditingRefusals, ofThePasteboardRemoveNothing) {
 TEST_F(EditingRefusals, pasteNothingWhileTheWindowIsBusy) {
   EditorWindow& window = open("abcdef");
   platform.pasteboard.setText("xyz");
-  window.controller().beginBusyStatus("Working…");
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
   expectMessage("Paste Failed", "Another operation is already running.");
   performAndExpectNoChange(window, "forwardPaste:");
-  window.controller().endBusyStatus();
+  busy.end();
 }
 
 class FileInsertionRefusals : public EditingRefusals {

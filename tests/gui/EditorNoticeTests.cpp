@@ -62,7 +62,8 @@ TEST_F(EditorNoticeTest, takesRoomFromTheInspectorAlone) {
 TEST_F(EditorNoticeTest, isCutWhereItIsLongerThanTheWindow) {
   EditorWindow& window = open("hello");
   window.resize(window.minimumSize());
-  window.controller().showNotice("Could not open " + std::string(240, 'n') + ": Permission denied");
+  window.controller().context().showNotice("Could not open " + std::string(240, 'n') +
+                                           ": Permission denied");
   QCoreApplication::processEvents();
   const QRect inspector = frame(label(window, "Data inspector"));
   const QRect shown = frame(notice(window));
@@ -75,7 +76,7 @@ TEST_F(EditorNoticeTest, isCutWhereItIsLongerThanTheWindow) {
 TEST_F(EditorNoticeTest, standsClearOfTheProgressBarAndTheStopButton) {
   EditorWindow& window = open("hello");
   window.resize(window.minimumSize());
-  window.controller().runBackgroundTask(
+  window.controller().context().runBackgroundTask(
       "Working…", [](TaskProgress&) { return Done(); }, std::function([](Result<Done>) {}));
   platform.executor.advance(std::chrono::milliseconds(400));
   QTest::keyClicks(&window.editorView(), "g");

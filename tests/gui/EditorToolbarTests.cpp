@@ -117,10 +117,11 @@ TEST_F(EditorToolbarTest, performsFromTheMenuWithTheKeyboard) {
 
 TEST_F(EditorToolbarTest, isDisabledWithItsMenuWhileBusy) {
   makeWide(400);
-  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   EXPECT_FALSE(overflow().isEnabled());
   EXPECT_FALSE(menuItem("Frequency")->isEnabled());
-  window.controller().endBusyStatus();
+  busy.end();
   EXPECT_TRUE(overflow().isEnabled());
   EXPECT_TRUE(menuItem("Frequency")->isEnabled());
 }

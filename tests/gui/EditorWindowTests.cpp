@@ -177,7 +177,7 @@ TEST_F(EditorWindowTest, namesItsLinesByTheirTextsForAssistiveTechnology) {
   EXPECT_EQ(shown->role(), QAccessible::StaticText);
   EXPECT_EQ(shown->text(QAccessible::Name), line(window, "Status"));
   EXPECT_EQ(shown->text(QAccessible::Description), "Status");
-  window.controller().toggleInsertMode();
+  window.controller().perform("forwardToggleInsertMode:");
   EXPECT_TRUE(shown->text(QAccessible::Name).contains("Mode: Insert"));
 }
 

@@ -123,7 +123,7 @@ TEST_F(EntropyWindowTest, aClickGoesToTheOffsetAndTheWindowStays) {
   controller().editor().setSelection({.start = 3, .length = 5});
   click(window.curve(), place(window.curve(), 0.6, 4));
   EXPECT_EQ(caret(), 0x2000);
-  EXPECT_EQ(controller().selection().length, 0);
+  EXPECT_EQ(controller().editor().selection().length, 0);
   EXPECT_TRUE(window.isActiveWindow());
   EXPECT_TRUE(window.isVisible());
   click(window.curve(), place(window.curve(), 0.1, 4), Qt::RightButton);
@@ -158,11 +158,12 @@ TEST_F(EntropyWindowTest, aPlaceThatIsNoLongerThereIsTheEnd) {
 
 TEST_F(EntropyWindowTest, goesNowhereWhileTheEditorIsBusy) {
   EntropyWindow& window = show({1, 2, 3});
-  ASSERT_TRUE(controller().beginBusyStatus("Working…"));
+  BusyScope busy = controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   click(window.curve(), place(window.curve(), 0.5, 4));
   EXPECT_EQ(caret(), 0);
   EXPECT_EQ(platform.beeper.count, 1);
-  controller().endBusyStatus();
+  busy.end();
 }
 
 TEST_F(EntropyWindowTest, anEmptyDocumentHasNoCurve) {

@@ -63,14 +63,15 @@ TEST_F(FindReplacePanelActionTest, opensFromTheMenu) {
 
 TEST_F(FindReplacePanelActionTest, aBusyEditorRefusesToOpenPanels) {
   EditorWindow& window = open("hello");
-  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Find", kBusy);
-  window.controller().find();
+  window.controller().perform("forwardFind:");
   platform.alerts.expect("Replace", kBusy);
-  window.controller().replace();
+  window.controller().perform("forwardReplace:");
   makeKey(window);
   press(Qt::Key_F, Qt::ControlModifier);
-  window.controller().endBusyStatus();
+  busy.end();
   EXPECT_EQ(panelOf(window, PanelKind::find), nullptr);
   EXPECT_EQ(panelOf(window, PanelKind::replace), nullptr);
 }
@@ -83,7 +84,7 @@ TEST_F(FindReplacePanelActionTest, startsWithTheLastRequestAndThenKeepsItsOwn) {
                               .direction = SearchDirection::backward,
                               .caseSensitive = true,
                               .promptOnReplace = true};
-  window.controller().performFind(request, false);
+  window.controller().commands().searching().performFind(request, false);
   platform.beeper.count = 0;
   Panel& panel = openPanel(window, PanelKind::replace);
   EXPECT_EQ(panel.buildRequest(), request);
@@ -98,7 +99,7 @@ TEST_F(FindReplacePanelActionTest, returnSelectsOneMatchAfterTheOther) {
   type("LO");
   press(Qt::Key_Return);
   EXPECT_EQ(selectionOf(window), (HexSelection{3, 2}));
-  EXPECT_EQ(window.controller().lastSearchRequest(), panel.buildRequest());
+  EXPECT_EQ(window.controller().commands().searching().lastSearchRequest(), panel.buildRequest());
   press(Qt::Key_Return);
   EXPECT_EQ(selectionOf(window), (HexSelection{9, 2}));
   press(Qt::Key_Return);
@@ -156,7 +157,7 @@ TEST_F(FindReplacePanelActionTest, theReplacePanelReplacesTheSelectedMatch) {
   press(Qt::Key_Return);
   EXPECT_EQ(text(window), "hi hello");
   EXPECT_EQ(selectionOf(window), (HexSelection{4, 4}));
-  EXPECT_EQ(window.controller().lastSearchRequest(), panel.buildRequest());
+  EXPECT_EQ(window.controller().commands().searching().lastSearchRequest(), panel.buildRequest());
 }
 
 TEST_F(FindReplacePanelActionTest, replaceAllReplacesEveryMatch) {

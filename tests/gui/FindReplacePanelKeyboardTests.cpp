@@ -135,10 +135,10 @@ TEST_F(FindReplacePanelKeyboardTest, accessKeysReachEveryControl) {
 TEST_F(FindReplacePanelKeyboardTest, returnWithAnEmptySearchFieldBeepsAndChangesNothing) {
   EditorWindow& window = open("hello");
   Panel& panel = openPanel(window, PanelKind::find);
-  const SearchRequest before = window.controller().lastSearchRequest();
+  const SearchRequest before = window.controller().commands().searching().lastSearchRequest();
   press(Qt::Key_Return);
   EXPECT_EQ(platform.beeper.count, 1);
-  EXPECT_EQ(window.controller().lastSearchRequest(), before);
+  EXPECT_EQ(window.controller().commands().searching().lastSearchRequest(), before);
   EXPECT_EQ(window.controller().editor().caretOffset(), 0);
   EXPECT_EQ(window.controller().editor().selection(), HexSelection());
   EXPECT_EQ(searchField(panel).currentText(), "");
@@ -152,7 +152,7 @@ TEST_F(FindReplacePanelKeyboardTest, spacesAmongHexValuesAreAnEmptySearchText) {
   type("   ");
   press(Qt::Key_Return);
   EXPECT_EQ(platform.beeper.count, 1);
-  EXPECT_EQ(window.controller().lastSearchRequest(), SearchRequest());
+  EXPECT_EQ(window.controller().commands().searching().lastSearchRequest(), SearchRequest());
 }
 
 TEST_F(FindReplacePanelKeyboardTest, returnAnywhereRunsThePrimaryActionOnce) {

@@ -58,13 +58,13 @@ TEST_F(HistoryComboBoxTest, choosingAnEntryFillsTheFieldOnly) {
   Panel& panel = openPanel(window, PanelKind::find);
   search(panel, "two");
   search(panel, "one");
-  const SearchRequest last = window.controller().lastSearchRequest();
+  const SearchRequest last = window.controller().commands().searching().lastSearchRequest();
   const HexSelection selection = window.controller().editor().selection();
   openList();
   press(Qt::Key_Down);
   press(Qt::Key_Return);
   EXPECT_EQ(searchField(panel).currentText(), "two");
-  EXPECT_EQ(window.controller().lastSearchRequest(), last);
+  EXPECT_EQ(window.controller().commands().searching().lastSearchRequest(), last);
   EXPECT_EQ(window.controller().editor().selection(), selection);
   EXPECT_TRUE(panel.isVisible());
 }
@@ -198,7 +198,8 @@ TEST_F(HistoryComboBoxTest, aTextThatMayHaveBeenCutIsNotSearchedFor) {
   EXPECT_TRUE(dynamic_cast<HistoryComboBox&>(searchField(panel)).isFull());
   press(Qt::Key_Return);
   EXPECT_EQ(platform.beeper.count, 1);
-  EXPECT_EQ(windows.editorWindows().back()->controller().lastSearchRequest(), SearchRequest{});
+  EXPECT_EQ(windows.editorWindows().back()->controller().commands().searching().lastSearchRequest(),
+            SearchRequest{});
 }
 
 }  // namespace

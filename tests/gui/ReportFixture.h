@@ -25,7 +25,7 @@ class ReportFixture : public RealApplication {
   }
 
   ReportWindow& show(const std::string& report, const std::string& title = "Report") {
-    open("hello").controller().showUtilityReport(title, report);
+    open("hello").controller().context().showUtilityReport(title, report);
     return newest();
   }
 

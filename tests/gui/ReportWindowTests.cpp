@@ -292,7 +292,7 @@ TEST_F(ReportWindowTest, goesOverItsEditorAndBesideOthers) {
   std::vector<QPoint> corners;
   std::vector<ReportWindow*> reports;
   for (const char* title : {"One", "Two", "Three"}) {
-    editor.controller().showUtilityReport(title, "text");
+    editor.controller().context().showUtilityReport(title, "text");
     for (auto* widget : QApplication::topLevelWidgets()) {
       auto* report = dynamic_cast<ReportWindow*>(widget);
       if (!report || report->windowTitle() != title) continue;

@@ -18,7 +18,7 @@ namespace {
 class WindowMenusTest : public RealApplication {
  protected:
   ReportWindow& showReport(EditorWindow& window) {
-    window.controller().showUtilityReport("Report", "some text");
+    window.controller().context().showUtilityReport("Report", "some text");
     auto* report = topLevel<ReportWindow>();
     if (!report) throw std::logic_error("no report window");
     makeActive(*report);
@@ -161,12 +161,13 @@ TEST_F(WindowMenusTest, undoesTheLastEditFromAReportWindowOpenedBeforeIt) {
 TEST_F(WindowMenusTest, savesFromAReportWindowAfterTheEditorWasBusy) {
   EditorWindow& window = open("hello");
   QTest::keyClicks(&window.editorView(), "4a");
-  ASSERT_TRUE(window.controller().beginBusyStatus("Working…"));
+  BusyScope busy = window.controller().context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   ReportWindow& report = showReport(window);
   QCoreApplication::processEvents();
   QTest::keyClick(&report, Qt::Key_S, Qt::ControlModifier);
   EXPECT_FALSE(platform.executor.hasWork());
-  window.controller().endBusyStatus();
+  busy.end();
   QTest::keyClick(&report, Qt::Key_S, Qt::ControlModifier);
   platform.executor.runAll();
   EXPECT_EQ(folder.read("data.bin"), "Jello");

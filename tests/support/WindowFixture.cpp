@@ -69,7 +69,8 @@ EditorUnderTest WindowFixture::makeEditor(std::string_view content) {
 
 EditorUnderTest WindowFixture::openEditor(const FileLocation& location) {
   EditorUnderTest made = makeEditor();
-  made.controller->openURLInCurrentWindow(location, [](OpenCurrentResult) {});
+  made.controller->commands().replacement().openURLInCurrentWindow(location,
+                                                                   [](OpenCurrentResult) {});
   platform.executor.runAll();
   return made;
 }

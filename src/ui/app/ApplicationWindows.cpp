@@ -118,7 +118,7 @@ void ApplicationWindows::performIn(HexWindowController& controller, std::string_
   const auto work = [&] { return held->perform(action), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
-  held->noteReason(result.error());
+  held->context().noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }

@@ -30,7 +30,8 @@ class Session {
       : application_(application), windows_(windows) {
     application_.setAlertPresenter(alerts);
     application_.setFailureObserver([&delegate](const Error& failure) {
-      if (const auto editor = delegate.currentHexWindowController()) editor->noteReason(failure);
+      if (const auto editor = delegate.currentHexWindowController())
+        editor->context().noteReason(failure);
     });
   }
   ~Session() {

@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "ui/window/QtText.h"
-#include "window/HexWindowController.h"
 #include "window/ToolbarItems.h"
 
 namespace quillmor {
@@ -59,7 +58,7 @@ EditorToolbar::ToolbarButton EditorToolbar::makeButton(const ToolbarItem& item,
   const auto performItem = [perform, action = item.action] { perform(action); };
   connect(button, &QPushButton::clicked, this, performItem);
   connect(menuItem, &QAction::triggered, this, performItem);
-  return {button, menuItem, HexWindowController::hasCommand(item.action)};
+  return {button, menuItem};
 }
 
 QPushButton* EditorToolbar::makeOverflowButton() {
@@ -106,8 +105,8 @@ void EditorToolbar::showWhatFits() {
 
 void EditorToolbar::setButtonsEnabled(bool enabled) {
   for (const ToolbarButton& entry : toolbarButtons_) {
-    entry.button->setEnabled(enabled && entry.hasCommand);
-    entry.menuItem->setEnabled(enabled && entry.hasCommand);
+    entry.button->setEnabled(enabled);
+    entry.menuItem->setEnabled(enabled);
   }
   overflow_->setEnabled(enabled);
 }

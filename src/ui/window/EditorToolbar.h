@@ -25,7 +25,7 @@ class EditorToolbar : public QWidget {
 
   QSize minimumSizeHint() const override;
 
-  /// Enables the buttons whose commands an editor has, or disables all.
+  /// Enables or disables all buttons.
   void setButtonsEnabled(bool enabled);
 
  protected:
@@ -36,7 +36,6 @@ class EditorToolbar : public QWidget {
   struct ToolbarButton {
     QPushButton* button;
     QAction* menuItem;  ///< takes the button's place when it does not fit
-    bool hasCommand;
   };
 
   ToolbarButton makeButton(const ToolbarItem& item, const Perform& perform);

@@ -125,7 +125,7 @@ void EditorWindow::acceptDrops() {
   // The program the file comes from waits while the drop is handled, so opening starts afterwards.
   const auto open = [this](const FileLocation& location) {
     const auto openUnlessClosed = [this, location] {
-      if (controller_->hasWindow()) controller_->openDroppedFile(location);
+      if (controller_->hasWindow()) controller_->commands().replacement().openDroppedFile(location);
     };
     QMetaObject::invokeMethod(this, openUnlessClosed, Qt::QueuedConnection);
   };
@@ -215,7 +215,8 @@ void EditorWindow::openEntropyWindow(const std::string& title, const std::string
 /// What saves the report of a window, which may outlive this one by an event.
 ReportWindow::SaveHandler EditorWindow::saveHandler() const {
   return [weak = std::weak_ptr(controller_)](const std::string& title, const std::string& report) {
-    if (const auto controller = weak.lock()) controller->saveReport(title, report);
+    if (const auto controller = weak.lock())
+      controller->commands().exporting().saveReport(title, report);
   };
 }
 
@@ -228,8 +229,9 @@ void EditorWindow::showUtilityWindow(ReportWindow* window) {
 }
 
 void EditorWindow::showOffsetUnlessBusy(std::int64_t offset) {
-  if (controller_->isBusy()) return controller_->refuse(BackgroundTaskFrame::busyError().message());
-  controller_->showOffset(offset);
+  if (controller_->isBusy())
+    return controller_->context().refuse(BackgroundTaskFrame::busyError().message());
+  controller_->commands().navigation().showOffset(offset);
 }
 
 void EditorWindow::closeUtilityWindows() {

@@ -36,20 +36,20 @@ SearchTextEncoding encodingAt(int index) {
 }
 
 void findNext(HexWindowController& owner, const SearchRequest& request) {
-  const std::int64_t count = owner.document().storage()->count();
-  owner.performFind(request, owner.editor().selection().normalized(count).length > 0);
+  const bool hasSelection = owner.session().selectedRange().length > 0;
+  owner.commands().searching().performFind(request, hasSelection);
 }
 
 void findEvery(HexWindowController& owner, const SearchRequest& request) {
-  owner.performSearchAll(request);
+  owner.commands().searching().performSearchAll(request);
 }
 
 void replaceNext(HexWindowController& owner, const SearchRequest& request) {
-  owner.performReplace(request);
+  owner.commands().replacing().performReplace(request);
 }
 
 void replaceEvery(HexWindowController& owner, const SearchRequest& request) {
-  owner.performReplaceAll(request);
+  owner.commands().replacing().performReplaceAll(request);
 }
 
 }  // namespace
@@ -151,7 +151,7 @@ void FindReplacePanelController::handOver(Operation operation) {
   const auto owner = hexWindowController_.lock();
   if (!owner || !owner->hasWindow()) return;
   const auto request = buildRequest();
-  if (!request) return owner->refuse(reasonForNoRequest());
+  if (!request) return owner->context().refuse(reasonForNoRequest());
   remember(*request);
   // An alert of the operation runs the event loop, in which the panel may go.
   operation(*owner, *request);

@@ -13,6 +13,20 @@ constexpr std::chrono::milliseconds kProgressInterval{50};
 
 }  // namespace
 
+BusyScope& BusyScope::operator=(BusyScope&& other) noexcept {
+  if (this == &other) return *this;
+  end();
+  frame_ = std::exchange(other.frame_, nullptr);
+  activity_ = std::exchange(other.activity_, {});
+  return *this;
+}
+
+void BusyScope::end() noexcept {
+  // The activity is the frame's: it goes with it.
+  if (!activity_.expired()) frame_->endBusyStatus();
+  activity_.reset();
+}
+
 BackgroundTaskFrame::BackgroundTaskFrame(BackgroundExecutor& executor, AlertPresenter& alerts,
                                          BusyStateObserver& observer)
     : executor_(executor), alerts_(alerts), observer_(observer) {}
@@ -21,19 +35,18 @@ BackgroundTaskFrame::~BackgroundTaskFrame() {
   if (activity_) activity_->progress->requestStop();
 }
 
-bool BackgroundTaskFrame::beginBusyStatus(const std::string& statusText, Stopping stopping) {
+BusyScope BackgroundTaskFrame::beginBusyStatus(const std::string& statusText, Stopping stopping) {
   if (isBusy()) {
     alerts_.runModal({.messageText = "Operation Busy", .informativeText = kBusyMessage});
-    return false;
+    return {};
   }
   activity_ = std::make_shared<Activity>();
   activity_->stopping = stopping;
-  orEndBusyStatus([&] {
-    observer_.busyStateDidBegin();
-    observer_.showBusyStatus(statusText);
-    refreshProgressLater(activity_, kProgressDelay);
-  });
-  return true;
+  BusyScope busy(*this, activity_);
+  observer_.busyStateDidBegin();
+  observer_.showBusyStatus(statusText);
+  refreshProgressLater(activity_, kProgressDelay);
+  return busy;
 }
 
 void BackgroundTaskFrame::updateBusyStatus(const std::string& statusText) {
@@ -41,7 +54,6 @@ void BackgroundTaskFrame::updateBusyStatus(const std::string& statusText) {
 }
 
 void BackgroundTaskFrame::endBusyStatus() noexcept {
-  if (!isBusy()) return;
   const bool wasShowingProgress = activity_->isShowingProgress;
   activity_.reset();
   // What cannot be shown now is shown with the next change; the outcome of the work must get on.

@@ -7,8 +7,8 @@
 
 namespace quillmor {
 
-/// The alerts of one window: once the window has gone nothing is shown any more, and every question
-/// counts as cancelled. Main thread only.
+/// The alerts of one window. Once the window has gone nothing is shown any more, and every question
+/// counts as cancelled, also one that was on screen. Main thread only.
 class WindowAlerts final : public AlertPresenter {
  public:
   /// `alerts` and what `hasWindow` looks at outlive this object.
@@ -16,8 +16,10 @@ class WindowAlerts final : public AlertPresenter {
       : alerts_(alerts), hasWindow_(std::move(hasWindow)) {}
 
   AlertResponse runModal(const Alert& alert) override {
-    if (hasWindow_()) return alerts_.runModal(alert);
-    return {.button = alert.buttons.size(), .texts = {}, .selectedChoices = {}};
+    AlertResponse response{.button = alert.buttons.size(), .texts = {}, .selectedChoices = {}};
+    if (hasWindow_()) response = alerts_.runModal(alert);
+    if (!hasWindow_()) response.button = alert.buttons.size();
+    return response;
   }
 
  private:

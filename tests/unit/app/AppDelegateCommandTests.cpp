@@ -41,7 +41,7 @@ TEST_F(AppCommands, goToTheEditorUsedLastWhileAReportIsKey) {
   auto second = openNow("second.bin", "second");
   delegate.editorWindowDidBecomeKey(*first.controller);
   // A report window that becomes key tells the delegate nothing.
-  first->showUtilityReport("Report", "text");
+  first->context().showUtilityReport("Report", "text");
   delegate.perform("forwardGoToEnd:");
   EXPECT_EQ(first.editor().caretOffset(), 5);
   EXPECT_EQ(second.editor().caretOffset(), 0);
@@ -186,14 +186,15 @@ TEST_F(AppCommands, goToTheEditorWhenTheTextViewDoesNotAnswer) {
 
 TEST_F(AppCommands, undoAndRedoBeepWhileTheEditorIsBusy) {
   auto editor = newEditedDocument("abc");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   delegate.perform("forwardUndo:");
   delegate.perform("forwardRedo:");
   EXPECT_EQ(platform.beeper.count, 2);
   platform.alerts.expect(
       "Delete", "Another operation is already running. Wait for it to finish before editing.");
   delegate.perform("forwardDeleteSelection:");
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_EQ(editor.text(), "abc");
 }
 
@@ -265,10 +266,11 @@ TEST_F(AppCommands, areEnabledByTheStateOfTheCurrentEditor) {
       EXPECT_EQ(isEnabled(item.action), ofAnEmptyDocument.contains(item.action)) << item.action;
     }
   }
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   for (const std::string_view action : ofAnEmptyDocument) EXPECT_FALSE(isEnabled(action)) << action;
   EXPECT_TRUE(isEnabled("newDocument:"));
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(AppCommands, areEnabledByTheDocument) {
@@ -286,7 +288,7 @@ TEST_F(AppCommands, areEnabledByTheDocument) {
   editor.editor().handleTextInput("4");
   EXPECT_TRUE(isEnabled("forwardUndo:"));
   EXPECT_FALSE(isEnabled("forwardRedo:"));
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(isEnabled("forwardRedo:"));
   for (const char* action :
        {"forwardNextBookmark:", "forwardPreviousBookmark:", "forwardShowBookmarks:",
@@ -294,7 +296,7 @@ TEST_F(AppCommands, areEnabledByTheDocument) {
     EXPECT_FALSE(isEnabled(action)) << action;
   }
   platform.alerts.expect("Bookmarks", "Added bookmark at 0x00000000.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
   for (const char* action :
        {"forwardNextBookmark:", "forwardPreviousBookmark:", "forwardShowBookmarks:",
         "forwardClearBookmarks:", "forwardExportBookmarks:"}) {
@@ -320,7 +322,7 @@ TEST_F(AppCommands, existForAllMenuRows) {
   for (const Menu& menu : mainMenu()) {
     for (const MenuItem& item : menu.items) {
       if (!isForwarded(item.action) || ofTheApplication.contains(item.action)) continue;
-      EXPECT_TRUE(HexWindowController::hasCommand(item.action)) << item.action;
+      EXPECT_TRUE(EditorCommands::find(item.action) != nullptr) << item.action;
     }
   }
 }

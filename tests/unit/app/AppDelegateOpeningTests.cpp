@@ -229,11 +229,12 @@ TEST_F(AppOpening, namesEachFileThatCouldNotBeOpenedInItsTurn) {
 
 TEST_F(AppOpening, namesAFileThatWasNotOpenedIntoABusyWindow) {
   delegate.newDocument();
-  ASSERT_TRUE(editorAt(0)->beginBusyStatus("Working…"));
+  BusyScope busy = editorAt(0)->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   expectFailure("Another operation is already running.");
   EXPECT_FALSE(openFiles({folder.write("fw.bin", "1")}));
   EXPECT_EQ(noticeAt(0), "Could not open fw.bin: Another operation is already running.");
-  editorAt(0)->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(AppOpening, givesTheSystemsReasonInThePlaceOfASentenceWithoutOne) {
@@ -260,11 +261,12 @@ TEST_F(AppOpening, fromThePanelStartsInTheFolderOfTheCurrentFile) {
 TEST_F(AppOpening, isRefusedWhileTheCurrentWindowIsBusy) {
   delegate.newDocument();
   auto editor = editorAt(0);
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   EXPECT_FALSE(delegate.validateMenuItem("forwardOpenDocument:"));
   expectFailure("Another operation is already running.");
   EXPECT_FALSE(openFiles({folder.write("a", "1")}));
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_EQ(editor.text(), "");
 }
 

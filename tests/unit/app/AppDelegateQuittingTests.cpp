@@ -47,7 +47,7 @@ TEST_F(AppQuitting, withoutAnyWindow) {
 
 TEST_F(AppQuitting, isRefusedWhileABackgroundSaveRuns) {
   auto editor = editedFile("a");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   expectOperationInProgress();
   delegate.perform("requestQuit:");
   EXPECT_EQ(platform.alerts.shown().back().buttons, std::vector<std::string>{"OK"});
@@ -62,13 +62,14 @@ TEST_F(AppQuitting, isRefusedWhileABackgroundSaveRuns) {
 }
 
 TEST_F(AppQuitting, isRefusedWhileAnyEditorIsBusyNotOnlyTheCurrentOne) {
-  auto busy = editedFile("a");
+  auto other = editedFile("a");
   delegate.newDocument();
-  ASSERT_TRUE(busy->beginBusyStatus("Working…"));
+  BusyScope busy = other->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   expectOperationInProgress();
   quit();
   EXPECT_EQ(application.terminations, 0);
-  busy->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(AppQuitting, reviewsEveryUnsavedDocument) {
@@ -148,7 +149,7 @@ TEST_F(AppQuitting, ignoresASecondRequestDuringTheReview) {
 
 TEST_F(AppQuitting, asksAboutChangesMadeWhileAnotherDocumentWasSaved) {
   auto clean = editedFile("a");
-  clean->saveDocument();
+  clean->perform("forwardSaveDocument:");
   platform.executor.runAll();
   auto discarded = editedFile("b");
   editedFile("c");
@@ -182,11 +183,12 @@ TEST_F(AppQuitting, isRefusedWhenAnotherWindowBecameBusyDuringTheReview) {
   auto other = editorAt(1);
   expectSaveQuestion("a", "Save");
   delegate.requestQuit();
-  ASSERT_TRUE(other->beginBusyStatus("Working…"));
+  BusyScope busy = other->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   expectOperationInProgress();
   platform.executor.runAll();
   EXPECT_EQ(application.terminations, 0);
-  other->endBusyStatus();
+  busy.end();
 }
 
 }  // namespace

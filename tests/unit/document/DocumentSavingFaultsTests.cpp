@@ -17,7 +17,7 @@ class DocumentSavingFaults : public WindowFixture {
   }
 
   void save() {
-    editor->saveDocument();
+    editor->perform("forwardSaveDocument:");
     platform.executor.runAll();
   }
 
@@ -69,7 +69,7 @@ TEST_F(DocumentSavingFaults, reportAFileThatCannotBeEmptied) {
 
 TEST_F(DocumentSavingFaults, reportBytesThatDoNotReachTheDisk) {
   calls.fail(SystemCall::fsync, 1, EIO);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   const ScopedSystemCalls scope(calls);
   platform.executor.runOneWork();
   platform.alerts.expect("Save Failed", Error::posix(EIO).message());
@@ -102,7 +102,7 @@ TEST_F(DocumentSavingFaults, ofASaveAsLeaveTheDocumentWhereItWas) {
   const ScopedSystemCalls scope(calls);
   platform.filePanels.saveAnswers.push_back(folder.location("copy.bin"));
   platform.alerts.expect("Save Failed", "Could not write the document data.");
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_EQ(editor.document->location(), file);
   EXPECT_EQ(editor.window->title, "data.bin");
@@ -112,7 +112,7 @@ TEST_F(DocumentSavingFaults, ofASaveAsLeaveTheDocumentWhereItWas) {
 
 TEST_F(DocumentSavingFaults, neverAskAClosedWindowWhetherToOverwrite) {
   folder.write("data.bin", "other program");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   editor.window->closeWindow();
   editor = {};
   platform.executor.runAll();

@@ -30,7 +30,7 @@ constexpr const char* kChanged =
 class DocumentSavingGuard : public WindowFixture {
  protected:
   void save() {
-    editor->saveDocument();
+    editor->perform("forwardSaveDocument:");
     platform.executor.runAll();
   }
 
@@ -51,7 +51,7 @@ class DocumentSavingGuard : public WindowFixture {
 
   void beginSaveAs(const std::string& name) {
     platform.filePanels.saveAnswers.push_back(folder.location(name));
-    editor->saveDocumentAs();
+    editor->perform("forwardSaveDocumentAs:");
   }
 
   void saveAs(const std::string& name) {
@@ -106,7 +106,7 @@ TEST_F(DocumentSavingGuard, asNeverOverwritesAFileThatWasReplacedAfterTheLook) {
 }
 
 TEST_F(DocumentSavingGuard, asksWhenTheFileIsReplacedAfterTheLook) {
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
   changeBetweenLookAndOpen([&] { renameIntoPlace("data.bin"); });
   EXPECT_EQ(TemporaryFolder::read(file), "another program's");
@@ -121,7 +121,7 @@ TEST_F(DocumentSavingGuard, asksWhenTheFileIsReplacedAfterTheLook) {
 
 TEST_F(DocumentSavingGuard, asksAgainWhenTheFileIsReplacedAfterTheQuestion) {
   renameIntoPlace("data.bin");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
   platform.executor.runOneWork();
   platform.executor.runPosted();
@@ -262,7 +262,7 @@ TEST_F(DocumentSavingGuard, asksNothingOfALargeFileWhenOnlyItsTimeHasChanged) {
   const auto other = openEdited(large);
   for (const std::string letter : {"a", "b"}) {
     fs::last_write_time(large.path(), fs::file_time_type::clock::now() + std::chrono::hours(1));
-    other->saveDocument();
+    other->perform("forwardSaveDocument:");
     platform.executor.runAll();
     EXPECT_FALSE(other.window->isEdited) << "before " << letter;
     type(other, letter);
@@ -311,7 +311,7 @@ TEST_F(DocumentSavingGuard, adoptsNobodysBytesWhenTheFileCouldNotBeOpened) {
     const ScopedSystemCalls scope(calls);
     calls.fail(SystemCall::open, 1, EMFILE);
     platform.alerts.expect("Save Failed", kCouldNotOpen);
-    editor->saveDocument();
+    editor->perform("forwardSaveDocument:");
     changeBetweenLookAndOpen([&] { folder.write("data.bin", "another program's"); });
   }
   platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
@@ -360,7 +360,7 @@ TEST_F(DocumentSavingGuard, readsNothingWhenNothingHasChanged) {
 }
 
 TEST_F(DocumentSavingGuard, leavesAnEditMadeDuringTheWriteUnsaved) {
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runOneWork();
   platform.executor.runPosted();
   ASSERT_EQ(editor.window->statusText, "Saving data.bin");

@@ -27,7 +27,7 @@ TEST_F(DocumentSaving, writesTheBytesAndKeepsInodeModeAndLinks) {
   const auto before = statusOf(file);
   auto editor = openEdited(file);
   EXPECT_TRUE(editor.window->isEdited);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   EXPECT_TRUE(editor->isBusy());
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
@@ -42,7 +42,7 @@ TEST_F(DocumentSaving, writesTheBytesAndKeepsInodeModeAndLinks) {
 TEST_F(DocumentSaving, showsTheFileNameWhileItSaves) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEdited(file);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runOneWork();
   platform.executor.runPosted();
   EXPECT_EQ(editor.window->statusText, "Saving data.bin");
@@ -54,7 +54,7 @@ TEST_F(DocumentSaving, showsTheFileNameWhileItSaves) {
 TEST_F(DocumentSaving, writesTheBytesAsTheyWereWhenItBegan) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEdited(file);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runOneWork();
   platform.executor.runPosted();
   editor.document->storage()->bytes.set(1, 'u');
@@ -66,7 +66,7 @@ TEST_F(DocumentSaving, ofAnUntitledDocumentAsksForAPlace) {
   auto editor = makeEditor();
   type(editor, "new");
   platform.filePanels.saveAnswers.push_back(folder.location("made.bin"));
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(platform.filePanels.suggestedNames, std::vector<std::string>{"Untitled"});
   EXPECT_EQ(TemporaryFolder::read(folder.location("made.bin")), "new");
@@ -78,7 +78,7 @@ TEST_F(DocumentSaving, cancelledInThePanelChangesNothing) {
   auto editor = makeEditor();
   type(editor, "new");
   platform.filePanels.saveAnswers.push_back(std::nullopt);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_TRUE(editor.window->isEdited);
   EXPECT_FALSE(editor->isBusy());
@@ -88,7 +88,7 @@ TEST_F(DocumentSaving, asMovesTheDocumentToTheNewFile) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEdited(file);
   platform.filePanels.saveAnswers.push_back(folder.location("copy.bin"));
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "hello");
   EXPECT_EQ(TemporaryFolder::read(folder.location("copy.bin")), "Jello");
@@ -103,7 +103,7 @@ TEST_F(DocumentSaving, asksBeforeItOverwritesAFileThatAnotherProgramChanged) {
   platform.alerts.expect("The file has been changed by another program.",
                          "Saving now replaces those changes by the bytes in this window.",
                          "Cancel");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "other program");
   EXPECT_TRUE(editor.window->isEdited);
@@ -113,7 +113,7 @@ TEST_F(DocumentSaving, asksBeforeItOverwritesAFileThatAnotherProgramChanged) {
   platform.alerts.expect("The file has been changed by another program.",
                          "Saving now replaces those changes by the bytes in this window.",
                          "Overwrite");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
   EXPECT_FALSE(editor.window->isEdited);
@@ -126,7 +126,7 @@ TEST_F(DocumentSaving, asksWhenTheFileHasGone) {
   platform.alerts.expect("The file has been changed by another program.",
                          "Saving now replaces those changes by the bytes in this window.",
                          "Overwrite");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
 }
@@ -134,10 +134,10 @@ TEST_F(DocumentSaving, asksWhenTheFileHasGone) {
 TEST_F(DocumentSaving, twiceInARowAsksNothing) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEdited(file);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   type(editor, "E");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "JEllo");
 }
@@ -150,7 +150,7 @@ TEST_F(DocumentSaving, whileAnExportWritesTheFileFails) {
       "Save Failed",
       "Another operation is already reading or writing data.bin. Choose a different "
       "destination or wait for that operation to finish.");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "hello");
   EXPECT_TRUE(editor.window->isEdited);
@@ -168,7 +168,7 @@ TEST_F(DocumentSaving, neverLandsOnAnotherOpenDocumentsFile) {
     platform.alerts.expect(
         "Save Failed", std::string("Choose a different output destination. Writing to ") + name +
                            " would overwrite an open document or another input file.");
-    two->saveDocumentAs();
+    two->perform("forwardSaveDocumentAs:");
     platform.executor.runAll();
     EXPECT_EQ(TemporaryFolder::read(first), "first");
   }
@@ -180,7 +180,7 @@ TEST_F(DocumentSaving, throughASymbolicLinkIsRefused) {
   auto editor = makeEditor("other");
   platform.filePanels.saveAnswers.push_back(folder.location("link.bin"));
   platform.alerts.expect("Save Failed", "Could not open the document output file.");
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "hello");
 }
@@ -189,7 +189,7 @@ TEST_F(DocumentSaving, intoAMissingFolderFails) {
   auto editor = makeEditor("x");
   platform.filePanels.saveAnswers.push_back(folder.location("missing/data.bin"));
   platform.alerts.expect("Save Failed", "Could not open the document output file.");
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
 }
@@ -201,7 +201,7 @@ TEST_F(DocumentSaving, ofAFileOpenedThroughALinkWritesTheRealFile) {
   EXPECT_EQ(editor.document->location(), file);
   EXPECT_EQ(editor.window->title, "data.bin");
   type(editor, "J");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
   EXPECT_TRUE(std::filesystem::is_symlink(folder.location("link.bin").path()));
@@ -213,7 +213,7 @@ TEST_F(DocumentSaving, asThroughDotsBehindALinkStaysWithTheFileThatWasWritten) {
   auto editor = makeEditor();
   type(editor, "new");
   platform.filePanels.saveAnswers.push_back(folder.location("link/../out.bin"));
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_EQ(editor.document->location(), folder.location("far/out.bin"));
   EXPECT_EQ(folder.read("far/out.bin"), "new");
@@ -224,7 +224,7 @@ TEST_F(DocumentSaving, keepsFileNamesThatAreNotUtf8) {
   auto editor = openEditor(file);
   EXPECT_EQ(editor.text(), "hello");
   type(editor, "J");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
 }
@@ -249,18 +249,19 @@ TEST_F(DocumentSaving, stoppedBeforeItTouchesTheFileIsCancelledWithoutAnAlert) {
 TEST_F(DocumentSaving, isRefusedWhileBusy) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEditor(file);
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
-  const std::string busy =
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
+  const std::string busyText =
       "Another operation is already running. Wait for it to finish before editing.";
-  platform.alerts.expect("Save", busy);
-  editor->saveDocument();
-  platform.alerts.expect("Save As", busy);
-  editor->saveDocumentAs();
-  platform.alerts.expect("Revert", busy);
-  editor->revertDocument();
-  platform.alerts.expect("Reload from Disk", busy);
-  editor->reloadFromDisk();
-  editor->endBusyStatus();
+  platform.alerts.expect("Save", busyText);
+  editor->perform("forwardSaveDocument:");
+  platform.alerts.expect("Save As", busyText);
+  editor->perform("forwardSaveDocumentAs:");
+  platform.alerts.expect("Revert", busyText);
+  editor->perform("forwardRevertDocument:");
+  platform.alerts.expect("Reload from Disk", busyText);
+  editor->perform("forwardReloadFromDisk:");
+  busy.end();
 }
 
 TEST_F(DocumentSaving, aFailedWriteLeavesTheDocumentEdited) {
@@ -273,7 +274,7 @@ TEST_F(DocumentSaving, aFailedWriteLeavesTheDocumentEdited) {
                          "Saving now replaces those changes by the bytes in this window.",
                          "Overwrite");
   platform.alerts.expect("Save Failed", "Could not open the document output file.");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_TRUE(editor.window->isEdited);
   std::filesystem::remove(file.path());
@@ -306,15 +307,15 @@ TEST_F(DocumentSaving, onTheMainThreadWritesTheCurrentBytes) {
 TEST_F(DocumentSaving, asksAgainOnlyUntilUndoLeadsBackToWhatWasSaved) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = openEdited(file);
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_FALSE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   type(editor, "C");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(editor.window->isEdited);
 }
 

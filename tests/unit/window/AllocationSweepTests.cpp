@@ -191,27 +191,26 @@ TEST_F(AllocationSweep, ofOpeningIntoANewWindow) {
 }
 
 TEST_F(AllocationSweep, ofARevertAndOfAReload) {
-  for (const auto command :
-       {&HexWindowController::revertDocument, &HexWindowController::reloadFromDisk}) {
+  for (const std::string_view command : {"forwardRevertDocument:", "forwardReloadFromDisk:"}) {
     const auto prepare = [&] {
       openEdited();
-      if (command == &HexWindowController::reloadFromDisk) editor->undo();
+      if (command == "forwardReloadFromDisk:") editor->perform("forwardUndo:");
       folder.write("data.bin", "HELLO, hello");
     };
     const auto check = [&](bool hasFailed) {
       const bool isLoaded = editor.text() == "HELLO, hello";
       EXPECT_TRUE(isLoaded || hasFailed);
-      const bool wasEdited = command == &HexWindowController::revertDocument;
+      const bool wasEdited = command == "forwardRevertDocument:";
       EXPECT_EQ(editor.text(), isLoaded ? "HELLO, hello" : wasEdited ? "Jello" : "hello");
       EXPECT_EQ(editor.document->isDocumentEdited(), !isLoaded && wasEdited);
       EXPECT_EQ(editor.window->isEdited, editor.document->isDocumentEdited());
       EXPECT_EQ(editor.document->undoManager().canUndo(), !isLoaded && wasEdited);
-      editor->revertDocument();
+      editor->perform("forwardRevertDocument:");
       platform.executor.runAll();
       EXPECT_EQ(editor.text(), "HELLO, hello");
     };
     sweep(
-        prepare, [&] { ((*editor.controller).*command)(); }, check);
+        prepare, [&] { editor->perform(command); }, check);
   }
 }
 

@@ -15,7 +15,7 @@ class WindowBookmarks : public WindowFixture {
   void add(std::int64_t offset) {
     editor.editor().setCaretOffset(offset);
     expectAlert("Added bookmark at 0x" + uppercaseHex(offset, 8) + ".");
-    editor->addBookmark();
+    editor->perform("forwardAddBookmark:");
   }
 
   void addAll(std::initializer_list<std::int64_t> offsets) {
@@ -36,7 +36,7 @@ TEST_F(WindowBookmarks, areKeptInOrder) {
 TEST_F(WindowBookmarks, areNotAddedTwice) {
   add(31);
   expectAlert("Bookmark already exists at 0x0000001F.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
   EXPECT_EQ(offsets(), Offsets{31});
 }
 
@@ -45,12 +45,12 @@ TEST_F(WindowBookmarks, areRefusedFromTheHundredThousandAndFirst) {
   for (std::int64_t i = 0; i < 100'000; ++i) add(i);
   editor.editor().setCaretOffset(150'000);
   expectAlert("The bookmark limit of 100000 entries has been reached.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
   EXPECT_EQ(offsets().size(), 100'000U);
   EXPECT_EQ(offsets().back(), 99'999);
   editor.editor().setCaretOffset(7);
   expectAlert("Bookmark already exists at 0x00000007.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
 }
 
 TEST_F(WindowBookmarks, areWalkedForwardAndWrapAround) {
@@ -58,15 +58,15 @@ TEST_F(WindowBookmarks, areWalkedForwardAndWrapAround) {
   editor.editor().setCaretOffset(0);
   for (const std::int64_t next : {5, 20, 40, 5}) {
     editor.editor().setSelection({1, 3});
-    editor->nextBookmark();
+    editor->perform("forwardNextBookmark:");
     EXPECT_EQ(caret(), next);
     EXPECT_EQ(editor.editor().selection(), HexSelection{});
   }
   editor.editor().setCaretOffset(6);
-  editor->nextBookmark();
+  editor->perform("forwardNextBookmark:");
   EXPECT_EQ(caret(), 20);
   editor.editor().setCaretOffset(41);
-  editor->nextBookmark();
+  editor->perform("forwardNextBookmark:");
   EXPECT_EQ(caret(), 5);
 }
 
@@ -74,53 +74,54 @@ TEST_F(WindowBookmarks, areWalkedBackwardAndWrapAround) {
   addAll({5, 20, 40});
   editor.editor().setCaretOffset(64);
   for (const std::int64_t previous : {40, 20, 5, 40}) {
-    editor->previousBookmark();
+    editor->perform("forwardPreviousBookmark:");
     EXPECT_EQ(caret(), previous);
   }
   editor.editor().setCaretOffset(2);
-  editor->previousBookmark();
+  editor->perform("forwardPreviousBookmark:");
   EXPECT_EQ(caret(), 40);
   editor.editor().setCaretOffset(21);
-  editor->previousBookmark();
+  editor->perform("forwardPreviousBookmark:");
   EXPECT_EQ(caret(), 20);
 }
 
 TEST_F(WindowBookmarks, withoutAnyAreToldSo) {
   const std::string none = "No bookmarks are set.";
   expectAlert(none);
-  editor->nextBookmark();
+  editor->perform("forwardNextBookmark:");
   expectAlert(none);
-  editor->previousBookmark();
+  editor->perform("forwardPreviousBookmark:");
   expectAlert(none);
-  editor->showBookmarks();
+  editor->perform("forwardShowBookmarks:");
   EXPECT_EQ(caret(), 0);
 }
 
 TEST_F(WindowBookmarks, areClearedWithTheirNumber) {
   addAll({5, 20, 40});
   expectAlert("Cleared 3 bookmark(s).");
-  editor->clearBookmarks();
+  editor->perform("forwardClearBookmarks:");
   EXPECT_TRUE(offsets().empty());
   expectAlert("Cleared 0 bookmark(s).");
-  editor->clearBookmarks();
+  editor->perform("forwardClearBookmarks:");
 }
 
 TEST_F(WindowBookmarks, areNotChangedWhileBusy) {
   add(5);
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
-  const std::string busy =
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
+  const std::string busyText =
       "Another operation is already running. Wait for it to finish before editing.";
-  expectAlert(busy);
-  editor->addBookmark();
-  expectAlert(busy);
-  editor->clearBookmarks();
-  editor->endBusyStatus();
+  expectAlert(busyText);
+  editor->perform("forwardAddBookmark:");
+  expectAlert(busyText);
+  editor->perform("forwardClearBookmarks:");
+  busy.end();
   EXPECT_EQ(offsets(), Offsets{5});
 }
 
 TEST_F(WindowBookmarks, areListedInAReportMadeInTheBackground) {
   addAll({1, 31, 64});
-  editor->showBookmarks();
+  editor->perform("forwardShowBookmarks:");
   EXPECT_TRUE(editor->isBusy());
   EXPECT_TRUE(editor.window->reports.empty());
   platform.executor.runAll();
@@ -140,32 +141,30 @@ TEST_F(WindowBookmarks, stayUnderAnOverwrite) {
 TEST_F(WindowBookmarks, moveWithADeletionAndComeBackWithUndo) {
   addAll({5, 10, 15, 20, 30});
   editor.editor().setSelection({10, 10});
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_EQ(offsets(), (Offsets{5, 10, 20}));
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(offsets(), (Offsets{5, 10, 15, 20, 30}));
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(offsets(), (Offsets{5, 10, 20}));
 }
 
 TEST_F(WindowBookmarks, moveBehindWhatIsInsertedAtThem) {
   add(8);
-  editor->toggleInsertMode();
+  editor->perform("forwardToggleInsertMode:");
   editor.editor().setCaretOffset(8);
   type(editor, "abc");
   EXPECT_EQ(offsets(), Offsets{11});
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(offsets(), Offsets{10});
 }
 
 TEST_F(WindowBookmarks, comeBackWithASnapshot) {
   addAll({5, 60});
-  ASSERT_TRUE(editor->registerUndoSnapshot("Crop", 10));
-  editor.document->storage()->bytes.replace(10, 54, {});
-  editor->markManualEdit(0, {}, true);
+  editor->session().installDocument(editor->session().bytes().slice(0, 10), {5}, "Crop", {});
   expectAlert("Cleared 2 bookmark(s).");
-  editor->clearBookmarks();
-  editor->undo();
+  editor->perform("forwardClearBookmarks:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(offsets(), (Offsets{5, 60}));
   EXPECT_EQ(editor.text().size(), 64U);
   EXPECT_EQ(editor.document->undoManager().redoActionName(), "Crop");

@@ -18,18 +18,19 @@ class CommandChecks : public WindowFixture {
     platform.alerts.expect("Fill", "Requested operation would generate " + std::to_string(count) +
                                        " byte(s). The safety limit is 268435456 bytes to avoid "
                                        "memory pressure.");
-    EXPECT_FALSE(editor->validateGeneratedByteCount(count, "Fill"));
+    EXPECT_FALSE(editor->context().validateGeneratedByteCount(count, "Fill"));
   }
 
   void expectResultRefused(std::int64_t removing, std::int64_t inserting) {
     platform.alerts.expect("Insert",
                            "The resulting document would exceed Quillmor's safe in-memory document "
                            "limit of 100 bytes.");
-    EXPECT_FALSE(editor->validateResultingDocumentByteCount(removing, inserting, "Insert"));
+    EXPECT_FALSE(
+        editor->context().validateResultingDocumentByteCount(removing, inserting, "Insert"));
   }
 
   bool allowsResult(std::int64_t removing, std::int64_t inserting) {
-    return editor->validateResultingDocumentByteCount(removing, inserting, "Insert");
+    return editor->context().validateResultingDocumentByteCount(removing, inserting, "Insert");
   }
 
   EditorUnderTest editor = makeEditor("0123456789");
@@ -37,39 +38,41 @@ class CommandChecks : public WindowFixture {
 
 TEST_F(CommandChecks, giveTheNormalisedSelection) {
   editor.editor().setSelection({4, 100});
-  EXPECT_EQ(editor->activeSelectionOrAlert("Fill"), (HexSelection{4, 6}));
+  EXPECT_EQ(editor->context().activeSelectionOrAlert("Fill"), (HexSelection{4, 6}));
 }
 
 TEST_F(CommandChecks, refuseAnEmptySelection) {
   platform.alerts.expect("Fill", "Select one or more bytes first.");
-  EXPECT_EQ(editor->activeSelectionOrAlert("Fill"), std::nullopt);
+  EXPECT_EQ(editor->context().activeSelectionOrAlert("Fill"), std::nullopt);
   EXPECT_EQ(platform.alerts.shown().back().buttons, std::vector<std::string>{"OK"});
 }
 
 TEST_F(CommandChecks, refuseASelectionWhileBusy) {
   editor.editor().setSelection({0, 3});
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect(
       "Fill", "Another operation is already running. Wait for it to finish before editing.");
-  EXPECT_EQ(editor->activeSelectionOrAlert("Fill"), std::nullopt);
-  editor->endBusyStatus();
+  EXPECT_EQ(editor->context().activeSelectionOrAlert("Fill"), std::nullopt);
+  busy.end();
 }
 
 TEST_F(CommandChecks, allowASelectionOfExactlyTheLimitAndRefuseOneByteMore) {
   editor.document->storage()->bytes = ByteBuffer::uninitialized(maxGeneratedInputBytes + 1);
   editor.editor().setSelection({1, maxGeneratedInputBytes});
-  EXPECT_EQ(editor->activeSelectionOrAlert("Fill"), (HexSelection{1, maxGeneratedInputBytes}));
+  EXPECT_EQ(editor->context().activeSelectionOrAlert("Fill"),
+            (HexSelection{1, maxGeneratedInputBytes}));
   editor.editor().setSelection({0, maxGeneratedInputBytes + 1});
   platform.alerts.expect("Fill",
                          "Selected range is 268435457 byte(s). The in-memory edit safety limit is "
                          "268435456 bytes to avoid memory pressure.");
-  EXPECT_EQ(editor->activeSelectionOrAlert("Fill"), std::nullopt);
+  EXPECT_EQ(editor->context().activeSelectionOrAlert("Fill"), std::nullopt);
 }
 
 TEST_F(CommandChecks, boundWhatACommandGenerates) {
-  EXPECT_TRUE(editor->validateGeneratedByteCount(0, "Fill"));
-  EXPECT_TRUE(editor->validateGeneratedByteCount(268435455, "Fill"));
-  EXPECT_TRUE(editor->validateGeneratedByteCount(268435456, "Fill"));
+  EXPECT_TRUE(editor->context().validateGeneratedByteCount(0, "Fill"));
+  EXPECT_TRUE(editor->context().validateGeneratedByteCount(268435455, "Fill"));
+  EXPECT_TRUE(editor->context().validateGeneratedByteCount(268435456, "Fill"));
   expectGenerationRefused(268435457);
   expectGenerationRefused(-1);
   expectGenerationRefused(kLargest);
@@ -142,12 +145,12 @@ TEST(UtilityReport, isShownWholeUpToTheLimitInScalarsOfAnyLength) {
 }
 
 TEST_F(CommandChecks, reportsAreShownUnderTheirTitle) {
-  editor->showUtilityReport("Checksums", "line\n");
+  editor->context().showUtilityReport("Checksums", "line\n");
   ASSERT_EQ(editor.window->reports.size(), 1U);
   EXPECT_EQ(editor.window->reports[0].first, "Checksums");
   EXPECT_EQ(editor.window->reports[0].second, "line\n");
   const std::string whole(4'194'304, 'x');
-  editor->showUtilityReport("Long", whole + "x");
+  editor->context().showUtilityReport("Long", whole + "x");
   EXPECT_TRUE(editor.window->reports[1].second == whole + kNote);
 }
 

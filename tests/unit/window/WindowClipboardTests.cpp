@@ -37,7 +37,7 @@ class WindowClipboard : public WindowFixture {
 
   void paste(const EditorUnderTest& editor, const std::string& text) {
     platform.pasteboard.setText(text);
-    editor->paste();
+    editor->perform("forwardPaste:");
   }
 
   static constexpr std::pair<const char*, const char*> kCopiesAsText[] = {
@@ -52,7 +52,7 @@ class WindowClipboard : public WindowFixture {
 
 TEST_F(WindowClipboard, copyPublishesBytesAndTheirHexText) {
   auto editor = editorWithSelection("a\xDE\xADz", {1, 2});
-  editor->copy();
+  editor->perform("forwardCopy:");
   EXPECT_EQ(heldBytes(), "\xDE\xAD");
   EXPECT_EQ(platform.pasteboard.heldText, "DE AD");
   EXPECT_EQ(editor.text(), "a\xDE\xADz");
@@ -62,36 +62,36 @@ TEST_F(WindowClipboard, copyPublishesBytesAndTheirHexText) {
 TEST_F(WindowClipboard, pasteTakesTheBytesBeforeTheText) {
   auto editor = editorWithSelection("ab", {0, 2});
   platform.pasteboard.setBytes({0x31, 0x32}, "DE AD BE EF");
-  editor->paste();
+  editor->perform("forwardPaste:");
   EXPECT_EQ(editor.text(), "12");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "ab");
 }
 
 TEST_F(WindowClipboard, copyWithoutASelectionTakesTheByteAtTheCaret) {
   auto editor = makeEditor("abc");
   editor.editor().setCaretOffset(1);
-  editor->copy();
+  editor->perform("forwardCopy:");
   EXPECT_EQ(heldBytes(), "b");
   editor.editor().setCaretOffset(3);
   platform.pasteboard.setText("before");
-  editor->copy();
-  editor->cut();
+  editor->perform("forwardCopy:");
+  editor->perform("forwardCut:");
   for (const auto& [action, title] : kCopiesAsText) editor->perform(action);
   EXPECT_EQ(platform.pasteboard.heldText, "before");
 }
 
 TEST_F(WindowClipboard, cutRemovesWhatItPublished) {
   auto editor = editorWithSelection("abcdef", {1, 3});
-  editor->cut();
+  editor->perform("forwardCut:");
   EXPECT_EQ(heldBytes(), "bcd");
   EXPECT_EQ(editor.text(), "aef");
   EXPECT_EQ(editor.editor().caretOffset(), 1);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
   editor.editor().setSelection({});
   editor.editor().setCaretOffset(5);
-  editor->cut();
+  editor->perform("forwardCut:");
   EXPECT_EQ(heldBytes(), "f");
   EXPECT_EQ(editor.text(), "abcde");
 }
@@ -99,15 +99,15 @@ TEST_F(WindowClipboard, cutRemovesWhatItPublished) {
 TEST_F(WindowClipboard, undoingACutBringsCaretAndSelectionBack) {
   auto editor = editorWithSelection("abcdef", {1, 3});
   editor.editor().setCaretOffset(3);
-  editor->cut();
-  editor->undo();
+  editor->perform("forwardCut:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 3}));
   EXPECT_EQ(editor.editor().caretOffset(), 3);
   editor.editor().setSelection({});
-  editor->cut();
+  editor->perform("forwardCut:");
   EXPECT_EQ(editor.text(), "abcef");
   EXPECT_EQ(editor.editor().selection(), HexSelection());
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_EQ(editor.editor().selection(), HexSelection()) << "nothing was selected";
   EXPECT_EQ(editor.editor().caretOffset(), 3);
@@ -120,14 +120,14 @@ TEST_F(WindowClipboard, cutInTheBackgroundRemovesWhatItPublishedWhateverIsSelect
   const HexSelection selection{1, backgroundEditThresholdBytes};
   auto editor = editorWithSelection(content, selection);
   editor.editor().setCaretOffset(backgroundEditThresholdBytes);
-  editor->cut();
+  editor->perform("forwardCut:");
   ASSERT_TRUE(editor->isBusy());
   editor->perform("forwardSelectAll:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "xz");
   EXPECT_EQ(platform.pasteboard.heldBytes->size(), backgroundEditThresholdBytes);
   EXPECT_EQ(editor.editor().caretOffset(), 1);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), content);
   EXPECT_EQ(editor.editor().selection(), selection);
   EXPECT_EQ(editor.editor().caretOffset(), backgroundEditThresholdBytes);
@@ -141,7 +141,7 @@ TEST_F(WindowClipboard, cutThatRunsOutOfMemoryShowsTheCaretAndTheSelectionThatTh
   bool hasFailed = true;
   for (int number = 1; hasFailed; ++number) {
     auto editor = editorWithSelection(content, {1, backgroundEditThresholdBytes});
-    editor->cut();
+    editor->perform("forwardCut:");
     editor->perform("forwardSelectAll:");
     platform.executor.runOneWork();
     {
@@ -150,7 +150,7 @@ TEST_F(WindowClipboard, cutThatRunsOutOfMemoryShowsTheCaretAndTheSelectionThatTh
       hasFailed = failing.hasFailed();
     }
     const std::string shown = editor.window->statusText;
-    editor->updateStatus();
+    editor->context().updateStatus();
     EXPECT_EQ(shown, editor.window->statusText) << "allocation " << number;
     editor.window->closeWindow();
   }
@@ -163,9 +163,9 @@ TEST_F(WindowClipboard, cutRemovesNothingThatThePasteboardRefused) {
   platform.pasteboard.refuses = true;
   const char* refused = "The pasteboard rejected the selected data. Nothing was removed.";
   platform.alerts.expect("Copy", refused);
-  editor->cut();
+  editor->perform("forwardCut:");
   platform.alerts.expect("Copy", refused);
-  editor->copy();
+  editor->perform("forwardCopy:");
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -203,9 +203,9 @@ TEST_F(WindowClipboard, refusesWhatIsTooLarge) {
   editor.editor().setSelection({0, maxClipboardTextSourceBytes + 1});
   platform.pasteboard.setText("before");
   platform.alerts.expect("Copy", kTooLarge);
-  editor->copy();
+  editor->perform("forwardCopy:");
   platform.alerts.expect("Cut", kTooLarge);
-  editor->cut();
+  editor->perform("forwardCut:");
   for (const auto& [action, title] : kCopiesAsText) {
     platform.alerts.expect(title, kTooLargeAsText);
     editor->perform(action);
@@ -213,7 +213,7 @@ TEST_F(WindowClipboard, refusesWhatIsTooLarge) {
   EXPECT_EQ(platform.pasteboard.heldText, "before");
   EXPECT_FALSE(editor->isBusy());
   editor.editor().setSelection({1, maxClipboardTextSourceBytes});
-  editor->copy();
+  editor->perform("forwardCopy:");
   platform.executor.runAll();
   EXPECT_EQ(platform.pasteboard.heldBytes->size(), maxClipboardTextSourceBytes);
 }
@@ -221,19 +221,19 @@ TEST_F(WindowClipboard, refusesWhatIsTooLarge) {
 TEST_F(WindowClipboard, refusesWhileBusy) {
   auto editor = editorWithSelection("abc", {0, 3});
   platform.pasteboard.setText("before");
-  editor->beginBusyStatus("Working…");
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
   platform.alerts.expect("Copy", kBusy);
-  editor->copy();
+  editor->perform("forwardCopy:");
   platform.alerts.expect("Cut", kBusy);
-  editor->cut();
+  editor->perform("forwardCut:");
   for (const auto& [action, title] : kCopiesAsText) {
     platform.alerts.expect(title, kBusy);
     editor->perform(action);
   }
   platform.alerts.expect("Paste Failed", "Another operation is already running.");
-  editor->paste();
+  editor->perform("forwardPaste:");
   platform.alerts.expect("Copy Selection Range", kBusy);
-  editor->copySelectionRange();
+  editor->perform("forwardCopySelectionRange:");
   EXPECT_EQ(platform.pasteboard.heldText, "before");
   EXPECT_EQ(editor.text(), "abc");
 }
@@ -241,7 +241,7 @@ TEST_F(WindowClipboard, refusesWhileBusy) {
 TEST_F(WindowClipboard, preparesLargeSelectionsInTheBackground) {
   auto editor = editorWithSelection(std::string(backgroundEditThresholdBytes, 'a'),
                                     {0, backgroundEditThresholdBytes});
-  editor->copy();
+  editor->perform("forwardCopy:");
   EXPECT_EQ(editor.window->statusText, "Preparing copy…");
   EXPECT_FALSE(platform.pasteboard.heldBytes);
   platform.executor.runAll();
@@ -250,12 +250,12 @@ TEST_F(WindowClipboard, preparesLargeSelectionsInTheBackground) {
   EXPECT_EQ(editor.window->statusText, "Preparing copy…");
   platform.executor.runAll();
   EXPECT_FALSE(platform.pasteboard.heldBytes);
-  editor->cut();
+  editor->perform("forwardCut:");
   EXPECT_EQ(editor.window->statusText, "Preparing cut…");
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(editor.document->storage()->count(), backgroundEditThresholdBytes);
-  editor->cut();
+  editor->perform("forwardCut:");
   platform.executor.runAll();
   EXPECT_EQ(editor.document->storage()->count(), 0);
 }
@@ -308,12 +308,12 @@ TEST_F(WindowClipboard, pastesAsTheEditingModeSays) {
 
 TEST_F(WindowClipboard, beepsWhenThereIsNothingToPaste) {
   auto editor = makeEditor("abc");
-  editor->paste();
+  editor->perform("forwardPaste:");
   EXPECT_EQ(platform.beeper.count, 1);
   paste(editor, "");
   EXPECT_EQ(platform.beeper.count, 2);
   platform.pasteboard.setBytes({}, "");
-  editor->paste();
+  editor->perform("forwardPaste:");
   EXPECT_EQ(platform.beeper.count, 3);
   EXPECT_EQ(editor.text(), "abc");
 }
@@ -326,7 +326,7 @@ TEST_F(WindowClipboard, refusesTextOverTheLimit) {
   paste(editor, std::string(maxClipboardTextSourceBytes + 1, 'x'));
   EXPECT_EQ(editor.text(), "abc");
   for (const std::int64_t count : {maxClipboardTextSourceBytes - 1, maxClipboardTextSourceBytes}) {
-    editor->selectAll();
+    editor->perform("forwardSelectAll:");
     paste(editor, std::string(static_cast<std::size_t>(count), 'x'));
     platform.executor.runAll();
     EXPECT_EQ(editor.document->storage()->count(), count);
@@ -389,9 +389,9 @@ TEST_F(WindowClipboard, refusesToPasteOverTheDocumentLimit) {
 TEST_F(WindowClipboard, pastesAsManyBytesAsOneCommandMayMake) {
   auto editor = makeEditor();
   for (const std::int64_t count : {maxGeneratedInputBytes - 1, maxGeneratedInputBytes}) {
-    editor->selectAll();
+    editor->perform("forwardSelectAll:");
     platform.pasteboard.heldBytes = ByteBuffer::uninitialized(count);
-    editor->paste();
+    editor->perform("forwardPaste:");
     EXPECT_EQ(editor.document->storage()->count(), count);
   }
 }
@@ -402,7 +402,7 @@ TEST_F(WindowClipboard, refusesMoreBytesThanOneCommandMayMake) {
   platform.alerts.expect("Paste",
                          "Requested operation would generate 268435457 byte(s). The safety limit "
                          "is 268435456 bytes to avoid memory pressure.");
-  editor->paste();
+  editor->perform("forwardPaste:");
   EXPECT_EQ(editor.document->storage()->count(), 0);
   EXPECT_EQ(platform.pasteboard.greatestByteCountAsked, maxGeneratedInputBytes);
 }
@@ -423,14 +423,14 @@ TEST_F(WindowClipboard, saysThatPastingFailed) {
 
 TEST_F(WindowClipboard, copiesOffsetsAndRanges) {
   auto editor = editorWithSelection(std::string(5000, 'a'), {0x10, 0x1000});
-  editor->copySelectionRange();
+  editor->perform("forwardCopySelectionRange:");
   EXPECT_EQ(platform.pasteboard.heldText, "0x00000010 - 0x0000100F");
   editor.editor().setCaretOffset(0xAB);
-  editor->copyCurrentOffset();
+  editor->perform("forwardCopyCurrentOffset:");
   EXPECT_EQ(platform.pasteboard.heldText, "0x000000AB");
   editor.editor().setSelection({});
   platform.alerts.expect("Copy Selection Range", "Select one or more bytes first.");
-  editor->copySelectionRange();
+  editor->perform("forwardCopySelectionRange:");
   EXPECT_EQ(platform.pasteboard.heldText, "0x000000AB");
 }
 

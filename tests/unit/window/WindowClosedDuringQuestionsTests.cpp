@@ -17,8 +17,6 @@ constexpr const char* kFillInsertQuestion =
     "offset.";
 constexpr const char* kInsertQuestion = "Enter bytes to insert at the current offset.";
 
-using Command = void (HexWindowController::*)();
-
 class WindowClosedDuringQuestions : public WindowFixture {
  protected:
   EditorUnderTest editorWithSelection(HexSelection selection) {
@@ -36,9 +34,9 @@ class WindowClosedDuringQuestions : public WindowFixture {
   }
 
   /// Runs the command, which asks its one question, and all it may have started.
-  void runAndExpectNothing(const EditorUnderTest& editor, Command command) {
+  void runAndExpectNothing(const EditorUnderTest& editor, std::string_view command) {
     const std::size_t shownBefore = platform.alerts.shown().size();
-    ((*editor.controller).*command)();
+    editor->perform(command);
     EXPECT_FALSE(platform.executor.hasWork());
     platform.executor.runAll();
     EXPECT_TRUE(editor.window->closed);
@@ -49,10 +47,10 @@ class WindowClosedDuringQuestions : public WindowFixture {
 };
 
 TEST_F(WindowClosedDuringQuestions, patternsCombineNothing) {
-  const std::pair<const char*, Command> commands[] = {
-      {"XOR Selection", &HexWindowController::xorSelection},
-      {"AND Selection", &HexWindowController::andSelection},
-      {"OR Selection", &HexWindowController::orSelection},
+  const std::pair<const char*, std::string_view> commands[] = {
+      {"XOR Selection", "forwardXorSelection:"},
+      {"AND Selection", "forwardAndSelection:"},
+      {"OR Selection", "forwardOrSelection:"},
   };
   for (const auto& [title, command] : commands) {
     auto editor = editorWithSelection({1, 3});
@@ -64,14 +62,14 @@ TEST_F(WindowClosedDuringQuestions, patternsCombineNothing) {
 TEST_F(WindowClosedDuringQuestions, theSelectionIsNotFilled) {
   auto editor = editorWithSelection({1, 3});
   expectQuestion(editor, "Fill Selection", kFillQuestion, "OK", {"", "0x12"});
-  runAndExpectNothing(editor, &HexWindowController::fillSelection);
+  runAndExpectNothing(editor, "forwardFillSelection:");
 }
 
 TEST_F(WindowClosedDuringQuestions, noFillIsInserted) {
   for (const char* length : {"2", "0", "268435457", "0x100000"}) {
     auto editor = editorWithSelection({});
     expectQuestion(editor, "Fill Selection", kFillInsertQuestion, "OK", {"", "0x12", length});
-    runAndExpectNothing(editor, &HexWindowController::fillSelection);
+    runAndExpectNothing(editor, "forwardFillSelection:");
   }
 }
 
@@ -79,7 +77,7 @@ TEST_F(WindowClosedDuringQuestions, noBytesAreInserted) {
   for (const char* count : {"2", "0", "-1", "268435457", "0x100000"}) {
     auto editor = editorWithSelection({});
     expectQuestion(editor, "Insert Bytes", kInsertQuestion, "OK", {"", "0x12", count});
-    runAndExpectNothing(editor, &HexWindowController::insertBytes);
+    runAndExpectNothing(editor, "forwardInsertBytes:");
   }
 }
 
@@ -87,7 +85,7 @@ TEST_F(WindowClosedDuringQuestions, nothingIsCropped) {
   auto editor = editorWithSelection({1, 3});
   expectQuestion(editor, "Crop to Selection",
                  "Keep only the selected 3 byte(s) and remove everything else?", "Crop", {});
-  runAndExpectNothing(editor, &HexWindowController::cropToSelection);
+  runAndExpectNothing(editor, "forwardCropToSelection:");
 }
 
 TEST_F(WindowClosedDuringQuestions, noValueIsWrittenOrRefused) {
@@ -95,7 +93,7 @@ TEST_F(WindowClosedDuringQuestions, noValueIsWrittenOrRefused) {
     auto editor = editorWithSelection({});
     expectQuestion(editor, "Edit Current Value", "Select a type and enter a value.", "Apply",
                    {"", value});
-    runAndExpectNothing(editor, &HexWindowController::editCurrentValue);
+    runAndExpectNothing(editor, "forwardEditCurrentValue:");
   }
 }
 
@@ -103,7 +101,7 @@ TEST_F(WindowClosedDuringQuestions, noBitsAreWrittenOrRefused) {
   for (const char* bits : {"00000001", "2", "000000001"}) {
     auto editor = editorWithSelection({});
     expectQuestion(editor, "Bit Editor", "Enter 8 bits for the current byte.", "OK", {bits});
-    runAndExpectNothing(editor, &HexWindowController::bitEditor);
+    runAndExpectNothing(editor, "forwardBitEditor:");
   }
 }
 
@@ -145,12 +143,11 @@ class WindowClosedDuringPanels : public WindowFixture {
 };
 
 TEST_F(WindowClosedDuringPanels, noFileIsInserted) {
-  for (const Command command :
-       {&HexWindowController::insertFileAtOffset, &HexWindowController::appendFileToEnd}) {
+  for (const std::string_view command : {"forwardInsertFileAtOffset:", "forwardAppendFileToEnd:"}) {
     auto editor = makeEditorWithPanels();
     panels.openAnswers.push_back({folder.write("part.bin", "123")});
     panels.during = [window = editor.window] { window->closeWindow(); };
-    ((*editor.controller).*command)();
+    editor->perform(command);
     EXPECT_TRUE(editor.window->closed);
     EXPECT_FALSE(platform.executor.hasWork());
     EXPECT_EQ(editor.text(), "abc");

@@ -38,7 +38,7 @@ TEST_F(WindowClosing, isAllowedWithoutChangesAndAsksNothing) {
 
 TEST_F(WindowClosing, duringABackgroundSaveIsRefused) {
   type(editor, "J");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   const std::string text =
       "Wait for the current file operation to finish before closing this editor window.";
   platform.alerts.expect("Operation in Progress", text);
@@ -117,7 +117,6 @@ TEST_F(WindowClosing, remembersTheCaretUnderTheFilesPath) {
 
 TEST_F(WindowClosing, remembersNoCaretOfAnUntitledDocument) {
   auto untitled = makeEditor("abc");
-  EXPECT_EQ(untitled->sessionOffsetKey(), std::nullopt);
   untitled.editor().setCaretOffset(2);
   untitled.window->closeWindow();
   EXPECT_TRUE(platform.defaults.integers.empty());
@@ -151,10 +150,10 @@ TEST_F(WindowClosing, happensOnlyOnce) {
 TEST_F(WindowClosing, leavesTheWindowAloneAfterwards) {
   editor.window->closeWindow();
   const auto status = editor.window->statusHistory;
-  editor->goToEnd();
-  editor->updateStatus();
+  editor->perform("forwardGoToEnd:");
+  editor->context().updateStatus();
   editor->activate();
-  editor->showUtilityReport("Report", "text");
+  editor->context().showUtilityReport("Report", "text");
   editor->documentIdentityDidChange();
   EXPECT_EQ(editor.window->statusHistory, status);
   EXPECT_EQ(editor.window->broughtToFront, 0);

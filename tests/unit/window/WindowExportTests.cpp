@@ -91,14 +91,14 @@ TEST_F(WindowExports, nameTheirFilesVisibly) {
   const std::string shown = "o\\x0ASaved: x\\u{2067}\\xFF";
   auto editor = makeEditor("abcdefgh");
   platform.filePanels.saveAnswers = {folder.location(name)};
-  editor->exportHexDump();
+  editor->perform("forwardExportHexDump:");
   platform.alerts.expect("Export Hex Dump", "Saved: " + folder.path().string() + "/" + shown);
   platform.executor.runAll();
   EXPECT_EQ(folder.names(), std::vector<std::string>{name});
 
   auto opened = openEditor(folder.location(name));
   platform.filePanels.saveAnswers = {folder.location(name)};
-  opened->exportHexDump();
+  opened->perform("forwardExportHexDump:");
   platform.alerts.expect("Export Hex Dump Failed", overwrites(shown));
   platform.executor.runAll();
 }
@@ -179,12 +179,13 @@ TEST_F(WindowExports, doNothingWithoutADestination) {
 
 TEST_F(WindowExports, waitForARunningOperation) {
   auto editor = makeEditor("abcdefgh");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   for (const ExportCase& exported : kExports) {
     platform.alerts.expect(exported.title, kBusy);
     editor->perform(exported.action);
   }
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(WindowExports, areSilentWhenTheWindowClosesMeanwhile) {
@@ -232,9 +233,9 @@ TEST_F(WindowExports, refuseWhereThereIsNoByte) {
   for (const char* title : {"Export Selection", "Export Selection Hex Dump", "Export Hex Patch"}) {
     platform.alerts.expect(title, "There is no byte at the current offset to export.");
   }
-  editor->exportSelection();
-  editor->exportSelectionHexDump();
-  editor->exportHexPatch();
+  editor->perform("forwardExportSelection:");
+  editor->perform("forwardExportSelectionHexDump:");
+  editor->perform("forwardExportHexPatch:");
 }
 
 TEST_F(WindowExports, writeOnlyTheSelectedBytes) {
@@ -281,11 +282,11 @@ TEST_F(WindowExports, refuseStringsOfNoLength) {
     platform.alerts.expectRefusedAnswer("Export ASCII Strings",
                                         "Minimum printable ASCII string length.", "OK", {length},
                                         "Enter a number of 1 or more.");
-    editor->exportASCIIStrings();
+    editor->perform("forwardExportASCIIStrings:");
   }
   platform.alerts.expect("Export ASCII Strings", "Minimum printable ASCII string length.", "Cancel",
                          {"4"});
-  editor->exportASCIIStrings();
+  editor->perform("forwardExportASCIIStrings:");
 }
 
 TEST_F(WindowExports, compareWithAFileThatIsProtectedToo) {
@@ -307,7 +308,7 @@ TEST_F(WindowExports, compareWithAFileThatIsProtectedToo) {
 TEST_F(WindowExports, stopAtTheQuestionWhichFileToCompare) {
   auto editor = makeEditor("abc");
   platform.filePanels.openAnswers.push_back({});
-  editor->exportDifferenceReport();
+  editor->perform("forwardExportDifferenceReport:");
   EXPECT_FALSE(editor->isBusy());
 }
 
@@ -359,21 +360,22 @@ TEST_F(WindowExports, cannotBeStoppedOnceTheFileIsComplete) {
 TEST_F(WindowExports, saveTheReportOfAWindow) {
   auto editor = makeEditor("abc");
   platform.filePanels.saveAnswers.push_back(folder.location("report"));
-  editor->saveReport("Checksums", "CRC32: 352441C2");
+  editor->commands().exporting().saveReport("Checksums", "CRC32: 352441C2");
   EXPECT_EQ(platform.filePanels.suggestedNames.back(), "Checksums.txt");
   EXPECT_EQ(editor.window->statusText, "Saving report…");
   platform.alerts.expect("Save Report", saved("report"));
   platform.executor.runAll();
   EXPECT_EQ(folder.read("report"), "CRC32: 352441C2");
   platform.filePanels.saveAnswers.push_back(folder.location("missing/report"));
-  editor->saveReport("Checksums", "");
+  editor->commands().exporting().saveReport("Checksums", "");
   platform.alerts.expect("Save Report Failed",
                          "The output destination directory is not available.");
   platform.executor.runAll();
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Save Report", kBusy);
-  editor->saveReport("Checksums", "");
-  editor->endBusyStatus();
+  editor->commands().exporting().saveReport("Checksums", "");
+  busy.end();
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ TEST_F(WindowAcpi, fixesAChecksumAsOneUndoableStep) {
   EXPECT_EQ(editor.editor().selection(), (HexSelection{9, 1}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Fix ACPI Checksum");
   EXPECT_TRUE(editor.document->isDocumentEdited());
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), table(0x10));
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -99,7 +99,7 @@ TEST_F(WindowAcpi, refusesWhatHasNoSuchChecksum) {
 
 TEST_F(WindowAcpi, looksAtTheLengthAgainBeforeItWrites) {
   auto editor = makeEditor(table(0x10));
-  editor->fixACPIChecksum();
+  editor->perform("forwardFixACPIChecksum:");
   editor.document->storage()->bytes.truncate(9);
   platform.alerts.expect("ACPI Checksum", "The document is too small to update the checksum byte.");
   platform.executor.runAll();
@@ -108,15 +108,16 @@ TEST_F(WindowAcpi, looksAtTheLengthAgainBeforeItWrites) {
 
 TEST_F(WindowAcpi, waitsForARunningOperation) {
   auto editor = makeEditor(table(0x10));
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Fix ACPI Checksum", kBusy);
-  editor->fixACPIChecksum();
-  editor->endBusyStatus();
+  editor->perform("forwardFixACPIChecksum:");
+  busy.end();
 }
 
 TEST_F(WindowAcpi, isSilentWhenTheWindowClosesMeanwhile) {
   auto editor = makeEditor(table(0x10));
-  editor->fixACPIChecksum();
+  editor->perform("forwardFixACPIChecksum:");
   editor.window->closeWindow();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), table(0x10));
@@ -173,7 +174,7 @@ class WindowPolaris : public WindowFixture {
     platform.alerts.expect(kFixTitle, kAboutFix, button);
     const std::string result = expectedResult_;
     if (!result.empty()) platform.alerts.expect(kFixTitle, result);
-    editor->fixPolarisChecksum();
+    editor->perform("forwardFixPolarisChecksum:");
   }
   std::string expectedResult_;
 };
@@ -183,7 +184,7 @@ TEST_F(WindowPolaris, validatesAChecksum) {
   platform.alerts.expect("Validate Polaris Checksum",
                          "Checksum is valid.\nROM image size: 512 bytes\nChecksum byte at 0x21: "
                          "0x67\nImage checksum sum: 0x00");
-  editor->validatePolarisChecksum();
+  editor->perform("forwardValidatePolarisChecksum:");
   std::string broken = rom();
   broken[0x21] = 0x6C;
   auto other = makeEditor(broken);
@@ -191,16 +192,17 @@ TEST_F(WindowPolaris, validatesAChecksum) {
       "Validate Polaris Checksum",
       "Checksum is invalid. Use Presets > Fix Polaris Checksum to correct it.\nROM image size: 512 "
       "bytes\nChecksum byte at 0x21: 0x6C\nImage checksum sum: 0x05");
-  other->validatePolarisChecksum();
+  other->perform("forwardValidatePolarisChecksum:");
   EXPECT_FALSE(other.document->isDocumentEdited());
 }
 
 TEST_F(WindowPolaris, validatesEvenWhileBusy) {
   auto editor = makeEditor("small");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Validate Polaris Checksum", kTooSmall);
-  editor->validatePolarisChecksum();
-  editor->endBusyStatus();
+  editor->perform("forwardValidatePolarisChecksum:");
+  busy.end();
 }
 
 TEST_F(WindowPolaris, fixesAChecksumAsOneUndoableStep) {
@@ -218,7 +220,7 @@ TEST_F(WindowPolaris, fixesAChecksumAsOneUndoableStep) {
   EXPECT_EQ(editor.editor().caretOffset(), 0x21);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{0x21, 1}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), kFixTitle);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), broken);
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -251,7 +253,7 @@ TEST_F(WindowPolaris, appliesThePresetAsOneUndoableStep) {
       kPresetTitle, std::string("RX580 2048SP signature to RX580: 1 replacement(s)\nDevice ID "
                                 "0x6FDF to 0x67DF: 1 replacement(s)\n\nTotal: 2 replacement(s)") +
                         kPostStep);
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   EXPECT_EQ(platform.alerts.shown()[0].style, AlertStyle::warning);
   EXPECT_EQ(platform.alerts.shown()[0].buttons, (std::vector<std::string>{"Apply", "Cancel"}));
   std::string expected = romForPreset();
@@ -262,7 +264,7 @@ TEST_F(WindowPolaris, appliesThePresetAsOneUndoableStep) {
   EXPECT_EQ(editor.editor().selection(), (HexSelection{0x100, 4}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Rx580 macOS Preset");
   EXPECT_EQ(platform.beeper.count, 0);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), romForPreset());
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -282,13 +284,13 @@ TEST_F(WindowPolaris, appliesThePresetAndFixesTheChecksumInTwoSteps) {
       "replacement(s)\n\nTotal: 2 replacement(s)\n\nPolaris checksum: Checksum fixed.\nROM image "
       "size: 512 bytes\nChecksum offset: 0x00000021\nOld checksum byte: 0x67\nNew checksum byte: "
       "0xB5\nSum before: 0xB2\nSum after: 0x00");
-  editor->applyRx580MacOSPresetAndFixChecksum();
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
   patched[0x21] = static_cast<char>(0xB5);
   EXPECT_EQ(editor.text(), patched);
   EXPECT_EQ(editor.document->undoManager().undoActionName(), kFixTitle);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Rx580 macOS Preset");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), romForPreset());
 }
 
@@ -299,7 +301,7 @@ TEST_F(WindowPolaris, beepsWhenThePresetFindsNothing) {
       kPresetTitle, std::string("RX580 2048SP signature to RX580: 0 replacement(s)\nDevice ID "
                                 "0x6FDF to 0x67DF: 0 replacement(s)\n\nTotal: 0 replacement(s)") +
                         kPostStep);
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   EXPECT_EQ(platform.beeper.count, 1);
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -315,7 +317,7 @@ TEST_F(WindowPolaris, fixesTheChecksumEvenWhereThePresetFindsNothing) {
       "replacement(s)\n\nTotal: 0 replacement(s)\n\nPolaris checksum: Checksum fixed.\nROM image "
       "size: 512 bytes\nChecksum offset: 0x00000021\nOld checksum byte: 0x6C\nNew checksum byte: "
       "0x67\nSum before: 0x05\nSum after: 0x00");
-  editor->applyRx580MacOSPresetAndFixChecksum();
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
   EXPECT_EQ(editor.text(), rom());
   EXPECT_EQ(platform.beeper.count, 0);
 }
@@ -327,23 +329,23 @@ TEST_F(WindowPolaris, showsTheResultOfAPresetThatWasNotValid) {
   platform.alerts.expect(
       kPresetTitle,
       std::string("Preset validation failed.\n\nTotal: 0 replacement(s)") + kPostStep);
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   EXPECT_EQ(platform.beeper.count, 1);
   platform.alerts.expect(kPresetAndFixTitle, kAboutPresetAndFix, "Apply");
   platform.alerts.expect(kPresetTitle, kTooSmall);
   platform.alerts.expect(kFixTitle, kTooSmall);
   platform.alerts.expect(kPresetAndFixTitle,
                          "Preset validation failed.\n\nTotal: 0 replacement(s)");
-  editor->applyRx580MacOSPresetAndFixChecksum();
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
   EXPECT_EQ(editor.text(), "small");
 }
 
 TEST_F(WindowPolaris, asksBeforeItAppliesThePreset) {
   auto editor = makeEditor(romForPreset());
   platform.alerts.expect(kPresetTitle, kAboutPreset, "Cancel");
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   platform.alerts.expect(kPresetAndFixTitle, kAboutPresetAndFix, "Cancel");
-  editor->applyRx580MacOSPresetAndFixChecksum();
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
   EXPECT_EQ(editor.text(), romForPreset());
 }
 
@@ -358,35 +360,40 @@ TEST_F(WindowPolaris, forgetsTheHistoryWhenNoUndoIsRecorded) {
       kPresetTitle, std::string("RX580 2048SP signature to RX580: 1 replacement(s)\nDevice ID "
                                 "0x6FDF to 0x67DF: 1 replacement(s)\n\nTotal: 2 replacement(s)") +
                         kPostStep);
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   EXPECT_TRUE(editor.document->isDocumentEdited());
 }
 
 TEST_F(WindowPolaris, waitsForARunningOperation) {
   auto editor = makeEditor(romForPreset());
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect(kFixTitle, kBusy);
-  editor->fixPolarisChecksum();
+  editor->perform("forwardFixPolarisChecksum:");
   for (int i = 0; i < 2; ++i) platform.alerts.expect("Apply Preset", kBusy);
-  editor->applyRx580MacOSPreset();
-  editor->applyRx580MacOSPresetAndFixChecksum();
-  editor->endBusyStatus();
+  editor->perform("forwardApplyRx580MacOSPreset:");
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
+  busy.end();
 }
 
 TEST_F(WindowPolaris, waitsForAnOperationThatBeganDuringTheQuestion) {
   auto editor = makeEditor(romForPreset());
-  const auto begin = [&] { ASSERT_TRUE(editor->beginBusyStatus("Working…")); };
+  BusyScope busy;
+  const auto begin = [&] {
+    busy = editor->context().frame().beginBusyStatus("Working…");
+    ASSERT_TRUE(busy);
+  };
   platform.alerts.expect(kFixTitle, kAboutFix, "Fix");
   platform.alerts.expect(kFixTitle, kBusy);
   platform.alerts.duringNext(begin);
-  editor->fixPolarisChecksum();
-  editor->endBusyStatus();
+  editor->perform("forwardFixPolarisChecksum:");
+  busy.end();
   platform.alerts.expect(kPresetTitle, kAboutPreset, "Apply");
   platform.alerts.expect("Apply Preset", kBusy);
   platform.alerts.duringNext(begin);
-  editor->applyRx580MacOSPreset();
-  editor->endBusyStatus();
+  editor->perform("forwardApplyRx580MacOSPreset:");
+  busy.end();
   EXPECT_EQ(editor.text(), romForPreset());
 }
 
@@ -397,7 +404,7 @@ TEST_F(WindowPolaris, goesOnOnlyInAWindowThatIsStillThere) {
   platform.alerts.duringNext(
       [&] { platform.alerts.duringNext([&] { editor.window->closeWindow(); }); });
   platform.alerts.expect(kPresetTitle, kTooSmall);
-  editor->applyRx580MacOSPresetAndFixChecksum();
+  editor->perform("forwardApplyRx580MacOSPresetAndFixChecksum:");
   EXPECT_EQ(platform.beeper.count, 0);
 }
 
@@ -412,12 +419,12 @@ TEST_F(WindowPolaris, changesNothingWithoutMemory) {
   platform.alerts.expect(kFixTitle, kAboutFix, "Fix");
   platform.alerts.duringNext(takeMemoryAway);
   platform.alerts.expect("Fix Polaris Checksum Failed", "Cannot allocate memory");
-  editor->fixPolarisChecksum();
+  editor->perform("forwardFixPolarisChecksum:");
   none.reset();
   platform.alerts.expect(kPresetTitle, kAboutPreset, "Apply");
   platform.alerts.duringNext(takeMemoryAway);
   platform.alerts.expect("Apply Preset: Rx580 macOS Failed", "Cannot allocate memory");
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   none.reset();
   EXPECT_TRUE(editor.text() == content);
   EXPECT_FALSE(editor.document->isDocumentEdited());
@@ -428,7 +435,7 @@ TEST_F(WindowAcpi, changesNothingWithoutMemory) {
   const std::string content = table(0x10) + std::string(4 << 20, 'x');
   auto editor = makeEditor(content);
   const ByteBuffer shared = editor.document->data();
-  editor->fixACPIChecksum();
+  editor->perform("forwardFixACPIChecksum:");
   platform.executor.runOneWork();
   {
     const NoMoreAddressSpace none;
@@ -443,7 +450,7 @@ TEST_F(WindowPolaris, changesNothingInAWindowThatClosedDuringTheQuestion) {
   auto editor = makeEditor(romForPreset());
   platform.alerts.expect(kPresetTitle, kAboutPreset, "Apply");
   platform.alerts.duringNext([&] { editor.window->closeWindow(); });
-  editor->applyRx580MacOSPreset();
+  editor->perform("forwardApplyRx580MacOSPreset:");
   EXPECT_EQ(editor.text(), romForPreset());
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/MainMenu.h"
 #include "support/FaultySystemCalls.h"
 #include "support/FileAccessTest.h"
 #include "support/WindowFixture.h"
@@ -35,7 +36,7 @@ class WindowFormatsInterrupted : public WindowFixture {
     auto editor = makeEditor(kContent);
     platform.alerts.expect("Bookmarks", "Added bookmark at 0x00000003.");
     editor.editor().setCaretOffset(3);
-    editor->addBookmark();
+    editor->perform("forwardAddBookmark:");
     shownBefore = platform.alerts.shown().size();
     return editor;
   }
@@ -116,15 +117,19 @@ TEST_F(WindowFormatsInterrupted, giveWayToAnOperationThatBeginsWhileAPanelIsShow
   for (const Command& command : kCommands) {
     SCOPED_TRACE(command.action);
     auto editor = makeBookmarkedEditor();
-    platform.filePanels.duringNext = [&editor] {
-      ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+    BusyScope busy;
+    platform.filePanels.duringNext = [&] {
+      busy = editor->context().frame().beginBusyStatus("Working…");
+      ASSERT_TRUE(busy);
     };
-    platform.alerts.expect("Operation Busy", "Another operation is already running.");
+    platform.alerts.expect(
+        commandTitle(command.action),
+        "Another operation is already running. Wait for it to finish before editing.");
     perform(editor, command);
     EXPECT_FALSE(platform.executor.hasWork());
     EXPECT_TRUE(editor->isBusy());
     EXPECT_EQ(editor.window->statusText, "Working…");
-    editor->endBusyStatus();
+    busy.end();
     expectNothingHappened(editor, 1);
   }
 }
@@ -150,7 +155,7 @@ TEST_F(WindowFormatsInterrupted, countTheRulesOfAPresetAndNotItsFile) {
   platform.filePanels.openAnswers.push_back(
       {folder.write("input", R"({"rules": [{"find": "61", "replace": "62"},
                                            {"find": "62", "replace": "63 64"}]})")});
-  editor->applyJSONPreset();
+  editor->perform("forwardApplyJSONPreset:");
   ASSERT_TRUE(platform.executor.runOneWork());
   platform.executor.advance(std::chrono::milliseconds(300));
   EXPECT_TRUE(editor.window->progressVisible);

@@ -45,7 +45,7 @@ class WindowFormats : public WindowFixture {
     platform.alerts.expect("Bookmarks",
                            "Added bookmark at 0x0000000" + std::to_string(offset) + ".");
     editor.editor().setCaretOffset(offset);
-    editor->addBookmark();
+    editor->perform("forwardAddBookmark:");
   }
 
   static std::string undoName(const EditorUnderTest& editor) {
@@ -57,7 +57,7 @@ TEST_F(WindowFormats, exportTheSelectionAsAPatch) {
   auto editor = makeEditor("abcdef");
   editor.editor().setSelection({2, 3});
   platform.filePanels.saveAnswers.push_back(folder.location("out"));
-  editor->exportHexPatch();
+  editor->perform("forwardExportHexPatch:");
   EXPECT_EQ(editor.window->statusText, "Exporting hex patch…");
   platform.alerts.expect("Export Hex Patch", "Saved: " + folder.location("out").path());
   platform.executor.runAll();
@@ -68,7 +68,7 @@ TEST_F(WindowFormats, exportTheByteAtTheCaretAsAPatch) {
   auto editor = makeEditor("abcdef");
   editor.editor().setCaretOffset(5);
   platform.filePanels.saveAnswers.push_back(folder.location("out"));
-  editor->exportHexPatch();
+  editor->perform("forwardExportHexPatch:");
   platform.alerts.expect("Export Hex Patch", "Saved: " + folder.location("out").path());
   platform.executor.runAll();
   EXPECT_EQ(folder.read("out"), "QuillmorPatch 1\nOFFSET 0x00000005\nDATA 66\n");
@@ -77,14 +77,15 @@ TEST_F(WindowFormats, exportTheByteAtTheCaretAsAPatch) {
 TEST_F(WindowFormats, sayWhyAPatchWasNotExported) {
   auto editor = makeEditor("abcdef");
   platform.filePanels.saveAnswers.push_back(folder.location("missing/out"));
-  editor->exportHexPatch();
+  editor->perform("forwardExportHexPatch:");
   platform.alerts.expect("Export Hex Patch Failed",
                          "The output destination directory is not available.");
   platform.executor.runAll();
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Export Hex Patch", kBusy);
-  editor->exportHexPatch();
-  editor->endBusyStatus();
+  editor->perform("forwardExportHexPatch:");
+  busy.end();
 }
 
 TEST_F(WindowFormats, refusePatchesThatNobodyCouldImport) {
@@ -93,10 +94,10 @@ TEST_F(WindowFormats, refusePatchesThatNobodyCouldImport) {
   platform.alerts.expect("Export Hex Patch",
                          "The selected range is too large to export as one text patch safely. "
                          "Export the raw selection or split the patch into smaller ranges.");
-  editor->exportHexPatch();
+  editor->perform("forwardExportHexPatch:");
   editor.editor().setSelection({0, maxPatchDataBytes});
   platform.filePanels.saveAnswers.push_back(folder.location("out"));
-  editor->exportHexPatch();
+  editor->perform("forwardExportHexPatch:");
   platform.alerts.expect("Export Hex Patch", "Saved: " + folder.location("out").path());
   platform.executor.runAll();
   EXPECT_LE(std::filesystem::file_size(folder.location("out").path()), maxPatchImportBytes);
@@ -110,7 +111,7 @@ TEST_F(WindowFormats, applyAPatch) {
   EXPECT_EQ(editor.editor().selection(), (HexSelection{2, 2}));
   EXPECT_EQ(undoName(editor), "Apply Patch");
   EXPECT_TRUE(editor.document->isDocumentEdited());
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -121,7 +122,7 @@ TEST_F(WindowFormats, applyAPatchBeyondTheEnd) {
   applyPatch(editor, "QuillmorPatch 1\nOFFSET 2\nDATA 58 59 5A\n");
   EXPECT_EQ(editor.text(), "abXYZ");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{5});
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abc");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{3});
 }
@@ -181,7 +182,7 @@ TEST_F(WindowFormats, dropAPatchWhoseWindowHasClosed) {
   auto editor = makeEditor("abc");
   platform.filePanels.openAnswers.push_back(
       {folder.write("input", "QuillmorPatch 1\nOFFSET 0\nDATA 58\n")});
-  editor->applyHexPatch();
+  editor->perform("forwardApplyHexPatch:");
   editor.window->closeWindow();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abc");
@@ -216,11 +217,11 @@ TEST_F(WindowFormats, applyAPreset) {
   EXPECT_EQ(editor.editor().caretOffset(), 0);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{0, 3}));
   EXPECT_EQ(undoName(editor), "Apply JSON Preset");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "ab-ab");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{2});
   EXPECT_FALSE(editor.document->isDocumentEdited());
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "YZY-YZY");
 }
 
@@ -287,7 +288,7 @@ TEST_F(WindowFormats, exportAndImportBookmarks) {
   bookmark(editor, 4);
   bookmark(editor, 1);
   platform.filePanels.saveAnswers.push_back(folder.location("marks"));
-  editor->exportBookmarks();
+  editor->perform("forwardExportBookmarks:");
   EXPECT_EQ(platform.filePanels.suggestedNames.back(), "Bookmarks.json");
   EXPECT_EQ(editor.window->statusText, "Exporting bookmarks…");
   platform.alerts.expect("Export Bookmarks",
@@ -311,14 +312,14 @@ TEST_F(WindowFormats, dropBookmarksBeyondTheEnd) {
 TEST_F(WindowFormats, refuseToExportNoBookmarks) {
   auto editor = makeEditor("abc");
   platform.alerts.expect("Export Bookmarks", "No bookmarks to export.");
-  editor->exportBookmarks();
+  editor->perform("forwardExportBookmarks:");
 }
 
 TEST_F(WindowFormats, sayWhyBookmarksWereNotExported) {
   auto editor = makeEditor("abc");
   bookmark(editor, 1);
   platform.filePanels.saveAnswers.push_back(folder.location("missing/marks"));
-  editor->exportBookmarks();
+  editor->perform("forwardExportBookmarks:");
   platform.alerts.expect("Export Bookmarks Failed",
                          "The output destination directory is not available.");
   platform.executor.runAll();
@@ -358,12 +359,13 @@ TEST_F(WindowFormats, waitForARunningOperation) {
       {"forwardExportBookmarks:", "Export Bookmarks"},
       {"forwardImportBookmarks:", "Import Bookmarks"}};
   auto editor = makeEditor("abc");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   for (const auto& [action, title] : commands) {
     platform.alerts.expect(title, kBusy);
     editor->perform(action);
   }
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(WindowFormats, doNothingWithoutAFile) {

@@ -24,25 +24,25 @@ class WindowInserting : public WindowFixture {
  protected:
   void fill(const EditorUnderTest& editor, const std::string& pattern) {
     platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", pattern});
-    editor->fillSelection();
+    editor->perform("forwardFillSelection:");
   }
 
   void insertFill(const EditorUnderTest& editor, const std::string& pattern,
                   const std::string& length) {
     platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", pattern, length});
-    editor->fillSelection();
+    editor->perform("forwardFillSelection:");
   }
 
   void insert(const EditorUnderTest& editor, const std::string& pattern, const std::string& count) {
     platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", pattern, count});
-    editor->insertBytes();
+    editor->perform("forwardInsertBytes:");
   }
 
   void bookmark(const EditorUnderTest& editor, std::int64_t offset) {
     platform.alerts.expect("Bookmarks",
                            "Added bookmark at 0x0000000" + std::to_string(offset) + ".");
     editor.editor().setCaretOffset(offset);
-    editor->addBookmark();
+    editor->perform("forwardAddBookmark:");
   }
 
   static std::string undoName(const EditorUnderTest& editor) {
@@ -58,17 +58,17 @@ TEST_F(WindowInserting, fillsTheSelectionWithAPattern) {
   EXPECT_EQ(editor.editor().caretOffset(), 1);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 5}));
   EXPECT_EQ(undoName(editor), "Fill Selection");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "0123456789");
 }
 
 TEST_F(WindowInserting, fillsWithZeroAndFF) {
   auto editor = makeEditor("abcdef");
   editor.editor().setSelection({1, 2});
-  editor->fillSelectionWithZero();
+  editor->perform("forwardFillSelectionWithZero:");
   EXPECT_EQ(editor.text(), std::string("a\0\0def", 6));
   EXPECT_EQ(undoName(editor), "Fill Selection with 00");
-  editor->fillSelectionWithFF();
+  editor->perform("forwardFillSelectionWithFF:");
   EXPECT_EQ(editor.text(),
             "a\xFF\xFF"
             "def");
@@ -81,7 +81,7 @@ TEST_F(WindowInserting, insertsAFillWhereNothingIsSelected) {
   insertFill(editor, "2E 2D", "3");
   EXPECT_EQ(editor.text(), "a.-.bc");
   EXPECT_EQ(undoName(editor), "Fill Selection");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abc");
 }
 
@@ -90,16 +90,16 @@ TEST_F(WindowInserting, refusesFillsWithoutLength) {
   for (const char* length : {"0", "-1"}) {
     platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
                                         {"", "0x00", length}, "Length must be greater than zero.");
-    editor->fillSelection();
+    editor->perform("forwardFillSelection:");
   }
   platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
                                       {"", "0x00", "many"}, "Enter a valid length.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK", {"", "", "1"},
                                       "Enter a valid byte pattern.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   platform.alerts.expect("Fill Selection", kFillInsertQuestion, "Cancel", {"", "0x00", "1"});
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "abc");
 }
 
@@ -129,16 +129,16 @@ TEST_F(WindowInserting, saysThatFillingFailed) {
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "0x62"});
   platform.alerts.expect("Fill Selection Failed", "Cannot allocate memory");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   platform.executor.runAll();
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Fill Selection with FF Failed", "Cannot allocate memory");
-  editor->fillSelectionWithFF();
+  editor->perform("forwardFillSelectionWithFF:");
   platform.executor.runAll();
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "0x61", "0x400000"});
   platform.alerts.expect("Insert Bytes Failed", "Cannot allocate memory");
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   platform.executor.runAll();
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -164,7 +164,7 @@ TEST_F(WindowInserting, insertsBytesAndMovesBookmarks) {
   EXPECT_EQ(undoName(editor), "Insert Bytes");
   EXPECT_EQ(editor.editor().caretOffset(), 6);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{2, 4}));
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{1, 2, 4}));
   EXPECT_FALSE(editor.document->isDocumentEdited());
@@ -174,15 +174,15 @@ TEST_F(WindowInserting, saysWhenNothingWouldBeInserted) {
   auto editor = makeEditor("abc");
   platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "0"},
                                       "No bytes were generated.");
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "-1"},
                                       "Enter a valid repeat count.");
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "0x00", "x"},
                                       "Enter a valid repeat count.");
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   platform.alerts.expect("Insert Bytes", kInsertQuestion, "Cancel", {"", "0x00", "1"});
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   EXPECT_EQ(editor.text(), "abc");
 }
 
@@ -200,17 +200,17 @@ TEST_F(WindowInserting, refusesTooMuchBeforeTakingMemory) {
             " byte(s). The safety limit is 268435456 bytes to avoid memory "
             "pressure.");
     const NoMoreAddressSpace none;
-    editor->insertBytes();
+    editor->perform("forwardInsertBytes:");
   }
   editor.editor().setMaximumByteCount(6);
   const char* refused =
       "The resulting document would exceed Quillmor's safe in-memory document limit of 6 bytes.";
   platform.alerts.expectRefusedAnswer("Insert Bytes", kInsertQuestion, "OK", {"", "00 01", "2"},
                                       refused);
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   platform.alerts.expectRefusedAnswer("Fill Selection", kFillInsertQuestion, "OK",
                                       {"", "0x00", "4"}, refused);
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "abc");
   insertFill(editor, "0x2E", "3");
   EXPECT_EQ(editor.text(), "...abc");
@@ -225,11 +225,11 @@ TEST_F(WindowInserting, checksTheSizeOfAFillByItsOwnLimit) {
   platform.alerts.expect("Fill Selection",
                          "Requested operation would generate 268435457 byte(s). The safety limit "
                          "is 268435456 bytes to avoid memory pressure.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_FALSE(editor->isBusy());
   editor.editor().setSelection({1, maxGeneratedInputBytes});
   platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "00 01"});
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_TRUE(editor->isBusy());
   editor->stopCurrentOperation();
   platform.executor.runAll();
@@ -241,7 +241,7 @@ TEST_F(WindowInserting, asksAgainForASelectionThatWentDuringTheQuestion) {
   platform.alerts.duringNext([&] { editor.editor().setSelection({}); });
   platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "00 01"});
   platform.alerts.expect("Fill Selection", "Select one or more bytes first.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "abcdef");
 }
 
@@ -249,15 +249,15 @@ TEST_F(WindowInserting, insertsManyBytesInTheBackground) {
   auto editor = makeEditor("abc");
   insert(editor, "0x2E", "0xFFFFF");
   EXPECT_FALSE(editor->isBusy());
-  editor->undo();
+  editor->perform("forwardUndo:");
   insert(editor, "0x2E", "0x100000");
   EXPECT_EQ(editor.window->statusText, "Generating bytes…");
   platform.executor.runAll();
   EXPECT_TRUE(editor.text() == std::string(0x100000, '.') + "abc");
   EXPECT_EQ(editor.editor().selection(), (HexSelection{0, 0x100000}));
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abc");
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_TRUE(editor.text() == std::string(0x100000, '.') + "abc");
   editor.editor().setCaretOffset(0x100001);
   editor.editor().setSelection({});
@@ -269,17 +269,16 @@ TEST_F(WindowInserting, insertsManyBytesInTheBackground) {
 
 TEST_F(WindowInserting, refusesWhileBusy) {
   auto editor = makeEditor("abc");
-  editor->beginBusyStatus("Working…");
-  using Command = void (HexWindowController::*)();
-  const std::pair<const char*, Command> commands[] = {
-      {"Fill Selection", &HexWindowController::fillSelection},
-      {"Insert Bytes", &HexWindowController::insertBytes},
-      {"Insert File at Offset", &HexWindowController::insertFileAtOffset},
-      {"Append File to End", &HexWindowController::appendFileToEnd},
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  const std::pair<const char*, std::string_view> commands[] = {
+      {"Fill Selection", "forwardFillSelection:"},
+      {"Insert Bytes", "forwardInsertBytes:"},
+      {"Insert File at Offset", "forwardInsertFileAtOffset:"},
+      {"Append File to End", "forwardAppendFileToEnd:"},
   };
   for (const auto& [title, command] : commands) {
     platform.alerts.expect(title, kBusy);
-    ((*editor.controller).*command)();
+    editor->perform(command);
   }
   EXPECT_EQ(editor.text(), "abc");
 }
@@ -294,20 +293,20 @@ TEST_F(WindowInsertingFiles, insertsAtTheCaretAndAppends) {
   bookmark(editor, 3);
   editor.editor().setCaretOffset(2);
   choose(folder.write("part.bin", "123"));
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   EXPECT_EQ(editor.window->statusText, "Reading file to insert…");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "ab123cd");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{6});
   EXPECT_EQ(undoName(editor), "Insert File");
   choose(folder.location("part.bin"));
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   EXPECT_EQ(editor.window->statusText, "Reading file to append…");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "ab123cd123");
   EXPECT_EQ(undoName(editor), "Append File");
-  editor->undo();
-  editor->undo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcd");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{3});
 }
@@ -315,7 +314,7 @@ TEST_F(WindowInsertingFiles, insertsAtTheCaretAndAppends) {
 TEST_F(WindowInsertingFiles, doesNothingWhenNoneIsChosen) {
   auto editor = makeEditor("abcd");
   platform.filePanels.openAnswers.push_back({});
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   EXPECT_FALSE(editor->isBusy());
 }
 
@@ -325,12 +324,12 @@ TEST_F(WindowInsertingFiles, saysThatAFileIsEmpty) {
   choose(folder.location("empty.bin"));
   platform.alerts.expect("Insert File at Offset",
                          "The selected file is empty. No bytes were inserted.");
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   platform.executor.runAll();
   choose(folder.location("empty.bin"));
   platform.alerts.expect("Append File to End",
                          "The selected file is empty. No bytes were appended.");
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   platform.executor.runAll();
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -342,30 +341,30 @@ TEST_F(WindowInsertingFiles, refusesFilesLargerThanTheRoomLeft) {
   choose(folder.location("part.bin"));
   platform.alerts.expect("Insert File Failed",
                          "The selected file is too large to insert safely in one operation.");
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   platform.executor.runAll();
   choose(folder.location("part.bin"));
   platform.alerts.expect("Append File Failed",
                          "The selected file is too large to append safely in one operation.");
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcd");
   choose(folder.write("part.bin", "123"));
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcd123");
   const char* full = "The document has reached Quillmor's safe in-memory document limit.";
   platform.alerts.expect("Insert File at Offset", full);
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   platform.alerts.expect("Append File to End", full);
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
 }
 
 TEST_F(WindowInsertingFiles, saysWhyAFileCannotBeRead) {
   auto editor = makeEditor("abcd");
   choose(folder.location("missing.bin"));
   platform.alerts.expect("Insert File Failed", "No such file or directory");
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcd");
 }
@@ -378,7 +377,7 @@ TEST_F(WindowInsertingFiles, insertsNothingOfAFileThatChangesWhileItIsRead) {
   const ScopedSystemCalls scope(calls);
   platform.alerts.expect("Insert File Failed",
                          "The file changed while it was being read. Try again.");
-  editor->insertFileAtOffset();
+  editor->perform("forwardInsertFileAtOffset:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcd");
 }
@@ -386,7 +385,7 @@ TEST_F(WindowInsertingFiles, insertsNothingOfAFileThatChangesWhileItIsRead) {
 TEST_F(WindowInsertingFiles, stopsSilently) {
   auto editor = makeEditor("abcd");
   choose(folder.write("part.bin", "123"));
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcd");

@@ -52,43 +52,41 @@ class WindowLargeEdits : public WindowFixture {
         "Crop to Selection",
         "Keep only the selected " + std::to_string(length) + " byte(s) and remove everything else?",
         "Crop");
-    editor->cropToSelection();
+    editor->perform("forwardCropToSelection:");
     platform.executor.runAll();
   }
 };
 
 TEST_F(WindowLargeEdits, areUndoableUpTo64MiB) {
-  using Command = void (HexWindowController::*)();
-  for (const Command command :
-       {&HexWindowController::invertSelection, &HexWindowController::fillSelectionWithZero}) {
+  for (const std::string_view command :
+       {"forwardInvertSelection:", "forwardFillSelectionWithZero:"}) {
     auto editor = editorOf(kUndoLimit + 2, {1, kUndoLimit});
     typeOneByte(editor, 0);
     const ByteBuffer before = bytesOf(editor);
-    ((*editor.controller).*command)();
+    editor->perform(command);
     platform.executor.runAll();
     const ByteBuffer after = bytesOf(editor);
     EXPECT_FALSE(after == before);
     EXPECT_EQ(after.size(), before.size());
     EXPECT_EQ(after[0], 'b');
     EXPECT_EQ(after[kUndoLimit + 1], 'a');
-    editor->undo();
+    editor->perform("forwardUndo:");
     EXPECT_TRUE(bytesOf(editor) == before);
-    editor->redo();
+    editor->perform("forwardRedo:");
     EXPECT_TRUE(bytesOf(editor) == after);
-    editor->undo();
-    editor->undo();
+    editor->perform("forwardUndo:");
+    editor->perform("forwardUndo:");
     EXPECT_FALSE(editor.document->isDocumentEdited());
     EXPECT_TRUE(bytesOf(editor) == ByteBuffer::filled(kUndoLimit + 2, 'a'));
   }
 }
 
 TEST_F(WindowLargeEdits, takeTheHistoryWithThemAbove64MiB) {
-  using Command = void (HexWindowController::*)();
-  for (const Command command :
-       {&HexWindowController::invertSelection, &HexWindowController::fillSelectionWithZero}) {
+  for (const std::string_view command :
+       {"forwardInvertSelection:", "forwardFillSelectionWithZero:"}) {
     auto editor = editorOf(kUndoLimit + 2, {1, kUndoLimit + 1});
     typeOneByte(editor, 0);
-    ((*editor.controller).*command)();
+    editor->perform(command);
     platform.executor.runAll();
     EXPECT_FALSE(undoOf(editor).canUndo());
     EXPECT_TRUE(editor.document->isDocumentEdited());
@@ -103,22 +101,22 @@ TEST_F(WindowLargeEdits, takeTheHistoryWithThemAbove64MiB) {
 TEST_F(WindowLargeEdits, thatChangeNothingKeepTheHistory) {
   auto editor = editorOf(kUndoLimit + 2, {1, kUndoLimit + 1});
   typeOneByte(editor, 0);
-  editor->reverseSelection();
+  editor->perform("forwardReverseSelection:");
   platform.executor.runAll();
   EXPECT_EQ(undoOf(editor).undoActionName(), "Edit");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
 
 TEST_F(WindowLargeEdits, canBeFollowedByStepsOfTheirOwn) {
   auto editor = editorOf(kUndoLimit + 1, {0, kUndoLimit + 1});
-  editor->invertSelection();
+  editor->perform("forwardInvertSelection:");
   platform.executor.runAll();
   const ByteBuffer inverted = bytesOf(editor);
   editor.editor().setSelection({0, 4});
-  editor->fillSelectionWithZero();
+  editor->perform("forwardFillSelectionWithZero:");
   EXPECT_FALSE(bytesOf(editor) == inverted);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(bytesOf(editor) == inverted);
   EXPECT_FALSE(undoOf(editor).canUndo());
   EXPECT_TRUE(editor.document->isDocumentEdited());
@@ -128,10 +126,10 @@ TEST_F(WindowLargeEdits, cropADocumentOf64MiBAsOneStep) {
   auto editor = editorOf(kUndoLimit, {1, 3});
   crop(editor, 3);
   EXPECT_EQ(editor.text(), "aaa");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(bytesOf(editor).size(), kUndoLimit);
   EXPECT_FALSE(editor.document->isDocumentEdited());
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "aaa");
 }
 
@@ -154,7 +152,7 @@ TEST_F(WindowLargeEdits, markADocumentThatWasCroppedWithoutAStep) {
   EXPECT_TRUE(editor.document->isDocumentEdited());
   EXPECT_TRUE(editor.window->isEdited);
   typeOneByte(editor, 0);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "aaa");
   EXPECT_TRUE(editor.document->isDocumentEdited()) << "the file holds more";
 }
@@ -171,17 +169,16 @@ class WindowSmallEdits : public WindowLargeEdits {
 };
 
 TEST_F(WindowSmallEdits, combineAtOnce) {
-  using Command = void (HexWindowController::*)();
-  const std::pair<const char*, Command> commands[] = {
-      {"XOR Selection", &HexWindowController::xorSelection},
-      {"AND Selection", &HexWindowController::andSelection},
-      {"OR Selection", &HexWindowController::orSelection},
+  const std::pair<const char*, std::string_view> commands[] = {
+      {"XOR Selection", "forwardXorSelection:"},
+      {"AND Selection", "forwardAndSelection:"},
+      {"OR Selection", "forwardOrSelection:"},
   };
   for (const auto& [title, command] : commands) {
     auto editor = editorBelowTheThreshold();
     const ByteBuffer before = bytesOf(editor);
     platform.alerts.expect(title, kPatternMessage, "OK", {"", "1E 9C"});
-    ((*editor.controller).*command)();
+    editor->perform(command);
     EXPECT_FALSE(editor->isBusy());
     EXPECT_FALSE(platform.executor.hasWork());
     EXPECT_FALSE(bytesOf(editor) == before);
@@ -189,10 +186,9 @@ TEST_F(WindowSmallEdits, combineAtOnce) {
 }
 
 TEST_F(WindowSmallEdits, swapAtOnce) {
-  using Command = void (HexWindowController::*)();
-  const std::tuple<const char*, const char*, const char*, Command> commands[] = {
-      {"Swap Selection 16-bit Endian", "1", "2", &HexWindowController::swapSelection16},
-      {"Swap Selection 32-bit Endian", "3", "4", &HexWindowController::swapSelection32},
+  const std::tuple<const char*, const char*, const char*, std::string_view> commands[] = {
+      {"Swap Selection 16-bit Endian", "1", "2", "forwardSwapSelection16:"},
+      {"Swap Selection 32-bit Endian", "3", "4", "forwardSwapSelection32:"},
   };
   for (const auto& [title, trailing, size, command] : commands) {
     auto editor = editorBelowTheThreshold();
@@ -201,7 +197,7 @@ TEST_F(WindowSmallEdits, swapAtOnce) {
                                       " trailing byte(s) were left unchanged because the "
                                       "selection length is not divisible by " +
                                       size + ".");
-    ((*editor.controller).*command)();
+    editor->perform(command);
     EXPECT_FALSE(editor->isBusy());
     EXPECT_FALSE(platform.executor.hasWork());
     EXPECT_FALSE(bytesOf(editor) == before);
@@ -211,7 +207,7 @@ TEST_F(WindowSmallEdits, swapAtOnce) {
 TEST_F(WindowSmallEdits, fillAtOnce) {
   auto editor = editorBelowTheThreshold();
   platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "0x63"});
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(bytesOf(editor)[kLength], 'c');
   EXPECT_EQ(bytesOf(editor)[kLength + 1], 'a');
@@ -219,11 +215,11 @@ TEST_F(WindowSmallEdits, fillAtOnce) {
 
 TEST_F(WindowSmallEdits, copyAndCutAtOnce) {
   auto editor = editorBelowTheThreshold();
-  editor->copy();
+  editor->perform("forwardCopy:");
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(platform.pasteboard.heldBytes->size(), kLength);
   platform.pasteboard.heldBytes.reset();
-  editor->cut();
+  editor->perform("forwardCut:");
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(platform.pasteboard.heldBytes->size(), kLength);
   EXPECT_EQ(editor.text(), "aa");
@@ -257,7 +253,7 @@ class WindowLargeInsertions : public WindowLargeEdits {
 
   void insertFile(const EditorUnderTest& editor, std::int64_t size) {
     platform.filePanels.openAnswers.push_back({sparseFile(size)});
-    editor->insertFileAtOffset();
+    editor->perform("forwardInsertFileAtOffset:");
     platform.executor.runAll();
   }
 };
@@ -286,7 +282,7 @@ TEST_F(WindowLargeInsertions, refuseAFileOfOneByteMore) {
   platform.filePanels.openAnswers.push_back({folder.location("sparse.bin")});
   platform.alerts.expect("Append File Failed",
                          "The selected file is too large to append safely in one operation.");
-  editor->appendFileToEnd();
+  editor->perform("forwardAppendFileToEnd:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "ab");
 }
@@ -299,7 +295,7 @@ TEST_F(WindowLargeInsertions, refuseAFillOfMoreThanOneCommandMayMake) {
                                       "Requested operation would generate 268435457 byte(s). The "
                                       "safety limit is 268435456 bytes to "
                                       "avoid memory pressure.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "ab");
 }
 
@@ -309,26 +305,25 @@ TEST_F(WindowLargeInsertions, refuseToFillASelectionOfMoreThanOneCommandMayMake)
   platform.alerts.expect("Fill Selection",
                          "Requested operation would generate 268435457 byte(s). The safety limit "
                          "is 268435456 bytes to avoid memory pressure.");
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_FALSE(platform.executor.hasWork());
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
 
 TEST_F(WindowLargeInsertions, refuseToTransformASelectionOfMoreThanOneCommandMayMake) {
   auto editor = editorOf(maxGeneratedInputBytes + 1, {0, maxGeneratedInputBytes + 1});
-  using Command = void (HexWindowController::*)();
-  const std::pair<const char*, Command> commands[] = {
-      {"Invert Selection", &HexWindowController::invertSelection},
-      {"Swap Selection 32-bit Endian", &HexWindowController::swapSelection32},
-      {"AND Selection", &HexWindowController::andSelection},
-      {"Fill Selection with FF", &HexWindowController::fillSelectionWithFF},
-      {"Crop to Selection", &HexWindowController::cropToSelection},
+  const std::pair<const char*, std::string_view> commands[] = {
+      {"Invert Selection", "forwardInvertSelection:"},
+      {"Swap Selection 32-bit Endian", "forwardSwapSelection32:"},
+      {"AND Selection", "forwardAndSelection:"},
+      {"Fill Selection with FF", "forwardFillSelectionWithFF:"},
+      {"Crop to Selection", "forwardCropToSelection:"},
   };
   for (const auto& [title, command] : commands) {
     platform.alerts.expect(title,
                            "Selected range is 268435457 byte(s). The in-memory edit safety limit "
                            "is 268435456 bytes to avoid memory pressure.");
-    ((*editor.controller).*command)();
+    editor->perform(command);
     EXPECT_FALSE(platform.executor.hasWork());
   }
   EXPECT_FALSE(editor.document->isDocumentEdited());

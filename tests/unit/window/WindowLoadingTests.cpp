@@ -27,7 +27,8 @@ class WindowLoading : public WindowFixture {
  protected:
   OpenCurrentResult open(const EditorUnderTest& editor, const FileLocation& location) {
     std::optional<OpenCurrentResult> ended;
-    editor->openURLInCurrentWindow(location, [&](OpenCurrentResult result) { ended = result; });
+    editor->commands().replacement().openURLInCurrentWindow(
+        location, [&](OpenCurrentResult result) { ended = result; });
     platform.executor.runAll();
     EXPECT_TRUE(ended.has_value());
     return ended.value_or(OpenCurrentResult::failed);
@@ -49,7 +50,7 @@ class WindowLoading : public WindowFixture {
 TEST_F(WindowLoading, showsTheFileItOpensAndRefusesInputMeanwhile) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(file, [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](auto) {});
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Opening data.bin");
   EXPECT_FALSE(editor.window->toolbarEnabled);
@@ -69,14 +70,14 @@ TEST_F(WindowLoading, namesAreShownVisiblyAndUsedAsTheyAre) {
   const std::string shown = "a\\x0Ab\\u{202E}\\xFF\\.bin";
   const auto file = folder.write(name, "hello");
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(file, [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](auto) {});
   EXPECT_EQ(editor.window->statusText, "Opening " + shown);
   platform.executor.runAll();
   EXPECT_EQ(editor.window->title, shown);
   EXPECT_EQ(editor.window->represented, file);
 
   platform.alerts.expect("Reload from Disk", "Reloaded: " + shown);
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
 
   type(editor, "j");
@@ -84,14 +85,14 @@ TEST_F(WindowLoading, namesAreShownVisiblyAndUsedAsTheyAre) {
       "Revert Changes?",
       "Discard unsaved changes to " + shown + " and reload the version currently on disk?",
       "Cancel");
-  editor->revertDocument();
-  editor->saveDocument();
+  editor->perform("forwardRevertDocument:");
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_THAT(editor.window->statusHistory, testing::Contains("Saving " + shown));
   EXPECT_NE(folder.read(name), "hello");
 
   platform.filePanels.saveAnswers = {std::nullopt};
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   EXPECT_THAT(platform.filePanels.suggestedNames, testing::ElementsAre(name));
 }
 
@@ -166,7 +167,7 @@ TEST_F(WindowLoading, readsNoByteOfAFileThatAnotherOperationBeginsToWrite) {
   auto editor = makeEditor("before");
   FaultySystemCalls calls;
   const ScopedSystemCalls scope(calls);
-  editor->openURLInCurrentWindow(file, [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](auto) {});
   const auto writing = SecureFileAccess::reserveOutputURL(file);
   platform.alerts.expect("Open Failed", kBeingWritten);
   platform.executor.runAll();
@@ -193,7 +194,7 @@ TEST_F(WindowLoading, makesTheRealFileBehindALinkTheDocumentsLocation) {
   std::filesystem::create_symlink(file.path(), folder.location("link.bin").path());
   std::filesystem::create_symlink("real", folder.location("folder-link").path());
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(folder.location("link.bin"), [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(folder.location("link.bin"), [](auto) {});
   EXPECT_EQ(editor.window->statusText, "Opening link.bin");
   platform.executor.runAll();
   EXPECT_EQ(editor.document->location(), file);
@@ -206,7 +207,7 @@ TEST_F(WindowLoading, namesALinkThatItCannotOpenAsItWasGiven) {
   const auto file = folder.write("data.bin", "hello");
   std::filesystem::create_symlink(file.path(), folder.location("link.bin").path());
   auto editor = makeEditor("before");
-  editor->openURLInCurrentWindow(folder.location("link.bin"), [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(folder.location("link.bin"), [](auto) {});
   const auto writing = SecureFileAccess::reserveOutputURL(file);
   platform.alerts.expect("Open Failed",
                          "link.bin is currently being written by another save or export. Wait for "
@@ -224,7 +225,7 @@ TEST_F(WindowLoading, opensAndSavesTheFileTheSystemReachesByDotsBehindALink) {
   EXPECT_EQ(editor.text(), "far");
   EXPECT_EQ(editor.document->location(), reached);
   type(editor, "t");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(reached), "tar");
   EXPECT_EQ(TemporaryFolder::read(lexical), "near");
@@ -253,7 +254,7 @@ TEST_F(WindowLoading, intoAWindowThatHasClosedFails) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor("before");
   std::optional<Error> error;
-  editor->beginLoadFileInCurrentWindow(
+  editor->commands().replacement().beginLoadFileInCurrentWindow(
       file, /*preservingEditorState=*/false,
       [&](const Result<OpenCurrentResult>& result) { error = result.error(); });
   platform.executor.runOneWork();
@@ -270,7 +271,7 @@ TEST_F(WindowLoading, intoAWindowThatHasGoneAltogetherFailsTheSame) {
   std::optional<Error> error;
   {
     auto editor = makeEditor();
-    editor->beginLoadFileInCurrentWindow(
+    editor->commands().replacement().beginLoadFileInCurrentWindow(
         file, /*preservingEditorState=*/false,
         [&](const Result<OpenCurrentResult>& result) { error = result.error(); });
     editor.window->closeWindow();
@@ -283,7 +284,7 @@ TEST_F(WindowLoading, intoAWindowThatHasGoneAltogetherFailsTheSame) {
 TEST_F(WindowLoading, tellsOfAWindowThatClosedMeanwhile) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(file, [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](auto) {});
   editor.window->closeWindow();
   platform.alerts.expect("Open Failed",
                          "The editor window was closed before the file finished opening.");
@@ -311,8 +312,8 @@ TEST_F(WindowLoading, noticesThatAnotherWindowWasFaster) {
   auto second = makeEditor("second");
   std::vector<OpenCurrentResult> results;
   const auto remember = [&](OpenCurrentResult result) { results.push_back(result); };
-  first->openURLInCurrentWindow(file, remember);
-  second->openURLInCurrentWindow(file, remember);
+  first->commands().replacement().openURLInCurrentWindow(file, remember);
+  second->commands().replacement().openURLInCurrentWindow(file, remember);
   platform.executor.runAll();
   EXPECT_EQ(results, (std::vector{OpenCurrentResult::opened, OpenCurrentResult::broughtToFront}));
   EXPECT_EQ(first.text(), "hello");
@@ -333,9 +334,10 @@ TEST_F(WindowLoading, looksPastADocumentThatStillWaitsForItsOwnFirstLoad) {
 TEST_F(WindowLoading, whileBusyIsRefused) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor("before");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   std::optional<Error> error;
-  editor->beginLoadFileInCurrentWindow(
+  editor->commands().replacement().beginLoadFileInCurrentWindow(
       file, false, [&](const Result<OpenCurrentResult>& result) { error = result.error(); });
   ASSERT_TRUE(error.has_value());
   EXPECT_EQ(error->code(), 409);
@@ -343,7 +345,7 @@ TEST_F(WindowLoading, whileBusyIsRefused) {
   platform.alerts.expect("Open Failed", "Another operation is already running.");
   EXPECT_EQ(open(editor, file), OpenCurrentResult::failed);
   EXPECT_TRUE(editor->isBusy());
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_EQ(editor.text(), "before");
 }
 
@@ -351,7 +353,8 @@ TEST_F(WindowLoading, stoppedChangesNothingAndSaysNothing) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor("before");
   OpenCurrentResult ended = OpenCurrentResult::opened;
-  editor->openURLInCurrentWindow(file, [&](OpenCurrentResult result) { ended = result; });
+  editor->commands().replacement().openURLInCurrentWindow(
+      file, [&](OpenCurrentResult result) { ended = result; });
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(ended, OpenCurrentResult::cancelled);
@@ -362,7 +365,8 @@ TEST_F(WindowLoading, stoppedChangesNothingAndSaysNothing) {
 
 TEST_F(WindowLoading, hasAProgressBarThatCanStopIt) {
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(folder.write("data.bin", "hello"), [](auto) {});
+  editor->commands().replacement().openURLInCurrentWindow(folder.write("data.bin", "hello"),
+                                                          [](auto) {});
   platform.executor.advance(std::chrono::milliseconds(300));
   EXPECT_TRUE(editor.window->progressVisible);
   EXPECT_TRUE(editor.window->canStop);

@@ -22,12 +22,12 @@ class WindowNavigation : public WindowFixture {
 
   void goTo(const std::string& answer, const std::string& button = "OK") {
     platform.alerts.expect("Go to Offset", kGoToText, button, {answer});
-    editor->goToOffset();
+    editor->perform("forwardGoToOffset:");
   }
 
   void select(const std::string& start, const std::string& length) {
     platform.alerts.expect("Select Range", kRangeText, "OK", {start, length});
-    editor->selectRange();
+    editor->perform("forwardSelectRange:");
   }
 
   void expectPlace(std::int64_t caret, HexSelection selection) {
@@ -83,7 +83,7 @@ TEST_F(WindowNavigation, goesNowhereOnCancelOrAnAnswerThatIsNoOffset) {
   for (const char* answer : {"", "xyz", "-1", "-0x10", "0x", "99999999999999999999", "1 2"}) {
     platform.alerts.expectRefusedAnswer("Go to Offset", kGoToText, "OK", {answer},
                                         "Enter a valid offset.");
-    editor->goToOffset();
+    editor->perform("forwardGoToOffset:");
     expectUnmoved();
   }
 }
@@ -103,11 +103,11 @@ TEST_F(WindowNavigation, asksAgainWithWhatWasTypedUntilTheAnswerIsAnOffset) {
 TEST_F(WindowNavigation, putsTheFocusIntoTheRefusedField) {
   platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", {"0x10", "many"},
                                       "Enter a valid start offset and length.");
-  editor->selectRange();
+  editor->perform("forwardSelectRange:");
   EXPECT_EQ(platform.alerts.shown().back().focusedField, 1U);
   platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", {"here", "many"},
                                       "Enter a valid start offset and length.");
-  editor->selectRange();
+  editor->perform("forwardSelectRange:");
   EXPECT_EQ(platform.alerts.shown().back().focusedField, 0U);
 }
 
@@ -116,7 +116,7 @@ TEST_F(WindowNavigation, saysHowOffsetsAndLengthsWillBeRead) {
   const auto offsetNote = platform.alerts.shown().back().fields.at(0).note;
   EXPECT_EQ(offsetNote({.texts = {"1000h"}, .selectedChoices = {0}}), "0x00001000 (4096)");
   platform.alerts.expect("Select Range", kRangeText, "Cancel", {"1", "2"});
-  editor->selectRange();
+  editor->perform("forwardSelectRange:");
   const auto& range = platform.alerts.shown().back().fields;
   const AlertResponse typed{.texts = {"0x10", "1F"}, .selectedChoices = {0, 0}};
   EXPECT_EQ(range.at(0).note(typed), "0x00000010 (16)");
@@ -126,7 +126,7 @@ TEST_F(WindowNavigation, saysHowOffsetsAndLengthsWillBeRead) {
 TEST_F(WindowNavigation, measuresTheDocumentAfterTheQuestion) {
   platform.alerts.expect("Go to Offset", kGoToText, "OK", {"4000"});
   platform.alerts.duringNext([this] { editor.document->storage()->bytes = ByteBuffer(); });
-  editor->goToOffset();
+  editor->perform("forwardGoToOffset:");
   expectPlace(0, {});
 }
 
@@ -152,68 +152,69 @@ TEST_F(WindowNavigation, clipsTheSelectedRange) {
 
 TEST_F(WindowNavigation, selectsNothingOnCancelOrAnAnswerThatIsNoRange) {
   platform.alerts.expect("Select Range", kRangeText, "Cancel", {"1", "2"});
-  editor->selectRange();
+  editor->perform("forwardSelectRange:");
   expectUnmoved();
   const std::vector<std::string> answers[] = {
       {"", ""}, {"1", ""}, {"", "1"}, {"-1", "4"}, {"1", "-4"}, {"1", "99999999999999999999"}};
   for (const auto& answer : answers) {
     platform.alerts.expectRefusedAnswer("Select Range", kRangeText, "OK", answer,
                                         "Enter a valid start offset and length.");
-    editor->selectRange();
+    editor->perform("forwardSelectRange:");
     expectUnmoved();
   }
 }
 
 TEST_F(WindowNavigation, goesToStartAndEnd) {
-  editor->goToEnd();
+  editor->perform("forwardGoToEnd:");
   expectPlace(4096, {});
   editor.editor().setSelection({10, 20});
-  editor->goToStart();
+  editor->perform("forwardGoToStart:");
   expectPlace(0, {});
 }
 
 TEST_F(WindowNavigation, isRefusedWhileBusy) {
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Go to Offset", kBusy);
-  editor->goToOffset();
+  editor->perform("forwardGoToOffset:");
   platform.alerts.expect("Select Range", kBusy);
-  editor->selectRange();
+  editor->perform("forwardSelectRange:");
   platform.alerts.expect("Delete", kBusy);
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   platform.alerts.expect("Toggle Insert Mode", kBusy);
-  editor->toggleInsertMode();
-  editor->endBusyStatus();
+  editor->perform("forwardToggleInsertMode:");
+  busy.end();
   expectUnmoved();
   EXPECT_FALSE(editor.editor().insertMode());
 }
 
 TEST_F(WindowNavigation, selectsAllFromTheStart) {
-  editor->selectAll();
+  editor->perform("forwardSelectAll:");
   expectPlace(0, {0, 4096});
 }
 
 TEST_F(WindowNavigation, deletesTheSelectionOrTheByteAtTheCaret) {
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_EQ(editor.text().size(), 4076U);
   expectPlace(10, {});
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_EQ(editor.text().size(), 4075U);
   EXPECT_EQ(editor.editor().caretOffset(), 10);
-  editor->undo();
-  editor->undo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text().size(), 4096U);
   expectUnmoved();
 }
 
 TEST_F(WindowNavigation, copiesTheOffsetInAtLeastEightDigits) {
   editor.editor().setCaretOffset(0xAB);
-  editor->copyCurrentOffset();
+  editor->perform("forwardCopyCurrentOffset:");
   EXPECT_EQ(platform.pasteboard.heldText, "0x000000AB");
 }
 
 TEST_F(WindowNavigation, remembersBytesPerRow) {
   for (const std::int64_t value : {8, 32, 16}) {
-    editor->setBytesPerRow(value);
+    editor->perform("forwardBytesPerRow" + std::to_string(value) + ":");
     EXPECT_EQ(editor.editor().bytesPerRow(), value);
     EXPECT_EQ(makeEditor().editor().bytesPerRow(), value);
     EXPECT_EQ(platform.defaults.integers.at("com.tenvale.Quillmor.bytesPerRow"), value);
@@ -229,19 +230,19 @@ TEST_F(WindowNavigation, takesOnlyOfferedNumbersOfBytesPerRow) {
 
 TEST_F(WindowNavigation, remembersInsertMode) {
   EXPECT_FALSE(editor.editor().insertMode());
-  editor->toggleInsertMode();
+  editor->perform("forwardToggleInsertMode:");
   EXPECT_TRUE(editor.editor().insertMode());
   EXPECT_EQ(editor.window->statusText,
             "Size: 4096 bytes  |  Offset: 0x00000064  |  Mode: Insert  |  Selection: 20");
   EXPECT_TRUE(platform.defaults.booleans.at("com.tenvale.Quillmor.insertMode"));
   EXPECT_TRUE(makeEditor().editor().insertMode());
-  editor->toggleInsertMode();
+  editor->perform("forwardToggleInsertMode:");
   EXPECT_FALSE(makeEditor().editor().insertMode());
 }
 
 TEST_F(WindowNavigation, needsAFileForTheLastSessionsOffset) {
   platform.alerts.expect("Session", "Current document has no file path.");
-  editor->restoreLastSessionOffset();
+  editor->perform("forwardRestoreLastSessionOffset:");
   expectUnmoved();
 }
 
@@ -249,19 +250,18 @@ TEST_F(WindowNavigation, restoresTheLastSessionsOffsetWithinTheFile) {
   const auto file = folder.write("data.bin", "0123456789");
   editor = openEditor(file);
   const std::string key = "Quillmor.session.offset." + file.path();
-  EXPECT_EQ(editor->sessionOffsetKey(), key);
   platform.alerts.expect("Session", "No saved offset for this file.");
-  editor->restoreLastSessionOffset();
+  editor->perform("forwardRestoreLastSessionOffset:");
   for (const std::int64_t offset : {0, 4, 10}) {
     editor.editor().setSelection({1, 2});
     platform.defaults.integers[key] = offset;
-    editor->restoreLastSessionOffset();
+    editor->perform("forwardRestoreLastSessionOffset:");
     expectPlace(offset, {offset, 0});
   }
   for (const std::int64_t offset : {std::int64_t{-1}, std::int64_t{11}, INT64_MAX, INT64_MIN}) {
     platform.defaults.integers[key] = offset;
     platform.alerts.expect("Session", "The saved offset is outside the current file.");
-    editor->restoreLastSessionOffset();
+    editor->perform("forwardRestoreLastSessionOffset:");
     expectPlace(10, {10, 0});
   }
 }

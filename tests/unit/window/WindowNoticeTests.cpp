@@ -47,7 +47,7 @@ TEST_F(WindowNotices, sayThatTheDocumentCannotGrow) {
   editor.editor().setInsertMode(true);
   editor.editor().setMaximumByteCount(6);
   editor.editor().setSelection({0, 1});
-  editor->performReplace(text("h", "long"));
+  editor->commands().replacing().performReplace(text("h", "long"));
   expectRefused(editor, "The document would grow beyond its size limit.");
   editor.editor().setMaximumByteCount(5);
   editor.editor().setSelection({});
@@ -57,14 +57,15 @@ TEST_F(WindowNotices, sayThatTheDocumentCannotGrow) {
 
 TEST_F(WindowNotices, sayThatAnOperationIsRunning) {
   auto editor = makeEditor("hello");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   type(editor, "x");
   expectRefused(editor, "The document cannot be edited while an operation is running.");
-  editor->undo();
+  editor->perform("forwardUndo:");
   expectRefused(editor, "Another operation is already running.");
-  editor->redo();
+  editor->perform("forwardRedo:");
   expectRefused(editor, "Another operation is already running.");
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(WindowNotices, sayThatThereIsNothingToUndoOrRedo) {
@@ -77,25 +78,25 @@ TEST_F(WindowNotices, sayThatThereIsNothingToUndoOrRedo) {
 
 TEST_F(WindowNotices, sayThatThereIsNothingToPaste) {
   auto editor = makeEditor("hello");
-  editor->paste();
+  editor->perform("forwardPaste:");
   expectRefused(editor, "The clipboard holds nothing to paste.");
   platform.pasteboard.setBytes(ByteBuffer(), "");
-  editor->paste();
+  editor->perform("forwardPaste:");
   expectRefused(editor, "The clipboard holds nothing to paste.");
 }
 
 TEST_F(WindowNotices, sayThatNothingWasFound) {
   auto editor = makeEditor("hello");
-  editor->performFind(text("z"), false);
+  editor->commands().searching().performFind(text("z"), false);
   expectRefused(editor, "No match found.");
-  editor->findPrevious();
+  editor->perform("forwardFindPrevious:");
   expectRefused(editor, "No match found.");
   platform.alerts.expect("Search Results", "No matches found.");
-  editor->performSearchAll(text("z"));
+  editor->commands().searching().performSearchAll(text("z"));
   platform.executor.runAll();
   expectRefused(editor, "No matches found.");
   platform.alerts.expect("Replace All", "No matches were replaced.");
-  editor->performReplaceAll(text("z", "y"));
+  editor->commands().replacing().performReplaceAll(text("z", "y"));
   platform.executor.runAll();
   expectRefused(editor, "No matches were replaced.");
 }
@@ -112,28 +113,28 @@ TEST_F(WindowNotices, sayThatAWildcardPatternWasNotFound) {
 
 TEST_F(WindowNotices, sayWhatCannotBeSearchedFor) {
   auto editor = makeEditor("hello");
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectRefused(editor, "Nothing to search for was entered.");
-  editor->performFind({}, false);
+  editor->commands().searching().performFind({}, false);
   expectRefused(editor, "Nothing to search for was entered.");
-  editor->performFind(numbers(SearchMode::hexValues, "zz"), false);
+  editor->commands().searching().performFind(numbers(SearchMode::hexValues, "zz"), false);
   expectRefused(editor, "The search text cannot be read as hexadecimal bytes.");
-  editor->performSearchAll(numbers(SearchMode::integerNumber, "one"));
+  editor->commands().searching().performSearchAll(numbers(SearchMode::integerNumber, "one"));
   expectRefused(editor, "The search text cannot be read as an integer.");
-  editor->performReplace(numbers(SearchMode::floatingPointNumber, "nan"));
+  editor->commands().replacing().performReplace(numbers(SearchMode::floatingPointNumber, "nan"));
   expectRefused(editor, "The search text cannot be read as a floating-point number.");
   SearchRequest ascii = text("é");
   ascii.textEncoding = SearchTextEncoding::ascii;
-  editor->performReplaceAll(ascii);
+  editor->commands().replacing().performReplaceAll(ascii);
   expectRefused(editor, "The search text cannot be read as text in that encoding.");
 }
 
 TEST_F(WindowNotices, sayWhatCannotReplaceAMatch) {
   auto editor = makeEditor("\x01z");
   editor.editor().setSelection({0, 1});
-  editor->performReplace(numbers(SearchMode::integerNumber, "1", "300"));
+  editor->commands().replacing().performReplace(numbers(SearchMode::integerNumber, "1", "300"));
   expectRefused(editor, "The replacement is not a number that fits in the place of the match.");
-  editor->performReplaceAll(numbers(SearchMode::hexValues, "01", "x"));
+  editor->commands().replacing().performReplaceAll(numbers(SearchMode::hexValues, "01", "x"));
   expectRefused(editor, "The replacement cannot be read as hexadecimal bytes.");
 }
 
@@ -149,7 +150,7 @@ TEST_F(WindowNotices, sayThatAChangeWasTooLargeToBeUndone) {
   editor.document->readData(ByteBuffer::filled(tooMuch, 'a'));
   platform.alerts.expect("Replace All", "1 occurrence(s) replaced.");
   editor.document->storage()->bytes.set(5, 'b');
-  editor->performReplaceAll(text("b", "c"));
+  editor->commands().replacing().performReplaceAll(text("b", "c"));
   EXPECT_EQ(editor.window->notice, "");
   platform.executor.runAll();
   EXPECT_EQ(editor.window->notice, "This change was too large to be undone.");
@@ -176,7 +177,7 @@ TEST_F(WindowNotices, goWithTheNextCommandCaretMoveOrEdit) {
   editor.editor().setSelection({1, 2});
   EXPECT_EQ(editor.window->notice, "");
   refused();
-  editor->performFind(text("l"), false);
+  editor->commands().searching().performFind(text("l"), false);
   EXPECT_EQ(editor.window->notice, "");
 }
 
@@ -196,8 +197,9 @@ TEST_F(WindowNotices, stayWhenTheCaretCannotMoveAndWhileAnOperationEnds) {
   EXPECT_EQ(editor.window->notice, notice);
   press(editor, KeyPress::Key::deleteBackward);
   EXPECT_EQ(editor.window->notice, notice);
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
-  editor->endBusyStatus();
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
+  busy.end();
   EXPECT_EQ(editor.window->notice, notice);
 }
 
@@ -254,7 +256,7 @@ TEST_F(WindowNotices, nameADroppedFileThatCouldNotBeOpened) {
   auto editor = makeEditor("hello");
   const auto file = folder.write("fw.bin", "x");
   platform.alerts.expect("Open Failed", "Could not open the selected file for reading.");
-  editor->openDroppedFile(file);
+  editor->commands().replacement().openDroppedFile(file);
   {
     FaultySystemCalls calls;
     calls.fail(SystemCall::open, FaultySystemCalls::kEvery, EACCES);
@@ -262,7 +264,7 @@ TEST_F(WindowNotices, nameADroppedFileThatCouldNotBeOpened) {
     platform.executor.runAll();
   }
   EXPECT_EQ(editor.window->notice, "Could not open fw.bin: Permission denied");
-  editor->openDroppedFile(file);
+  editor->commands().replacement().openDroppedFile(file);
   EXPECT_EQ(editor.window->notice, "");
   platform.executor.runAll();
 }
@@ -270,26 +272,27 @@ TEST_F(WindowNotices, nameADroppedFileThatCouldNotBeOpened) {
 TEST_F(WindowNotices, writeOutWhatANameWouldDoToTheText) {
   auto editor = makeEditor("hello");
   platform.alerts.expect("Open Failed", Error::posix(ENOENT).message());
-  editor->openDroppedFile(folder.location("a\nb\xFF"));
+  editor->commands().replacement().openDroppedFile(folder.location("a\nb\xFF"));
   platform.executor.runAll();
   EXPECT_EQ(editor.window->notice, "Could not open a\\x0Ab\\xFF: No such file or directory");
 }
 
 TEST_F(WindowNotices, nameAFileDroppedWhileAnOperationIsRunning) {
   auto editor = makeEditor("hello");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Open Dropped File",
                          "Another operation is already running. Wait for it to finish before "
                          "opening a dropped file.");
-  editor->openDroppedFile(folder.location("fw.bin"));
+  editor->commands().replacement().openDroppedFile(folder.location("fw.bin"));
   EXPECT_EQ(editor.window->notice, "Could not open fw.bin: Another operation is already running.");
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(WindowNotices, areNotShownOnceTheWindowHasGone) {
   auto editor = makeEditor("hello");
   editor->windowWillClose();
-  editor->showNotice("Too late.");
+  editor->context().showNotice("Too late.");
   EXPECT_EQ(editor.window->notice, "");
 }
 

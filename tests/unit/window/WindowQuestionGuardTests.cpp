@@ -108,7 +108,7 @@ class WindowQuestionGuards : public WindowFixture {
     int asked = 0;
     for (const Menu& menu : mainMenu()) {
       for (const MenuItem& item : menu.items) {
-        if (!HexWindowController::hasCommand(item.action)) continue;
+        if (!EditorCommands::find(item.action)) continue;
         SCOPED_TRACE(std::string(item.action));
         auto editor = makeAskingEditor();
         bool hasAsked = false;
@@ -160,13 +160,17 @@ TEST_F(WindowQuestionGuards, aWindowThatHasClosedMeansSilence) {
 }
 
 TEST_F(WindowQuestionGuards, aWindowThatHasBecomeBusyStartsNothing) {
+  BusyScope busy;
   const int asked = sweep(
-      [](const EditorUnderTest& editor) { ASSERT_TRUE(editor->beginBusyStatus("Working…")); },
+      [&](const EditorUnderTest& editor) {
+        busy = editor->context().frame().beginBusyStatus("Working…");
+        ASSERT_TRUE(busy);
+      },
       [&](const EditorUnderTest& editor) {
         EXPECT_LE(alerts.count + panels.count, 2) << "the question, and that the window is busy";
         EXPECT_FALSE(platform.executor.hasWork());
         EXPECT_TRUE(editor->isBusy());
-        editor->endBusyStatus();
+        busy.end();
         EXPECT_EQ(editor.text(), kContent);
         EXPECT_TRUE(wroteNothing());
       });
@@ -177,7 +181,7 @@ TEST_F(WindowQuestionGuards, aDocumentThatHasShrunkKeepsACompleteHistory) {
   const int asked = sweep(
       [](const EditorUnderTest& editor) {
         editor.editor().setSelection({1, 25});
-        editor->deleteSelection();
+        editor->perform("forwardDeleteSelection:");
         ASSERT_EQ(editor.text(), "A");
         editor.editor().setSelection({0, 90});
       },
@@ -187,7 +191,7 @@ TEST_F(WindowQuestionGuards, aDocumentThatHasShrunkKeepsACompleteHistory) {
         EXPECT_LE(editor.editor().caretOffset(), editor.document->storage()->count());
         // Saved or read again.
         if (editor.text() == folder.read("data.bin")) return;
-        while (editor.document->undoManager().canUndo()) editor->undo();
+        while (editor.document->undoManager().canUndo()) editor->perform("forwardUndo:");
         EXPECT_EQ(editor.text(), kOnDisk);
       });
   EXPECT_GE(asked, kAskingCommands);

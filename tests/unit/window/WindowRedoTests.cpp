@@ -14,8 +14,6 @@ constexpr const char* kFillInsertQuestion =
     "offset.";
 constexpr const char* kInsertQuestion = "Enter bytes to insert at the current offset.";
 
-using Command = void (HexWindowController::*)();
-
 /// What "redo" brings back, for every command that goes through another path of undo.
 class WindowRedo : public WindowFixture {
  protected:
@@ -25,16 +23,16 @@ class WindowRedo : public WindowFixture {
     const std::string after = editor.text();
     const auto bookmarksAfter = editor->bookmarks().offsets();
     EXPECT_NE(after, before);
-    editor->undo();
+    editor->perform("forwardUndo:");
     EXPECT_EQ(editor.text(), before);
     EXPECT_FALSE(editor.document->isDocumentEdited());
     EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{0, 4, 6}));
     EXPECT_EQ(editor.document->undoManager().redoActionName(), name);
-    editor->redo();
+    editor->perform("forwardRedo:");
     EXPECT_EQ(editor.text(), after);
     EXPECT_TRUE(editor.document->isDocumentEdited());
     EXPECT_EQ(editor->bookmarks().offsets(), bookmarksAfter);
-    editor->undo();
+    editor->perform("forwardUndo:");
     EXPECT_EQ(editor.text(), before);
     EXPECT_FALSE(editor.document->undoManager().canUndo());
   }
@@ -46,7 +44,7 @@ class WindowRedo : public WindowFixture {
       platform.alerts.expect("Bookmarks",
                              "Added bookmark at 0x0000000" + std::to_string(offset) + ".");
       editor.editor().setCaretOffset(offset);
-      editor->addBookmark();
+      editor->perform("forwardAddBookmark:");
     }
     editor.editor().setCaretOffset(selection.start);
     editor.editor().setSelection(selection);
@@ -58,7 +56,7 @@ TEST_F(WindowRedo, cropsAgain) {
   auto editor = editorWithBookmarks({1, 4});
   platform.alerts.expect("Crop to Selection",
                          "Keep only the selected 4 byte(s) and remove everything else?", "Crop");
-  editor->cropToSelection();
+  editor->perform("forwardCropToSelection:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "bcde");
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{3});
@@ -68,21 +66,21 @@ TEST_F(WindowRedo, cropsAgain) {
 TEST_F(WindowRedo, insertsBytesAgain) {
   auto editor = editorWithBookmarks({2, 0});
   platform.alerts.expect("Insert Bytes", kInsertQuestion, "OK", {"", "2E 2D", "2"});
-  editor->insertBytes();
+  editor->perform("forwardInsertBytes:");
   EXPECT_EQ(editor.text(), "ab.-.-cdef");
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{0, 8, 10}));
   expectRedo(editor, kContent, "Insert Bytes");
 }
 
 TEST_F(WindowRedo, insertsFilesAgain) {
-  const std::pair<Command, const char*> commands[] = {
-      {&HexWindowController::insertFileAtOffset, "Insert File"},
-      {&HexWindowController::appendFileToEnd, "Append File"},
+  const std::pair<std::string_view, const char*> commands[] = {
+      {"forwardInsertFileAtOffset:", "Insert File"},
+      {"forwardAppendFileToEnd:", "Append File"},
   };
   for (const auto& [command, name] : commands) {
     auto editor = editorWithBookmarks({2, 0});
     platform.filePanels.openAnswers.push_back({folder.write("part.bin", "123")});
-    ((*editor.controller).*command)();
+    editor->perform(command);
     platform.executor.runAll();
     expectRedo(editor, kContent, name);
   }
@@ -91,19 +89,19 @@ TEST_F(WindowRedo, insertsFilesAgain) {
 TEST_F(WindowRedo, fillsAgain) {
   auto editor = editorWithBookmarks({1, 4});
   platform.alerts.expect("Fill Selection", kFillQuestion, "OK", {"", "2E 2D"});
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "a.-.-f");
   expectRedo(editor, kContent, "Fill Selection");
 }
 
 TEST_F(WindowRedo, fillsWithZeroAndFFAgain) {
-  const std::pair<Command, const char*> commands[] = {
-      {&HexWindowController::fillSelectionWithZero, "Fill Selection with 00"},
-      {&HexWindowController::fillSelectionWithFF, "Fill Selection with FF"},
+  const std::pair<std::string_view, const char*> commands[] = {
+      {"forwardFillSelectionWithZero:", "Fill Selection with 00"},
+      {"forwardFillSelectionWithFF:", "Fill Selection with FF"},
   };
   for (const auto& [command, name] : commands) {
     auto editor = editorWithBookmarks({1, 4});
-    ((*editor.controller).*command)();
+    editor->perform(command);
     expectRedo(editor, kContent, name);
   }
 }
@@ -111,7 +109,7 @@ TEST_F(WindowRedo, fillsWithZeroAndFFAgain) {
 TEST_F(WindowRedo, insertsFillsAgain) {
   auto editor = editorWithBookmarks({5, 0});
   platform.alerts.expect("Fill Selection", kFillInsertQuestion, "OK", {"", "0x2E", "3"});
-  editor->fillSelection();
+  editor->perform("forwardFillSelection:");
   EXPECT_EQ(editor.text(), "abcde...f");
   expectRedo(editor, kContent, "Fill Selection");
 }
@@ -119,14 +117,14 @@ TEST_F(WindowRedo, insertsFillsAgain) {
 TEST_F(WindowRedo, writesBitsAndValuesAgain) {
   auto bits = editorWithBookmarks({1, 0});
   platform.alerts.expect("Bit Editor", "Enter 8 bits for the current byte.", "OK", {"01111010"});
-  bits->bitEditor();
+  bits->perform("forwardBitEditor:");
   EXPECT_EQ(bits.text(), "azcdef");
   EXPECT_EQ(bits.document->undoManager().undoActionName(), "Edit Bits");
   expectRedo(bits, kContent, "Edit Bits");
   auto value = editorWithBookmarks({1, 0});
   platform.alerts.expect("Edit Current Value", "Select a type and enter a value.", "Apply",
                          {"", "0x7A"});
-  value->editCurrentValue();
+  value->perform("forwardEditCurrentValue:");
   EXPECT_EQ(value.text(), "azcdef");
   expectRedo(value, kContent, "Edit Value");
 }

@@ -30,7 +30,7 @@ class WindowReload : public WindowFixture {
 
   void revert() {
     expectRevertQuestion("Revert");
-    editor->revertDocument();
+    editor->perform("forwardRevertDocument:");
     platform.executor.runAll();
   }
 
@@ -39,7 +39,7 @@ class WindowReload : public WindowFixture {
       editor.editor().setCaretOffset(offset);
       platform.alerts.expect("Bookmarks",
                              "Added bookmark at 0x0000000" + std::string(1, hex(offset)) + ".");
-      editor->addBookmark();
+      editor->perform("forwardAddBookmark:");
     }
   }
 
@@ -59,7 +59,7 @@ TEST_F(WindowReload, revertBringsBackWhatIsOnDisk) {
 
 TEST_F(WindowReload, revertAsksWithAWarningAndTwoButtons) {
   expectRevertQuestion("Cancel");
-  editor->revertDocument();
+  editor->perform("forwardRevertDocument:");
   const Alert& alert = platform.alerts.shown().back();
   EXPECT_EQ(alert.style, AlertStyle::warning);
   EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Revert", "Cancel"}));
@@ -68,7 +68,7 @@ TEST_F(WindowReload, revertAsksWithAWarningAndTwoButtons) {
 TEST_F(WindowReload, revertCancelledChangesNothing) {
   type(editor, "xyz");
   expectRevertQuestion("Cancel");
-  editor->revertDocument();
+  editor->perform("forwardRevertDocument:");
   EXPECT_FALSE(platform.executor.hasWork());
   EXPECT_EQ(editor.text(), "xyz3456789");
   EXPECT_TRUE(editor.window->isEdited);
@@ -77,9 +77,9 @@ TEST_F(WindowReload, revertCancelledChangesNothing) {
 TEST_F(WindowReload, withoutAFileIsRefused) {
   auto untitled = makeEditor("x");
   platform.alerts.expect("Revert", "Current document has no file path.");
-  untitled->revertDocument();
+  untitled->perform("forwardRevertDocument:");
   platform.alerts.expect("Reload from Disk", "Current document has no file path.");
-  untitled->reloadFromDisk();
+  untitled->perform("forwardReloadFromDisk:");
   EXPECT_EQ(platform.alerts.shown().back().buttons, std::vector<std::string>{"OK"});
   EXPECT_FALSE(platform.executor.hasWork());
 }
@@ -108,13 +108,13 @@ TEST_F(WindowReload, clipsCaretSelectionAndBookmarksToAShorterFile) {
 
 TEST_F(WindowReload, emptiesTheUndoHistory) {
   type(editor, "xyz");
-  editor->undo();
+  editor->perform("forwardUndo:");
   ASSERT_TRUE(editor.document->undoManager().canUndo());
   ASSERT_TRUE(editor.document->undoManager().canRedo());
   revert();
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   EXPECT_FALSE(editor.document->undoManager().canRedo());
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(platform.beeper.count, 1);
   EXPECT_EQ(editor.text(), "0123456789");
 }
@@ -124,7 +124,7 @@ TEST_F(WindowReload, makesTheReloadedStateTheSavedOne) {
   revert();
   type(editor, "a");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_FALSE(editor.window->isEdited);
   EXPECT_EQ(editor.text(), "0123456789");
 }
@@ -134,7 +134,7 @@ TEST_F(WindowReload, revertFailsUnderItsOwnTitleAndKeepsTheDocument) {
   std::filesystem::remove(file.path());
   expectRevertQuestion("Revert");
   platform.alerts.expect("Revert Failed", Error::posix(ENOENT).message());
-  editor->revertDocument();
+  editor->perform("forwardRevertDocument:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "xyz3456789");
   EXPECT_TRUE(editor.window->isEdited);
@@ -145,7 +145,7 @@ TEST_F(WindowReload, revertFailsUnderItsOwnTitleAndKeepsTheDocument) {
 TEST_F(WindowReload, stoppedKeepsTheDocumentAndSaysNothing) {
   type(editor, "xyz");
   expectRevertQuestion("Revert");
-  editor->revertDocument();
+  editor->perform("forwardRevertDocument:");
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "xyz3456789");
@@ -156,7 +156,7 @@ TEST_F(WindowReload, reloadOfAnUnchangedDocumentAsksNothingAndReportsSuccess) {
   folder.write("data.bin", "changed elsewhere");
   editor.editor().setCaretOffset(4);
   platform.alerts.expect("Reload from Disk", "Reloaded: data.bin");
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   EXPECT_EQ(editor.window->statusText, "Opening data.bin");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "changed elsewhere");
@@ -167,7 +167,7 @@ TEST_F(WindowReload, reloadAfterDontSaveLosesTheChanges) {
   type(editor, "xyz");
   expectReplaceQuestion("Don't Save");
   platform.alerts.expect("Reload from Disk", "Reloaded: data.bin");
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "0123456789");
   EXPECT_FALSE(editor.window->isEdited);
@@ -178,7 +178,7 @@ TEST_F(WindowReload, reloadAfterSaveShowsWhatWasSaved) {
   type(editor, "xyz");
   expectReplaceQuestion("Save");
   platform.alerts.expect("Reload from Disk", "Reloaded: data.bin");
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "xyz3456789");
   EXPECT_EQ(TemporaryFolder::read(file), "xyz3456789");
@@ -188,7 +188,7 @@ TEST_F(WindowReload, reloadAfterSaveShowsWhatWasSaved) {
 TEST_F(WindowReload, reloadCancelledChangesNothing) {
   type(editor, "xyz");
   expectReplaceQuestion("Cancel");
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   EXPECT_FALSE(platform.executor.hasWork());
   EXPECT_EQ(editor.text(), "xyz3456789");
 }
@@ -202,7 +202,7 @@ TEST_F(WindowReload, reloadEndsWhenSavingFails) {
                          "Saving now replaces those changes by the bytes in this window.",
                          "Overwrite");
   platform.alerts.expect("Save Failed", "Could not open the document output file.");
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "xyz3456789");
   EXPECT_TRUE(editor.window->isEdited);
@@ -211,7 +211,7 @@ TEST_F(WindowReload, reloadEndsWhenSavingFails) {
 TEST_F(WindowReload, reloadFailsUnderItsOwnTitle) {
   std::filesystem::remove(file.path());
   platform.alerts.expect("Reload Failed", Error::posix(ENOENT).message());
-  editor->reloadFromDisk();
+  editor->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "0123456789");
 }
@@ -220,7 +220,7 @@ TEST_F(WindowReload, afterItSavingAsksNothing) {
   folder.write("data.bin", "changed elsewhere");
   revert();
   type(editor, "C");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Changed elsewhere");
 }
@@ -231,7 +231,7 @@ TEST_F(WindowReload, isCompleteEvenWhenTheWindowCannotBeTold) {
   editor.window->identityFailures = 2;
   expectRevertQuestion("Revert");
   platform.alerts.expect("Revert Failed", Error::posix(ENOMEM).message());
-  editor->revertDocument();
+  editor->perform("forwardRevertDocument:");
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_EQ(editor.editor().storage(), editor.document->storage());
@@ -240,10 +240,10 @@ TEST_F(WindowReload, isCompleteEvenWhenTheWindowCannotBeTold) {
   EXPECT_FALSE(editor->isBusy());
   editor.editor().setCaretOffset(0);
   type(editor, "A");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Abcdef");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
 }
 

@@ -36,32 +36,32 @@ class WindowReplace : public WindowFixture {
     platform.alerts.expect("Bookmarks",
                            "Added bookmark at 0x0000000" + std::to_string(offset) + ".");
     editor.editor().setCaretOffset(offset);
-    editor->addBookmark();
+    editor->perform("forwardAddBookmark:");
     editor.editor().setCaretOffset(0);
   }
 
   void replaceAll(const EditorUnderTest& editor, const SearchRequest& request,
                   const std::string& result) {
     platform.alerts.expect("Replace All", result);
-    editor->performReplaceAll(request);
+    editor->commands().replacing().performReplaceAll(request);
     platform.executor.runAll();
   }
 };
 
 TEST_F(WindowReplace, selectsTheNextMatchFirstAndReplacesItAtTheSecondPress) {
   auto editor = makeEditor("one two one");
-  editor->performReplace(text("one", "three"));
+  editor->commands().replacing().performReplace(text("one", "three"));
   EXPECT_EQ(editor.text(), "one two one");
   expectPlace(editor, 0, {0, 3});
-  editor->performReplace(text("one", "three"));
+  editor->commands().replacing().performReplace(text("one", "three"));
   EXPECT_EQ(editor.text(), "three two one");
   expectPlace(editor, 10, {10, 3});
   EXPECT_TRUE(editor.document->isDocumentEdited());
-  editor->performReplace(text("one", "three"));
+  editor->commands().replacing().performReplace(text("one", "three"));
   EXPECT_EQ(editor.text(), "three two three");
   expectBeeps(1);
-  editor->undo();
-  editor->undo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "one two one");
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -69,7 +69,7 @@ TEST_F(WindowReplace, selectsTheNextMatchFirstAndReplacesItAtTheSecondPress) {
 TEST_F(WindowReplace, withTheSelectionNotOnAMatchOnlySelectsTheNextOne) {
   auto editor = makeEditor("one two one");
   editor.editor().setSelection({4, 3});
-  editor->performReplace(text("one", "three"));
+  editor->commands().replacing().performReplace(text("one", "three"));
   EXPECT_EQ(editor.text(), "one two one");
   expectPlace(editor, 8, {8, 3});
 }
@@ -77,21 +77,21 @@ TEST_F(WindowReplace, withTheSelectionNotOnAMatchOnlySelectsTheNextOne) {
 TEST_F(WindowReplace, deletesAMatchAndFindsTheOneThatFollowsAtOnce) {
   auto editor = makeEditor("aab");
   editor.editor().setSelection({0, 1});
-  editor->performReplace(text("a", ""));
+  editor->commands().replacing().performReplace(text("a", ""));
   EXPECT_EQ(editor.text(), "ab");
   expectPlace(editor, 0, {0, 1});
-  editor->performReplace(text("a", ""));
+  editor->commands().replacing().performReplace(text("a", ""));
   EXPECT_EQ(editor.text(), "b");
 }
 
 TEST_F(WindowReplace, stepsOverAMatchThatItsReplacementEquals) {
   auto editor = makeEditor("aa");
   editor.editor().setSelection({0, 1});
-  editor->performReplace(text("a", "a"));
+  editor->commands().replacing().performReplace(text("a", "a"));
   EXPECT_FALSE(editor.document->isDocumentEdited());
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   expectPlace(editor, 1, {1, 1});
-  editor->performReplace(text("a", "a"));
+  editor->commands().replacing().performReplace(text("a", "a"));
   expectPlace(editor, 2, {1, 1});
   expectBeeps(1);
 }
@@ -101,9 +101,9 @@ TEST_F(WindowReplace, goesBackwardOnRequest) {
   SearchRequest request = text("a", "bb");
   request.direction = SearchDirection::backward;
   editor.editor().setCaretOffset(4);
-  editor->performReplace(request);
+  editor->commands().replacing().performReplace(request);
   expectPlace(editor, 4, {4, 1});
-  editor->performReplace(request);
+  editor->commands().replacing().performReplace(request);
   EXPECT_EQ(editor.text(), "a.a.bb");
   expectPlace(editor, 2, {2, 1});
 }
@@ -114,7 +114,7 @@ TEST_F(WindowReplace, goingBackwardNeverTurnsRoundAfterADeletion) {
   request.direction = SearchDirection::backward;
   editor.editor().setCaretOffset(1);
   editor.editor().setSelection({1, 1});
-  editor->performReplace(request);
+  editor->commands().replacing().performReplace(request);
   EXPECT_EQ(editor.text(), "xa");
   expectPlace(editor, 1, {1, 0});
   expectBeeps(1);
@@ -124,8 +124,8 @@ TEST_F(WindowReplace, ignoresCaseUnlessToldOtherwise) {
   auto editor = makeEditor("Abc aBC");
   SearchRequest request = text("ABC", "x");
   request.caseSensitive = false;
-  editor->performReplace(request);
-  editor->performReplace(request);
+  editor->commands().replacing().performReplace(request);
+  editor->commands().replacing().performReplace(request);
   EXPECT_EQ(editor.text(), "x aBC");
   expectPlace(editor, 2, {2, 3});
   replaceAll(editor, request, "1 occurrence(s) replaced.");
@@ -143,7 +143,7 @@ TEST_F(WindowReplace, thatRunsOutOfMemoryChangesNothing) {
   {
     // The bytes are shared, so that growing needs memory for a copy of them.
     const NoMoreAddressSpace none;
-    editor->performReplace(text("x", "yy"));
+    editor->commands().replacing().performReplace(text("x", "yy"));
   }
   EXPECT_TRUE(editor.document->storage()->bytes == before);
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{9});
@@ -152,32 +152,33 @@ TEST_F(WindowReplace, thatRunsOutOfMemoryChangesNothing) {
 
 TEST_F(WindowReplace, writesNumbersInTheWidthAndOrderOfTheMatch) {
   auto editor = makeEditor(std::string("\x01\x00\x00\x00", 4));
-  editor->performReplace(integer("1", "2"));
+  editor->commands().replacing().performReplace(integer("1", "2"));
   expectPlace(editor, 0, {0, 4});
-  editor->performReplace(integer("1", "2"));
+  editor->commands().replacing().performReplace(integer("1", "2"));
   EXPECT_EQ(editor.text(), std::string("\x02\x00\x00\x00", 4));
 
   auto byte = makeEditor("\x01");
   byte.editor().setSelection({0, 1});
-  byte->performReplace(integer("1", "-1"));
+  byte->commands().replacing().performReplace(integer("1", "-1"));
   EXPECT_EQ(byte.text(), "\xFF");
 }
 
 TEST_F(WindowReplace, beepsAtReplacementsThatDoNotFit) {
   auto editor = makeEditor("\x01");
   editor.editor().setSelection({0, 1});
-  editor->performReplace(integer("1", "300"));
+  editor->commands().replacing().performReplace(integer("1", "300"));
   expectBeeps(1);
   EXPECT_EQ(editor.text(), "\x01");
-  editor->performReplace(integer("1", "nonsense"));
+  editor->commands().replacing().performReplace(integer("1", "nonsense"));
   expectBeeps(2);
-  editor->performReplaceAll(integer("1", "300"));
+  editor->commands().replacing().performReplaceAll(integer("1", "300"));
   expectBeeps(3);
-  editor->performReplaceAll(text("\x01", std::string(maxTextInputCharacters + 1, 'x')));
+  editor->commands().replacing().performReplaceAll(
+      text("\x01", std::string(maxTextInputCharacters + 1, 'x')));
   expectBeeps(4);
-  editor->performReplace(text("", "x"));
+  editor->commands().replacing().performReplace(text("", "x"));
   expectBeeps(5);
-  editor->performReplaceAll(text("", "x"));
+  editor->commands().replacing().performReplaceAll(text("", "x"));
   expectBeeps(6);
   EXPECT_EQ(editor.text(), "\x01");
   EXPECT_FALSE(editor->isBusy());
@@ -187,9 +188,9 @@ TEST_F(WindowReplace, doesNotGrowADocumentOverItsLimit) {
   auto editor = makeEditor("aa");
   editor.editor().setMaximumByteCount(3);
   editor.editor().setSelection({0, 1});
-  editor->performReplace(text("a", "bb"));
+  editor->commands().replacing().performReplace(text("a", "bb"));
   EXPECT_EQ(editor.text(), "bba");
-  editor->performReplace(text("a", "bb"));
+  editor->commands().replacing().performReplace(text("a", "bb"));
   EXPECT_EQ(editor.text(), "bba");
   expectBeeps(1);
   expectPlace(editor, 2, {2, 1});
@@ -198,7 +199,7 @@ TEST_F(WindowReplace, doesNotGrowADocumentOverItsLimit) {
 TEST_F(WindowReplace, searchesInTheBackgroundFromOneMebibyteOn) {
   auto editor = makeEditor("x" + std::string(backgroundSearchThresholdBytes - 2, '.') + "x");
   editor.editor().setSelection({0, 1});
-  editor->performReplace(text("x", "y"));
+  editor->commands().replacing().performReplace(text("x", "y"));
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Searching…");
   platform.executor.runAll();
@@ -214,11 +215,12 @@ TEST_F(WindowReplace, saysThatItFailed) {
   };
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Replace Failed", "Cannot allocate memory");
-  editor->performReplace(text(std::string(maxTextInputCharacters, '.'), ""));
+  editor->commands().replacing().performReplace(text(std::string(maxTextInputCharacters, '.'), ""));
   platform.executor.runAll();
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Replace All Failed", "Cannot allocate memory");
-  editor->performReplaceAll(text("x", std::string(maxTextInputCharacters, 'y')));
+  editor->commands().replacing().performReplaceAll(
+      text("x", std::string(maxTextInputCharacters, 'y')));
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
   EXPECT_FALSE(editor.document->isDocumentEdited());
@@ -230,7 +232,7 @@ TEST_F(WindowReplace, replacesAllAsOneStepAndCarriesBookmarks) {
   auto editor = makeEditor("a.a.a");
   for (const std::int64_t offset : {0, 1, 3, 5}) bookmark(editor, offset);
   platform.alerts.expect("Replace All", "3 occurrence(s) replaced.");
-  editor->performReplaceAll(text("a", "xyz"));
+  editor->commands().replacing().performReplaceAll(text("a", "xyz"));
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Replacing all…");
   EXPECT_EQ(editor.text(), "a.a.a");
@@ -240,14 +242,14 @@ TEST_F(WindowReplace, replacesAllAsOneStepAndCarriesBookmarks) {
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{3, 7, 11}));
   EXPECT_TRUE(editor.document->isDocumentEdited());
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Replace All");
-  EXPECT_EQ(editor->lastSearchRequest(), text("a", "xyz"));
+  EXPECT_EQ(editor->commands().searching().lastSearchRequest(), text("a", "xyz"));
   expectBeeps(0);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "a.a.a");
   expectPlace(editor, 0, {});
   EXPECT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{0, 1, 3, 5}));
   EXPECT_FALSE(editor.document->isDocumentEdited());
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "xyz.xyz.xyz");
 }
 
@@ -256,7 +258,7 @@ TEST_F(WindowReplace, replacingAllByThemselvesCountsAndRecordsOneStep) {
   replaceAll(editor, text("a", "a"), "3 occurrence(s) replaced.");
   EXPECT_EQ(editor.text(), "aaa");
   EXPECT_TRUE(editor.document->undoManager().canUndo());
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
 }
 
@@ -283,12 +285,12 @@ TEST_F(WindowReplace, refusesToGrowOverTheAllowance) {
   editor.editor().setMaximumByteCount(6);
   replaceAll(editor, text("a", "bb"), "3 occurrence(s) replaced.");
   EXPECT_EQ(editor.text(), "bbbbbb");
-  editor->undo();
+  editor->perform("forwardUndo:");
   editor.editor().setMaximumByteCount(5);
   platform.alerts.expect("Replace All Failed",
                          "Replace All output would grow beyond the safe per-operation limit of 2 "
                          "additional bytes.");
-  editor->performReplaceAll(text("a", "bb"));
+  editor->commands().replacing().performReplaceAll(text("a", "bb"));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "aaa");
   EXPECT_FALSE(editor.document->isDocumentEdited());
@@ -305,14 +307,14 @@ TEST_F(WindowReplace, neverGrowsByMoreThanOneCommandMayMake) {
   platform.alerts.expect("Replace All Failed",
                          "Replace All output would grow beyond the safe per-operation limit of "
                          "268435456 additional bytes.");
-  editor->performReplaceAll(text("a", sixteenMebibytes));
+  editor->commands().replacing().performReplaceAll(text("a", sixteenMebibytes));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), std::string(17, 'a'));
 }
 
 TEST_F(WindowReplace, stopsSilentlyAndChangesNothing) {
   auto editor = makeEditor("aaa");
-  editor->performReplaceAll(text("a", "b"));
+  editor->commands().replacing().performReplaceAll(text("a", "b"));
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "aaa");
@@ -361,7 +363,7 @@ TEST_F(WindowPromptedReplace, asksAboutEachMatchInOrder) {
   EXPECT_EQ(platform.alerts.shown()[0].buttons,
             (std::vector<std::string>{"Replace", "Skip", "Cancel"}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Replace All");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "aa.aa.aa");
   expectPlace(editor, 4, {3, 2});
   EXPECT_FALSE(editor.document->isDocumentEdited());
@@ -413,9 +415,9 @@ TEST_F(WindowPromptedReplace, beepsAtUnusableTexts) {
   auto editor = makeEditor("\x01");
   SearchRequest request = integer("1", "300");
   request.promptOnReplace = true;
-  editor->performReplaceAll(request);
+  editor->commands().replacing().performReplaceAll(request);
   expectBeeps(1);
-  editor->performReplaceAll(prompted("", "x"));
+  editor->commands().replacing().performReplaceAll(prompted("", "x"));
   expectBeeps(2);
   EXPECT_FALSE(editor->isBusy());
 }
@@ -448,7 +450,7 @@ TEST_F(WindowPromptedReplace, stopLeavesTheDocumentUntouched) {
   editor.editor().setCaretOffset(1);
   expectQuestion("00000000", 1, "Replace");
   platform.alerts.duringNext([&] { editor->stopCurrentOperation(); });
-  editor->performReplaceAll(prompted("a", "b"));
+  editor->commands().replacing().performReplaceAll(prompted("a", "b"));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "a.a");
   EXPECT_FALSE(editor->isBusy());
@@ -457,7 +459,7 @@ TEST_F(WindowPromptedReplace, stopLeavesTheDocumentUntouched) {
 
 TEST_F(WindowPromptedReplace, isSilentWhenTheWindowHasGone) {
   auto editor = makeEditor("a.a");
-  editor->performReplaceAll(prompted("a", "b"));
+  editor->commands().replacing().performReplaceAll(prompted("a", "b"));
   editor.window->closeWindow();
   platform.executor.runAll();
   EXPECT_TRUE(platform.alerts.shown().empty());
@@ -467,7 +469,7 @@ TEST_F(WindowPromptedReplace, isSilentWhenTheWindowGoesDuringAQuestion) {
   auto editor = makeEditor("a.a");
   expectQuestion("00000000", 1, "Replace");
   platform.alerts.duringNext([&] { editor.window->closeWindow(); });
-  editor->performReplaceAll(prompted("a", "b"));
+  editor->commands().replacing().performReplaceAll(prompted("a", "b"));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "a.a");
   EXPECT_FALSE(editor->isBusy());
@@ -488,7 +490,8 @@ TEST_F(WindowPromptedReplace, saysThatItFailed) {
     });
   });
   platform.alerts.expect("Replace All Failed", "Cannot allocate memory");
-  editor->performReplaceAll(prompted("a", std::string(maxTextInputCharacters, 'b')));
+  editor->commands().replacing().performReplaceAll(
+      prompted("a", std::string(maxTextInputCharacters, 'b')));
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "a.a");
   EXPECT_FALSE(editor->isBusy());

@@ -25,7 +25,8 @@ class WindowReplacing : public WindowFixture {
 
   OpenCurrentResult open(const FileLocation& location) {
     std::optional<OpenCurrentResult> ended;
-    editor->openURLInCurrentWindow(location, [&](OpenCurrentResult result) { ended = result; });
+    editor->commands().replacement().openURLInCurrentWindow(
+        location, [&](OpenCurrentResult result) { ended = result; });
     platform.executor.runAll();
     EXPECT_TRUE(ended.has_value());
     return ended.value_or(OpenCurrentResult::failed);
@@ -38,10 +39,10 @@ class WindowReplacing : public WindowFixture {
 
 TEST_F(WindowReplacing, startsAtTheBeginningOfTheNewFile) {
   type(editor, "x");
-  editor->undo();
+  editor->perform("forwardUndo:");
   editor.editor().setCaretOffset(3);
   platform.alerts.expect("Bookmarks", "Added bookmark at 0x00000003.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
   editor.editor().setSelection({1, 4});
   EXPECT_EQ(open(next), OpenCurrentResult::opened);
   EXPECT_EQ(editor.text(), "next");
@@ -167,13 +168,13 @@ TEST_F(WindowReplacing, withTheFileItShowsAlreadyAsksNothing) {
 TEST_F(WindowReplacing, letsTheOldFileBeOpenedInAnotherWindow) {
   open(next);
   auto other = makeEditor();
-  other->openURLInCurrentWindow(old, [](auto) {});
+  other->commands().replacement().openURLInCurrentWindow(old, [](auto) {});
   platform.executor.runAll();
   EXPECT_EQ(other.text(), "old bytes");
 }
 
 TEST_F(WindowReplacing, byADroppedFile) {
-  editor->openDroppedFile(next);
+  editor->commands().replacement().openDroppedFile(next);
   platform.executor.runAll();
   EXPECT_EQ(editor.text(), "next");
 }
@@ -181,19 +182,20 @@ TEST_F(WindowReplacing, byADroppedFile) {
 TEST_F(WindowReplacing, byADroppedFileAsksAboutUnsavedChanges) {
   type(editor, "x");
   expectQuestion("Cancel");
-  editor->openDroppedFile(next);
+  editor->commands().replacement().openDroppedFile(next);
   EXPECT_FALSE(platform.executor.hasWork());
   EXPECT_EQ(editor.text(), "xld bytes");
 }
 
 TEST_F(WindowReplacing, byADroppedFileIsRefusedWhileBusy) {
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Open Dropped File",
                          "Another operation is already running. Wait for it to finish before "
                          "opening a dropped file.");
-  editor->openDroppedFile(next);
+  editor->commands().replacement().openDroppedFile(next);
   EXPECT_FALSE(platform.executor.hasWork());
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_EQ(editor.text(), "old bytes");
 }
 
@@ -204,7 +206,8 @@ TEST_F(WindowReplacing, preparationReportsAReservedFileUnderTheGivenTitle) {
                          "next.bin is currently being written by another save or export. Wait for "
                          "that operation to finish before opening or reading it.");
   std::optional<DocumentReplacementPreparation> ended;
-  editor->prepareToReplaceCurrentDocument(next, "Some Title", [&](auto result) { ended = result; });
+  editor->commands().replacement().prepareToReplaceCurrentDocument(
+      next, "Some Title", [&](auto result) { ended = result; });
   EXPECT_EQ(ended, DocumentReplacementPreparation::failed);
 }
 

@@ -78,7 +78,7 @@ TEST_F(WindowReports, sayWhyTheChecksumsOfARangeFailed) {
   platform.alerts.expect(
       "Checksum Range", "Enter start offset and length. Decimal, 0xHEX, HEX, or HEXh are accepted.",
       "OK", {"0", "3"});
-  editor->checksumRange();
+  editor->perform("forwardChecksumRange:");
   platform.alerts.expect("Checksum Range Failed", "Cannot allocate memory");
   platform.executor.runAll();
 }
@@ -92,13 +92,13 @@ TEST_F(WindowReports, refuseRangesThatAreNone) {
   for (const auto& answers : negative) {
     platform.alerts.expectRefusedAnswer("Checksum Range", kQuestion, "OK", answers,
                                         "Start offset and length must be non-negative values.");
-    editor->checksumRange();
+    editor->perform("forwardChecksumRange:");
   }
   platform.alerts.expectRefusedAnswer("Checksum Range", kQuestion, "OK", {"x", "-1"},
                                       "Enter a valid start offset and length.");
-  editor->checksumRange();
+  editor->perform("forwardChecksumRange:");
   platform.alerts.expect("Checksum Range", kQuestion, "Cancel", {"0", "1"});
-  editor->checksumRange();
+  editor->perform("forwardChecksumRange:");
   EXPECT_FALSE(editor->isBusy());
 }
 
@@ -133,8 +133,8 @@ TEST_F(WindowReports, giveInformationAboutTheFile) {
 
 TEST_F(WindowReports, giveInformationAboutADocumentWithoutAFile) {
   auto editor = makeEditor("aabb");
-  editor->toggleInsertMode();
-  editor->setBytesPerRow(8);
+  editor->perform("forwardToggleInsertMode:");
+  editor->perform("forwardBytesPerRow8:");
   editor.editor().setSelection({1, 2});
   EXPECT_EQ(
       reportOf(editor, "forwardShowFileInformation:", "Collecting file information…").second,
@@ -216,7 +216,8 @@ TEST_F(WindowReports, inspectOptionRoms) {
 
 TEST_F(WindowReports, sayOnceThatTheWindowIsBusy) {
   auto editor = makeEditor("abc");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   for (const char* action :
        {"forwardShowChecksums:", "forwardShowSelectionStatistics:", "forwardShowFileInformation:",
         "forwardEntropyMap:", "forwardShowByteFrequency:", "forwardStringsViewer:",
@@ -225,7 +226,7 @@ TEST_F(WindowReports, sayOnceThatTheWindowIsBusy) {
     editor->perform(action);
   }
   EXPECT_TRUE(editor->isBusy());
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_TRUE(editor.window->reports.empty());
 }
 
@@ -314,36 +315,37 @@ TEST_F(WindowComparing, saysWhyItFailed) {
   compare(editor, "missing");
   platform.alerts.expect("Compare Failed", "No such file or directory");
   choose("missing");
-  editor->openCompareWindow();
+  editor->perform("forwardOpenCompareWindow:");
   platform.executor.runAll();
   EXPECT_TRUE(editor.window->reports.empty());
 }
 
 TEST_F(WindowComparing, waitsForARunningOperation) {
   auto editor = makeEditor("abc");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   platform.alerts.expect("Compare With File", kBusy);
-  editor->compareWithFile();
+  editor->perform("forwardCompareWithFile:");
   platform.alerts.expect("Compare Window", kBusy);
-  editor->openCompareWindow();
-  editor->endBusyStatus();
+  editor->perform("forwardOpenCompareWindow:");
+  busy.end();
 }
 
 TEST_F(WindowComparing, doesNothingWithoutAFile) {
   auto editor = makeEditor("abc");
   platform.filePanels.openAnswers.assign(2, {});
-  editor->compareWithFile();
-  editor->openCompareWindow();
+  editor->perform("forwardCompareWithFile:");
+  editor->perform("forwardOpenCompareWindow:");
   EXPECT_FALSE(editor->isBusy());
 }
 
 TEST_F(WindowReports, showAnOffset) {
   auto editor = makeEditor("abcdef");
   editor.editor().setSelection({1, 2});
-  editor->showOffset(4);
+  editor->commands().navigation().showOffset(4);
   EXPECT_EQ(editor.editor().caretOffset(), 4);
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
-  editor->showOffset(100);
+  editor->commands().navigation().showOffset(100);
   EXPECT_EQ(editor.editor().caretOffset(), 6);
 }
 

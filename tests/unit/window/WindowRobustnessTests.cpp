@@ -26,7 +26,7 @@ TEST_F(WindowRobustness, anEditThatRunsOutOfMemoryLeavesNoUndoStep) {
   editor.editor().setInsertMode(true);
   editor.editor().setCaretOffset(16);
   platform.alerts.expect("Bookmarks", "Added bookmark at 0x00000010.");
-  editor->addBookmark();
+  editor->perform("forwardAddBookmark:");
   const ByteBuffer before = editor.document->storage()->bytes;
   {
     // The bytes are shared, so that inserting needs memory for a copy of them.
@@ -34,19 +34,19 @@ TEST_F(WindowRobustness, anEditThatRunsOutOfMemoryLeavesNoUndoStep) {
     EXPECT_THROW(editor.editor().editByte('x'), std::bad_alloc);
   }
   EXPECT_TRUE(editor.document->storage()->bytes == before);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(editor.document->storage()->bytes == before);
   EXPECT_EQ(editor->bookmarks().offsets(), std::vector<std::int64_t>{16});
   EXPECT_FALSE(editor.document->undoManager().canRedo());
   editor.editor().editByte('x');
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(editor.document->storage()->bytes == before);
 }
 
 TEST_F(WindowRobustness, aFileBeingOpenedIsReservedUntilItIsShown) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor();
-  editor->openURLInCurrentWindow(file, [](OpenCurrentResult) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](OpenCurrentResult) {});
   platform.executor.runOneWork();
   EXPECT_THAT([&] { SecureFileAccess::reserveOutputURL(file); },
               failsWith(1207,
@@ -60,7 +60,7 @@ TEST_F(WindowRobustness, aFileBeingOpenedIsReservedUntilItIsShown) {
 TEST_F(WindowRobustness, stoppingAfterTheLastByteStillOpensNothing) {
   const auto file = folder.write("data.bin", "hello");
   auto editor = makeEditor("old");
-  editor->openURLInCurrentWindow(file, [](OpenCurrentResult) {});
+  editor->commands().replacement().openURLInCurrentWindow(file, [](OpenCurrentResult) {});
   platform.executor.runOneWork();
   editor->stopCurrentOperation();
   platform.executor.runPosted();
@@ -75,12 +75,12 @@ TEST_F(WindowRobustness, aSaveThatNeverTouchedTheFileAdoptsNobodysFile) {
   std::filesystem::create_directory(file.path());
   platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Overwrite");
   platform.alerts.expect("Save Failed", "Could not open the document output file.");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   std::filesystem::remove(file.path());
   folder.write("data.bin", "another program's");
   platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Cancel");
-  editor->saveDocument();
+  editor->perform("forwardSaveDocument:");
   platform.executor.runAll();
   EXPECT_EQ(folder.read("data.bin"), "another program's");
 }
@@ -91,7 +91,7 @@ TEST_F(WindowRobustness, savingAsOntoItsOwnChangedFileAsksToo) {
   folder.write("data.bin", "another program's");
   platform.filePanels.saveAnswers.push_back(file);
   platform.alerts.expect(kChangedOnDisk, kChangedOnDiskText, "Cancel");
-  editor->saveDocumentAs();
+  editor->perform("forwardSaveDocumentAs:");
   platform.executor.runAll();
   EXPECT_EQ(folder.read("data.bin"), "another program's");
 }
@@ -119,7 +119,7 @@ TEST_F(WindowRobustness, reloadingAFileThatAnotherWindowShowsReportsNoSuccess) {
   auto two = openEditor(second);
   std::filesystem::remove(second.path());
   std::filesystem::create_hard_link(first.path(), second.path());
-  two->reloadFromDisk();
+  two->perform("forwardReloadFromDisk:");
   platform.executor.runAll();
   EXPECT_EQ(two.text(), "second");
   EXPECT_EQ(one.window->broughtToFront, 1);
@@ -151,7 +151,7 @@ TEST_F(WindowRobustness, aSaveThatCannotEvenSayThatItFailedEndsOnce) {
     throw std::bad_alloc();
   });
   int ends = 0;
-  EXPECT_THROW(editor->saveCurrentDocumentBeforeReplacing([&](auto) { ++ends; }), Error);
+  EXPECT_THROW(editor->commands().saving().saveCurrentDocument([&](auto) { ++ends; }), Error);
   platform.executor.runAll();
   EXPECT_EQ(ends, 1);
   EXPECT_EQ(platform.alerts.shown().size(), 2U);
@@ -163,15 +163,15 @@ TEST_F(WindowRobustness, showsWhatUndoAndRedoHaveRestoredWhateverFails) {
   type(editor, "J");
   const auto expectShown = [&] {
     const std::string shown = editor.window->statusText;
-    editor->updateStatus();
+    editor->context().updateStatus();
     EXPECT_EQ(shown, editor.window->statusText);
   };
   editor.window->identityFailures = 2;
-  EXPECT_THROW(editor->undo(), std::bad_alloc);
+  EXPECT_THROW(editor->perform("forwardUndo:"), std::bad_alloc);
   EXPECT_EQ(editor.text(), "abc");
   expectShown();
   editor.window->identityFailures = 2;
-  EXPECT_THROW(editor->redo(), std::bad_alloc);
+  EXPECT_THROW(editor->perform("forwardRedo:"), std::bad_alloc);
   EXPECT_EQ(editor.text(), "Jbc");
   expectShown();
 }
@@ -196,13 +196,17 @@ TEST_F(ApplicationRobustness, aCommandThatRunsOutOfMemoryShowsAnAlertAndKeepsThe
 TEST_F(ApplicationRobustness, quittingStopsWhenAnotherWindowGetsBusyDuringTheReview) {
   auto first = newEditedDocument("a");
   auto second = newEditedDocument("b");
-  platform.alerts.duringNext([&] { EXPECT_TRUE(first->beginBusyStatus("Working…")); });
+  BusyScope busy;
+  platform.alerts.duringNext([&] {
+    busy = first->context().frame().beginBusyStatus("Working…");
+    ASSERT_TRUE(busy);
+  });
   expectSaveQuestion(second.document->displayName(), "Don't Save");
   platform.alerts.expect("Operation in Progress",
                          "Wait for the current operation to finish before quitting Quillmor.");
   delegate.requestQuit();
   EXPECT_EQ(application.terminations, 0);
-  first->endBusyStatus();
+  busy.end();
 }
 
 }  // namespace

@@ -36,39 +36,39 @@ class WindowSearch : public WindowFixture {
 
 TEST_F(WindowSearch, opensThePanelsWithTheLastRequest) {
   auto editor = makeEditor("hello");
-  editor->find();
+  editor->perform("forwardFind:");
   ASSERT_EQ(editor.window->panelsShown.size(), 1U);
   EXPECT_EQ(editor.window->panelsShown[0].first, PanelKind::find);
   EXPECT_EQ(editor.window->panelsShown[0].second, SearchRequest{});
-  editor->performFind(text("l"), false);
-  editor->replace();
+  editor->commands().searching().performFind(text("l"), false);
+  editor->perform("forwardReplace:");
   EXPECT_EQ(editor.window->panelsShown[1].first, PanelKind::replace);
   EXPECT_EQ(editor.window->panelsShown[1].second, text("l"));
 }
 
 TEST_F(WindowSearch, selectsTheMatchItFinds) {
   auto editor = makeEditor("one two one");
-  editor->performFind(text("one"), false);
+  editor->commands().searching().performFind(text("one"), false);
   expectSelected(editor, 0, 3);
-  editor->performFind(text("one"), true);
+  editor->commands().searching().performFind(text("one"), true);
   expectSelected(editor, 8, 3);
   expectBeeps(0);
 }
 
 TEST_F(WindowSearch, ignoresCaseUnlessToldOtherwise) {
   auto editor = makeEditor("xABC abc");
-  editor->performFind({.searchText = "abc"}, false);
+  editor->commands().searching().performFind({.searchText = "abc"}, false);
   expectSelected(editor, 1, 3);
   editor.editor().setCaretOffset(0);
   editor.editor().setSelection({});
-  editor->performFind(text("abc"), false);
+  editor->commands().searching().performFind(text("abc"), false);
   expectSelected(editor, 5, 3);
 }
 
 TEST_F(WindowSearch, doesNotWrapAround) {
   auto editor = makeEditor("one two");
   editor.editor().setCaretOffset(4);
-  editor->performFind(text("one"), false);
+  editor->commands().searching().performFind(text("one"), false);
   expectBeeps(1);
   EXPECT_EQ(editor.editor().caretOffset(), 4);
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
@@ -76,21 +76,25 @@ TEST_F(WindowSearch, doesNotWrapAround) {
 
 TEST_F(WindowSearch, beepsAtTextsThatCannotBeSearched) {
   auto editor = makeEditor("12345");
-  editor->performFind(text(""), false);
+  editor->commands().searching().performFind(text(""), false);
   expectBeeps(1);
-  EXPECT_EQ(editor->lastSearchRequest(), SearchRequest{});
-  editor->performFind(hex("GG"), false);
+  EXPECT_EQ(editor->commands().searching().lastSearchRequest(), SearchRequest{});
+  editor->commands().searching().performFind(hex("GG"), false);
   expectBeeps(2);
-  EXPECT_EQ(editor->lastSearchRequest(), hex("GG"));
-  editor->performFind({.mode = SearchMode::integerNumber, .searchText = "1FH"}, false);
+  EXPECT_EQ(editor->commands().searching().lastSearchRequest(), hex("GG"));
+  editor->commands().searching().performFind(
+      {.mode = SearchMode::integerNumber, .searchText = "1FH"}, false);
   expectBeeps(3);
-  editor->performFind({.mode = SearchMode::floatingPointNumber, .searchText = "nan"}, false);
+  editor->commands().searching().performFind(
+      {.mode = SearchMode::floatingPointNumber, .searchText = "nan"}, false);
   expectBeeps(4);
-  editor->performFind({.searchText = "\xC3\xA4", .textEncoding = SearchTextEncoding::ascii}, false);
+  editor->commands().searching().performFind(
+      {.searchText = "\xC3\xA4", .textEncoding = SearchTextEncoding::ascii}, false);
   expectBeeps(5);
-  editor->performFind(text(std::string(maxTextInputCharacters + 1, '1')), false);
+  editor->commands().searching().performFind(text(std::string(maxTextInputCharacters + 1, '1')),
+                                             false);
   expectBeeps(6);
-  editor->performSearchAll(hex("123"));
+  editor->commands().searching().performSearchAll(hex("123"));
   expectBeeps(7);
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
@@ -100,23 +104,23 @@ TEST_F(WindowSearch, beepsWhenNothingLiesBeforeTheStart) {
   auto editor = makeEditor("aaa");
   SearchRequest request = text("a");
   request.direction = SearchDirection::backward;
-  editor->performFind(request, true);
+  editor->commands().searching().performFind(request, true);
   expectBeeps(1);
 }
 
 TEST_F(WindowSearch, repeatsTheLastRequestInBothDirections) {
   auto editor = makeEditor("a.a.a");
-  editor->performFind(text("a"), false);
-  editor->findNext();
+  editor->commands().searching().performFind(text("a"), false);
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 2, 1);
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 4, 1);
-  editor->findPrevious();
+  editor->perform("forwardFindPrevious:");
   expectSelected(editor, 2, 1);
   // Going back once does not turn the request around.
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 4, 1);
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectBeeps(1);
   expectSelected(editor, 4, 1);
 }
@@ -125,46 +129,47 @@ TEST_F(WindowSearch, repeatsAllAsForwardAndBackwardAsBackward) {
   auto editor = makeEditor("a.a.a");
   SearchRequest request = text("a");
   request.direction = SearchDirection::all;
-  editor->performFind(request, false);
-  editor->findNext();
+  editor->commands().searching().performFind(request, false);
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 2, 1);
   request.direction = SearchDirection::backward;
-  editor->performFind(request, true);
+  editor->commands().searching().performFind(request, true);
   expectSelected(editor, 0, 1);
   editor.editor().setCaretOffset(5);
   editor.editor().setSelection({});
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 4, 1);
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 2, 1);
 }
 
 TEST_F(WindowSearch, beepsAtRepeatingNothing) {
   auto editor = makeEditor("hello");
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectBeeps(1);
-  editor->findPrevious();
+  editor->perform("forwardFindPrevious:");
   expectBeeps(2);
 }
 
 TEST_F(WindowSearch, findsNumbersInEveryWidth) {
   auto editor = makeEditor(std::string("\xFF\xFF\x00\x00\x01\x00\x00\x00\xFF", 9));
-  editor->performFind({.mode = SearchMode::integerNumber, .searchText = "1"}, false);
+  editor->commands().searching().performFind({.mode = SearchMode::integerNumber, .searchText = "1"},
+                                             false);
   // 00 00 ... no four or eight bytes at offset 1; at 2 the two-byte forms do not begin, at 3 the
   // big-endian two-byte form does, at 4 the little-endian four-byte form.
   expectSelected(editor, 3, 2);
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectBeeps(1);
 }
 
 TEST_F(WindowSearch, runsInTheBackgroundFromOneMebibyteOn) {
   auto small = makeEditor(std::string(backgroundSearchThresholdBytes - 1, '.'));
-  small->performFind(text("x"), false);
+  small->commands().searching().performFind(text("x"), false);
   EXPECT_FALSE(small->isBusy());
   expectBeeps(1);
 
   auto large = makeEditor(std::string(backgroundSearchThresholdBytes - 1, '.') + "x");
-  large->performFind(text("x"), false);
+  large->commands().searching().performFind(text("x"), false);
   EXPECT_TRUE(large->isBusy());
   EXPECT_EQ(large.window->statusText, "Searching…");
   EXPECT_FALSE(large.window->toolbarEnabled);
@@ -172,19 +177,19 @@ TEST_F(WindowSearch, runsInTheBackgroundFromOneMebibyteOn) {
   platform.executor.runAll();
   EXPECT_FALSE(large->isBusy());
   expectSelected(large, backgroundSearchThresholdBytes - 1, 1);
-  large->findNext();
+  large->perform("forwardFindNext:");
   platform.executor.runAll();
   expectBeeps(2);
 }
 
 TEST_F(WindowSearch, stopsSilently) {
   auto editor = makeEditor(std::string(backgroundSearchThresholdBytes, '.'));
-  editor->performFind(text("."), false);
+  editor->commands().searching().performFind(text("."), false);
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
-  editor->performSearchAll(text("."));
+  editor->commands().searching().performSearchAll(text("."));
   editor->stopCurrentOperation();
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
@@ -193,7 +198,7 @@ TEST_F(WindowSearch, stopsSilently) {
 
 TEST_F(WindowSearch, isSilentWhenItsWindowHasGone) {
   auto editor = makeEditor("hello");
-  editor->performSearchAll(text("l"));
+  editor->commands().searching().performSearchAll(text("l"));
   editor.window->closeWindow();
   platform.executor.runAll();
   EXPECT_TRUE(platform.alerts.shown().empty());
@@ -202,13 +207,13 @@ TEST_F(WindowSearch, isSilentWhenItsWindowHasGone) {
 TEST_F(WindowSearch, countsAllOccurrences) {
   auto editor = makeEditor("AAAA");
   platform.alerts.expect("Search Results", "2 occurrence(s) found.");
-  editor->performSearchAll(hex("41 41"));
+  editor->commands().searching().performSearchAll(hex("41 41"));
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Searching…");
   platform.executor.runAll();
   expectSelected(editor, 0, 2);
   expectBeeps(0);
-  editor->findNext();
+  editor->perform("forwardFindNext:");
   expectSelected(editor, 2, 2);
 }
 
@@ -217,7 +222,7 @@ TEST_F(WindowSearch, saysWithABeepThatThereAreNone) {
   editor.editor().setCaretOffset(3);
   platform.alerts.expect("Search Results", "No matches found.");
   platform.alerts.duringNext([this] { expectBeeps(0); });
-  editor->performSearchAll(text("b"));
+  editor->commands().searching().performSearchAll(text("b"));
   platform.executor.runAll();
   expectBeeps(1);
   EXPECT_EQ(editor.editor().caretOffset(), 3);
@@ -225,17 +230,17 @@ TEST_F(WindowSearch, saysWithABeepThatThereAreNone) {
 
 TEST_F(WindowSearch, refusesWhileBusy) {
   auto editor = makeEditor("AAAA");
-  editor->beginBusyStatus("Working…");
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
   const std::pair<const char*, std::function<void()>> commands[] = {
-      {"Find", [&] { editor->find(); }},
-      {"Replace", [&] { editor->replace(); }},
-      {"Find Next", [&] { editor->findNext(); }},
-      {"Find Previous", [&] { editor->findPrevious(); }},
-      {"Find Wildcard/Mask", [&] { editor->findWildcardMask(); }},
-      {"Find", [&] { editor->performFind(text("A"), false); }},
-      {"Search All", [&] { editor->performSearchAll(text("A")); }},
-      {"Replace", [&] { editor->performReplace(text("A")); }},
-      {"Replace All", [&] { editor->performReplaceAll(text("A")); }},
+      {"Find", [&] { editor->perform("forwardFind:"); }},
+      {"Replace", [&] { editor->perform("forwardReplace:"); }},
+      {"Find Next", [&] { editor->perform("forwardFindNext:"); }},
+      {"Find Previous", [&] { editor->perform("forwardFindPrevious:"); }},
+      {"Find Wildcard/Mask", [&] { editor->perform("forwardFindWildcardMask:"); }},
+      {"Find", [&] { editor->commands().searching().performFind(text("A"), false); }},
+      {"Search All", [&] { editor->commands().searching().performSearchAll(text("A")); }},
+      {"Replace", [&] { editor->commands().replacing().performReplace(text("A")); }},
+      {"Replace All", [&] { editor->commands().replacing().performReplaceAll(text("A")); }},
   };
   for (const auto& [title, command] : commands) {
     platform.alerts.expect(title, kBusy);
@@ -243,15 +248,15 @@ TEST_F(WindowSearch, refusesWhileBusy) {
   }
   EXPECT_TRUE(editor.window->panelsShown.empty());
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
-  EXPECT_EQ(editor->lastSearchRequest(), SearchRequest{});
+  EXPECT_EQ(editor->commands().searching().lastSearchRequest(), SearchRequest{});
 }
 
 TEST_F(WindowSearch, forgetsTheRequestAndClosesThePanelsWithTheWindow) {
   auto editor = makeEditor("AAAA");
-  editor->performFind(text("A"), false);
+  editor->commands().searching().performFind(text("A"), false);
   editor.window->closeWindow();
   EXPECT_TRUE(editor.window->panelsClosed);
-  EXPECT_EQ(editor->lastSearchRequest(), SearchRequest{});
+  EXPECT_EQ(editor->commands().searching().lastSearchRequest(), SearchRequest{});
 }
 
 #if QUILLMOR_NEW_CAN_FAIL
@@ -265,11 +270,11 @@ TEST_F(WindowSearch, saysThatItFailed) {
   const SearchRequest large = text(std::string(maxTextInputCharacters, '.'));
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Search Failed", "Cannot allocate memory");
-  editor->performFind(large, false);
+  editor->commands().searching().performFind(large, false);
   platform.executor.runAll();
   platform.executor.aroundNextWork(runOutOfMemory);
   platform.alerts.expect("Search Failed", "Cannot allocate memory");
-  editor->performSearchAll(large);
+  editor->commands().searching().performSearchAll(large);
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
@@ -285,7 +290,7 @@ class WindowWildcardSearch : public WindowSearch {
            const std::string& button = "OK") {
     platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
                            button, {pattern});
-    editor->findWildcardMask();
+    editor->perform("forwardFindWildcardMask:");
     platform.executor.runAll();
   }
 };
@@ -325,7 +330,7 @@ TEST_F(WindowWildcardSearch, runsInTheBusyState) {
   auto editor = makeEditor("abc");
   platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK",
                          {"63"});
-  editor->findWildcardMask();
+  editor->perform("forwardFindWildcardMask:");
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Searching wildcard pattern…");
   editor->stopCurrentOperation();
@@ -346,7 +351,7 @@ TEST_F(WindowWildcardSearch, refusesInvalidPatterns) {
     platform.alerts.expectRefusedAnswer(
         kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK", {pattern},
         "Invalid pattern. Use byte tokens such as DE AD ?? EF.");
-    editor->findWildcardMask();
+    editor->perform("forwardFindWildcardMask:");
     EXPECT_FALSE(editor->isBusy()) << pattern;
   }
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
@@ -359,13 +364,13 @@ TEST_F(WindowWildcardSearch, refusesPatternsTooLarge) {
   largest[0] = '6';
   largest[1] = '1';
   platform.alerts.expect(kTitle, question, "OK", {largest});
-  editor->findWildcardMask();
+  editor->perform("forwardFindWildcardMask:");
   platform.executor.runAll();
   expectSelected(editor, 0, 1);
 
   platform.alerts.expectRefusedAnswer(kTitle, question, "OK", {largest + " "},
                                       "Pattern is too large to process safely.");
-  editor->findWildcardMask();
+  editor->perform("forwardFindWildcardMask:");
   EXPECT_FALSE(editor->isBusy());
 }
 
@@ -389,7 +394,7 @@ TEST_F(WindowWildcardSearch, saysThatItFailed) {
   platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK",
                          {pattern});
   platform.alerts.expect("Find Wildcard/Mask Failed", "Cannot allocate memory");
-  editor->findWildcardMask();
+  editor->perform("forwardFindWildcardMask:");
   platform.executor.runAll();
   EXPECT_FALSE(editor->isBusy());
 }
@@ -400,7 +405,7 @@ TEST_F(WindowWildcardSearch, saysWhenThereIsNoMatch) {
   platform.alerts.expect(kTitle, "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F", "OK",
                          {"64 ??"});
   platform.alerts.expect(kTitle, "No match found.");
-  editor->findWildcardMask();
+  editor->perform("forwardFindWildcardMask:");
   platform.executor.runAll();
   EXPECT_EQ(editor.editor().selection(), HexSelection{});
   expectBeeps(0);

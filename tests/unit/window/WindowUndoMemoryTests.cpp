@@ -37,11 +37,11 @@ State stateOf(const EditorUnderTest& editor) {
 using Action = std::function<void(const EditorUnderTest&)>;
 
 void undo(const EditorUnderTest& editor) {
-  editor->undo();
+  editor->perform("forwardUndo:");
 }
 
 void redo(const EditorUnderTest& editor) {
-  editor->redo();
+  editor->perform("forwardRedo:");
 }
 
 class WindowUndoMemory : public WindowFixture {
@@ -53,11 +53,11 @@ class WindowUndoMemory : public WindowFixture {
       platform.alerts.expect("Bookmarks",
                              std::string("Added bookmark at 0x0000000") + offset + ".");
       editor.editor().setCaretOffset(offset - '0');
-      editor->addBookmark();
+      editor->perform("forwardAddBookmark:");
     }
     editor.editor().setCaretOffset(0);
     type(editor, "QR");
-    editor->undo();
+    editor->perform("forwardUndo:");
     return editor;
   }
 
@@ -92,7 +92,7 @@ class WindowUndoMemory : public WindowFixture {
       ASSERT_EQ(editor.text(), before.text);
       ASSERT_EQ(editor->bookmarks().offsets(), before.bookmarks);
       ASSERT_EQ(editor.document->isDocumentEdited(), wasEdited);
-      while (editor.document->undoManager().canUndo()) editor->undo();
+      while (editor.document->undoManager().canUndo()) editor->perform("forwardUndo:");
       ASSERT_EQ(editor.text(), kOriginal);
       ASSERT_EQ(editor->bookmarks().offsets(), (std::vector<std::int64_t>{1, 5, 8}));
       ASSERT_FALSE(editor.document->isDocumentEdited());
@@ -165,7 +165,8 @@ TEST_F(WindowUndoMemory, aDigitThatReplacesASelectionHappensWhollyOrNotAtAll) {
 
 TEST_F(WindowUndoMemory, deletingHappensWhollyOrNotAtAll) {
   const Action prepare = [](const EditorUnderTest& editor) { select(editor, {2, 4}); };
-  sweepEdit(prepare, [](const EditorUnderTest& editor) { editor->deleteSelection(); });
+  sweepEdit(prepare,
+            [](const EditorUnderTest& editor) { editor->perform("forwardDeleteSelection:"); });
 }
 
 TEST_F(WindowUndoMemory, pastingHappensWhollyOrNotAtAll) {
@@ -180,9 +181,8 @@ TEST_F(WindowUndoMemory, exchangingEverythingHappensWhollyOrNotAtAll) {
   const Action prepare = [](const EditorUnderTest& editor) { select(editor, {2, 2}); };
   sweepEdit(prepare, [](const EditorUnderTest& editor) {
     ByteBuffer bytes{'o', 't', 'h', 'e', 'r', 'w', 'i', 's', 'e'};
-    const bool registered = editor->registerUndoSnapshot("Replace All", bytes.size());
-    editor.document->storage()->bytes = std::move(bytes);
-    editor->markManualEdit(3, {1, 2}, registered);
+    editor->session().installDocument(std::move(bytes), editor->bookmarks().offsets(),
+                                      "Replace All", {.caretOffset = 3, .selection = {1, 2}});
   });
 }
 
@@ -196,7 +196,7 @@ TEST_F(WindowUndoMemory, aFailedEditKeepsWhatCanBeRedone) {
     EXPECT_THROW(editor.editor().editByte('x'), std::bad_alloc);
   }
   EXPECT_TRUE(editor.document->undoManager().canRedo());
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "QRcdefgh");
 }
 

@@ -31,7 +31,7 @@ class WindowUndo : public WindowFixture {
   }
 
   void save(const EditorUnderTest& editor) {
-    editor->saveDocument();
+    editor->perform("forwardSaveDocument:");
     platform.executor.runAll();
   }
 };
@@ -41,15 +41,15 @@ TEST_F(WindowUndo, takesBackTypedCharactersOneByOne) {
   type(editor, "JA");
   EXPECT_EQ(editor.text(), "JAllo");
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Edit");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "Jello");
   EXPECT_EQ(editor.editor().caretOffset(), 1);
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
-  editor->redo();
-  editor->redo();
+  editor->perform("forwardRedo:");
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "JAllo");
   EXPECT_TRUE(editor.window->isEdited);
 }
@@ -58,20 +58,20 @@ TEST_F(WindowUndo, takesBothDigitsOfAByteBackAtOnce) {
   auto editor = openWith("hello");
   typeHex(editor, "4a");
   EXPECT_EQ(editor.text(), "Jello");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "Jello");
 }
 
 TEST_F(WindowUndo, takesBackAByteInsertedDigitByDigit) {
   auto editor = openWith("hello");
-  editor->toggleInsertMode();
+  editor->perform("forwardToggleInsertMode:");
   editor.editor().setCaretOffset(5);
   typeHex(editor, "21");
   EXPECT_EQ(editor.text(), "hello!");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
 }
@@ -83,7 +83,7 @@ TEST_F(WindowUndo, withAnUnchangedFirstDigitRecordsTheSecond) {
   typeHex(editor, "a");
   EXPECT_EQ(editor.text(), "jello");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
 }
@@ -113,14 +113,14 @@ TEST_F(WindowUndo, takesBackADigitTypedAfterAClickOnIt) {
   EXPECT_EQ(editor.text(), "hollo");
   EXPECT_TRUE(editor.window->isEdited);
   type(editor, "x");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hollo");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
   EXPECT_EQ(editor.editor().caretOffset(), 1);
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "hollo");
   save(editor);
   EXPECT_EQ(folder.read("data.bin"), "hollo");
@@ -137,13 +137,13 @@ TEST_F(WindowUndo, recordsNothingForTheDigitThatIsThereAfterAClickOnIt) {
 TEST_F(WindowUndo, takesBackASecondDigitThatForwardDeleteHasPutUnderTheCaret) {
   auto editor = openWith("hello");
   typeHex(editor, "4");
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_EQ(editor.text(), "ello");
   typeHex(editor, "f");
   EXPECT_EQ(editor.text(), "ollo");
-  editor->undo();
-  editor->undo();
-  editor->undo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardUndo:");
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_FALSE(editor.window->isEdited);
 }
@@ -157,22 +157,23 @@ TEST_F(WindowUndo, marksADocumentSavedBetweenTwoDigits) {
   typeHex(editor, "a");
   EXPECT_EQ(editor.text(), "Jello");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
-  editor->redo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "Jello");
   EXPECT_TRUE(editor.window->isEdited) << "the file holds Hello";
 }
 
 TEST_F(WindowUndo, beepsWhenThereIsNothingToUndoOrWhileBusy) {
   auto editor = openWith("hello");
-  editor->undo();
-  editor->redo();
+  editor->perform("forwardUndo:");
+  editor->perform("forwardRedo:");
   EXPECT_EQ(platform.beeper.count, 2);
   type(editor, "J");
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
-  editor->undo();
-  editor->redo();
-  editor->endBusyStatus();
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
+  editor->perform("forwardUndo:");
+  editor->perform("forwardRedo:");
+  busy.end();
   EXPECT_EQ(platform.beeper.count, 4);
   EXPECT_EQ(editor.text(), "Jello");
 }
@@ -183,11 +184,11 @@ TEST_F(WindowUndo, keepsAsManyStepsAsTheDocumentLimitAllows) {
   EXPECT_GE(cap, 4);
   EXPECT_LE(cap, 16);
   type(editor, std::string(static_cast<std::size_t>(cap) + 1, 'b'));
-  for (int i = 0; i < cap; ++i) editor->undo();
+  for (int i = 0; i < cap; ++i) editor->perform("forwardUndo:");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   EXPECT_EQ(editor.text().substr(0, 2), "ba");
   EXPECT_TRUE(editor.window->isEdited);
-  for (int i = 0; i < cap; ++i) editor->redo();
+  for (int i = 0; i < cap; ++i) editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text()[static_cast<std::size_t>(cap)], 'b');
 }
 
@@ -195,16 +196,16 @@ TEST_F(WindowUndo, recordsTheRemovalOf64MebibytesAndForgetsItsHistoryAtOneByteMo
   auto editor = makeEditor();
   editor.document->readData(ByteBuffer::uninitialized(2 * kRecordLimit + 10));
   editor.editor().setSelection({0, kRecordLimit});
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_TRUE(editor.document->undoManager().canUndo());
   editor.editor().setSelection({0, kRecordLimit + 1});
-  editor->deleteSelection();
+  editor->perform("forwardDeleteSelection:");
   EXPECT_EQ(editor.document->storage()->count(), 9);
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   EXPECT_TRUE(editor.window->isEdited);
   // Later steps never lead back past the unrecorded one.
   type(editor, "x");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_TRUE(editor.window->isEdited);
 }
 
@@ -212,16 +213,15 @@ TEST_F(WindowUndo, restoresEverythingFromASnapshotAndTakesItForwardAgain) {
   auto editor = openWith("hello");
   editor.editor().setCaretOffset(3);
   editor.editor().setSelection({1, 2});
-  ASSERT_TRUE(editor->registerUndoSnapshot("Fill", std::nullopt));
-  editor.document->storage()->bytes = ByteBuffer(std::vector<std::uint8_t>{'Z'});
-  editor->markManualEdit(1, {0, 1}, true);
+  editor->session().installDocument(ByteBuffer{'Z'}, {}, "Fill",
+                                    {.caretOffset = 1, .selection = {0, 1}});
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_EQ(editor.editor().caretOffset(), 3);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 2}));
   EXPECT_FALSE(editor.window->isEdited);
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "Z");
   EXPECT_EQ(editor.editor().caretOffset(), 1);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{0, 1}));
@@ -231,9 +231,7 @@ TEST_F(WindowUndo, restoresEverythingFromASnapshotAndTakesItForwardAgain) {
 TEST_F(WindowUndo, ofAnUnrecordedCommandIsGone) {
   auto editor = openWith("hello");
   type(editor, "J");
-  EXPECT_FALSE(editor->registerUndoSnapshot("Fill", kRecordLimit + 1));
-  editor.document->storage()->bytes.set(0, 'Z');
-  editor->markManualEdit(0, {}, false);
+  editor->session().installDocument(ByteBuffer::uninitialized(kRecordLimit + 1), {}, "Fill", {});
   EXPECT_FALSE(editor.document->undoManager().canUndo());
   EXPECT_TRUE(editor.window->isEdited);
 }
@@ -259,13 +257,13 @@ class RandomUser {
       case 2:
         return state.deleteSelectionOrByte(below(2) == 0);
       case 3:
-        return editor->toggleInsertMode();
+        return editor->perform("forwardToggleInsertMode:");
       case 4:
         return state.setEditingArea(EditingArea::ascii);
       case 5:
-        return editor->undo();
+        return editor->perform("forwardUndo:");
       case 6:
-        return editor->redo();
+        return editor->perform("forwardRedo:");
       case 7:
         return save();
       case 8:

@@ -18,19 +18,19 @@ class WindowValues : public WindowFixture {
             const std::string& button = "Apply") {
     platform.alerts.expect(kEdit, kEditMessage, button, {"", value});
     platform.alerts.chooseInNext(0, type);
-    editor->editCurrentValue();
+    editor->perform("forwardEditCurrentValue:");
   }
 
   void editBits(const EditorUnderTest& editor, const std::string& bits,
                 const std::string& button = "OK") {
     platform.alerts.expect(kBits, kBitsMessage, button, {bits});
-    editor->bitEditor();
+    editor->perform("forwardBitEditor:");
   }
 };
 
 TEST_F(WindowValues, areReportedInDetail) {
   auto editor = makeEditor(std::string("\x00\x00\x80\x3F!", 5));
-  editor->showDataInspectorDetail();
+  editor->perform("forwardShowDataInspectorDetail:");
   ASSERT_EQ(editor.window->reports.size(), 1U);
   EXPECT_EQ(editor.window->reports[0].first, "Data Inspector");
   EXPECT_EQ(editor.window->reports[0].second,
@@ -44,7 +44,7 @@ TEST_F(WindowValues, areNotReportedAtTheEnd) {
   auto editor = makeEditor("a");
   editor.editor().setCaretOffset(1);
   platform.alerts.expect("Data Inspector", "Caret is at EOF.");
-  editor->showDataInspectorDetail();
+  editor->perform("forwardShowDataInspectorDetail:");
   EXPECT_TRUE(editor.window->reports.empty());
   EXPECT_EQ(editor.window->inspectorText, "EOF");
 }
@@ -77,7 +77,7 @@ TEST_F(WindowValues, areWrittenOverTheBytesAtTheCaret) {
   EXPECT_EQ(editor.text(),
             "aA\x33\x22\x11"
             "f");
-  for (int step = 0; step < 4; ++step) editor->undo();
+  for (int step = 0; step < 4; ++step) editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->isDocumentEdited());
 }
@@ -107,7 +107,7 @@ TEST_F(WindowValues, outOfTheTypesRangeAreRefused) {
     platform.alerts.expectRefusedAnswer(kEdit, kEditMessage, "Apply", {"", value},
                                         "Invalid value for selected type.");
     platform.alerts.chooseInNext(0, type);
-    editor->editCurrentValue();
+    editor->perform("forwardEditCurrentValue:");
   }
   EXPECT_EQ(editor.text(), "abcdef");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
@@ -119,7 +119,7 @@ TEST_F(WindowValues, keepTheTypeAndTheTextOfARefusedAnswer) {
   platform.alerts.chooseInNext(0, 2);
   platform.alerts.expect(kEdit, "Invalid value for selected type.");
   platform.alerts.expect(kEdit, kEditMessage, "Apply", {"", "0x7A7B"});
-  editor->editCurrentValue();
+  editor->perform("forwardEditCurrentValue:");
   const Alert& again = platform.alerts.shown()[2];
   EXPECT_EQ(again.fields[0].selectedChoice, 2U);
   EXPECT_EQ(again.fields[1].text, "70000");
@@ -149,7 +149,7 @@ TEST_F(WindowValues, thatDoNotFitBeforeTheEndAreRefused) {
   platform.alerts.expectRefusedAnswer(kEdit, kEditMessage, "Apply", {"", "1"},
                                       "Selected type does not fit before EOF.");
   platform.alerts.chooseInNext(0, 1);
-  editor->editCurrentValue();
+  editor->perform("forwardEditCurrentValue:");
   EXPECT_EQ(editor.text(), "ab");
 }
 
@@ -171,14 +171,14 @@ TEST_F(WindowValues, areNotEditedWhileBusyOrAtTheEnd) {
   auto editor = makeEditor("a");
   editor.editor().setCaretOffset(1);
   platform.alerts.expect(kEdit, "Caret is at EOF.");
-  editor->editCurrentValue();
+  editor->perform("forwardEditCurrentValue:");
   platform.alerts.expect(kBits, "Caret is at EOF.");
-  editor->bitEditor();
-  editor->beginBusyStatus("Working…");
+  editor->perform("forwardBitEditor:");
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
   platform.alerts.expect(kEdit, kBusy);
-  editor->editCurrentValue();
+  editor->perform("forwardEditCurrentValue:");
   platform.alerts.expect(kBits, kBusy);
-  editor->bitEditor();
+  editor->perform("forwardBitEditor:");
 }
 
 TEST_F(WindowValues, canBeEditedBitByBit) {
@@ -191,7 +191,7 @@ TEST_F(WindowValues, canBeEditedBitByBit) {
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 1}));
   editBits(editor, "00000001");
   editBits(editor, "11111111", "Cancel");
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "ab");
   EXPECT_FALSE(editor.document->undoManager().canUndo());
 }
@@ -201,11 +201,11 @@ TEST_F(WindowValues, wrongBitsAreRefused) {
   for (const char* bits : {"", "0", "0000000", "0000000x", "1111 111"}) {
     platform.alerts.expectRefusedAnswer(kBits, kBitsMessage, "OK", {bits},
                                         "Invalid bit string. Enter exactly 8 bits.");
-    editor->bitEditor();
+    editor->perform("forwardBitEditor:");
   }
   for (const std::string& bits : {std::string("000000000"), std::string(10'000, '1')}) {
     platform.alerts.expectRefusedAnswer(kBits, kBitsMessage, "OK", {bits}, "Input is too large.");
-    editor->bitEditor();
+    editor->perform("forwardBitEditor:");
   }
   EXPECT_EQ(editor.text(), "ab");
   EXPECT_FALSE(editor.document->undoManager().canUndo());

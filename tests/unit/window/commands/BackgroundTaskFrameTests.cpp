@@ -28,13 +28,15 @@ class BackgroundTasks : public WindowFixture {
   }
 
   /// Transforms the whole document by `work` through the frame and applies what comes out.
-  void transform(HexWindowController::MutationWork work) {
+  void transform(SelectionEditing::MutationWork work) {
     const HexSelection all{0, editor.document->storage()->count()};
-    editor->runBackgroundSelectionMutationTask(
-        "Transforming…", all, std::move(work),
-        [this, all](const Result<SelectionMutation>& result) {
-          applied = editor->applyCompletedSelectionMutation(result, all, "Invert");
-        });
+    SelectionEditing(editor->context())
+        .runBackgroundSelectionMutationTask("Transforming…", all, std::move(work),
+                                            [this, all](const Result<SelectionMutation>& result) {
+                                              applied = SelectionEditing(editor->context())
+                                                            .applyCompletedSelectionMutation(
+                                                                result, all, "Invert", "Invert");
+                                            });
   }
 
   static ByteBuffer inverted(std::span<const std::uint8_t> bytes, TaskProgress&) {
@@ -51,46 +53,49 @@ class BackgroundTasks : public WindowFixture {
 };
 
 TEST_F(BackgroundTasks, showTheirStatusAndDisableTheWindow) {
-  ASSERT_TRUE(editor->beginBusyStatus("Generating bytes…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Generating bytes…");
+  ASSERT_TRUE(busy);
   EXPECT_TRUE(editor->isBusy());
   EXPECT_EQ(editor.window->statusText, "Generating bytes…");
   EXPECT_FALSE(editor.window->toolbarEnabled);
   EXPECT_FALSE(editor.editor().isEditingEnabled());
   const int revalidations = editor.window->revalidations;
   EXPECT_GT(revalidations, 0);
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_FALSE(editor->isBusy());
   EXPECT_TRUE(editor.window->toolbarEnabled);
   EXPECT_TRUE(editor.editor().isEditingEnabled());
-  EXPECT_EQ(editor.window->statusText, editor->statusText());
+  EXPECT_EQ(editor.window->statusText, editor->context().statusText());
   EXPECT_GT(editor.window->revalidations, revalidations);
 }
 
 TEST_F(BackgroundTasks, keepTheirStatusWhenTheCaretMovesMeanwhile) {
-  ASSERT_TRUE(editor->beginBusyStatus("Generating bytes…"));
-  editor->goToEnd();
+  BusyScope busy = editor->context().frame().beginBusyStatus("Generating bytes…");
+  ASSERT_TRUE(busy);
+  editor->perform("forwardGoToEnd:");
   EXPECT_EQ(editor.window->statusText, "Generating bytes…");
-  editor->endBusyStatus();
+  busy.end();
   EXPECT_EQ(editor.window->statusText,
             "Size: 5 bytes  |  Offset: 0x00000005  |  Mode: Overwrite  |  Selection: 0");
 }
 
 TEST_F(BackgroundTasks, refuseTypingMeanwhile) {
-  ASSERT_TRUE(editor->beginBusyStatus("Working…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  ASSERT_TRUE(busy);
   type(editor, "x");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_EQ(platform.beeper.count, 1);
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(BackgroundTasks, runOneAtATime) {
   std::optional<Result<int>> first;
   std::optional<Result<int>> second;
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "First…", [](TaskProgress&) { return 1; },
       std::function([&](Result<int> result) { first = result; }));
   expectBusyAlert();
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Second…", [](TaskProgress&) { return 2; },
       std::function([&](Result<int> result) { second = result; }));
   EXPECT_EQ(platform.alerts.shown().back().buttons, std::vector<std::string>{"OK"});
@@ -108,7 +113,7 @@ TEST_F(BackgroundTasks, runOneAtATime) {
 
 TEST_F(BackgroundTasks, endTheBusyStateBeforeTheirCompletion) {
   bool wasBusy = true;
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Working…", [](TaskProgress&) { return 1; },
       std::function([&](Result<int>) { wasBusy = editor->isBusy(); }));
   platform.executor.runAll();
@@ -120,17 +125,17 @@ TEST_F(BackgroundTasks, handOnTheirErrors) {
   const auto fails = [](TaskProgress&) -> int { throw Error::quillmor(77, "It failed."); };
   const auto runsOut = [](TaskProgress&) -> int { throw std::bad_alloc(); };
   const auto remember = std::function([&](Result<int> result) { error = result.error(); });
-  editor->runBackgroundTask("Working…", fails, remember);
+  editor->context().runBackgroundTask("Working…", fails, remember);
   platform.executor.runAll();
   EXPECT_EQ(error->code(), 77);
-  editor->runBackgroundTask("Working…", runsOut, remember);
+  editor->context().runBackgroundTask("Working…", runsOut, remember);
   platform.executor.runAll();
   EXPECT_EQ(error->code(), ENOMEM);
   EXPECT_FALSE(editor->isBusy());
 }
 
 TEST_F(BackgroundTasks, showProgressAfter300MillisecondsAndNotBefore) {
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Working…", [](TaskProgress&) { return 1; }, std::function([](Result<int>) {}));
   platform.executor.advance(milliseconds(299));
   EXPECT_FALSE(editor.window->progressVisible);
@@ -146,7 +151,7 @@ TEST_F(BackgroundTasks, showProgressAfter300MillisecondsAndNotBefore) {
 }
 
 TEST_F(BackgroundTasks, showHowFarTheyHaveCome) {
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Working…",
       [](TaskProgress& progress) {
         progress.setTotal(200);
@@ -161,22 +166,24 @@ TEST_F(BackgroundTasks, showHowFarTheyHaveCome) {
 }
 
 TEST_F(BackgroundTasks, ofANewOperationStartWithoutTheProgressOfTheOld) {
-  ASSERT_TRUE(editor->beginBusyStatus("First…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("First…");
+  ASSERT_TRUE(busy);
   platform.executor.advance(milliseconds(200));
-  editor->endBusyStatus();
-  ASSERT_TRUE(editor->beginBusyStatus("Second…"));
+  busy.end();
+  busy = editor->context().frame().beginBusyStatus("Second…");
+  ASSERT_TRUE(busy);
   platform.executor.advance(milliseconds(299));
   EXPECT_FALSE(editor.window->progressVisible);
   platform.executor.advance(milliseconds(1));
   EXPECT_TRUE(editor.window->progressVisible);
   EXPECT_FALSE(editor.window->canStop);
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(BackgroundTasks, stopAtTheNextCheckpoint) {
   int steps = 0;
   std::optional<Error> error;
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Working…",
       [&](TaskProgress& progress) {
         for (; steps < 1000; ++steps) {
@@ -206,7 +213,7 @@ TEST_F(BackgroundTasks, stoppedChangeNothingAndShowNoAlert) {
 
 TEST_F(BackgroundTasks, areForgottenWithTheirWindow) {
   bool completed = false;
-  editor->runBackgroundTask(
+  editor->context().runBackgroundTask(
       "Working…", [](TaskProgress&) { return 1; },
       std::function([&](Result<int>) { completed = true; }));
   platform.executor.advance(milliseconds(300));
@@ -221,7 +228,7 @@ TEST_F(BackgroundTasks, areForgottenWithTheirWindow) {
 TEST_F(BackgroundTasks, getSnapshotsThatLaterEditsDoNotReach) {
   std::string seen;
   HexSelection range;
-  editor->runBackgroundSnapshotTask(
+  editor->context().runBackgroundSnapshotTask(
       "Reading…", {3, 100},
       [&](const ByteBuffer& bytes, HexSelection selection, TaskProgress&) {
         seen.assign(bytes.span().begin(), bytes.span().end());
@@ -237,7 +244,7 @@ TEST_F(BackgroundTasks, getSnapshotsThatLaterEditsDoNotReach) {
 
 TEST_F(BackgroundTasks, getTheSelectedBytesAlone) {
   std::string seen;
-  editor->runBackgroundSelectionSnapshotTask(
+  editor->context().runBackgroundSelectionSnapshotTask(
       "Reading…", {1, 3},
       [&](std::span<const std::uint8_t> bytes, TaskProgress&) {
         seen.assign(bytes.begin(), bytes.end());
@@ -275,35 +282,39 @@ TEST_F(BackgroundTasks, transformAMebibyteInTheBackground) {
 
 TEST_F(BackgroundTasks, refusedWhileBusyTellTheCompletion) {
   makeLarge(backgroundEditThresholdBytes);
-  ASSERT_TRUE(editor->beginBusyStatus("First…"));
+  BusyScope busy = editor->context().frame().beginBusyStatus("First…");
+  ASSERT_TRUE(busy);
   expectBusyAlert();
   std::optional<Error> error;
-  editor->runBackgroundSelectionMutationTask(
-      "Transforming…", {0, backgroundEditThresholdBytes}, inverted,
-      [&](const Result<SelectionMutation>& result) { error = result.error(); });
+  SelectionEditing(editor->context())
+      .runBackgroundSelectionMutationTask(
+          "Transforming…", {0, backgroundEditThresholdBytes}, inverted,
+          [&](const Result<SelectionMutation>& result) { error = result.error(); });
   ASSERT_TRUE(error.has_value());
   EXPECT_EQ(error->code(), 409);
   EXPECT_EQ(editor.window->statusText, "First…");
-  editor->endBusyStatus();
+  busy.end();
 }
 
 TEST_F(BackgroundTasks, recordOneUndoStepAndSelectTheResult) {
   editor.editor().setCaretOffset(4);
-  editor->runBackgroundSelectionMutationTask(
-      "Transforming…", {1, 2}, inverted, [this](const Result<SelectionMutation>& result) {
-        applied = editor->applyCompletedSelectionMutation(result, {1, 2}, "Invert");
-      });
+  SelectionEditing(editor->context())
+      .runBackgroundSelectionMutationTask(
+          "Transforming…", {1, 2}, inverted, [this](const Result<SelectionMutation>& result) {
+            applied = SelectionEditing(editor->context())
+                          .applyCompletedSelectionMutation(result, {1, 2}, "Invert", "Invert");
+          });
   EXPECT_EQ(applied, true);
   EXPECT_EQ(editor.text(), "h\x9A\x93lo");
   EXPECT_EQ(editor.editor().caretOffset(), 1);
   EXPECT_EQ(editor.editor().selection(), (HexSelection{1, 2}));
   EXPECT_EQ(editor.document->undoManager().undoActionName(), "Invert");
   EXPECT_TRUE(editor.window->isEdited);
-  editor->undo();
+  editor->perform("forwardUndo:");
   EXPECT_EQ(editor.text(), "hello");
   EXPECT_EQ(editor.editor().caretOffset(), 4);
   EXPECT_FALSE(editor.window->isEdited);
-  editor->redo();
+  editor->perform("forwardRedo:");
   EXPECT_EQ(editor.text(), "h\x9A\x93lo");
   EXPECT_TRUE(editor.window->isEdited);
 }

@@ -1,0 +1,167 @@
+#include "editor/EditSession.h"
+
+#include <utility>
+
+#include "base/SaturatingMath.h"
+#include "document/QuillmorResourceLimits.h"
+#include "platform/RunInBackground.h"
+
+namespace quillmor {
+
+EditSession::EditSession(std::shared_ptr<HexDocument> document, Beeper& beeper,
+                         EditSessionObserver& observer)
+    : document_(std::move(document)),
+      observer_(observer),
+      editor_(beeper),
+      undoRecords_([this]() -> HexStorage& { return *document_->storage(); },
+                   &document_->undoManager(), bookmarks_, *this, this) {
+  const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
+  UndoManager& undoManager = document_->undoManager();
+  const int cap = undoLevelCap(limit);
+  if (undoManager.levelsOfUndo() == 0 || undoManager.levelsOfUndo() > cap)
+    undoManager.setLevelsOfUndo(cap);
+  editor_.setMaximumByteCount(limit);
+  editor_.setStorage(document_->storage());
+  editor_.setDelegate(this);
+}
+
+EditSession::~EditSession() {
+  removeUndoActions();
+}
+
+void EditSession::moveCaret(const EditPlace& place) {
+  editor_.setCaretOffset(place.caretOffset);
+  editor_.setSelection(place.selection);
+}
+
+void EditSession::goTo(const EditPlace& place) {
+  editor_.goTo(place.caretOffset);
+  editor_.setSelection(place.selection);
+}
+
+void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> bytes) {
+  ByteBuffer& content = document_->storage()->bytes;
+  // An overwrite needs no memory once the bytes are the document's own.
+  if (edit.range.length == std::ssize(bytes)) content.mutableSpan();
+  AnnouncedEdit announced = announcementOf(edit, std::ssize(bytes));
+  content.replace(edit.range.start, edit.range.length, bytes);
+  finish(std::move(announced), edit.after);
+}
+
+void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
+  const std::int64_t insertedCount = wholeDocument.size() - (byteCount() - edit.range.length);
+  AnnouncedEdit announced = announcementOf(edit, insertedCount);
+  document_->storage()->bytes = std::move(wholeDocument);
+  finish(std::move(announced), edit.after);
+}
+
+void EditSession::installDocument(ByteBuffer bytes, std::vector<std::int64_t> bookmarks,
+                                  const std::string& actionName, const EditPlace& after) {
+  AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size())};
+  document_->storage()->bytes = std::move(bytes);
+  bookmarks_.replaceAll(std::move(bookmarks));
+  finish(std::move(announced), after);
+}
+
+bool EditSession::undo() {
+  UndoManager& manager = document_->undoManager();
+  if (!manager.canUndo()) return false;
+  showingInAnyCase([&] { manager.undo(); }, [&] { showStorage(); });
+  return true;
+}
+
+bool EditSession::redo() {
+  UndoManager& manager = document_->undoManager();
+  if (!manager.canRedo()) return false;
+  showingInAnyCase([&] { manager.redo(); }, [&] { showStorage(); });
+  return true;
+}
+
+void EditSession::takeStorage(std::shared_ptr<HexStorage> storage,
+                              bool preservingEditorState) noexcept {
+  const std::int64_t count = storage->count();
+  const EditPlace kept = preservingEditorState ? place() : EditPlace{};
+  preservingEditorState ? bookmarks_.keepWithin(count) : bookmarks_.clear();
+  editDidNotHappen();
+  newestRecordedEdit_.reset();
+  removeUndoActions();
+  editor_.setStorage(std::move(storage));
+  editor_.placeCaretAndSelection(clampedToCount(kept.caretOffset, count),
+                                 kept.selection.normalized(count));
+}
+
+void EditSession::showStorage() {
+  editor_.recalcMetrics();
+  editor_.showCaretAndSelection();
+}
+
+void EditSession::close() {
+  removeUndoActions();
+  editor_.setDelegate(nullptr);
+  editor_.setSurface(nullptr);
+}
+
+void EditSession::announceEdit(std::int64_t start, std::int64_t removedCount,
+                               std::int64_t insertedCount) {
+  RangeEdit typed{.range = {start, removedCount}, .actionName = "Edit", .after = {}};
+  announcedEdit_.reset();
+  announcedEdit_ = announcementOf(typed, insertedCount);
+}
+
+void EditSession::editDidNotHappen() noexcept {
+  announcedEdit_.reset();
+}
+
+void EditSession::hexEditorDidEdit(HexEditorState&) {
+  auto edit = std::exchange(announcedEdit_, std::nullopt);
+  const bool canBeUndone = !edit || edit->undo.isRecorded;
+  edit ? account(*std::move(edit)) : accountForSecondDigit();
+  observer_.sessionDidEdit(canBeUndone);
+}
+
+void EditSession::restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept {
+  newestRecordedEdit_.reset();
+  editor_.placeCaretAndSelection(caret, selection);
+}
+
+EditSession::AnnouncedEdit EditSession::announcementOf(RangeEdit& edit,
+                                                       std::int64_t insertedCount) {
+  return {.undo = undoRecords_.prepareUndoEdit(edit.range.start, edit.range.length, insertedCount,
+                                               edit.actionName, std::move(edit.removed)),
+          .inserted = HexSelection{edit.range.start, insertedCount},
+          .removedCount = edit.range.length};
+}
+
+/// The bytes have changed: places the caret, accounts for the edit and shows it.
+void EditSession::finish(AnnouncedEdit edit, const EditPlace& after) {
+  editor_.placeCaretAndSelection(after.caretOffset, after.selection);
+  const auto tell = [&] {
+    const bool canBeUndone = edit.undo.isRecorded;
+    account(std::move(edit));
+    observer_.sessionDidEdit(canBeUndone);
+  };
+  showingInAnyCase(tell, [&] { showStorage(); });
+}
+
+/// Takes no memory until the change count has been told, which comes last.
+void EditSession::account(AnnouncedEdit edit) {
+  newestRecordedEdit_.reset();
+  if (edit.inserted) {
+    if (edit.undo.isRecorded) newestRecordedEdit_ = edit.inserted;
+    bookmarks_.adjustForEdit(edit.inserted->start, edit.removedCount, edit.inserted->length);
+  }
+  if (!undoRecords_.commit(std::move(edit.undo)))
+    document_->updateChangeCount(ChangeCount::Change::done);
+}
+
+/// A second digit was typed without an announcement of its own. When it completes the byte of the
+/// newest undo step, undoing that step takes it back too. Otherwise no undo leads back to what was
+/// saved, and the document must not look saved again.
+void EditSession::accountForSecondDigit() {
+  const std::int64_t changed = editor_.caretOffset() - 1;
+  const bool undoTakesItBack = newestRecordedEdit_ && changed >= newestRecordedEdit_->start &&
+                               changed - newestRecordedEdit_->start < newestRecordedEdit_->length;
+  if (!document_->isDocumentEdited() || !undoTakesItBack) document_->makeSavedStateUnreachable();
+}
+
+}  // namespace quillmor

@@ -1,0 +1,192 @@
+#include "window/commands/DocumentReplacement.h"
+
+#include <utility>
+
+#include "document/DocumentController.h"
+#include "document/QuillmorResourceLimits.h"
+#include "fileaccess/ResolvedPaths.h"
+#include "fileaccess/UrlReservations.h"
+
+namespace quillmor {
+
+namespace {
+
+/// The error a load ends with when nobody is left to show the file to.
+Error windowClosedError() {
+  return Error::quillmor(410, "The editor window was closed before the file finished opening.");
+}
+
+}  // namespace
+
+void DocumentReplacement::openDroppedFile(const FileLocation& location) {
+  if (context_.isBusy()) {
+    context_.noteOpenFailure(location, BackgroundTaskFrame::busyError());
+    context_.alert("Open Dropped File",
+                   "Another operation is already running. Wait for it to finish before opening a "
+                   "dropped file.");
+    return;
+  }
+  openURLInCurrentWindow(location, [](auto) {});
+}
+
+void DocumentReplacement::openURLInCurrentWindow(const FileLocation& location,
+                                                 OpenCompletion completion) {
+  context_.clearNotice();
+  if (context_.isBusy()) {
+    context_.noteOpenFailure(location, BackgroundTaskFrame::busyError());
+    context_.alert("Open Failed", BackgroundTaskFrame::busyError().message());
+    return completion(OpenCurrentResult::failed);
+  }
+  if (const auto shown = context_.documents().documentShowing(location, nullptr)) {
+    shown->activateOpenWindows();
+    return completion(OpenCurrentResult::broughtToFront);
+  }
+  prepareToReplaceCurrentDocument(location, "Open Failed",
+                                  [this, owner = context_.owner().lock(), location,
+                                   completion = std::move(completion)](auto preparation) {
+                                    if (preparation == DocumentReplacementPreparation::cancelled)
+                                      return completion(OpenCurrentResult::cancelled);
+                                    if (preparation == DocumentReplacementPreparation::failed)
+                                      return completion(OpenCurrentResult::failed);
+                                    openPrepared(location, completion);
+                                  });
+}
+
+void DocumentReplacement::openPrepared(const FileLocation& location,
+                                       const OpenCompletion& completion) {
+  beginLoadFileInCurrentWindow(
+      location, /*preservingEditorState=*/false,
+      [this, owner = context_.owner().lock(), location, completion](auto result) {
+        if (result.isOk()) return completion(result.value());
+        if (result.error().isStopped()) return completion(OpenCurrentResult::cancelled);
+        context_.noteOpenFailure(location, result.error());
+        context_.alert("Open Failed", result.error().message());
+        completion(OpenCurrentResult::failed);
+      });
+}
+
+void DocumentReplacement::prepareToReplaceCurrentDocument(
+    const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+    std::function<void(DocumentReplacementPreparation)> completion) {
+  using Preparation = DocumentReplacementPreparation;
+  try {
+    SecureFileAccess::validateURLIsNotReservedForReading(afterValidatingReadURL);
+  } catch (const Error& error) {
+    context_.noteOpenFailure(afterValidatingReadURL, error);
+    context_.alert(validationErrorTitle, error.message());
+    return completion(Preparation::failed);
+  }
+  if (!context_.document().isDocumentEdited()) return completion(Preparation::proceed);
+  const auto response = context_.alerts().runModal(
+      {.messageText = "Replace Current Document?",
+       .informativeText = "The current document has unsaved changes. Save before opening another "
+                          "file in this window?",
+       .style = AlertStyle::warning,
+       .buttons = {"Save", "Don't Save", "Cancel"}});
+  if (response.button == 1) return completion(Preparation::proceed);
+  if (response.button != 0) return completion(Preparation::cancelled);
+  saving_.saveCurrentDocument([completion = std::move(completion)](DocumentSaveResult result) {
+    switch (result) {
+      case DocumentSaveResult::success:
+        return completion(Preparation::proceed);
+      case DocumentSaveResult::cancelled:
+        return completion(Preparation::cancelled);
+      case DocumentSaveResult::failed:
+        return completion(Preparation::failed);
+    }
+  });
+}
+
+void DocumentReplacement::loadPreservingEditorState(const FileLocation& location,
+                                                    const std::string& failureTitle,
+                                                    std::function<void()> success) {
+  beginLoadFileInCurrentWindow(location, /*preservingEditorState=*/true,
+                               [this, owner = context_.owner().lock(), failureTitle,
+                                success = std::move(success)](auto result) {
+                                 if (!result.isOk()) {
+                                   if (!result.error().isStopped())
+                                     context_.alert(failureTitle, result.error());
+                                 } else if (result.value() == OpenCurrentResult::opened) {
+                                   success();
+                                 }
+                               });
+}
+
+void DocumentReplacement::beginLoadFileInCurrentWindow(const FileLocation& location,
+                                                       bool preservingEditorState,
+                                                       LoadCompletion completion) {
+  if (context_.isBusy()) return completion(BackgroundTaskFrame::busyError());
+  BusyScope busy = context_.frame().beginBusyStatus("Opening " + location.shownName(),
+                                                    BackgroundTaskFrame::Stopping::allowed);
+  startLoad(location, preservingEditorState, std::move(busy), std::move(completion));
+}
+
+DocumentReplacement::LoadedFile DocumentReplacement::readFile(const FileLocation& location,
+                                                              TaskProgress& progress) {
+  // Saving must never have to follow a link, so the real file becomes the document's location.
+  // Messages name what was to be opened.
+  LoadedFile file{SecureFileAccess::realLocation(location), {}, {}, {}};
+  file.reservation = SecureFileAccess::reserveReadURL(file.location, location.shownName());
+  SecureFileAccess::validateReadableFileURL(file.location);
+  file.snapshot = SecureFileAccess::stableBytes(
+      file.location, QuillmorResourceLimits::maximumDocumentByteCount(), &progress);
+  progress.checkpoint();
+  file.known = KnownFile::of(file.snapshot.status, file.snapshot.bytes.span());
+  return file;
+}
+
+void DocumentReplacement::startLoad(const FileLocation& location, bool preservingEditorState,
+                                    BusyScope busy, LoadCompletion completion) {
+  auto work = [location, progress = context_.frame().progress()] {
+    return readFile(location, *progress);
+  };
+  auto finish = [this, owner = context_.owner(), preservingEditorState,
+                 busy = std::make_shared<BusyScope>(std::move(busy)),
+                 completion = std::move(completion)](Result<LoadedFile> result) {
+    const auto held = owner.lock();
+    if (!held) return completion(windowClosedError());
+    auto outcome = finishLoad(preservingEditorState, std::move(result));
+    busy->end();
+    completion(std::move(outcome));
+  };
+  runInBackground(context_.platform().executor, std::move(work),
+                  std::function<void(Result<LoadedFile>)>(std::move(finish)));
+}
+
+Result<OpenCurrentResult> DocumentReplacement::finishLoad(bool preservingEditorState,
+                                                          Result<LoadedFile> result) {
+  auto outcome = resultOf([&] {
+    if (!context_.hasWindow()) throw windowClosedError();
+    if (!result.isOk()) throw std::move(result.error());
+    context_.frame().progress()->checkpoint();
+    return showLoadedFile(preservingEditorState, result.value());
+  });
+  // From here on the document's own location keeps other operations of the editor from the file.
+  if (result.isOk()) result.value().reservation->release();
+  return outcome;
+}
+
+OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState,
+                                                      LoadedFile& file) {
+  HexDocument& document = context_.document();
+  if (const auto shown = context_.documents().documentShowing(file.location, &document)) {
+    shown->activateOpenWindows();
+    return OpenCurrentResult::broughtToFront;
+  }
+  auto storage = std::make_shared<HexStorage>();
+  storage->bytes = std::move(file.snapshot.bytes);
+  if (!preservingEditorState) willReplace_();
+  // From here on nothing fails but showing what has happened, which is tried again.
+  document.isPendingInitialLoad = false;
+  EditSession& session = context_.session();
+  session.takeStorage(storage, preservingEditorState);
+  showingInAnyCase(
+      [&] {
+        document.replaceContentsForSingleWindowOpen(std::move(storage), std::move(file.location),
+                                                    file.snapshot.modificationDate, file.known);
+      },
+      [&] { retryingWithoutMemory([&] { session.showStorage(); }); });
+  return OpenCurrentResult::opened;
+}
+
+}  // namespace quillmor

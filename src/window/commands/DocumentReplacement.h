@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "document/KnownFile.h"
+#include "fileaccess/Reservations.h"
+#include "fileaccess/StableReading.h"
+#include "window/commands/CommandContext.h"
+#include "window/commands/DocumentSaving.h"
+
+namespace quillmor {
+
+/// Putting another file, or the same one as it is now on disk, in the place of a window's document.
+/// Main thread only; context and saving outlive this object.
+class DocumentReplacement {
+ public:
+  using OpenCompletion = std::function<void(OpenCurrentResult)>;
+  /// What loading ended with; `broughtToFront` when another window shows the file.
+  using LoadCompletion = std::function<void(Result<OpenCurrentResult>)>;
+
+  /// `willReplace` is called before the document becomes that of another file.
+  DocumentReplacement(CommandContext& context, DocumentSaving& saving,
+                      std::function<void()> willReplace)
+      : context_(context), saving_(saving), willReplace_(std::move(willReplace)) {}
+
+  /// Opens `location` after the question about unsaved changes.
+  void openURLInCurrentWindow(const FileLocation& location, OpenCompletion completion);
+
+  /// A file was dropped on the window.
+  void openDroppedFile(const FileLocation& location);
+
+  /// Refuses a file that is being saved, asks about unsaved changes and saves on request.
+  void prepareToReplaceCurrentDocument(
+      const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+      std::function<void(DocumentReplacementPreparation)> completion);
+
+  /// Loads the file in the busy state. While busy already, the completion gets the error 409.
+  void beginLoadFileInCurrentWindow(const FileLocation& location, bool preservingEditorState,
+                                    LoadCompletion completion);
+
+  /// Loads the file and keeps caret, selection and bookmarks as far as they fit. A failure is
+  /// alerted; `success` is called when the file is shown here.
+  void loadPreservingEditorState(const FileLocation& location, const std::string& failureTitle,
+                                 std::function<void()> success);
+
+ private:
+  struct LoadedFile {
+    FileLocation location;
+    /// Held until the document has the location, so that no save lands on the file meanwhile.
+    std::shared_ptr<ReadReservation> reservation;
+    ReadSnapshot snapshot;
+    std::optional<KnownFile> known;
+  };
+
+  static LoadedFile readFile(const FileLocation& location, TaskProgress& progress);
+  void startLoad(const FileLocation& location, bool preservingEditorState, BusyScope busy,
+                 LoadCompletion completion);
+  Result<OpenCurrentResult> finishLoad(bool preservingEditorState, Result<LoadedFile> result);
+  OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedFile& file);
+  void openPrepared(const FileLocation& location, const OpenCompletion& completion);
+
+  CommandContext& context_;
+  DocumentSaving& saving_;
+  const std::function<void()> willReplace_;
+};
+
+}  // namespace quillmor

@@ -1,0 +1,87 @@
+#include "window/commands/DocumentSaving.h"
+
+#include <utility>
+
+namespace quillmor {
+
+void DocumentSaving::saveCurrentDocument(Completion completion) {
+  const auto& location = context_.document().location();
+  if (!location) return chooseDestinationAndSave(std::move(completion));
+  performDocumentSave(*location, DocumentSaveOperation::save, "Save", std::move(completion));
+}
+
+void DocumentSaving::chooseDestinationAndSave(Completion completion) {
+  constexpr const char* kSaveAs = "Save As";
+  const auto& location = context_.document().location();
+  const std::string name =
+      location ? location->lastPathComponent() : context_.document().displayName();
+  const auto destination = context_.chooseDestination(kSaveAs, name);
+  if (!destination) return completion(DocumentSaveResult::cancelled);
+  performDocumentSave(*destination, DocumentSaveOperation::saveAs, kSaveAs, std::move(completion));
+}
+
+void DocumentSaving::performDocumentSave(const FileLocation& destination,
+                                         DocumentSaveOperation operation,
+                                         const std::string& statusTitle, Completion completion) {
+  // Shared with the hooks, so that it is there when they cannot be made.
+  std::shared_ptr<Run> run;
+  bool isRefused = false;
+  auto begun = resultOf([&] {
+    BusyScope busy = context_.frame().beginBusyStatus(statusTitle + "…");
+    isRefused = !busy;
+    if (isRefused) return Done();
+    run = std::make_shared<Run>(Run{std::move(busy), completion});
+    context_.saver().save(context_.session().sharedDocument(), destination, operation,
+                          hooks(destination, run));
+    return Done();
+  });
+  if (isRefused) return completion(DocumentSaveResult::failed);
+  if (begun.isOk()) return;
+  // A save that has ended could not say how; whoever waits for it has been told.
+  if (run && !run->completion) throw std::move(begun.error());
+  Run unstarted{.busy = {}, .completion = std::move(completion)};
+  saveDidEnd({DocumentSaveResult::failed, std::move(begun.error())}, run ? *run : unstarted);
+}
+
+DocumentSaver::Hooks DocumentSaving::hooks(const FileLocation& destination,
+                                           const std::shared_ptr<Run>& run) {
+  DocumentSaver::Hooks hooks;
+  hooks.progress = context_.frame().progress();
+  hooks.confirmOverwritingChangedFile = [this, owner = context_.owner()] {
+    const auto held = owner.lock();
+    return held && confirmsOverwritingChangedFile();
+  };
+  hooks.willWrite = [this, owner = context_.owner(), name = destination.shownName()] {
+    if (const auto held = owner.lock()) context_.frame().updateBusyStatus("Saving " + name);
+  };
+  hooks.completion = [this, owner = context_.owner(), run](const DocumentSaveOutcome& outcome) {
+    if (const auto held = owner.lock()) return saveDidEnd(outcome, *run);
+    std::exchange(run->completion, nullptr)(outcome.result);
+  };
+  return hooks;
+}
+
+bool DocumentSaving::confirmsOverwritingChangedFile() {
+  const auto response = context_.platform().alerts.runModal(
+      {.messageText = "The file has been changed by another program.",
+       .informativeText = "Saving now replaces those changes by the bytes in this window.",
+       .style = AlertStyle::warning,
+       .buttons = {"Cancel", "Overwrite"},
+       .cancelButton = 0});
+  return response.button == 1;
+}
+
+void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {
+  const Completion onlyOnce = std::exchange(run.completion, nullptr);
+  run.busy.end();
+  // Whoever waits for the save is told even when the user cannot be.
+  auto shown = resultOf([&] {
+    if (outcome.result == DocumentSaveResult::failed)
+      retryingWithoutMemory([&] { context_.alert("Save Failed", *outcome.error); });
+    return Done();
+  });
+  onlyOnce(outcome.result);
+  if (!shown.isOk()) throw std::move(shown.error());
+}
+
+}  // namespace quillmor

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string_view>
+
+#include "window/commands/BookmarkCommands.h"
+#include "window/commands/DocumentCommands.h"
+#include "window/commands/DocumentReplacement.h"
+#include "window/commands/DocumentSaving.h"
+#include "window/commands/EditCommands.h"
+#include "window/commands/ExportCommands.h"
+#include "window/commands/FirmwareCommands.h"
+#include "window/commands/FormatCommands.h"
+#include "window/commands/InsertCommands.h"
+#include "window/commands/NavigationCommands.h"
+#include "window/commands/ReplaceCommands.h"
+#include "window/commands/ReportCommands.h"
+#include "window/commands/SearchCommands.h"
+#include "window/commands/TransformCommands.h"
+#include "window/commands/ValueCommands.h"
+
+namespace quillmor {
+
+/// All commands of one editor window, by family and by the names of menu actions. Main thread only.
+class EditorCommands {
+ public:
+  /// The context outlives this object.
+  explicit EditorCommands(CommandContext& context);
+  EditorCommands(const EditorCommands&) = delete;
+  EditorCommands& operator=(const EditorCommands&) = delete;
+
+  /// The facts of the command with this action, or null when editors have none.
+  static const Command* find(std::string_view action);
+
+  /// Carries the command out; refuses one that needs an idle window while an operation runs.
+  void perform(std::string_view action);
+
+  DocumentSaving& saving() { return saving_; }
+  DocumentReplacement& replacement() { return replacement_; }
+  NavigationCommands& navigation() { return navigation_; }
+  ExportCommands& exporting() { return exporting_; }
+  SearchCommands& searching() { return searching_; }
+  ReplaceCommands& replacing() { return replacing_; }
+
+ private:
+  template <class Family>
+  bool performIn(Family& family, std::string_view action);
+
+  CommandContext& context_;
+  DocumentSaving saving_;
+  NavigationCommands navigation_;
+  DocumentReplacement replacement_;
+  DocumentCommands document_;
+  EditCommands editing_;
+  SearchCommands searching_;
+  ReplaceCommands replacing_;
+  BookmarkCommands bookmarks_;
+  ExportCommands exporting_;
+  ReportCommands reports_;
+  FormatCommands formats_;
+  FirmwareCommands firmware_;
+  InsertCommands inserting_;
+  TransformCommands transforms_;
+  ValueCommands values_;
+};
+
+}  // namespace quillmor
