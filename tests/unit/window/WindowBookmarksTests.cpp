@@ -162,7 +162,7 @@ TEST_F(WindowBookmarks, moveBehindWhatIsInsertedAtThem) {
 TEST_F(WindowBookmarks, comeBackWithASnapshot) {
   addAll({5, 60});
   editor->session().installDocument(editor->session().bytes().slice(0, 10), {5}, "Crop", {});
-  expectAlert("Cleared 2 bookmark(s).");
+  expectAlert("Cleared 1 bookmark(s).");
   editor->perform("forwardClearBookmarks:");
   editor->perform("forwardUndo:");
   EXPECT_EQ(offsets(), (Offsets{5, 60}));
