@@ -16,7 +16,7 @@ if [[ ! -f $build/build.ninja ]]; then
   (cd "$root" && cmake --preset release >"$build/configure.log" 2>&1) || { cat "$build/configure.log" >&2; exit 1; }
 fi
 
-# Ninja knows only while it runs whether there is anything to do, so what it compiles tells it.
+# Only Ninja knows whether there is anything to build, and only while it runs.
 announce_compiling() {
   local line announced=false
   while IFS= read -r line; do
@@ -29,7 +29,7 @@ announce_compiling() {
 cmake --build "$build" --target quillmor quillmor-cli --parallel 2>&1 | tee "$build/build.log" | announce_compiling ||
   { cat "$build/build.log" >&2; exit 1; }
 
-# A display is reachable when a socket of its server is there; a variable alone may be left over.
+# A display is reachable if its server's socket exists; a variable alone may be left over.
 wayland_is_reachable() {
   [[ -n ${WAYLAND_DISPLAY:-} ]] || return 1
   local socket=$WAYLAND_DISPLAY

@@ -1,16 +1,21 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and runs every test: the developer build, then the same under the
-# address and undefined-behaviour sanitizers, then the core under the thread sanitizer.
-# `./test.sh dev` (or asan, tsan) runs that one build only; `./test.sh bare` runs both commands of the
-# README on a bare Debian made for it, which takes an hour or more and needs root.
+# Installs what is missing, builds and runs the tests. `./test.sh` runs all tests on the developer
+# build; `./test.sh all` adds the same under the address and undefined-behaviour sanitizers, and the
+# core under the thread sanitizer. `./test.sh dev` (or asan, tsan, or several) runs those builds only.
+# `./test.sh bare` runs both commands of the README on a bare Debian made for it, which needs root.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-[[ ${1:-} != bare ]] || exec packaging/bare-machine.sh "${@:2}"
-source packaging/packages.sh
-packaging/install-packages.sh "${build_packages[@]}" "${test_packages[@]}"
 
 presets=("$@")
-[[ ${#presets[@]} -gt 0 ]] || presets=(dev asan tsan)
+case ${1:-dev} in
+bare) exec packaging/bare-machine.sh "${@:2}" ;;
+all) presets=(dev asan tsan) ;;
+dev | asan | tsan) presets=("${@:-dev}") ;;
+*) echo "usage: $0 [all | bare [all] | dev | asan | tsan]" >&2 && exit 2 ;;
+esac
+
+source packaging/packages.sh
+packaging/install-packages.sh "${build_packages[@]}" "${test_packages[@]}"
 jobs=$(nproc)
 
 for preset in "${presets[@]}"; do

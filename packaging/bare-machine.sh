@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Runs both commands of the README on a bare Debian 12: a fresh minimal root with a clone of the last
 # commit, in which nothing is installed but git and the certificates of authorities. Arguments go to
-# test.sh: `packaging/bare-machine.sh dev` runs the tests of that one build only. Needs root, 8 GB of
-# disk and an hour or more. Prints one line for each step; the logs are shown when a step fails.
+# test.sh: `packaging/bare-machine.sh all` runs the sanitizers too, which takes an hour or more. Needs
+# root and 8 GB of disk. Prints one line for each step; the logs are shown when a step fails.
 set -euo pipefail
 
 suite=bookworm
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 [[ $(id -u) -eq 0 ]] || { echo "Please run as root: a root directory is made and entered" >&2; exit 1; }
 
-# In a mount and process namespace of its own: whatever ends it, no mount and no process is left.
+# In a mount and process namespace of its own, so no mount and no process is left, whatever ends it.
 if [[ ${1:-} != --in-namespace ]]; then
   "$repository/packaging/install-packages.sh" mmdebstrap util-linux
   work=$(mktemp -d "${TMPDIR:-/var/tmp}/bare-machine.XXXXXX")
@@ -17,7 +17,7 @@ if [[ ${1:-} != --in-namespace ]]; then
   # shellcheck disable=SC2317
   clean_up() {
     [[ -z $namespace ]] || { kill -KILL "$namespace" && wait "$namespace"; } 2>/dev/null || true
-    # What is just being killed may still have written something.
+    # A process that is being killed may still have written something.
     rm -rf --one-file-system "$work" 2>/dev/null || { sleep 2; rm -rf --one-file-system "$work"; }
   }
   trap clean_up EXIT
@@ -34,7 +34,7 @@ work=$2
 shift 2
 bare=$work/root
 
-# Runs a step with its output in a log, and tells how long it took. Steps are joined by "&&", since
+# Runs a step with its output in a log, and prints how long it took. Steps are joined by "&&", since
 # their errors do not end the shell here.
 step() {
   local name=$1 begin=$SECONDS
