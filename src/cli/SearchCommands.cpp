@@ -60,7 +60,7 @@ Outcome findAll(const Arguments& arguments, Session& session) {
   BufferedText text(sink);
   std::int64_t count = 0;
   forEachOccurrence(document.bytes().span(), search.request, search.candidateList,
-                    session.beginPart(kSearching), [&](const CandidateScanner::Hit& hit) {
+                    session.beginPart(kSearching), [&](const OccurrenceWalk::Hit& hit) {
                       appendMatchLine(text, hit.offset, hit.length);
                       ++count;
                     });

@@ -22,7 +22,7 @@ PromptedReplaceAll::PromptedReplaceAll(ByteBuffer original, SearchRequest reques
       bookmarks_(std::move(bookmarks)),
       maximumGrowth_(std::max<std::int64_t>(maximumGrowth, 0)),
       maximumRecordBytes_(maximumRecordBytes),
-      scanner_(original_.span(), candidateList_, request_.ignoresASCIICase()) {
+      walk_(original_.span(), candidateList_, request_.ignoresASCIICase()) {
   checkPrecondition(candidateList_.size() == replacementByPattern_.size(),
                     "a replacement for each candidate");
 }
@@ -31,7 +31,7 @@ std::optional<SearchMatch> PromptedReplaceAll::findNext(TaskProgress& progress) 
   progress.checkpoint();
   if (stopped_) return std::nullopt;
   progress.setTotal(progressTotal());
-  current_ = scanner_.next(position_, progress);
+  if (!current_) current_ = walk_.next(progress);
   if (!current_) return std::nullopt;
   return matchOf(original_.span(), request_, candidateList_, current_->candidate, current_->offset);
 }
@@ -52,7 +52,6 @@ bool PromptedReplaceAll::replaceCurrent() {
 
 void PromptedReplaceAll::skipCurrent() {
   checkPrecondition(current_.has_value(), "an occurrence to decide");
-  position_ = current_->end();
   current_.reset();
 }
 
@@ -70,7 +69,7 @@ ReplaceAllComputation PromptedReplaceAll::finish(TaskProgress& progress) const {
 
 /// By how much the document will have grown when `hit` is replaced, too; absent when that is too
 /// much.
-std::optional<std::int64_t> PromptedReplaceAll::growthWith(const CandidateScanner::Hit& hit) const {
+std::optional<std::int64_t> PromptedReplaceAll::growthWith(const OccurrenceWalk::Hit& hit) const {
   const auto inserted = static_cast<std::int64_t>(replacementByPattern_[hit.candidate].size());
   const std::int64_t growth = saturatingAdd(growth_, inserted - hit.length);
   if (growth > maximumGrowth_) return std::nullopt;

@@ -8,7 +8,7 @@
 #include "base/ByteBuffer.h"
 #include "base/SaturatingMath.h"
 #include "base/TaskProgress.h"
-#include "search/CandidateScanner.h"
+#include "search/OccurrenceWalk.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
@@ -65,7 +65,7 @@ class PromptedReplaceAll {
   };
   static_assert(sizeof(Record) == kRecordBytes);
 
-  std::optional<std::int64_t> growthWith(const CandidateScanner::Hit& hit) const;
+  std::optional<std::int64_t> growthWith(const OccurrenceWalk::Hit& hit) const;
   bool hasRoomForRecord() const;
   /// Of the whole run, which has one progress: the walk through the document, and the copy.
   std::int64_t progressTotal() const { return saturatingMultiply(original_.size(), 2); }
@@ -77,10 +77,9 @@ class PromptedReplaceAll {
   const std::vector<std::int64_t> bookmarks_;
   const std::int64_t maximumGrowth_;
   const std::int64_t maximumRecordBytes_;
-  CandidateScanner scanner_;
-  std::optional<CandidateScanner::Hit> current_;
-  std::int64_t position_ = 0;  // where the next occurrence may begin
-  std::int64_t growth_ = 0;    // of the whole document, by what was accepted
+  OccurrenceWalk walk_;
+  std::optional<OccurrenceWalk::Hit> current_;  // offered and not yet decided
+  std::int64_t growth_ = 0;                     // of the whole document, by what was accepted
   std::vector<Record> accepted_;
   bool stopped_ = false;
 };

@@ -4,6 +4,7 @@
 
 #include "base/Check.h"
 #include "base/SaturatingMath.h"
+#include "search/OccurrenceWalk.h"
 #include "search/ReplacementWriter.h"
 
 namespace quillmor {
@@ -34,14 +35,12 @@ ReplaceAllComputation computeReplaceAll(const ByteBuffer& original, const Search
                     "a replacement for each candidate");
   progress.checkpoint();
   progress.setTotal(saturatingMultiply(original.size(), 2));  // the walk, and the copy
-  CandidateScanner scanner(original.span(), candidateList, request.ignoresASCIICase());
+  OccurrenceWalk walk(original.span(), candidateList, request.ignoresASCIICase());
   ReplacementWriter writer(
       original, bookmarks, maximumGrowth,
       largestOutput(original.size(), candidateList, replacementByPattern, maximumGrowth), progress);
-  std::int64_t position = 0;
-  while (const auto hit = scanner.next(position, progress)) {
+  while (const auto hit = walk.next(progress)) {
     writer.replace(hit->offset, hit->length, replacementByPattern[hit->candidate]);
-    position = hit->end();
   }
   return writer.finish();
 }

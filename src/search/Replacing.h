@@ -6,7 +6,6 @@
 
 #include "base/ByteBuffer.h"
 #include "base/TaskProgress.h"
-#include "search/CandidateScanner.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
 

@@ -92,7 +92,7 @@ std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
   const std::int64_t start = clampedToCount(plan.startOffset, sizeOf(bytes));
   if (plan.forceForward) {
     progress.setTotal(sizeOf(bytes) - start);
-    const auto hit = CandidateScanner(bytes, candidateList, folds, start).next(start, progress);
+    const auto hit = OccurrenceWalk(bytes, candidateList, folds, start).next(progress);
     if (!hit) return std::nullopt;
     return matchOf(bytes, request, candidateList, hit->candidate, hit->offset);
   }
@@ -106,7 +106,7 @@ SearchAllSummary searchAllSummary(std::span<const std::uint8_t> bytes, const Sea
                                   const std::vector<SearchCandidate>& candidateList,
                                   TaskProgress& progress) {
   SearchAllSummary summary;
-  forEachOccurrence(bytes, request, candidateList, progress, [&](const CandidateScanner::Hit& hit) {
+  forEachOccurrence(bytes, request, candidateList, progress, [&](const OccurrenceWalk::Hit& hit) {
     if (summary.count++ == 0)
       summary.firstMatch = matchOf(bytes, request, candidateList, hit.candidate, hit.offset);
   });

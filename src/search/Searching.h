@@ -8,7 +8,7 @@
 
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
-#include "search/CandidateScanner.h"
+#include "search/OccurrenceWalk.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
 
@@ -58,12 +58,8 @@ void forEachOccurrence(std::span<const std::uint8_t> bytes, const SearchRequest&
                        OnOccurrence onOccurrence) {
   progress.checkpoint();
   progress.setTotal(static_cast<std::int64_t>(bytes.size()));
-  CandidateScanner scanner(bytes, candidateList, request.ignoresASCIICase());
-  std::int64_t position = 0;
-  while (const auto hit = scanner.next(position, progress)) {
-    onOccurrence(*hit);
-    position = hit->end();
-  }
+  OccurrenceWalk walk(bytes, candidateList, request.ignoresASCIICase());
+  while (const auto hit = walk.next(progress)) onOccurrence(*hit);
 }
 
 /// Counts the occurrences that do not overlap, from the start of the data on. `progress` is used as

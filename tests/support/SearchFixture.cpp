@@ -52,11 +52,11 @@ bool occursAt(std::span<const std::uint8_t> bytes, const SearchRequest& request,
   return true;
 }
 
-std::optional<CandidateScanner::Hit> bestAt(std::span<const std::uint8_t> bytes,
-                                            const SearchRequest& request,
-                                            const std::vector<SearchCandidate>& candidateList,
-                                            std::int64_t offset) {
-  std::optional<CandidateScanner::Hit> best;
+std::optional<OccurrenceWalk::Hit> bestAt(std::span<const std::uint8_t> bytes,
+                                          const SearchRequest& request,
+                                          const std::vector<SearchCandidate>& candidateList,
+                                          std::int64_t offset) {
+  std::optional<OccurrenceWalk::Hit> best;
   for (std::size_t i = 0; i < candidateList.size(); ++i) {
     const std::int64_t length = sizeOf(candidateList[i].bytes);
     if (best && best->length >= length) continue;
@@ -65,10 +65,10 @@ std::optional<CandidateScanner::Hit> bestAt(std::span<const std::uint8_t> bytes,
   return best;
 }
 
-std::optional<CandidateScanner::Hit> firstFrom(std::span<const std::uint8_t> bytes,
-                                               const SearchRequest& request,
-                                               const std::vector<SearchCandidate>& candidateList,
-                                               std::int64_t position) {
+std::optional<OccurrenceWalk::Hit> firstFrom(std::span<const std::uint8_t> bytes,
+                                             const SearchRequest& request,
+                                             const std::vector<SearchCandidate>& candidateList,
+                                             std::int64_t position) {
   for (std::int64_t offset = std::max<std::int64_t>(position, 0); offset < sizeOf(bytes);
        ++offset) {
     if (const auto hit = bestAt(bytes, request, candidateList, offset)) return hit;
@@ -76,10 +76,10 @@ std::optional<CandidateScanner::Hit> firstFrom(std::span<const std::uint8_t> byt
   return std::nullopt;
 }
 
-std::optional<CandidateScanner::Hit> lastFrom(std::span<const std::uint8_t> bytes,
-                                              const SearchRequest& request,
-                                              const std::vector<SearchCandidate>& candidateList,
-                                              std::int64_t position) {
+std::optional<OccurrenceWalk::Hit> lastFrom(std::span<const std::uint8_t> bytes,
+                                            const SearchRequest& request,
+                                            const std::vector<SearchCandidate>& candidateList,
+                                            std::int64_t position) {
   const std::int64_t highest = std::min(std::max<std::int64_t>(position, 0), sizeOf(bytes));
   for (std::int64_t offset = highest; offset >= 0; --offset) {
     if (const auto hit = bestAt(bytes, request, candidateList, offset)) return hit;
@@ -87,10 +87,10 @@ std::optional<CandidateScanner::Hit> lastFrom(std::span<const std::uint8_t> byte
   return std::nullopt;
 }
 
-std::vector<CandidateScanner::Hit> allHits(std::span<const std::uint8_t> bytes,
-                                           const SearchRequest& request,
-                                           const std::vector<SearchCandidate>& candidateList) {
-  std::vector<CandidateScanner::Hit> hits;
+std::vector<OccurrenceWalk::Hit> allHits(std::span<const std::uint8_t> bytes,
+                                         const SearchRequest& request,
+                                         const std::vector<SearchCandidate>& candidateList) {
+  std::vector<OccurrenceWalk::Hit> hits;
   std::int64_t position = 0;
   while (const auto hit = firstFrom(bytes, request, candidateList, position)) {
     hits.push_back(*hit);
@@ -99,11 +99,11 @@ std::vector<CandidateScanner::Hit> allHits(std::span<const std::uint8_t> bytes,
   return hits;
 }
 
-Replaced replaceOneByOne(SearchBytes bytes, const std::vector<CandidateScanner::Hit>& hits,
+Replaced replaceOneByOne(SearchBytes bytes, const std::vector<OccurrenceWalk::Hit>& hits,
                          const ReplacementTable& table, std::vector<std::int64_t> bookmarks) {
   Replaced result{std::move(bytes), std::move(bookmarks), 0};
   std::int64_t shift = 0;
-  for (const CandidateScanner::Hit& hit : hits) {
+  for (const OccurrenceWalk::Hit& hit : hits) {
     const SearchBytes& replacement = table[hit.candidate];
     const auto at = result.bytes.begin() + hit.offset + shift;
     const auto gap = result.bytes.erase(at, at + hit.length);

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "search/CandidateScanner.h"
+#include "search/OccurrenceWalk.h"
 #include "search/Replacing.h"
 #include "search/SearchCandidate.h"
 #include "search/SearchRequest.h"
@@ -33,21 +33,21 @@ namespace naive {
 
 bool occursAt(std::span<const std::uint8_t> bytes, const SearchRequest& request,
               const SearchCandidate& candidate, std::int64_t offset);
-std::optional<CandidateScanner::Hit> bestAt(std::span<const std::uint8_t> bytes,
+std::optional<OccurrenceWalk::Hit> bestAt(std::span<const std::uint8_t> bytes,
+                                          const SearchRequest& request,
+                                          const std::vector<SearchCandidate>& candidateList,
+                                          std::int64_t offset);
+std::optional<OccurrenceWalk::Hit> firstFrom(std::span<const std::uint8_t> bytes,
+                                             const SearchRequest& request,
+                                             const std::vector<SearchCandidate>& candidateList,
+                                             std::int64_t position);
+std::optional<OccurrenceWalk::Hit> lastFrom(std::span<const std::uint8_t> bytes,
                                             const SearchRequest& request,
                                             const std::vector<SearchCandidate>& candidateList,
-                                            std::int64_t offset);
-std::optional<CandidateScanner::Hit> firstFrom(std::span<const std::uint8_t> bytes,
-                                               const SearchRequest& request,
-                                               const std::vector<SearchCandidate>& candidateList,
-                                               std::int64_t position);
-std::optional<CandidateScanner::Hit> lastFrom(std::span<const std::uint8_t> bytes,
-                                              const SearchRequest& request,
-                                              const std::vector<SearchCandidate>& candidateList,
-                                              std::int64_t position);
-std::vector<CandidateScanner::Hit> allHits(std::span<const std::uint8_t> bytes,
-                                           const SearchRequest& request,
-                                           const std::vector<SearchCandidate>& candidateList);
+                                            std::int64_t position);
+std::vector<OccurrenceWalk::Hit> allHits(std::span<const std::uint8_t> bytes,
+                                         const SearchRequest& request,
+                                         const std::vector<SearchCandidate>& candidateList);
 
 /// A document in which occurrences were replaced one after the other by single edits.
 struct Replaced {
@@ -57,7 +57,7 @@ struct Replaced {
 };
 
 /// `hits` are offsets of the document before, front to back.
-Replaced replaceOneByOne(SearchBytes bytes, const std::vector<CandidateScanner::Hit>& hits,
+Replaced replaceOneByOne(SearchBytes bytes, const std::vector<OccurrenceWalk::Hit>& hits,
                          const ReplacementTable& table, std::vector<std::int64_t> bookmarks);
 
 }  // namespace naive

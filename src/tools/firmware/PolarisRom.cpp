@@ -5,7 +5,7 @@
 
 #include "base/Check.h"
 #include "kernels/ByteSum.h"
-#include "search/scan/ByteSearch.h"
+#include "search/OccurrenceWalk.h"
 #include "tools/firmware/FieldReader.h"
 #include "tools/firmware/FirmwareText.h"
 
@@ -125,13 +125,11 @@ constexpr std::array<Rx580PatchRule, 2> kRx580Rules = {{
 std::int64_t applyRule(const Rx580PatchRule& rule, Rx580PatchRun& run) {
   if (rule.find.empty() || rule.find.size() != rule.replace.size()) return 0;
   std::int64_t count = 0;
-  std::int64_t cursor = 0;
-  while (const auto match = ByteSearch::index(rule.find, run.region, cursor, /*backwards=*/false,
-                                              /*caseInsensitiveASCII=*/false)) {
-    std::ranges::copy(rule.replace, run.region.begin() + *match);
-    if (!run.firstReplacementOffset) run.firstReplacementOffset = match;
+  OccurrenceWalk walk(run.region, rule.find);
+  while (const auto match = walk.next(StopCheck())) {
+    std::ranges::copy(rule.replace, run.region.begin() + match->offset);
+    if (!run.firstReplacementOffset) run.firstReplacementOffset = match->offset;
     ++count;
-    cursor = *match + std::ssize(rule.find);
   }
   return count;
 }

@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 #include "base/VisibleText.h"
+#include "search/OccurrenceWalk.h"
 #include "search/ReplacementWriter.h"
-#include "search/scan/Matcher.h"
 #include "tools/patches/JSONPresetLimits.h"
 
 namespace quillmor {
@@ -18,29 +17,9 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// Positions searched between two looks at the stop request.
-constexpr std::int64_t kSearchedPiece = 4 * kMiB;
-
-/// Calls `visit` with the position of every match that does not overlap the one before it.
-template <typename Visit>
-void forEachMatch(Matcher& matcher, Bytes bytes, const TaskProgress& progress, Visit visit) {
-  const std::int64_t length = matcher.needleLength();
-  const std::int64_t last = std::ssize(bytes) - length;
-  // A search may look at a needle's length of bytes behind the end of each piece.
-  const std::int64_t piece = std::max(kSearchedPiece, 4 * length);
-  MatchList list;
-  for (std::int64_t from = 0; from <= last;) {
-    progress.checkpoint();
-    const std::int64_t end = from + piece;
-    matcher.collect(bytes, from, end - 1, list, progress);
-    for (int i = 0; i < list.count; ++i) visit(list.positions[static_cast<std::size_t>(i)]);
-    from = list.freeFrom(list.isFull() ? from : end, length);
-  }
-}
-
 /// No fewer bytes than the result of `rule` has. Throws when that would be too many, which only
 /// counting the matches tells where the document could be made of nothing but them.
-std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Matcher& matcher, Bytes bytes,
+std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Bytes bytes,
                            std::int64_t maximumByteCount, const TaskProgress& progress) {
   const std::int64_t growth = std::ssize(rule.replace) - std::ssize(rule.find);
   if (growth <= 0 || rule.find.empty()) return std::ssize(bytes);
@@ -49,7 +28,8 @@ std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Matcher& matcher, 
   if (extent.allows(mostMatches)) return extent.sizeWith(mostMatches);
   std::int64_t matches = 0;
   std::int64_t size = std::ssize(bytes);
-  forEachMatch(matcher, bytes, progress, [&](std::int64_t) { size = extent.sizeWith(++matches); });
+  OccurrenceWalk walk(bytes, rule.find);
+  while (walk.next(StopCheck(progress))) size = extent.sizeWith(++matches);
   return size;
 }
 
@@ -66,18 +46,18 @@ void appendMoved(const std::vector<std::int64_t>& beyond, std::int64_t shift,
 void applyJSONPresetRule(const JSONPatchPreset::Rule& rule, std::int64_t maximumByteCount,
                          JSONPresetResult& document, TaskProgress& progress) {
   const std::int64_t size = document.bytes.size();
-  Matcher matcher(rule.find, false);
   const std::int64_t largest =
-      largestResult(rule, matcher, document.bytes.span(), maximumByteCount, progress);
+      largestResult(rule, document.bytes.span(), maximumByteCount, progress);
 
   const auto beyondEnd = std::ranges::upper_bound(document.bookmarks, size);
   ReplacementWriter writer(document.bytes, {document.bookmarks.begin(), beyondEnd}, largest - size,
                            largest, progress);
   std::optional<HexSelection> first;
-  forEachMatch(matcher, document.bytes.span(), progress, [&](std::int64_t at) {
-    if (!first) first = HexSelection{at, std::ssize(rule.replace)};
-    writer.replace(at, std::ssize(rule.find), rule.replace);
-  });
+  OccurrenceWalk walk(document.bytes.span(), rule.find);
+  while (const auto match = walk.next(StopCheck(progress))) {
+    if (!first) first = HexSelection{match->offset, std::ssize(rule.replace)};
+    writer.replace(match->offset, match->length, rule.replace);
+  }
   ReplaceAllComputation replaced = writer.finish();
   appendMoved({beyondEnd, document.bookmarks.end()}, replaced.bytes.size() - size,
               replaced.bookmarks);

@@ -11,7 +11,7 @@
 namespace quillmor::test {
 namespace {
 
-using Hit = CandidateScanner::Hit;
+using Hit = OccurrenceWalk::Hit;
 using Hits = std::vector<Hit>;
 
 Hits occurrences(std::string_view text, std::initializer_list<std::string_view> candidateTexts,

@@ -202,7 +202,7 @@ TEST(PromptedReplaceAllModel, agreesWithReplacingTheAcceptedOnesOneByOne) {
     TaskProgress progress;
     PromptedReplaceAll run(ByteBuffer(std::span<const std::uint8_t>(random.bytes)), random.request,
                            random.candidateList, random.table, random.bookmarks, allowed);
-    std::vector<CandidateScanner::Hit> accepted;
+    std::vector<OccurrenceWalk::Hit> accepted;
     std::int64_t growth = 0;
     bool stopped = false;
     for (const auto& hit :

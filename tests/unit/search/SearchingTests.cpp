@@ -283,7 +283,7 @@ TEST(SearchingModel, agreesWithComparingEverywhere) {
     const SearchBytes& bytes = random.bytes;
     const auto size = static_cast<std::int64_t>(bytes.size());
     const auto expectMatch = [&](const std::optional<SearchMatch>& match,
-                                 const std::optional<CandidateScanner::Hit>& hit) {
+                                 const std::optional<OccurrenceWalk::Hit>& hit) {
       ASSERT_EQ(match.has_value(), hit.has_value()) << "round " << round;
       if (!match) return;
       ASSERT_EQ(match->offset, hit->offset) << "round " << round;
@@ -305,7 +305,7 @@ TEST(SearchingModel, agreesWithComparingEverywhere) {
     ASSERT_EQ(summary.count, std::ssize(hits)) << "round " << round;
     expectMatch(summary.firstMatch, hits.empty() ? std::nullopt : std::optional(hits.front()));
     const HexSelection selection = HexSelection{random.upTo(size), random.upTo(4)}.normalized(size);
-    std::optional<CandidateScanner::Hit> inSelection;
+    std::optional<OccurrenceWalk::Hit> inSelection;
     for (std::size_t i = random.candidateList.size(); i-- > 0;) {
       const auto& candidate = random.candidateList[i];
       if (std::ssize(candidate.bytes) == selection.length &&

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/ByteUnits.h"
-#include "search/CandidateScanner.h"
+#include "search/OccurrenceWalk.h"
 #include "search/scan/ByteSearch.h"
 #include "search/scan/WildcardHexPattern.h"
 #include "support/SearchCases.h"
@@ -71,14 +71,10 @@ TEST(ScanWork, rejectedMatchesAreNotPassedTwice) {
 }
 
 /// All occurrences that do not overlap.
-std::int64_t walk(CandidateScanner& scanner) {
+std::int64_t countOf(OccurrenceWalk walk) {
   TaskProgress progress;
   std::int64_t count = 0;
-  std::int64_t position = 0;
-  while (const auto hit = scanner.next(position, progress)) {
-    position = hit->end();
-    ++count;
-  }
+  while (walk.next(progress)) ++count;
   return count;
 }
 
@@ -89,8 +85,7 @@ TEST(ScanWork, matchesThatOverlapTheOneBeforeAreNeverCompared) {
       {Bytes(kLength, 'a'), SearchCandidateKind::Raw()}};
   for (const SearchLimits& limits : everyKernel()) {
     const WatchedKernel kernel(limits);
-    CandidateScanner scanner(bytes, candidateList, false);
-    const std::int64_t count = walk(scanner);
+    const std::int64_t count = countOf({bytes, candidateList, false});
     EXPECT_EQ(count, 16 * kMiB / kLength);
     // A call for every list of 64, and for the ends of the pieces.
     EXPECT_LE(kernel.callCount(), count / MatchList::kCapacity + 16);
@@ -102,8 +97,7 @@ TEST(ScanWork, shorterCandidatesAreNotLookedForWhereALongerOneIs) {
   const Bytes bytes(kMiB, 'a');
   const auto candidateList = test::rawCandidates({"a", "aa", "aaaa", "aaaaaaaa"});
   const WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false);
-  EXPECT_EQ(walk(scanner), kMiB / 8);
+  EXPECT_EQ(countOf({bytes, candidateList, false}), kMiB / 8);
   EXPECT_LE(kernel.positions(), kMiB + kMiB / 64);
 }
 
@@ -113,8 +107,7 @@ TEST(ScanWork, occurrencesThatAnotherCandidateTakesAwayCostLittle) {
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = i % 2 == 0 ? 'a' : 'b';
   const auto candidateList = test::rawCandidates({"ab", "babababa"});
   const WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false);
-  EXPECT_EQ(walk(scanner), kMiB / 2);
+  EXPECT_EQ(countOf({bytes, candidateList, false}), kMiB / 2);
   EXPECT_LE(kernel.positions(), 4 * kMiB);
   EXPECT_LE(kernel.callCount(), kMiB);
 }
@@ -129,8 +122,7 @@ TEST(ScanWork, aLongCandidateTakenAwayIsLookedForOnceInItsPlace) {
   const Bytes bytes = test::searchBytes(text);
   const auto candidateList = test::rawCandidates({longOne, "cb", "a"});
   const WatchedKernel kernel;
-  CandidateScanner scanner(bytes, candidateList, false);
-  EXPECT_EQ(walk(scanner), std::ssize(bytes) / (kLength + 1) * kLength);
+  EXPECT_EQ(countOf({bytes, candidateList, false}), std::ssize(bytes) / (kLength + 1) * kLength);
   EXPECT_LE(kernel.positions(), 5 * std::ssize(bytes));
 }
 

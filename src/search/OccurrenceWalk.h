@@ -14,15 +14,16 @@ namespace quillmor {
 
 /// How many positions are searched for one candidate of `candidateList` before something else is
 /// done: few enough that several candidates, which are short, find the same bytes in the cache, and
-/// that progress is told of often.
+/// that progress is reported often.
 std::int64_t searchedPieceBytes(const std::vector<SearchCandidate>& candidateList);
 
-/// Walks the occurrences of several candidates through bytes, front to back. What is known of each
-/// candidate, its next occurrence or how far there is none, is kept until it is passed, so that the
-/// whole walk looks at each byte about once for each candidate, however many occurrences there are.
+/// Walks the occurrences of one or several candidates through bytes, front to back, each from the
+/// end of the one before. Each candidate's next occurrence, or how far there is none, is kept until
+/// it is passed. So the whole walk looks at each byte about once for each candidate, however many
+/// occurrences there are.
 ///
-/// Haystack and candidates outlive the scanner. For one thread at a time.
-class CandidateScanner {
+/// Haystack and candidates outlive the walk. For one thread at a time.
+class OccurrenceWalk {
  public:
   struct Hit {
     std::int64_t offset = 0;
@@ -33,19 +34,24 @@ class CandidateScanner {
     bool operator==(const Hit&) const = default;
   };
 
-  /// For a walk that begins at `start`, 0 or more.
-  CandidateScanner(std::span<const std::uint8_t> haystack,
-                   const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
-                   std::int64_t start = 0);
+  /// Begins at `start`, 0 or more.
+  OccurrenceWalk(std::span<const std::uint8_t> haystack,
+                 const std::vector<SearchCandidate>& candidateList, bool ignoresASCIICase,
+                 std::int64_t start = 0);
 
-  /// The earliest occurrence of any candidate at or behind `position`: that of the call before, or
-  /// the end of the occurrence it found; `start` at first. Where several begin, the longest; among
-  /// equally long ones the first in the list.
+  /// A walk through the exact occurrences of one needle, which outlives it.
+  OccurrenceWalk(std::span<const std::uint8_t> haystack, std::span<const std::uint8_t> needle);
+
+  /// The earliest occurrence of any candidate from the end of the one before on. Where several
+  /// begin, the longest; among equally long ones the first in the list.
   ///
   /// Every few milliseconds `progress` advances, by the bytes between `start` and the end of the
-  /// haystack in all, and is asked whether to stop: then `Error::stopped()` is thrown, and the call
-  /// may be repeated.
-  std::optional<Hit> next(std::int64_t position, TaskProgress& progress);
+  /// haystack in all, and is asked whether to stop: then throws `Error::stopped()`. The call may be
+  /// repeated.
+  std::optional<Hit> next(TaskProgress& progress);
+
+  /// The same with a check that runs as often.
+  std::optional<Hit> next(StopCheck check);
 
  private:
   /// A candidate, and where it may occur next.
@@ -61,17 +67,20 @@ class CandidateScanner {
     Matcher matcher;
   };
 
-  Cursor* earliestBehind(std::int64_t position);
+  void addCursor(std::span<const std::uint8_t> needle, bool ignoresASCIICase);
+  Cursor* earliest();
   void pass(Cursor& cursor, std::int64_t position);
   void takeOverlapping(Cursor& cursor, std::int64_t position);
-  void searchPiece(Cursor& cursor, const TaskProgress& progress);
-  void report(std::int64_t walkedTo, TaskProgress& progress);
+  void searchPiece(Cursor& cursor, StopCheck check);
+  void checkAt(std::int64_t walkedTo, StopCheck check);
 
   std::span<const std::uint8_t> haystack_;
   std::int64_t pieceBytes_;
+  std::int64_t position_;        // where the next occurrence may begin
   std::vector<Cursor> cursors_;  // the longest first, equal lengths in the order of the list
-  std::int64_t reported_ = 0;    // the position `progress` has been told of
-  std::int64_t unreportedWork_ = 0;
+  std::int64_t walkedTo_;        // as of the last check
+  std::int64_t reported_;        // the position progress has been told of
+  std::int64_t uncheckedWork_ = 0;
 };
 
 }  // namespace quillmor
