@@ -27,7 +27,7 @@ struct RangeEdit {
   /// The edit's name in the Edit menu.
   std::string actionName;
   EditPlace after;
-  /// The bytes of the range, where the caller has them, so that undo need not copy them.
+  /// The bytes of the range, if the caller has them, so undo need not copy them.
   std::optional<ByteBuffer> removed = {};
 };
 
@@ -102,16 +102,17 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
 
   // Another file's bytes.
 
-  /// Makes `storage` the one that is edited; the history goes. Bookmarks, caret and selection go
-  /// too unless they are to be kept as far as they fit. `showStorage` follows.
+  /// Edits `storage` from now on; the history is cleared. Bookmarks, caret and selection are
+  /// cleared too, or with `preservingEditorState` kept as far as they fit. Call `showStorage`
+  /// afterwards.
   void takeStorage(std::shared_ptr<HexStorage> storage, bool preservingEditorState) noexcept;
   void showStorage();
 
-  /// Ends the session: the history goes, and the hex view tells nobody any more.
+  /// Ends the session: the history is cleared, and the hex view reports to nobody any more.
   void close();
 
  private:
-  /// An edit that is about to happen, with all the memory that accounting for it takes.
+  /// An edit that is about to happen, with all memory that its accounting needs.
   struct AnnouncedEdit {
     UndoRecords::Pending undo = {};
     /// Where the new bytes will be and how many they replace; absent when the edit brings its own

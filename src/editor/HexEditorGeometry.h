@@ -10,7 +10,7 @@ namespace quillmor {
 /// The column that the caret types into.
 enum class EditingArea { hex, ascii };
 
-/// What the layout of a document depends on besides the font.
+/// The facts, besides the font, that the layout of a document depends on.
 struct HexDocumentShape {
   std::int64_t byteCount = 0;
   std::int64_t bytesPerRow = 16;
@@ -31,7 +31,7 @@ struct RowRange {
   bool operator==(const RowRange&) const = default;
 };
 
-/// A byte, and how far the top of its row lies below the top of what can be seen.
+/// A byte, and the distance from the top of the viewport down to the top of its row.
 struct PlaceInView {
   std::int64_t offset = 0;
   double distance = 0;
@@ -49,23 +49,23 @@ class HexEditorGeometry {
   static constexpr double maximumRepresentableDocumentDimension = 9223372036854774784.0;
 
   /// From the top of the header or of a row down to the top of its line of text: the text's
-  /// baseline lies this and the font's ascent below the row's top.
+  /// baseline lies this distance plus the font's ascent below the row's top.
   static constexpr double kTextInset = 4;
 
   /// The x coordinate of the header's "Offset" and of the row offsets.
   static constexpr double kOffsetColumnX = 12;
 
-  /// `value` truncated toward zero. What does not fit gives the nearest signed 64-bit value, and
-  /// what is not finite the largest, or the smallest when its sign bit is set.
+  /// Returns `value` truncated toward zero, or the nearest signed 64-bit value if it does not fit.
+  /// Infinities and NaN give the largest value, or the smallest if the sign bit is set.
   static std::int64_t toInt(double value);
 
-  /// The number of rows, at least 1. The position just past the last byte always has a row, so a
-  /// full last row is followed by an empty one. 1 when `bytesPerRow` is below 1.
+  /// Returns the number of rows, at least 1. The position just past the last byte always has a row,
+  /// so a full last row is followed by an empty one. 1 when `bytesPerRow` is below 1.
   static std::int64_t rowCount(HexDocumentShape shape);
 
   /// Takes the measures of the view's font: the width of the string "W", and the height of the
   /// font's bounding rectangle, to which a row adds 7. Only the first call counts; the font never
-  /// changes. The next `recalcMetrics` lays out anew, whatever was laid out with the placeholders.
+  /// changes. The next `recalcMetrics` lays out anew, because the layout so far used placeholders.
   void setFontMetrics(double widthOfW, double fontHeight);
 
   /// Lays the document out again. Columns and the desired size are computed only when `shape`
@@ -90,7 +90,7 @@ class HexEditorGeometry {
   double hexCellX(std::int64_t column) const;
   double asciiCellX(std::int64_t column) const;
 
-  /// The areas that a selected byte fills behind its two cells.
+  /// The highlighted area under the cell of a selected byte.
   Rect hexHighlight(std::int64_t row, std::int64_t column) const;
   Rect asciiHighlight(std::int64_t row, std::int64_t column) const;
 
@@ -101,21 +101,22 @@ class HexEditorGeometry {
   /// to be drawn or the numbers are not finite.
   std::optional<RowRange> rowsMeeting(double minY, double maxY, HexDocumentShape shape) const;
 
-  /// The data rows of which `minY`...`maxY` shows at least a part; the nearest one when it shows
+  /// The data rows that are at least partly within `minY`...`maxY`, or the nearest row if there is
   /// none. The numbers are finite.
   RowRange visibleRows(double minY, double maxY, HexDocumentShape shape) const;
 
-  /// The most height above and below a row, in whole rows and at most `rows` of them, that a
-  /// viewport of `viewportHeight` has room for.
+  /// The height that a viewport of `viewportHeight` can show above and below a row: whole rows, at
+  /// most `rows` of them.
   double contextAround(double viewportHeight, std::int64_t rows) const;
 
-  /// What to keep in its place when rows get longer or shorter, in a viewport of `viewportHeight`
-  /// scrolled to `scrollY`: the caret where its row can be seen, else the first row that can be.
+  /// Returns the place to keep still when the row length changes, in a viewport of `viewportHeight`
+  /// scrolled to `scrollY`. That is the caret if its row is visible, else the first visible row.
   /// The numbers are finite.
   PlaceInView placeToKeep(double scrollY, double viewportHeight, std::int64_t caretOffset,
                           HexDocumentShape shape) const;
 
-  /// Where to scroll to, so that `place` lies as it did; not clamped to the document.
+  /// Returns the scroll position at which `place` keeps its distance from the top; not clamped to
+  /// the document.
   double scrollFor(const PlaceInView& place, std::int64_t bytesPerRow) const;
 
   /// The offset under `point`, 0...`shape.byteCount`. Left of the hex cells the column is negative

@@ -85,15 +85,15 @@ struct KeyPress {
   /// The text that the key types, in UTF-8. Looked at for `Key::other` only.
   std::string characters;
 
-  /// Whether the press carries no characters. The other keys always have some: which ones, and
-  /// whether a toolkit tells them, differs between systems.
+  /// True if the press carries no characters. The named keys always count as having some: whether a
+  /// toolkit reports them differs between systems.
   bool isEmpty() const { return key == Key::other && characters.empty(); }
 };
 
-/// The hex view without its drawing: caret, selection, typing modes and everything that keyboard,
-/// mouse and commands do with them. Edits go straight into the storage, each announced to the
-/// delegate before and reported after it. What is refused beeps, changes nothing, and its reason
-/// goes to the delegate.
+/// The hex view without its drawing: caret, selection, typing modes, and what keyboard, mouse and
+/// commands do with them. Edits go straight into the storage. Each is announced to the delegate
+/// before it happens and reported afterwards. A refusal beeps, changes nothing, and gives its
+/// reason to the delegate.
 ///
 /// Main thread only. Delegate, surface and beeper must outlive the state or be reset.
 class HexEditorState {
@@ -104,15 +104,15 @@ class HexEditorState {
   HexEditorState& operator=(const HexEditorState&) = delete;
 
   void setDelegate(HexEditorViewDelegate* delegate) { delegate_ = delegate; }
-  /// Without a surface the state works the same and shows nothing.
+  /// Without a surface the state works in the same way and shows nothing.
   void setSurface(HexEditorSurface* surface);
 
   const std::shared_ptr<HexStorage>& storage() const { return storage_; }
   /// Replaces the bytes shown; the caller then sets caret and selection and lays out again.
   void setStorage(std::shared_ptr<HexStorage> storage);
 
-  /// Clamped to 8...32. What can be seen stays in its place: the row of the caret when it is among
-  /// it, else the first row.
+  /// Clamped to 8...32. The view keeps its place: the row of the caret if it is visible, else the
+  /// first visible row.
   std::int64_t bytesPerRow() const { return bytesPerRow_; }
   void setBytesPerRow(std::int64_t value);
 
@@ -124,11 +124,11 @@ class HexEditorState {
   /// and scrolls the caret into view.
   std::int64_t caretOffset() const { return caretOffset_; }
   void setCaretOffset(std::int64_t value);
-  /// The same for a place to go to: shows a few rows above and below it too, where there is room.
+  /// The same, for a jump: also shows a few rows above and below, if there is room.
   void goTo(std::int64_t offset);
 
-  /// Sets caret and selection as the two setters do and shows nothing: after a change of the bytes
-  /// this cannot fail. `showCaretAndSelection` follows.
+  /// Sets caret and selection as the two setters do, but shows nothing, so it cannot fail after a
+  /// change of the bytes. Call `showCaretAndSelection` afterwards.
   void placeCaretAndSelection(std::int64_t caretOffset, HexSelection selection) noexcept;
   /// Scrolls the caret into view and redraws.
   void showCaretAndSelection();
@@ -148,10 +148,10 @@ class HexEditorState {
   EditingArea editingArea() const { return editingArea_; }
   void setEditingArea(EditingArea value);
 
-  /// Whether the next hex digit is the first of a byte.
+  /// True if the next hex digit is the first of a byte.
   bool editingHighNibble() const { return editingHighNibble_; }
 
-  /// Whether the announcement of an edit waits for the second digit, because the first one did not
+  /// True if the announcement of an edit waits for the second digit, because the first one did not
   /// change the byte.
   bool pendingLowNibbleEditAnnouncement() const { return pendingLowNibbleEditAnnouncement_; }
 
@@ -165,9 +165,9 @@ class HexEditorState {
   HexDocumentShape shape() const { return {.byteCount = count(), .bytesPerRow = bytesPerRow_}; }
   /// See `HexEditorGeometry::setFontMetrics`.
   void setFontMetrics(double widthOfW, double fontHeight);
-  /// The size of the part of the document that can be seen; takes effect with `recalcMetrics`.
+  /// The size of the visible part of the document; takes effect with `recalcMetrics`.
   void setViewportSize(Size size) { viewportSize_ = size; }
-  /// Lays out again; cheap when nothing has changed. To be called after every change of the bytes.
+  /// Lays out again; cheap when nothing has changed. Call it after every change of the bytes.
   void recalcMetrics();
   Rect caretDrawingRect() const;
 
@@ -193,9 +193,9 @@ class HexEditorState {
   void editByte(std::uint8_t value);
 
   // Replacing (HexEditorStateReplacing.cpp).
-  /// Whether the document's size allows the edit; refuses it when it does not.
+  /// True if the document's size allows the edit; otherwise refuses it.
   bool canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount);
-  /// How many bytes `insertedCount` bytes, pasted now, would take the place of.
+  /// Returns how many bytes a paste of `insertedCount` bytes would replace now.
   std::int64_t byteCountReplacedBy(std::int64_t insertedCount) const {
     return replacementFor(normalizedSelection(), insertedCount).removedCount;
   }
@@ -203,8 +203,8 @@ class HexEditorState {
   /// part of the storage.
   void replaceSelection(std::span<const std::uint8_t> bytes);
   void deleteSelectionOrByte(bool backward);
-  /// Like `replaceSelection`, but leaves the caret behind the bytes and nothing selected; bytes
-  /// equal to what they would replace are no edit.
+  /// Like `replaceSelection`, but leaves the caret after the bytes and nothing selected. Pasting
+  /// equal bytes over bytes is no edit.
   void paste(std::span<const std::uint8_t> bytes);
 
  private:
@@ -259,7 +259,7 @@ class HexEditorState {
   EditingArea editingArea_ = EditingArea::hex;
   bool editingHighNibble_ = true;
   bool pendingLowNibbleEditAnnouncement_ = false;
-  /// Whether the announced edit of the first digit stands for the second one too.
+  /// True if the announced edit of the first digit stands for the second one too.
   bool firstDigitWasAnnounced_ = false;
   std::optional<std::int64_t> trackingDragStart_;
   std::optional<std::int64_t> selectionAnchor_;

@@ -10,34 +10,36 @@
 
 namespace quillmor {
 
-/// Some rows of a document as one text, for assistive technology: a line per row, its offset, the
-/// bytes as "HH" with a space between, the printable characters, with two spaces between the
+/// Some rows of a document as one text, for assistive technology. A line per row: the offset, the
+/// bytes as "HH" with a space between, and the printable characters, with two spaces between
 /// columns. All characters are ASCII, so an index is the same in UTF-8 and UTF-16.
 class HexRowsText {
  public:
   HexRowsText(const HexStorage& storage, HexDocumentShape shape, RowRange rows);
 
-  /// How the offset of a row's first byte is shown: eight hexadecimal digits, or more when needed.
+  /// Returns the offset of a row's first byte as text: eight hexadecimal digits, or more when
+  /// needed.
   static std::string offsetText(std::int64_t rowStart);
 
   const std::string& text() const { return text_; }
   std::int64_t length() const { return static_cast<std::int64_t>(text_.size()); }
 
-  /// The index of the character that a caret at `place` stands before; none when its row is not
-  /// part of the text.
+  /// Returns the index of the character after a caret at `place`; absent if its row is not in the
+  /// text.
   std::optional<std::int64_t> indexOf(CaretPlace place) const;
 
-  /// The caret's place nearest to the character at `index` (clamped to the text).
+  /// Returns the caret's place nearest to the character at `index` (clamped to the text).
   CaretPlace placeAt(std::int64_t index) const;
 
-  /// The cell of the character at `index` (clamped to the text) in document coordinates.
+  /// Returns the cell of the character at `index` (clamped to the text) in document coordinates.
   Rect characterRect(std::int64_t index, const HexEditorGeometry& geometry) const;
 
-  /// The index of the character under `point` (document coordinates); none outside of the rows.
+  /// Returns the index of the character under `point` (document coordinates); absent outside the
+  /// rows.
   std::optional<std::int64_t> indexAt(Point point, const HexEditorGeometry& geometry) const;
 
-  /// The hex digits of the bytes of `selection` (normalised) in these rows, as indexes `first`
-  /// up to but not including `last`; none when no such byte is part of the text.
+  /// The indexes `first` up to but not including `last` of the selected bytes' hex digits in these
+  /// rows. `selection` is normalised. Absent if no selected byte is in the text.
   struct IndexRange {
     std::int64_t first = 0;
     std::int64_t last = 0;
@@ -45,8 +47,8 @@ class HexRowsText {
   };
   std::optional<IndexRange> indexesOf(HexSelection selection) const;
 
-  /// The bytes of which `range` holds a digit or the character; with both columns in part, all from
-  /// the first to the last. No bytes when it holds offsets and gaps only.
+  /// Returns the bytes with a digit or character in `range`; if it covers parts of both columns,
+  /// all bytes from the first to the last. No bytes if it covers offsets and gaps only.
   HexSelection bytesIn(IndexRange range) const;
 
  private:

@@ -2,16 +2,16 @@
 
 namespace quillmor {
 
-/// One direction of scrolling: an exact position in a document of any length, and its picture on a
-/// scroll bar that counts in `int`. Long documents get a coarser bar, never a coarser position.
-/// All lengths are in device-independent pixels.
+/// One direction of scrolling: an exact position in a document of any length, and its value on a
+/// scroll bar that counts in `int`. Long documents get a coarser bar, never a coarser position. All
+/// lengths are in device-independent pixels.
 class ScrollAxis {
  public:
   /// The most steps a bar gets; leaves the toolkit room to add page steps in `int`.
   static constexpr int kMaximumBarSteps = 1 << 30;
 
-  /// Sets the lengths of the document and of the part that can be seen; the position stays as near
-  /// as it can.
+  /// Sets the lengths of the document and of its visible part; the position changes as little as
+  /// possible.
   void setExtent(double content, double viewport);
 
   /// The document coordinate at the viewport's beginning, 0...`maximum`.

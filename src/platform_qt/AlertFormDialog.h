@@ -13,10 +13,9 @@ class QLabel;
 namespace quillmor {
 
 /// An alert with a form: labelled text fields and pop-ups between its texts and its buttons. The
-/// focus is in the field the alert names, else in the first text field, with its text selected; the
-/// notes under the fields follow what is typed and chosen.
-/// Return presses the default button, Escape the one for cancelling; without one, Escape and the
-/// window's close button do nothing. Main thread only.
+/// field that the alert names, else the first text field, has the focus, and its text is selected.
+/// The notes under the fields follow the input. Return presses the default button, Escape the
+/// cancel button; without one, Escape and the window's close button do nothing. Main thread only.
 class AlertFormDialog : public QDialog {
  public:
   /// `alert` is normalized (see `AlertButtons::normalized`) and has fields.

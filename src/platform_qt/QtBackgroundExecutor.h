@@ -7,14 +7,14 @@
 
 namespace quillmor {
 
-/// Work on threads of its own, functions on the main thread's event loop. Made and destroyed on
-/// the main thread; everything else may be called from any thread.
+/// Runs work on threads of its own, and functions on the main thread's event loop. Made and
+/// destroyed on the main thread; everything else may be called from any thread.
 class QtBackgroundExecutor : public BackgroundExecutor {
  public:
   QtBackgroundExecutor();
 
-  /// Waits for the work that has been started. Functions that have not reached the main thread by
-  /// then are dropped.
+  /// Waits for work that has started. Functions that have not run on the main thread by then are
+  /// dropped.
   ~QtBackgroundExecutor() override;
 
   void runDetached(std::function<void()> work) override;

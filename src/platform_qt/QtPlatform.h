@@ -13,8 +13,8 @@
 
 namespace quillmor {
 
-/// All services of the platform in one object, which `main` makes after the application object and
-/// keeps until the last window has gone. Main thread only.
+/// All services of the platform in one object. `main` makes it after the application object and
+/// keeps it until the last window has closed. Main thread only.
 class QtPlatform {
  public:
   /// `defaults` is not null.

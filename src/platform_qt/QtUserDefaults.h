@@ -7,10 +7,10 @@
 
 namespace quillmor {
 
-/// Settings in the user's configuration directory. Main thread only. What is set is written to the
-/// file from the event loop, and at the latest when this object goes.
+/// Settings in the user's configuration directory. Main thread only. Values are written to the file
+/// from the event loop, at the latest when this object is destroyed.
 ///
-/// The file has no types, so a value has the type its text has: "true" and "false" are Booleans,
+/// The file has no types, so a value's text decides its type: "true" and "false" are Booleans,
 /// decimal numbers are integers, and neither is ever read as the other.
 class QtUserDefaults : public UserDefaults {
  public:

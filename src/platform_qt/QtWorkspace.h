@@ -7,7 +7,7 @@
 
 namespace quillmor {
 
-/// The desktop's file manager, asked over D-Bus; where there is none that can select a file, the
+/// The desktop's file manager, called over D-Bus. If there is none that can select a file, the
 /// folder is opened instead. Main thread only. Never waits for the file manager to answer.
 class QtWorkspace : public Workspace {
  public:

@@ -10,9 +10,9 @@
 
 namespace quillmor {
 
-/// Calls `onDifferences(place, mask)` for all 64 bytes of which some differ, in order: `place` is
-/// where they begin, and a set bit of `mask` stands for a byte that differs, the lowest for the
-/// first. Throws `Error::stopped()` when `progress` says so.
+/// Calls `onDifferences(place, mask)` in order for every group of 64 bytes with a difference. The
+/// group begins at `place`; a set bit of `mask` stands for a byte that differs, the lowest bit for
+/// the first byte. Throws `Error::stopped()` when `progress` says so.
 template <typename OnDifferences>
 void forEachDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                        const TaskProgress& progress, OnDifferences onDifferences) {

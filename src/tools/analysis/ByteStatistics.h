@@ -12,23 +12,24 @@
 
 namespace quillmor {
 
-/// Counts in one pass. Any thread. Where `progress` is given its total becomes the number of bytes;
-/// throws `Error::stopped()` when it says so.
+/// Counts in one pass. Any thread. Sets the total of `progress`, if given, to the number of bytes.
+/// Throws `Error::stopped()` on a stop request.
 ByteCounts byteCounts(std::span<const std::uint8_t> bytes, TaskProgress* progress = nullptr);
 
-/// Shannon's entropy of bytes counted so, in bits per byte (0...8); 0 for no bytes, never -0.
+/// Returns Shannon's entropy of the counted bytes, in bits per byte (0...8); 0 for no bytes, never
+/// -0.
 double entropyValue(const ByteCounts& counts);
 double entropyValue(std::span<const std::uint8_t> bytes);
 
-/// What bytes are of their document.
+/// Whether a report covers a whole document or the selection.
 enum class StatisticsScope { document, selection };
 
-/// Nine lines about the distribution of byte values, or the sentence that there are none. Progress
-/// as for `byteCounts`.
+/// Returns nine lines about the distribution of byte values, or a sentence when there are no bytes.
+/// Progress as for `byteCounts`.
 std::string selectionStatisticsReport(std::span<const std::uint8_t> bytes, StatisticsScope scope,
                                       TaskProgress& progress);
 
-/// What the file information report says besides what it finds in the bytes.
+/// The facts of the file information report that are not in the bytes.
 struct FileInformation {
   std::optional<std::string> name = {};  ///< absent for a document without a file
   std::string path = {};
@@ -38,11 +39,11 @@ struct FileInformation {
   HexSelection selection = {};  ///< normalised
 };
 
-/// The report on a document with all `bytes`. Progress as for `byteCounts`.
+/// Returns the report on a document whose bytes are `bytes`. Progress as for `byteCounts`.
 std::string fileInformationReport(std::span<const std::uint8_t> bytes,
                                   const FileInformation& information, TaskProgress& progress);
 
-/// The 258 lines of the byte frequency report about bytes counted so.
+/// Returns the 258 lines of the byte frequency report.
 std::string frequencyReport(const ByteCounts& counts);
 
 /// The entropy of each chunk of a document, in order.
@@ -56,11 +57,11 @@ struct EntropyMap {
   bool isTruncated() const { return byteCount > kChunkByteCount * kMaximumChunkCount; }
 };
 
-/// Any thread; two of them share the work. The total of `progress` becomes the number of bytes that
-/// are looked at; throws `Error::stopped()` when it says so.
+/// Any thread; two threads share the work. Sets the total of `progress` to the number of bytes that
+/// are examined. Throws `Error::stopped()` on a stop request.
 EntropyMap entropyMap(std::span<const std::uint8_t> bytes, TaskProgress& progress);
 
-/// The map as text, one line a chunk.
+/// Returns the map as text, one line a chunk.
 std::string entropyMapReport(const EntropyMap& map);
 
 }  // namespace quillmor

@@ -17,18 +17,18 @@ struct FileComparison {
   std::int64_t otherCount = 0;    ///< bytes of the file
   /// The first offset at which they differ, or one of them has ended.
   std::optional<std::int64_t> firstMismatch;
-  /// Differing bytes, with those that only the longer one has.
+  /// The number of differing bytes, including those that only the longer one has.
   std::int64_t mismatchCount = 0;
 
   bool operator==(const FileComparison&) const = default;
 };
 
-/// Lines of differences that a listing in a window has at most.
+/// The most lines of differences in a window's listing.
 inline constexpr std::int64_t kMaximumListedDifferences = 300;
 
-/// Compares the document's bytes with a file, which is read in chunks and not kept. Any thread. The
-/// total of `progress` becomes the size of the file; throws `Error::stopped()` when it says so, and
-/// fails as `SecureFileAccess::processStableFile` does.
+/// Compares the document's bytes with a file, which is read in chunks and not kept. Any thread.
+/// Sets the total of `progress` to the size of the file. Throws `Error::stopped()` on a stop
+/// request, and whatever `SecureFileAccess::processStableFile` throws.
 FileComparison compareWithFile(std::span<const std::uint8_t> current, const FileLocation& other,
                                TaskProgress& progress);
 
@@ -39,13 +39,14 @@ struct ComparedFile {
   std::function<void(std::int64_t offset, std::span<std::uint8_t> room)> read;
 };
 
-/// Compares two files, which are read by several threads and not kept. Any thread. The total of
-/// `progress` becomes the size of the shorter one; throws `Error::stopped()` when it says so, and
-/// fails as reading the files does. The result counts only when both are unchanged in the end.
+/// Compares two files, which are read by several threads and not kept. Any thread. Sets the total
+/// of `progress` to the size of the shorter one. Throws `Error::stopped()` on a stop request, and
+/// whatever reading the files throws. The result counts only if both files are unchanged at the
+/// end.
 FileComparison compareFiles(const ComparedFile& current, const ComparedFile& other,
                             TaskProgress& progress);
 
-/// What the summary says; `name` is the compared file's.
+/// Returns the summary; `name` is the compared file's name.
 std::string comparisonSummary(const FileComparison& comparison, const std::string& name);
 
 /// How a file differs from a document, byte by byte.
@@ -55,7 +56,7 @@ struct ComparisonListing {
   bool isIdentical = false;
 };
 
-/// Compares as `compareWithFile` does; `name` is the compared file's.
+/// Compares as `compareWithFile` does; `name` is the compared file's name.
 ComparisonListing compareWindowReport(std::span<const std::uint8_t> current,
                                       const FileLocation& comparedFile, const std::string& name,
                                       TaskProgress& progress);

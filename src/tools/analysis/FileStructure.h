@@ -8,14 +8,14 @@
 
 namespace quillmor {
 
-/// What kinds of file the first bytes of one say it is.
+/// The kinds of file that the first bytes of a file match.
 struct FileStructure {
   bool isKnown = false;  ///< whether there is any
   std::string report;    ///< a line for each
 };
 
-/// The kinds of file whose magic numbers the bytes begin with; every one of them is tried, and an
-/// ACPI table is added up, as `acpiInfo` does with `progress`. Any thread.
+/// Returns every kind of file whose magic number the bytes begin with. The bytes of an ACPI table
+/// are added up as in `acpiInfo`, with `progress`. Any thread.
 FileStructure detectFileStructure(std::span<const std::uint8_t> bytes,
                                   TaskProgress* progress = nullptr);
 

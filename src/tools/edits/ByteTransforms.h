@@ -7,13 +7,12 @@
 #include "base/TaskProgress.h"
 #include "kernels/ByteKernels.h"
 
-/// What the commands that rewrite a selection make of its bytes: from a snapshot to a new buffer of
-/// the same size, in one pass; or, for who has room for the result, to `to`, which has as many
-/// bytes and none in common with them.
+/// Transforms of the selected bytes. Each writes a new buffer of the same size in one pass. The
+/// second form writes to `to`, which has as many bytes and does not overlap them.
 ///
-/// All of them set the total of `progress` to the number of bytes and advance it as they go, look
-/// for a stop request at least once per MiB, throw `Error::stopped()` when there is one and
-/// std::bad_alloc when memory runs out. Any thread; large inputs are shared between two threads.
+/// All set the total of `progress` to the number of bytes and advance it. All check for a stop
+/// request at least once per MiB, and throw `Error::stopped()` then; std::bad_alloc when memory
+/// runs out. Any thread; two threads share a large input.
 namespace quillmor::ByteTransforms {
 
 /// Every byte b becomes 255 - b.
@@ -26,8 +25,8 @@ ByteBuffer reversed(std::span<const std::uint8_t> bytes, TaskProgress& progress)
 void reverse(std::span<const std::uint8_t> bytes, std::span<std::uint8_t> to,
              TaskProgress& progress);
 
-/// Every complete group of `groupSize` bytes, counted from the first one, is reversed; the bytes
-/// behind the last complete group stay as they are, and all do when `groupSize` is below 2.
+/// Reverses every complete group of `groupSize` bytes, counted from the first byte. Bytes after the
+/// last complete group stay as they are; all bytes do when `groupSize` is below 2.
 ByteBuffer groupsSwapped(std::span<const std::uint8_t> bytes, std::int64_t groupSize,
                          TaskProgress& progress);
 void swapGroups(std::span<const std::uint8_t> bytes, std::int64_t groupSize,

@@ -14,10 +14,10 @@ namespace quillmor {
 
 // Bytes as the texts that are placed on the clipboard. Pure functions, safe from any thread.
 //
-// Where a `progress` is given, its total becomes the number of bytes, the bytes converted are added
-// every few microseconds, and a requested stop is answered by `Error::stopped()` as soon. Memory:
-// the text itself and some KiB; when there is not enough, std::bad_alloc or std::length_error is
-// thrown before anything is converted.
+// If a `progress` is given, its total becomes the number of bytes. It is advanced and checked for a
+// stop every few microseconds; then `Error::stopped()` is thrown. Memory: the text itself and some
+// KiB. When there is not enough, throws std::bad_alloc or std::length_error before anything is
+// converted.
 
 /// How bytes are written for use elsewhere; the bytes DE AD 00 as
 enum class ClipboardTextStyle {
@@ -29,7 +29,7 @@ enum class ClipboardTextStyle {
   jsonByteArray,  ///< [222, 173, 0]
 };
 
-/// What stands around the digits of each byte and around them all.
+/// The text around the digits of each byte and around all of them.
 struct HexBytesFormat {
   std::string_view prefix = {};     ///< before every byte
   std::string_view separator = {};  ///< between two bytes
@@ -38,20 +38,20 @@ struct HexBytesFormat {
   bool lowercase = false;
 };
 
-/// `bytes` in the given style.
+/// Returns `bytes` as text in the given style.
 std::string clipboardText(std::span<const std::uint8_t> bytes, ClipboardTextStyle style,
                           TaskProgress* progress = nullptr);
 
-/// Two hexadecimal digits for every byte, with what `format` says around them. No bytes give the
-/// opening and the closing.
+/// Returns two hexadecimal digits for every byte, with the texts of `format` around them. For no
+/// bytes: the opening and the closing.
 std::string formattedHexBytes(std::span<const std::uint8_t> bytes, const HexBytesFormat& format,
                               TaskProgress* progress = nullptr);
 
-/// The decimal values in square brackets, separated by a comma and a space.
+/// Returns the decimal values in square brackets, separated by a comma and a space.
 std::string formattedJSONBytes(std::span<const std::uint8_t> bytes,
                                TaskProgress* progress = nullptr);
 
-/// What Copy and Cut publish: the bytes for this program and their text for all others.
+/// The clipboard content of Copy and Cut: the bytes for this program, and their text for others.
 struct StandardClipboardPayload {
   ByteBuffer data;
   std::string hexString;  ///< `data` in the style `hex`
@@ -59,13 +59,13 @@ struct StandardClipboardPayload {
   bool operator==(const StandardClipboardPayload&) const = default;
 };
 
-/// The payload of `bytes`, whose memory its data shares.
+/// Returns the payload of `bytes`; its data shares their memory.
 StandardClipboardPayload standardClipboardPayload(ByteBuffer bytes,
                                                   TaskProgress* progress = nullptr);
 
-/// The bytes that the clipboard commands take from a document of `byteCount` bytes (0 or more):
-/// the selection as far as it lies in the document, the one byte at the caret when that is empty;
-/// absent when the caret is on no byte either.
+/// Returns the range that the clipboard commands take from a document of `byteCount` bytes (0 or
+/// more): the part of the selection inside the document, or else the byte at the caret. Absent if
+/// there is no byte at the caret either.
 std::optional<HexSelection> selectedRangeForClipboard(const HexSelection& selection,
                                                       std::int64_t caretOffset,
                                                       std::int64_t byteCount);

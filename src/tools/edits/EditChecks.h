@@ -6,10 +6,10 @@
 
 namespace quillmor {
 
-// What commands look at before they work on a range of a document, and the sentences in which they
-// refuse. Pure functions, any thread.
+// Checks that commands make before they work on a range of a document, and the sentences of their
+// refusals. Pure functions, any thread.
 
-/// Why a command is refused; absent when it is not.
+/// The reason for refusing a command; absent when it may go on.
 using Refusal = std::optional<std::string>;
 
 /// For changing `length` bytes in memory at once.
@@ -18,8 +18,8 @@ Refusal refusalOfEditing(std::int64_t length);
 /// For making `count` bytes.
 Refusal refusalOfGenerating(std::int64_t count);
 
-/// For putting `inserting` bytes in the place of `removing` in a document of `byteCount` bytes that
-/// may not have more than `limit`.
+/// For replacing `removing` bytes by `inserting` bytes in a document of `byteCount` bytes, which
+/// may have at most `limit`.
 Refusal refusalOfResult(std::int64_t byteCount, std::int64_t removing, std::int64_t inserting,
                         std::int64_t limit);
 
@@ -35,7 +35,7 @@ Refusal refusalOfHexPatch(std::int64_t length);
 /// For reversing groups of `groupSize` bytes in `length` bytes.
 Refusal refusalOfSwapping(std::int64_t length, std::int64_t groupSize);
 
-/// What is said of the bytes behind the last complete group; absent when there are none.
+/// The sentence about bytes after the last complete group; absent when there are none.
 std::optional<std::string> noteOnTrailingBytes(std::int64_t length, std::int64_t groupSize);
 
 }  // namespace quillmor

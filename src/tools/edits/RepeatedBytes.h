@@ -9,15 +9,14 @@
 
 namespace quillmor {
 
-/// Exactly `count` bytes, byte i being `pattern[i mod pattern length]`. Empty, and nothing is
-/// allocated, when the pattern is empty, `count` is below 1 or above `maximumCount`.
+/// Returns exactly `count` bytes; byte i is `pattern[i mod pattern length]`. Returns no bytes,
+/// without allocating, when the pattern is empty, or `count` is below 1 or above `maximumCount`.
 ///
 /// Any thread. Throws std::bad_alloc when memory runs out.
 ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
                          std::int64_t maximumCount);
 
-/// The same, telling `progress` the bytes done of `count`. Throws `Error::stopped()` when a stop
-/// was requested.
+/// The same; advances `progress` up to `count`. Throws `Error::stopped()` on a stop request.
 ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t count,
                          std::int64_t maximumCount, TaskProgress& progress);
 
@@ -25,9 +24,9 @@ ByteBuffer repeatedBytes(std::span<const std::uint8_t> pattern, std::int64_t cou
 void fillWithPattern(std::span<const std::uint8_t> pattern, std::span<std::uint8_t> to,
                      TaskProgress& progress);
 
-/// A pattern as an endless sequence of bytes that can be read in long runs, whatever the length of
-/// the pattern. A pattern of more than half `kBlockSize` is not copied and has to outlive this.
-/// Reading is safe from any thread.
+/// A pattern as an endless sequence of bytes. It can be read in long runs, however short the
+/// pattern is. A pattern longer than half of `kBlockSize` is not copied and must outlive this
+/// object. Reading is safe from any thread.
 class RepeatingPattern {
  public:
   /// Small enough to stay in a core's nearest cache while it is combined with other bytes.
@@ -36,8 +35,8 @@ class RepeatingPattern {
   /// `pattern` holds at least one byte.
   explicit RepeatingPattern(std::span<const std::uint8_t> pattern);
 
-  /// Bytes `position` (0 or more) and following of the sequence: 1 to `maximumCount` (at least 1)
-  /// of them. Valid as long as this object.
+  /// Returns 1 to `maximumCount` (at least 1) bytes of the sequence from `position` (0 or more) on.
+  /// Valid as long as this object.
   std::span<const std::uint8_t> run(std::int64_t position, std::int64_t maximumCount) const;
 
  private:

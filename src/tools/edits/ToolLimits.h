@@ -9,7 +9,7 @@ namespace quillmor {
 
 // The safety limits of the tools, wherever they are used. Sizes are bytes.
 
-/// The most bytes turned into clipboard text.
+/// The most bytes that are turned into clipboard text.
 inline constexpr std::int64_t maxClipboardTextSourceBytes = 16'777'216;
 inline constexpr std::int64_t maxBookmarkImportBytes = 8'388'608;
 inline constexpr std::int64_t maxPatchDataBytes = 16'777'216;

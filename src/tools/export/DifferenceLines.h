@@ -9,14 +9,14 @@
 namespace quillmor {
 
 /// Writes a line with offset and both values for every byte that differs, and counts these lines.
-/// Used by one thread at a time. The functions throw `Error::stopped()` when the progress says so.
+/// Used by one thread at a time. The functions throw `Error::stopped()` on a stop request.
 class DifferenceLines {
  public:
   /// `text` and `progress` outlive this object.
   DifferenceLines(BufferedText& text, const TaskProgress& progress)
       : text_(text), progress_(progress) {}
 
-  /// Compares equally many bytes that stand at `offset` in the document and in the file.
+  /// Compares equally many bytes of the document and the file, both at `offset`.
   void appendDiffering(std::span<const std::uint8_t> current,
                        std::span<const std::uint8_t> compared, std::int64_t offset);
 

@@ -10,10 +10,10 @@
 /// The list of all bytes in which a file differs from a document. Safe from any thread.
 namespace quillmor::DifferenceReportExporter {
 
-/// Hands the report to `sink` while the compared file is read, so that what has been handed on
-/// counts only when this returns. Returns the number of differences. The total of `progress`
-/// becomes the size of the longer side; throws `Error::stopped()` when it says so, and fails as
-/// `SecureFileAccess::processStableFile` does.
+/// Hands the report to `sink` while the compared file is read; the text counts only once this has
+/// returned. Returns the number of differences. Sets the total of `progress` to the size of the
+/// longer side. Throws `Error::stopped()` on a stop request, and whatever
+/// `SecureFileAccess::processStableFile` throws.
 std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& comparedFile,
                      const std::string& comparedName, const TextSink& sink, TaskProgress& progress);
 

@@ -10,13 +10,13 @@
 /// Hex dumps: 16 bytes a line as offset, hexadecimal digits and ASCII. Safe from any thread.
 namespace quillmor::HexDumpExporter {
 
-/// One line of the dump with its line feed: up to 16 `bytes`, the first of which has the offset
-/// `logicalOffset` (0 or more) in the document.
+/// Returns one line of the dump with its line feed: up to 16 `bytes`, from `logicalOffset` (0 or
+/// more) in the document on.
 std::string line(std::span<const std::uint8_t> bytes, std::int64_t logicalOffset);
 
-/// Hands the dump of `range`, which lies within `bytes`, to `sink`; offsets are those of the
-/// document. Nothing is handed on for no bytes. The total of `progress` becomes the number of bytes
-/// of the range; throws `Error::stopped()` when it says so.
+/// Hands the dump of `range`, which lies within `bytes`, to `sink`, with offsets in the document.
+/// An empty range gives no text. Sets the total of `progress` to the number of bytes of the range.
+/// Throws `Error::stopped()` on a stop request.
 void produce(std::span<const std::uint8_t> bytes, HexSelection range, const TextSink& sink,
              TaskProgress& progress);
 

@@ -14,8 +14,8 @@
 
 namespace quillmor {
 
-/// Takes the pieces of a text in order; a piece is valid during the call only. What it throws ends
-/// the making of the text.
+/// Takes the pieces of a text in order; a piece is valid during the call only. An exception ends
+/// the text and is passed on.
 using TextSink = std::function<void(std::string_view piece)>;
 
 /// Where an export goes, and what it must never land on: open documents and other inputs.
@@ -25,7 +25,7 @@ struct ExportTarget {
 };
 
 /// Gathers text and hands it on in pieces of up to `kCapacity` bytes. Used by one thread at a time;
-/// what is not flushed is lost.
+/// text that is not flushed is lost.
 class BufferedText {
  public:
   static constexpr std::size_t kCapacity = kMiB;
@@ -35,7 +35,8 @@ class BufferedText {
 
   void append(std::string_view text);
 
-  /// Room for `length` characters, at most `kCapacity`; a part of it is taken by `advance`.
+  /// Returns room for `length` characters, at most `kCapacity`; `advance` takes the part that was
+  /// used.
   char* room(std::size_t length) {
     if (kCapacity - size_ < length) flush();
     return buffer_.get() + size_;
@@ -51,15 +52,15 @@ class BufferedText {
   std::size_t size_ = 0;
 };
 
-/// Writes a text file that appears complete or not at all: `produce` hands the text to the sink it
-/// is given. A stop is heeded until the file is about to take its place, and then comes too late;
-/// an export that was stopped leaves nothing behind. Fails as `AtomicTextFileWriter` does.
+/// Writes a text file that appears complete or not at all. `produce` hands the text to the sink it
+/// is given. A stop request counts until the file is about to be moved into place; a stopped export
+/// leaves nothing. Throws what `AtomicTextFileWriter` throws.
 void writeTextFile(const ExportTarget& target, TaskProgress& progress,
                    const std::function<void(const TextSink&)>& produce);
 
 /// Writes bytes as they are, in pieces of 1 MiB. The total of `progress` becomes their number.
-/// `beforeInstalling` is called when the file is complete and not in its place yet; what it throws
-/// is passed on, and nothing is installed. Otherwise as `writeTextFile`.
+/// `beforeInstalling` is called when the file is complete but not yet in place; an exception is
+/// passed on, and nothing is installed. Otherwise as `writeTextFile`.
 void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
                 TaskProgress& progress, const std::function<void()>& beforeInstalling = {});
 

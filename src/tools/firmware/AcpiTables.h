@@ -9,10 +9,9 @@
 
 namespace quillmor {
 
-// ACPI tables at the start of a file, laid out as the Advanced Configuration and Power Interface
-// Specification 6.5 says (5.2.6 and 5.2.10). Any thread. Where there is a `progress` its total
-// becomes the length of the table, and work on the table ends with `Error::stopped()` as soon as it
-// says so.
+// ACPI tables at the start of a file, in the layout of the Advanced Configuration and Power
+// Interface Specification 6.5 (5.2.6 and 5.2.10). Any thread. Functions with a `progress` set its
+// total to the length of the table. They throw `Error::stopped()` on a stop request.
 
 /// A System Description Table.
 struct ACPIInfo {
@@ -31,17 +30,17 @@ struct FACSInfo {
 
 inline constexpr std::int64_t kACPIChecksumOffset = 9;
 
-/// Absent when the bytes do not begin with a System Description Table that they hold whole.
+/// Absent unless the bytes begin with a complete System Description Table.
 std::optional<ACPIInfo> acpiInfo(std::span<const std::uint8_t> bytes,
                                  TaskProgress* progress = nullptr);
 
-/// Absent when the bytes do not begin with such a structure that they hold whole.
+/// Absent unless the bytes begin with a complete structure.
 std::optional<FACSInfo> facsInfo(std::span<const std::uint8_t> bytes);
 
-/// What validating found.
+/// The result of validating.
 struct ACPIValidation {
-  bool isValid = false;  ///< of a FACS, too: it has no checksum that could be wrong
-  std::string text;      ///< whether the checksum is valid, or that a FACS has none
+  bool isValid = false;  ///< true for a FACS, which has no checksum
+  std::string text;      ///< the sentence for the user
 };
 
 /// Validates a table or a FACS. Throws code 2801 for anything else.
@@ -54,11 +53,12 @@ struct ACPIChecksumFix {
   std::uint8_t newValue = 0;
 };
 
-/// The byte that would make the table's checksum valid. Throws code 2801, and 2802 for a FACS.
+/// Returns the byte that makes the table's checksum valid. Throws code 2801 as above, and 2802 for
+/// a FACS.
 ACPIChecksumFix acpiChecksumFix(std::span<const std::uint8_t> bytes,
                                 TaskProgress* progress = nullptr);
 
-/// What fixing says; equal values mean that the checksum was valid.
+/// Returns the text about a fix; equal values mean that the checksum was valid.
 std::string acpiChecksumFixText(const ACPIChecksumFix& fix);
 
 }  // namespace quillmor

@@ -10,8 +10,8 @@
 
 namespace quillmor {
 
-/// The fields of little-endian structures whose bounds the caller has checked; a field outside of
-/// the bytes is a programming fault that stops the process. The bytes outlive the reader.
+/// Reads the fields of little-endian structures. The caller has checked the bounds; a field outside
+/// the bytes is a programming error that stops the process. The bytes outlive the reader.
 class FieldReader {
  public:
   explicit FieldReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -35,7 +35,7 @@ class FieldReader {
     return *value;
   }
 
-  /// Whether `magic` stands at `offset`; false where it would reach outside of the bytes.
+  /// True if `magic` is at `offset`; false if it would reach outside the bytes.
   bool has(std::string_view magic, std::int64_t offset = 0) const {
     if (offset < 0 || offset > size() - std::ssize(magic)) return false;
     const auto at = bytes_.subspan(static_cast<std::size_t>(offset), magic.size());

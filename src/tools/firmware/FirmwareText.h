@@ -9,7 +9,7 @@ namespace quillmor {
 /// A report that grows line by line.
 class ReportLines {
  public:
-  /// Adds the `parts`, in a row, and a line feed.
+  /// Appends the `parts` and a line feed.
   template <class... Parts>
   void line(const Parts&... parts) {
     (text_.append(parts), ...);

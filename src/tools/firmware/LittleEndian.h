@@ -7,7 +7,8 @@
 
 namespace quillmor {
 
-/// The little-endian value of the 2 bytes at `offset`; absent when they do not lie within `bytes`.
+/// Returns the little-endian value of the 2 bytes at `offset`; absent if they are not within
+/// `bytes`.
 inline std::optional<std::uint16_t> readUInt16LE(std::span<const std::uint8_t> bytes,
                                                  std::int64_t offset) {
   if (offset < 0 || offset > std::ssize(bytes) - 2) return std::nullopt;

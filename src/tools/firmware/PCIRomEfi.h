@@ -7,9 +7,10 @@
 
 namespace quillmor {
 
-/// Adds what the EFI header at the start of `rom`, and the PE/COFF image that it may hold, say.
-/// `imageSize`, a multiple of 512 from 512 on that `rom` holds, is what PCIR declares. Source of
-/// the layouts: UEFI 2.11, 14.4.2, and Microsoft's PE Format. Pure function, any thread.
+/// Appends lines about the EFI header at the start of `rom` and about its PE/COFF image, if any.
+/// `imageSize` is the size that PCIR declares: a positive multiple of 512, at most the size of
+/// `rom`. The layouts are those of UEFI 2.11, 14.4.2, and of Microsoft's PE Format. Pure function,
+/// any thread.
 void addEfiLines(const FieldReader& rom, std::int64_t imageSize, ReportLines& report);
 
 }  // namespace quillmor

@@ -12,30 +12,29 @@
 namespace quillmor {
 
 // The option ROMs of AMD Polaris graphics cards: validation, the checksum of the first image, and
-// the RX 580 preset. Pure functions, any thread; never fail otherwise than said, whatever the bytes
-// are.
+// the RX 580 preset. Pure functions, any thread. They fail only as stated, whatever the bytes are.
 
-/// The checksum byte that the fix adjusts.
+/// The offset of the checksum byte that the fix adjusts.
 inline constexpr std::int64_t kPolarisChecksumOffset = 0x21;
 
-/// What a valid ROM says about itself.
+/// The facts about a valid ROM.
 struct PCIRomValidation {
   std::int64_t imageSize = 0;  ///< of the first image, in bytes
 };
 
-/// Checks that `bytes` begin with an image that the preset may touch. The error, codes 2901 to 2910
-/// in the order of the checks, says what is wrong.
+/// Checks that `bytes` begin with an image that the preset may change. The error says what is
+/// wrong: codes 2901 to 2910, in the order of the checks.
 Result<PCIRomValidation> validatePCIRomForPolarisPreset(std::span<const std::uint8_t> bytes);
 
-/// The sum, modulo 256, of the image's bytes; 0 when it is valid. `imageSize` is at most the number
-/// of bytes.
+/// Returns the sum of the image's bytes modulo 256, which is 0 for a valid image. `imageSize` is at
+/// most the number of bytes.
 std::uint8_t polarisImageSum(std::span<const std::uint8_t> bytes, std::int64_t imageSize);
 
-/// What validating a valid ROM says, in four lines.
+/// Returns the four lines about a valid ROM.
 std::string polarisValidationText(std::span<const std::uint8_t> bytes,
                                   const PCIRomValidation& validation);
 
-/// What fixing the checksum comes to.
+/// The result of fixing the checksum.
 struct PolarisChecksumResult {
   std::int64_t imageSize = 0;
   std::int64_t checksumOffset = kPolarisChecksumOffset;
@@ -48,12 +47,12 @@ struct PolarisChecksumResult {
   bool operator==(const PolarisChecksumResult&) const = default;
 };
 
-/// The fix of a validated ROM; the bytes stay as they are. Its `sumAfter` is counted anew, with the
-/// new byte in its place.
+/// Returns the fix for a validated ROM; changes no byte. `sumAfter` is computed from all bytes,
+/// with the new byte in place.
 PolarisChecksumResult polarisChecksumFix(std::span<const std::uint8_t> bytes,
                                          const PCIRomValidation& validation);
 
-/// The fix in seven lines.
+/// Returns the seven lines about a fix.
 std::string polarisChecksumReport(const PolarisChecksumResult& result);
 
 /// One byte replacement of the RX 580 preset; both sides have the same length.
@@ -66,7 +65,7 @@ struct Rx580PatchRule {
 /// The two rules of the preset, in order.
 std::span<const Rx580PatchRule> rx580MacOSPatchRules();
 
-/// What the preset comes to.
+/// The result of the preset.
 struct Rx580PatchRun {
   std::vector<std::string> report = {};  ///< a line a rule
   std::int64_t totalReplacements = 0;
@@ -79,17 +78,16 @@ struct Rx580PatchRun {
 Rx580PatchRun applyRx580MacOSPatchRules(std::span<const std::uint8_t> bytes,
                                         const PCIRomValidation& validation);
 
-/// What the preset says.
+/// Returns the text about the preset.
 std::string rx580ResultText(const Rx580PatchRun& run);
 
-/// What the preset says when the checksum was to be fixed afterwards; `fix` is absent where that
-/// could not be done.
+/// Returns the text about the preset when the checksum was to be fixed too; `fix` is absent if that
+/// failed.
 std::string rx580AndFixResultText(const Rx580PatchRun& run,
                                   const std::optional<PolarisChecksumResult>& fix);
 
-/// Applies any rules to a copy of `region`, front to back and without overlaps, each to what the
-/// one before left. A rule that finds nothing to find, or whose sides differ in length, replaces
-/// nothing.
+/// Applies any rules to a copy of `region`, one after another, each from front to back and without
+/// overlaps. A rule with an empty find side, or with sides of different lengths, replaces nothing.
 Rx580PatchRun applyPatchRules(std::span<const std::uint8_t> region,
                               std::span<const Rx580PatchRule> rules);
 

@@ -9,23 +9,23 @@
 #include "base/Error.h"
 #include "base/TaskProgress.h"
 
-/// JSON from files that nobody vouches for. Any thread.
+/// JSON from untrusted files. Any thread.
 namespace quillmor::BoundedJSON {
 
-/// How many arrays and objects may stand in one another.
+/// The deepest nesting of arrays and objects.
 inline constexpr int kMaximumDepth = 64;
 
-/// How many bytes are parsed between two looks at the stop request. Few, as a byte of a hostile
-/// text can cost a parser a quarter of a microsecond.
+/// How many bytes are parsed between two checks for a stop. Few, because one byte of a hostile text
+/// can cost a parser a quarter of a microsecond.
 inline constexpr std::size_t kBytesBetweenLooks = 16 * kKiB;
 
-/// What a text that cannot be parsed fails with.
+/// The errors for a text that cannot be parsed.
 struct Errors {
   Error invalid;  ///< it is not JSON
   Error tooDeep;  ///< it is JSON up to a value deeper than `kMaximumDepth`
 };
 
-/// Follows how deep a text is nested, as long as it is JSON.
+/// Measures how deep a text is nested, as long as it is JSON.
 class DepthMeter {
  public:
   /// False when `character` opens one level too many.
@@ -58,10 +58,10 @@ class DepthMeter {
   bool isEscaped_ = false;
 };
 
-/// The characters of a text for a parser that reads them once, front to back. Taking one throws
-/// when the parser must not see it: `tooDeep` for what opens one level too many, `invalid` for a
-/// NUL, which valid JSON never holds and which parsers take for the end of the text, and
-/// `Error::stopped()` when `progress`, which may be null, says so.
+/// The characters of a text for a parser that reads them once, front to back. Taking a character
+/// throws if the parser must not see it: `tooDeep` if it opens one level too many; `invalid` for a
+/// NUL, which valid JSON never holds and parsers take for the end of the text. Throws
+/// `Error::stopped()` on a stop request of `progress`, which may be null.
 class GuardedText {
  public:
   GuardedText(std::span<const std::uint8_t> text, const Errors& errors,
@@ -107,10 +107,10 @@ class GuardedText {
   DepthMeter meter_;
 };
 
-/// The value `file` holds: UTF-8, with or without a byte order mark. Throws as `GuardedText` does,
-/// and `errors.invalid` for what is not JSON or has a number beyond the range of a double, such as
-/// 1e400; either error where the token behind a fault is too deep. Of equal keys the last one
-/// counts. `Json` is the library's type, which no header includes.
+/// Returns the value in `file`, which is UTF-8, with or without a byte order mark. Throws as
+/// `GuardedText` does, and `errors.invalid` for invalid JSON or a number beyond the range of a
+/// double, such as 1e400. When the token after a fault is too deep, either error may be thrown. Of
+/// equal keys the last one counts. `Json` is the library's type, which no header includes.
 template <class Json>
 Json parsed(std::span<const std::uint8_t> file, const Errors& errors,
             const TaskProgress* progress) {

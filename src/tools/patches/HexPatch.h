@@ -15,10 +15,10 @@ struct QuillmorPatch {
   std::int64_t offset = 0;  ///< 0 or more
   std::vector<std::uint8_t> data;
 
-  /// Reads a patch file of at most `maxFileBytes` with at most `maxDataBytes` data bytes. Codes
-  /// 2501 to 2508 in the order of the checks, or what reading a file fails with. `progress` counts
-  /// the bytes read and is asked every few milliseconds whether to stop, while they are parsed too,
-  /// which throws `Error::stopped()`.
+  /// Reads a patch file of at most `maxFileBytes` with at most `maxDataBytes` data bytes. Throws
+  /// codes 2501 to 2508 in the order of the checks, or as reading a file does. `progress` counts
+  /// the bytes read. Reading and parsing check it for a stop every few milliseconds, and throw
+  /// `Error::stopped()` then.
   static QuillmorPatch read(const FileLocation& location, std::int64_t maxFileBytes,
                             std::int64_t maxDataBytes, TaskProgress& progress);
 
@@ -27,8 +27,8 @@ struct QuillmorPatch {
                              const TaskProgress* progress = nullptr);
 };
 
-/// Hands the patch file of `bytes` at `offset` to `sink`. The total of `progress` becomes the
-/// number of bytes; throws `Error::stopped()` when it says so.
+/// Hands the patch file of `bytes` at `offset` to `sink`. Sets the total of `progress` to the
+/// number of bytes. Throws `Error::stopped()` on a stop request.
 void produceHexPatch(std::span<const std::uint8_t> bytes, std::int64_t offset, const TextSink& sink,
                      TaskProgress& progress);
 

@@ -29,11 +29,11 @@ struct JSONPatchPreset {
   std::string name;  ///< "Untitled" where the file has no such text either
   std::vector<Rule> rules;
 
-  /// Reads a preset file of at most `maxFileBytes`. Codes 2601 to 2608 in the order of the checks
-  /// (2602 also for a number beyond the range of a double), 2612 after 2602 for values nested
-  /// deeper than `BoundedJSON` allows, or what reading a file fails with. `progress` is asked every
-  /// few milliseconds whether to stop, which throws `Error::stopped()`; nothing is counted in it,
-  /// as applying the preset does that.
+  /// Reads a preset file of at most `maxFileBytes`. Throws codes 2601 to 2608 in the order of the
+  /// checks (2602 also for a number beyond the range of a double). After 2602 comes 2612 for values
+  /// nested deeper than `BoundedJSON` allows. Otherwise throws as reading a file does. Checks
+  /// `progress` for a stop every few milliseconds, and throws `Error::stopped()` then; only
+  /// applying the preset advances it.
   static JSONPatchPreset read(const FileLocation& location, std::int64_t maxFileBytes,
                               const TaskProgress& progress);
 
@@ -54,23 +54,24 @@ struct JSONPresetResult {
   std::optional<HexSelection> lastRuleFirstReplacement;
 };
 
-/// Replaces all occurrences of one rule's `find` in `document.bytes` that do not overlap, carries
-/// its bookmarks along and counts. Throws code 2609 when the document would grow beyond
-/// `maximumByteCount`, before memory is taken for it, 2610 or 2611 when an offset or a bookmark
-/// would leave the 64-bit range, and `Error::stopped()` when `progress` says so, which it is asked
-/// every few milliseconds and advanced by the document's size; then `document` is as it was.
-/// Memory: the result and little more, none when nothing changes.
+/// Replaces all non-overlapping occurrences of the rule's `find` in `document.bytes`, moves the
+/// bookmarks along, and counts the matches. Throws code 2609 if the document would grow beyond
+/// `maximumByteCount`, before memory is taken for it. Throws 2610 or 2611 if an offset or a
+/// bookmark would leave the 64-bit range. Advances `progress` by the document's size and checks it
+/// every few milliseconds; throws `Error::stopped()` on a stop request. After an exception
+/// `document` is as it was. Memory: the result and little more; none when nothing changes.
 void applyJSONPresetRule(const JSONPatchPreset::Rule& rule, std::int64_t maximumByteCount,
                          JSONPresetResult& document, TaskProgress& progress);
 
-/// Applies all rules in order. `bookmarks` are strictly increasing. The total of `progress` becomes
-/// the document's size times the number of rules, and follows the size from rule to rule. Otherwise
-/// as `applyJSONPresetRule`. A result without matches shares the memory of `original`.
+/// Applies all rules in order. `bookmarks` are strictly increasing. Sets the total of `progress` to
+/// the document's size times the number of rules, and corrects it after each rule that changes the
+/// size. Otherwise as `applyJSONPresetRule`. A result without matches shares the memory of
+/// `original`.
 JSONPresetResult applyJSONPreset(const ByteBuffer& original, const JSONPatchPreset& preset,
                                  std::vector<std::int64_t> bookmarks, std::int64_t maximumByteCount,
                                  TaskProgress& progress);
 
-/// What a run found, a line a rule and the total.
+/// Returns the report of a run: a line for each rule, and the total.
 std::string jsonPresetReport(const JSONPatchPreset& preset, const JSONPresetResult& result);
 
 }  // namespace quillmor

@@ -10,13 +10,13 @@
 
 namespace quillmor {
 
-/// The bytes of a file of at most `maxFileBytes`; throws `tooLarge` for a larger one, else what
-/// `SecureFileAccess::readData` fails with. Any thread.
+/// Returns the bytes of a file of at most `maxFileBytes`. Throws `tooLarge` for a larger one, else
+/// as `SecureFileAccess::readData` does. Any thread.
 ByteBuffer readLimitedFile(const FileLocation& location, std::int64_t maxFileBytes,
                            const Error& tooLarge, TaskProgress& progress);
 
-/// The same for a file that other work needs, whose share of the progress is not worth counting:
-/// `progress` is only asked whether to stop.
+/// The same for a file that other work needs. Its share of the work is not worth counting, so
+/// `progress` is only checked for a stop.
 std::vector<std::uint8_t> readLimitedFileUncounted(const FileLocation& location,
                                                    std::int64_t maxFileBytes, const Error& tooLarge,
                                                    const TaskProgress& progress);

@@ -8,10 +8,11 @@
 
 namespace quillmor {
 
-/// `bytes` in Base64: the alphabet of RFC 4648, section 4, padded with "=", without line breaks.
+/// Returns `bytes` in Base64: the alphabet of RFC 4648, section 4, padded with "=", without line
+/// breaks.
 ///
-/// The total of `progress`, where given, becomes the number of bytes; the bytes converted are added
-/// to it, and a requested stop throws `Error::stopped()` within microseconds. Pure, any thread.
+/// Sets the total of `progress`, if given, to the number of bytes and advances it. Throws
+/// `Error::stopped()` within microseconds of a stop request. Pure, any thread.
 std::string base64Text(std::span<const std::uint8_t> bytes, TaskProgress* progress = nullptr);
 
 }  // namespace quillmor

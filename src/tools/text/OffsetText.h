@@ -23,8 +23,7 @@ inline char* writeHexByte(char* to, std::uint8_t byte) {
   return to + 2;
 }
 
-/// Writes an offset, 0 or more, as 8 uppercase hex digits, more where it needs more; returns the
-/// end of the text.
+/// Writes an offset (0 or more) as at least 8 uppercase hex digits; returns the end of the text.
 inline char* writeOffset(char* to, std::int64_t offset) {
   const auto value = static_cast<std::uint64_t>(offset);
   if (value > 0xFFFF'FFFF) [[unlikely]] {

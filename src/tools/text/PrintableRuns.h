@@ -12,11 +12,11 @@
 
 namespace quillmor {
 
-/// Finds the runs of set bits in consecutive masks that are of a least length, 64 or less.
+/// Finds the runs of set bits in consecutive masks that have at least a given length (at most 64).
 ///
-/// A bit is kept when all the bits of that length that end with it are set. What is left of a run
-/// is shorter by the length less 1, and nothing is left of one that is too short, so that the many
-/// short runs of random data cost nothing of their own.
+/// Keeps a bit if it and the `length - 1` bits before it are set. A run becomes shorter by `length
+/// - 1`, and a run that is too short disappears, so the many short runs of random data cost
+/// nothing.
 class LongRunMasks {
  public:
   static constexpr std::int64_t kMaxLength = 64;
@@ -30,7 +30,7 @@ class LongRunMasks {
     }
   }
 
-  /// For the next mask: the places where what is left of a run starts, or has ended, in turns.
+  /// Takes the next mask; returns the places where a shortened run starts or has ended, in turns.
   std::uint64_t changes(std::uint64_t mask) {
     for (std::size_t step = 0; step < static_cast<std::size_t>(stepCount_); ++step) {
       const std::uint64_t before = before_[step];
@@ -52,8 +52,8 @@ class LongRunMasks {
 };
 
 /// Calls `onRun(begin, end)` for every maximal run of the bytes 0x20...0x7E that is at least
-/// `minimumLength` (1 or more) long, in order. The total of `progress` becomes the number of bytes;
-/// throws `Error::stopped()` when it says so. All `kernels` find the same.
+/// `minimumLength` (1 or more) long, in order. Sets the total of `progress` to the number of bytes.
+/// Throws `Error::stopped()` on a stop request. All `kernels` find the same runs.
 template <typename OnRun>
 void forEachPrintableRun(std::span<const std::uint8_t> bytes, std::int64_t minimumLength,
                          TaskProgress& progress, OnRun onRun,

@@ -11,7 +11,7 @@
 
 namespace quillmor {
 
-/// An empty text with room for `length` characters.
+/// Returns an empty text with room for `length` characters.
 inline std::string textWithRoomFor(std::size_t length) {
   std::string text;
   text.reserve(length);

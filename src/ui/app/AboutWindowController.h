@@ -7,10 +7,10 @@
 
 namespace quillmor {
 
-/// The small window that tells the application's name, version and purpose.
+/// The small window with the application's name, version and purpose.
 class AboutWindowController : public QWidget {
  public:
-  /// `workspace` opens the link; `willClose` gets the window's last frame.
+  /// `workspace` opens the link; `willClose` gets the window's frame when it closes.
   AboutWindowController(Workspace& workspace, std::function<void(const QRect&)> willClose);
 
  protected:

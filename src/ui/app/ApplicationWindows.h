@@ -22,8 +22,8 @@ class EditorWindow;
 class ReportWindow;
 class WindowMenus;
 
-/// The windows of the application: makes them, gives them their menus, and tells the delegate which
-/// one has the keyboard.
+/// Makes the application's windows and their menus, and reports to the delegate which window has
+/// the keyboard.
 class ApplicationWindows : public ApplicationSurface {
  public:
   explicit ApplicationWindows(const PlatformServices& platform);
@@ -39,18 +39,19 @@ class ApplicationWindows : public ApplicationSurface {
   void showAboutWindow() override;
   void terminate() override;
 
-  /// Destroys every window at once; before the delegate goes, outside of any event of a window.
+  /// Destroys every window at once. Call it before the delegate is destroyed and outside any event
+  /// of a window.
   void destroyWindows();
 
   /// The editor windows that are open, in the order they were made.
   std::vector<EditorWindow*> editorWindows() const;
 
-  /// The menus of a window; null for a window without.
+  /// Returns the menus of a window; null for a window without menus.
   static WindowMenus* menusOf(QWidget& window);
 
  private:
-  /// Gives a window its menus, whose commands go to `owner`; to the current editor when there is no
-  /// such editor any more.
+  /// Gives a window its menus. Commands go to `owner`, or to the current editor once that has
+  /// closed.
   void addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,
                 QMenuBar* menuBar = nullptr);
   void performIn(HexWindowController& controller, std::string_view action);

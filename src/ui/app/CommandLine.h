@@ -9,7 +9,7 @@
 
 namespace quillmor {
 
-/// What the program was asked to do by its arguments.
+/// The program's arguments, parsed.
 struct CommandLine {
   std::vector<FileLocation> files;
   /// Where to write the window of the one file as PNG before exiting.
@@ -22,7 +22,7 @@ struct CommandLine {
   std::string message;
 };
 
-/// Reads the arguments behind the program's name, bytes as the system passes them.
+/// Parses the arguments after the program's name, as the bytes that the system passes.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace quillmor

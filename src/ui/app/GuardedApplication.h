@@ -9,15 +9,15 @@
 
 namespace quillmor {
 
-/// The toolkit's application with a border for errors around every event: what a key, a click, a
-/// drop or a queued completion fails with becomes an alert, and the program with all its unsaved
-/// documents goes on. Main thread only.
+/// The toolkit's application, with a catch around every event. An exception from a key, a click, a
+/// drop or a queued completion becomes an alert, and the program goes on with all its unsaved
+/// documents. Main thread only.
 class GuardedApplication : public QApplication {
  public:
   using QApplication::QApplication;
 
-  /// Where failures are shown from now on; null before there is a presenter and after it has gone.
-  /// Without one an error leaves `notify` for whoever runs the events.
+  /// Sets where failures are shown from now on; null before there is a presenter and after it is
+  /// destroyed. Without one an error leaves `notify` and reaches the code that runs the events.
   void setAlertPresenter(AlertPresenter* alerts) { alerts_ = alerts; }
 
   /// Called with each failure before it is shown as an alert; null for nothing.

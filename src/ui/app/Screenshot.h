@@ -6,8 +6,8 @@
 
 namespace quillmor {
 
-/// Keeps what Qt's platform without a screen says about itself from standard error; all other
-/// messages are written as before. Before the application object is made.
+/// Suppresses the messages of Qt's offscreen platform about itself on standard error; all others
+/// are written as before. Call it before the application object is made.
 void silencePlatformWithoutScreen();
 
 /// Opens the command line's file in an editor window and writes what the window shows as a picture,

@@ -21,15 +21,15 @@ class WindowMenus : public QObject {
     std::function<bool(std::string_view action)> validate;
   };
 
-  /// Belongs to `window` and dies with it. Fills `menuBar`; null for shortcuts alone.
+  /// Belongs to `window` and is destroyed with it. Fills `menuBar`; null for shortcuts alone.
   WindowMenus(QWidget& window, QMenuBar* menuBar, Handlers handlers);
 
-  /// Enables and disables the items once the current event has been dealt with.
+  /// Enables and disables the items after the current event.
   void revalidateLater();
   void revalidate();
 
-  /// Brings the items up to date before a key is looked up among the window's shortcuts, and when
-  /// the window becomes the active one or ceases to be. Makes a window active that is clicked in.
+  /// Updates the items before a key is looked up among the window's shortcuts, and when the window
+  /// becomes active or inactive. Activates a window that is clicked.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
   /// The action object of an item; null when the menu has none with that name.

@@ -11,7 +11,7 @@
 namespace quillmor {
 
 /// Single characters at exact places in one colour, collected over a whole repaint and drawn at
-/// once: as one glyph run, which costs a fraction of one text call per cell. GUI thread only.
+/// once. One glyph run costs a fraction of one text call per cell. GUI thread only.
 class CellText {
  public:
   enum class Method {
@@ -19,7 +19,7 @@ class CellText {
     text,      ///< slower, for fonts that lack some characters; looks the same
   };
 
-  /// Forgets what was collected and keeps the memory.
+  /// Discards the collected characters and keeps the memory.
   void clear();
 
   /// Adds `c` (0x20...0x7E) with its baseline beginning at (`x`, `baseline`).
@@ -29,7 +29,7 @@ class CellText {
     positions_.emplace_back(x, baseline);
   }
 
-  /// Draws what was collected.
+  /// Draws the collected characters.
   void draw(QPainter& painter, const GlyphTable& table, Method method, const QColor& color);
 
  private:

@@ -13,19 +13,19 @@ namespace quillmor {
 /// Called with a file that was dropped on a view. GUI thread only.
 using FileDropHandler = std::function<void(const FileLocation&)>;
 
-/// The first of the dragged URLs that is a local file and not a directory. File names that are not
-/// UTF-8 survive.
+/// Returns the first dragged URL that is a local file and not a directory. Bytes of names that are
+/// not UTF-8 are kept.
 std::optional<FileLocation> firstDraggedFileURL(const QMimeData& data);
 
-/// What a view answers while something is dragged over it. Files are looked up when the drag enters
-/// and when it ends, not at every move: that asks the file system. GUI thread only.
+/// Answers the drag and drop events of a view. Files are looked up when the drag enters and when it
+/// ends, not at every move, because that asks the file system. GUI thread only.
 class FileDropTarget {
  public:
   void setHandler(FileDropHandler handler) { handler_ = std::move(handler); }
 
-  /// A copy when the drag carries a file and may be copied, else refused.
+  /// Accepts a copy if the drag carries a file and may be copied; else refuses.
   void dragEnter(QDropEvent& event);
-  /// As for the enter before.
+  /// Gives the same answer as the enter event before.
   void dragMove(QDropEvent& event) const;
   /// Hands the dropped file to the handler. Refused like the enter, or when there is no handler.
   void drop(QDropEvent& event);

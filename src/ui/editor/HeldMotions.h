@@ -7,10 +7,10 @@
 
 namespace quillmor {
 
-/// Tells motions of the pointer that took place with the left button held from those that Qt makes
-/// up: a release at another place than the last known one reaches widgets as a motion there with
-/// the button held, and then the release. Under a window manager that replays clicks, the X server
-/// may report a release where the pointer has gone since, so that a plain click would select.
+/// Tells real motions of the pointer with the left button held from those that Qt invents. When the
+/// button is released away from the last known place, widgets first get a motion to that place with
+/// the button held. Under a window manager that replays clicks, the X server may report the release
+/// where the pointer is by then, and a plain click would select.
 ///
 /// Listens to the X server's events. GUI thread only.
 class HeldMotions : public QAbstractNativeEventFilter {
@@ -19,8 +19,8 @@ class HeldMotions : public QAbstractNativeEventFilter {
 
   bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
-  /// Whether the motion of a mouse event with the left button held and this timestamp took place.
-  /// True where no X server tells.
+  /// True if the motion with the left button held and this timestamp took place. Always true
+  /// without an X server.
   bool tookPlace(quint64 timestamp) const;
 
  private:
@@ -35,7 +35,7 @@ class HeldMotions : public QAbstractNativeEventFilter {
   void didRelease();
   void didMove(quint32 time);
 
-  /// The newest is the last. Widgets hear of events some time after this object does.
+  /// The newest is the last. Widgets get events some time after this object does.
   std::deque<Press> presses_;
 };
 

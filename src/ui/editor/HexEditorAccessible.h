@@ -10,8 +10,8 @@ namespace quillmor {
 class HexEditorState;
 class HexEditorView;
 
-/// Presents the visible rows of a hex view to assistive technology as an editable text, so that the
-/// cost does not depend on the document's size. See `HexRowsText` for the text. GUI thread only.
+/// Presents the visible rows of a hex view to assistive technology as an editable text. The cost
+/// does not depend on the document's size. See `HexRowsText` for the text. GUI thread only.
 class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInterface {
  public:
   explicit HexEditorAccessible(HexEditorView& view);
@@ -19,19 +19,19 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
   /// Makes the toolkit present every hex view through this class. May be called repeatedly.
   static void install();
 
-  /// What assistive technology is told about the caret and the selection as they are.
+  /// Returns the event about the caret and the selection as they are.
   static std::unique_ptr<QAccessibleEvent> caretEvent(HexEditorView& view);
 
-  /// What it is told about the text as it is when it knows `announced`, which becomes the new text:
-  /// the part from the first to the last difference, or that all of it is new when it knew nothing.
-  /// Null when nothing differs.
+  /// Returns the event about the text as it is, for assistive technology that knows `announced`. It
+  /// covers the part from the first to the last difference; a whole new text if `announced` is
+  /// empty. Null when nothing differs. `announced` becomes the new text.
   static std::unique_ptr<QAccessibleEvent> textEvent(HexEditorView& view, QString& announced);
 
-  /// Tells assistive technology, if there is any, that the caret or the selection was set.
+  /// Announces to assistive technology, if there is any, that the caret or the selection was set.
   static void announceCaret(HexEditorView& view);
-  /// Tells it what has changed in the text since `announced`, and makes `announced` the new text.
+  /// Announces the changes of the text since `announced`, and makes `announced` the new text.
   static void announceText(HexEditorView& view, QString& announced);
-  /// Tells it that other rows are visible; nothing was edited.
+  /// Announces that other rows are visible; nothing was edited.
   static void announceScrolling(HexEditorView& view, QString& announced);
 
   void* interface_cast(QAccessible::InterfaceType type) override;
@@ -54,11 +54,11 @@ class HexEditorAccessible : public QAccessibleWidget, public QAccessibleTextInte
 
  private:
   HexEditorView& view() const;
-  /// Null once the editor has let go of the view.
+  /// Null once the editor has been detached.
   HexEditorState* editor() const;
-  /// Whether caret and selection may be set: there is an editor, and it accepts editing.
+  /// True if caret and selection may be set: there is an editor, and it accepts editing.
   bool mayChange() const;
-  /// To be called with an editor only.
+  /// Requires an editor.
   HexRowsText rowsText() const;
 };
 

@@ -14,8 +14,8 @@
 
 namespace quillmor {
 
-/// Draws a hex view. Works through the rows that meet the dirty rectangle and nothing else: first
-/// opaque backgrounds, then each colour's text in one go, the caret last. GUI thread only.
+/// Draws a hex view: only the rows that meet the dirty rectangle, first opaque backgrounds, then
+/// each colour's text in one go, the caret last. GUI thread only.
 ///
 /// All edges and baselines are put on whole device pixels, so the picture is crisp at any scale
 /// factor. The background gradient is stepped by rows: it spans eight grey levels over the whole
@@ -26,15 +26,15 @@ class HexEditorPainter {
 
   /// The measures that the layout is computed from.
   double widthOfW() const { return metrics_.horizontalAdvance(QLatin1Char('W')); }
-  /// Ascent and descent together. They stand for the height of the font's bounding rectangle, which
-  /// the toolkit does not tell.
+  /// Ascent plus descent, in place of the height of the font's bounding rectangle, which the
+  /// toolkit does not report.
   double fontHeight() const { return metrics_.height(); }
 
   CellText::Method method() const { return method_; }
   /// For comparison; the constructor chooses the fastest that works.
   void setMethod(CellText::Method method) { method_ = method; }
 
-  /// What to draw besides the state.
+  /// The facts, besides the state, that drawing needs.
   struct View {
     Point scroll;  ///< document coordinates of the viewport's top left corner
     Size viewport;
@@ -57,7 +57,7 @@ class HexEditorPainter {
     double y(double value) const;
   };
 
-  /// What stays the same during one repaint.
+  /// The values that stay the same during one repaint.
   struct Pass {
     QPainter& painter;
     const HexEditorState& state;

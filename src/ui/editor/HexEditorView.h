@@ -12,8 +12,8 @@
 
 namespace quillmor {
 
-/// The widget of a hex view: shows a `HexEditorState`, scrolls it, and hands keys, mouse and
-/// dropped files on. Everything that can be said without a widget is the state's. GUI thread only.
+/// The widget of a hex view: shows a `HexEditorState`, scrolls it, and hands on keys, mouse events
+/// and dropped files. All decisions that need no widget are made in the state. GUI thread only.
 ///
 /// The document may be far longer than any widget or scroll bar can count, so the view keeps its
 /// own exact scroll position and draws in viewport coordinates.
@@ -21,12 +21,12 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   Q_OBJECT
 
  public:
-  /// Becomes the surface of `editor`. Either may be destroyed first; a view whose editor has let go
-  /// of it shows nothing and answers nothing.
+  /// Becomes the surface of `editor`. Either may be destroyed first; a view without its editor
+  /// shows nothing and answers nothing.
   explicit HexEditorView(HexEditorState& editor, QWidget* parent = nullptr);
   ~HexEditorView() override;
 
-  /// Null once the editor has let go of the view.
+  /// Null once the editor has been detached.
   HexEditorState* editor() const { return editor_; }
   HexEditorPainter& hexPainter() { return painter_; }
   void setFileDropHandler(FileDropHandler handler) { drops_.setHandler(std::move(handler)); }
@@ -38,12 +38,12 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   Point documentPoint(QPointF viewportPoint) const;
   QRectF viewportRect(const Rect& documentRect) const;
 
-  /// Whether the caret is drawn: the view has the window's focus and editing is enabled.
+  /// True if the caret is drawn: the view has the window's focus and editing is enabled.
   bool showsCaret() const;
 
-  /// Whether a drag goes on beyond the viewport, so that `autoScroll` runs now and then.
+  /// True if a drag goes on outside the viewport, so that `autoScroll` runs regularly.
   bool isAutoScrolling() const { return autoScrollTimer_.isActive(); }
-  /// Extends the dragged selection toward the pointer outside of the viewport, and scrolls there.
+  /// Extends the dragged selection toward the pointer outside the viewport, and scrolls there.
   void autoScroll();
 
   void redrawVisiblePart() override;
@@ -78,13 +78,13 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
 
  private:
   void layOut();
-  /// The size to scroll in: the viewport's, or what it grows to without bars when nothing needs to
-  /// scroll then. Bars that take room from each other would otherwise keep each other alive.
+  /// The size to scroll in: the viewport's, or its size without scroll bars if nothing needs to
+  /// scroll then. Otherwise each bar could make the other one necessary.
   QSizeF scrolledSize() const;
   void updateScrollBars();
   void syncScrollBar(QScrollBar& bar, const ScrollAxis& axis, double viewport, double line);
   void scrollPositionChanged();
-  /// What a page key scrolls: one line less than can be seen, so that the eye finds its place.
+  /// How far a page key scrolls: one line less than the viewport shows, so the eye finds its place.
   static double pageLength(double viewport, double line);
   /// How far one notch of a wheel scrolls in each direction, at most a page.
   QPointF wheelNotch() const;
@@ -101,7 +101,7 @@ class HexEditorView : public QAbstractScrollArea, public HexEditorSurface {
   QPointF dragPoint_;
   /// The visible text that assistive technology knows.
   QString announcedText_;
-  /// What to reveal once the view has its real size.
+  /// The area to reveal once the view has its real size.
   std::optional<Rect> revealWhenShown_;
 };
 

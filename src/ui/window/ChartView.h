@@ -8,21 +8,21 @@ namespace quillmor {
 
 class ChartCanvas;
 
-/// A chart of places in a row, counted from 0. The place under the pointer is named; another one
-/// can be marked, by a click or with the Left, Right, Page Up, Page Down, Home and End keys, and is
-/// named while the pointer is elsewhere. A click and Return activate a place.
+/// A chart of places in a row, counted from 0. The place under the pointer is described in words. A
+/// click, or the Left, Right, Page Up, Page Down, Home and End keys mark a place, which is
+/// described while the pointer is elsewhere. A click and Return activate a place.
 class ChartView : public QWidget {
   Q_OBJECT
 
  public:
   using Place = std::int64_t;
 
-  /// `name` tells assistive technology what the chart shows; what is named describes it.
+  /// `name` is the chart's name for assistive technology; `readout` is its description.
   ChartView(const QString& name, QWidget* parent);
 
   std::optional<Place> markedPlace() const { return marked_; }
 
-  /// What the place under the pointer, else the marked one, is called; else what the chart shows.
+  /// Describes the place under the pointer, else the marked place, else the whole chart.
   QString readout() const;
 
   /// The plot without the axes' labels in device pixels of the widget, `ratio` of them per logical
@@ -43,11 +43,11 @@ class ChartView : public QWidget {
 
   std::optional<Place> pointedPlace() const { return pointed_; }
 
-  /// The widget without margins: `left` logical pixels for labels beside the plot, and room for a
-  /// line of them below it. In device pixels.
+  /// The widget less its margins, less `left` logical pixels for labels beside the plot and a line
+  /// of labels below it. In device pixels.
   QRect areaBeside(int left, double ratio) const;
   void drawFocus(ChartCanvas& canvas, const QRect& plot) const;
-  /// Marks a label of the vertical axis at a device pixel row.
+  /// Draws a label of the vertical axis at a device pixel row.
   void drawSideLabel(ChartCanvas& canvas, const QRect& plot, int y, const QString& text) const;
   /// The same for the horizontal axis, with a tick, at a device pixel column.
   void drawBottomLabel(ChartCanvas& canvas, const QRect& plot, int x, const QString& text) const;

@@ -12,8 +12,8 @@ namespace quillmor {
 
 struct ToolbarItem;
 
-/// The band of small buttons above the hex view. Buttons for which the window is too narrow go into
-/// the menu of one more button at the end.
+/// The band of small buttons above the hex view. Buttons that do not fit go into the menu of one
+/// more button at the end.
 class EditorToolbar : public QWidget {
  public:
   using Perform = std::function<void(std::string_view action)>;

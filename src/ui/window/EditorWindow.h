@@ -23,11 +23,11 @@ class HexEditorView;
 class HexFileDropView;
 class ReportWindow;
 
-/// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows
-/// what its controller says and hands on what the user does.
+/// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows what its
+/// controller decides and hands on the user's input.
 class EditorWindow : public QMainWindow, public EditorWindowSurface {
  public:
-  /// What the application hears of the window.
+  /// The application's callbacks.
   struct Handlers {
     std::function<void(EditorWindow&)> didBecomeKey;
     std::function<void(EditorWindow&)> menusNeedValidation;

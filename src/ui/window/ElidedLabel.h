@@ -5,8 +5,8 @@
 
 namespace quillmor {
 
-/// One line of small monospaced text that is cut with an ellipsis where it does not fit, and tells
-/// its whole text as tooltip and to assistive technology, where it is named by what it shows.
+/// One line of small monospaced text, cut with an ellipsis if it does not fit. The whole text is
+/// its tooltip, and its name for assistive technology.
 class ElidedLabel : public QWidget {
   Q_OBJECT
 

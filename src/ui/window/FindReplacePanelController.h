@@ -24,25 +24,25 @@ class HistoryComboBox;
 class SearchHistory;
 struct SearchHistories;
 
-/// What the panels of all editors use, and what outlives them.
+/// The services that the panels of all editors use, and that outlive them.
 struct FindReplacePanelServices {
   SearchHistories& histories;
 };
 
-/// The small window through which a user searches, and in its other kind replaces. It stands above
-/// its editor's window without blocking it, collects a request and hands it to the editor's
-/// controller, which does all the searching. Closing only hides it.
+/// The find panel, or the replace panel. It stays above its editor's window without blocking it,
+/// collects a request and hands it to the editor's controller, which does all the searching.
+/// Closing only hides it.
 class FindReplacePanelController : public QDialog {
  public:
-  /// `ownerWindow` owns the panel; `owner` is its controller. `didBecomeKey` hears of the panel
-  /// becoming the active window.
+  /// `ownerWindow` owns the panel; `owner` is its controller. `didBecomeKey` is called when the
+  /// panel becomes the active window.
   FindReplacePanelController(PanelKind kind, std::weak_ptr<HexWindowController> owner,
                              const FindReplacePanelServices& services,
                              std::function<void()> didBecomeKey, QWidget* ownerWindow);
 
   PanelKind kind() const { return kind_; }
 
-  /// Brings the panel to the front with the search text selected for the next one to replace it. A
+  /// Brings the panel to the front with the search text selected, so that typing replaces it. A
   /// hidden panel appears over its owner, a visible one stays where the user put it.
   void showWindow();
 
@@ -51,17 +51,17 @@ class FindReplacePanelController : public QDialog {
 
   SearchMode selectedMode() const;
 
-  /// What the controls ask for; absent when there is nothing to search for: no text, or in the
-  /// modes that read numbers nothing but white space.
+  /// Returns the request in the controls. Absent when there is nothing to search for: no text, or
+  /// only white space in the modes that read numbers.
   std::optional<SearchRequest> buildRequest() const;
-  /// Why `buildRequest` has none.
+  /// The reason why `buildRequest` returns nothing.
   std::string reasonForNoRequest() const;
 
-  /// Fills the controls from a request; of the replacement a find panel has no controls.
+  /// Fills the controls from a request; a find panel has none for the replacement.
   void apply(const SearchRequest& request);
 
-  // Nothing happens in the next two once the owner has gone; without a request they beep, and the
-  // owner says why.
+  // The next two do nothing once the owner has closed. Without a request they beep, and the owner
+  // shows the reason.
 
   /// Find, or replace. The OK button, and Return anywhere in the panel.
   void handlePrimaryAction();
@@ -69,14 +69,14 @@ class FindReplacePanelController : public QDialog {
   /// Find all, or replace all.
   void handleSecondaryAction();
 
-  /// Closes the panel and stops what its editor is doing, as Escape in the editor does.
+  /// Closes the panel and stops its editor's task, as Escape in the editor does.
   void handleCancel();
 
   /// Turns one of the radio buttons for the direction on and the other two off; the Tab key stops
   /// at the one that is on.
   void handleDirectionSelection(QRadioButton& chosen);
 
-  /// Another mode was chosen: controls that only text has come or go.
+  /// Another mode was chosen: shows or hides the controls that only text has.
   void tabViewDidSelect(int index);
 
   /// Escape.

@@ -13,8 +13,8 @@ class HistogramView : public ChartView {
   HistogramScale scale() const { return scale_; }
   void setScale(HistogramScale scale);
 
-  /// The width, in logical pixels, with which the bars are a comfortable whole number of device
-  /// pixels wide and fill the plot.
+  /// The width, in logical pixels, at which the bars fill the plot and are a readable whole number
+  /// of device pixels wide.
   int fittingWidth() const;
 
   QRect plotArea(double ratio) const override;

@@ -14,13 +14,13 @@ class HistoryComboBox : public QComboBox {
   /// `history` outlives the box.
   HistoryComboBox(const SearchHistory& history, QWidget* parent);
 
-  /// Shows the history as it is now below the field; nothing happens while it is empty.
-  /// Whether the text may have been cut, because the field takes no longer one.
+  /// Shows the history as it is now below the field; nothing happens while it is empty. True if the
+  /// text may have been cut, because it is as long as the field allows.
   bool isFull() const;
 
   void showPopup() override;
 
-  /// Selects the whole text, for the next one to replace it.
+  /// Selects the whole text, so that typing replaces it.
   void selectAll();
 
  protected:

@@ -10,21 +10,21 @@
 namespace quillmor {
 
 /// The text of a report: read-only, monospaced, with all places of a searched text marked. Very
-/// long lines are shown broken; what is copied is the report itself, but for U+0000, for which its
-/// symbol stands. Places count UTF-16 units of the report.
+/// long lines are shown broken, but copied whole. U+0000 is replaced by its symbol. Places count
+/// UTF-16 units of the report.
 class ReportText : public QPlainTextEdit {
  public:
   explicit ReportText(QWidget* parent);
 
   void setReport(const QString& report);
 
-  /// Marks every place of `needle`, upper and lower case alike; with an empty one none.
+  /// Marks every place of `needle`, ignoring case; none if it is empty.
   void markMatches(const QString& needle);
   std::int64_t matchCount() const { return matches_.count(); }
 
   // Select a match, show it and return its index; absent without matches.
 
-  /// The selected match or the next one behind, at the end the first again.
+  /// The selected match or the next one after it; after the last, the first again.
   std::optional<std::int64_t> selectNearestMatch();
   std::optional<std::int64_t> selectNextMatch();
   std::optional<std::int64_t> selectPreviousMatch();

@@ -16,7 +16,7 @@ class QVBoxLayout;
 namespace quillmor {
 
 /// A window with a report: read-only monospaced text that can be selected, copied, searched and
-/// saved, if wanted with a chart above it.
+/// saved. A chart may stand above it.
 ///
 /// Its keys: F3 and Shift+F3 go to the next and the previous match, around the ends; in the search
 /// field Return and Shift+Return do the same, and Escape goes back to the text.
@@ -24,15 +24,15 @@ class ReportWindow : public QMainWindow {
   Q_OBJECT
 
  public:
-  /// Saves a report. It may run the event loop, in which the window may go.
+  /// Saves a report. It may run the event loop, in which the window may be destroyed.
   using SaveHandler = std::function<void(const std::string& title, const std::string& report)>;
 
   ReportWindow(const std::string& title, const std::string& report, SaveHandler save);
 
   ReportText& text() { return *text_; }
 
-  /// Goes over `owner`: centred, or beside the windows of `others` that are there already; inside
-  /// the screen.
+  /// Places the window over `owner`: centred, or beside windows of `others` that are there already.
+  /// It stays inside the screen.
   void placeOver(const QWidget& owner, const std::vector<const QWidget*>& others);
 
  protected:
