@@ -16,9 +16,8 @@
 
 namespace quillmor {
 
-/// The application's own decisions: which editor a command goes to, which commands are enabled, how
-/// files are opened into windows, and when the application may quit. Knows no toolkit; main thread
-/// only.
+/// The application's own decisions: the editor for a command, the commands that are enabled, the
+/// windows for files, and whether the application may quit. Knows no toolkit; main thread only.
 class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
@@ -35,19 +34,20 @@ class AppDelegate {
   /// The editor's window became the key window.
   void editorWindowDidBecomeKey(const HexWindowController& controller);
 
-  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). What it fails
-  /// with is shown as an alert titled with the command. A command acts on the window that it was
-  /// chosen in, whichever has the keyboard; its editor is the one used last from then on.
+  /// Carries out a menu action by its name ("forwardSaveDocument:", "showAbout:"). A failure is
+  /// shown as an alert titled with the command. A command acts on the window that it was chosen in,
+  /// whichever window has the keyboard; its editor then counts as the one used last.
   void perform(std::string_view action, const CommandOrigin& origin = {});
 
-  /// Whether the menu action is enabled now in the menus of the origin.
+  /// True if the menu action is enabled now in the menus of the origin.
   bool validateMenuItem(std::string_view action, const CommandOrigin& origin = {}) const;
 
   void newDocument();
   void openDocument(const CommandOrigin& origin = {});
   void showPreferences();
 
-  /// An untitled document when none is open, else the first open document's windows in front.
+  /// Makes an untitled document when none is open; else brings the first document's windows to the
+  /// front.
   void openUntitledDocumentIfNeeded();
 
   // AppDelegateOpening.cpp: files handed to the application.
@@ -71,7 +71,7 @@ class AppDelegate {
  private:
   using NewWindowCompletion = std::function<void(bool)>;
 
-  /// A file being opened into a new window, with everybody who waits for it.
+  /// A file being opened into a new window, with the completions that wait for it.
   struct PendingNewWindowDocumentLoad {
     FileLocation location;
     std::vector<NewWindowCompletion> completions;
@@ -89,7 +89,7 @@ class AppDelegate {
 
   void route(std::string_view action, const CommandOrigin& origin);
   bool performTextAction(std::string_view action, const CommandOrigin& origin);
-  /// The editor that a command from there is for; null when there is none.
+  /// The editor for a command chosen there; null when there is none.
   std::shared_ptr<HexWindowController> editorFor(const CommandOrigin& origin) const;
   EnablingContext enablingContext(const CommandOrigin& origin) const;
   std::shared_ptr<HexWindowController> showNewEditorWindow(bool isPendingInitialLoad);
@@ -113,8 +113,8 @@ class AppDelegate {
   /// The states of documents whose unsaved changes the user wants to lose.
   using DiscardedStates = std::map<std::shared_ptr<HexWindowController>, ChangeCount::Token>;
 
-  /// Asks for one document after another. While one is being saved, others can be edited; whatever
-  /// is unsaved in the end has been asked for.
+  /// Asks for one document after another. While one is being saved, others can be edited; in the
+  /// end the user has been asked about every unsaved state.
   void reviewUnsavedDocuments(DiscardedStates discarded, const std::shared_ptr<void>& review);
 
   PlatformServices platform_;
@@ -129,7 +129,7 @@ class AppDelegate {
   /// The same for the review before quitting.
   std::weak_ptr<void> review_;
   std::vector<PendingNewWindowDocumentLoad> pendingLoads_;
-  /// Gone before everything else is: tells what outlives the delegate.
+  /// Destroyed first, so that pending callbacks see that the delegate has gone.
   std::shared_ptr<Done> life_ = std::make_shared<Done>();
 };
 

@@ -146,7 +146,7 @@ void AppDelegate::openInNewWindow(const FileLocation& location, NewWindowComplet
 void AppDelegate::newWindowLoadDidEnd(const FileLocation& location,
                                       const std::shared_ptr<HexWindowController>& controller,
                                       const Result<OpenCurrentResult>& result) {
-  // Whoever waits for the file is told even when the user cannot be.
+  // The waiting callers get the result even when the alert cannot be shown.
   auto shown = resultOf([&] {
     const bool isShown = result.isOk() && result.value() == OpenCurrentResult::opened;
     if (controller && !isShown) controller->closeUnusedWindow();

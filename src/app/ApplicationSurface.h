@@ -8,7 +8,7 @@
 
 namespace quillmor {
 
-/// Where a command was chosen.
+/// The place where a command was chosen.
 struct CommandOrigin {
   /// The editor that the window of the menu belongs to; null for the current one.
   std::shared_ptr<HexWindowController> editor;
@@ -16,7 +16,7 @@ struct CommandOrigin {
   void* window = nullptr;
 };
 
-/// What the application delegate needs of the toolkit's application. Main thread only.
+/// The toolkit's application, as far as the application delegate needs it. Main thread only.
 class ApplicationSurface {
  public:
   virtual ~ApplicationSurface() = default;
@@ -31,7 +31,7 @@ class ApplicationSurface {
   /// Sends the action to that text view; false when there is none.
   virtual bool sendTextAction(TextAction action, const CommandOrigin& origin) = 0;
 
-  /// Closes the origin's window, after its questions.
+  /// Closes the origin's window after asking about unsaved changes.
   virtual void performClose(const CommandOrigin& origin) = 0;
 
   virtual void showAboutWindow() = 0;

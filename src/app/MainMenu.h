@@ -46,7 +46,7 @@ std::vector<MenuItem> itemsWithAction(std::string_view action);
 /// the action itself when there is no such command.
 std::string commandTitle(std::string_view action);
 
-/// Whether `action` is passed on to the current editor, as "forwardFillSelection:" is.
+/// True if `action` is passed on to an editor, as "forwardFillSelection:" is.
 bool isForwarded(std::string_view action);
 
 }  // namespace quillmor

@@ -19,7 +19,7 @@ struct TextFocus {
 /// The standard commands that a focused text view carries out itself.
 enum class TextAction { undo, redo, cut, copy, paste, delete_, selectAll };
 
-/// One of them: the menu action that stands for it, and what the text view must have for it.
+/// One text command: its menu action, and the property of the text view that enables it.
 struct TextCommand {
   std::string_view action;
   TextAction textAction;
@@ -29,8 +29,8 @@ struct TextCommand {
 /// The text command with this menu action, or null.
 const TextCommand* findTextCommand(std::string_view action);
 
-/// What the menu items' state depends on, read at one moment. The values about a document are those
-/// of the current controller; without one they mean nothing.
+/// The state that enables menu items, read at one moment. The values about a document are those of
+/// the controller; without one they mean nothing.
 struct EnablingContext {
   std::optional<TextFocus> textFocus;  ///< absent when the focus is not in a text view
   bool hasController = false;

@@ -22,24 +22,24 @@ class ByteHistogram {
   std::int64_t total() const { return total_; }
   std::int64_t maximum() const { return maximum_; }
 
-  /// Where on the axis `count` lies: 0 for none, 1 for the greatest count of all.
+  /// The place of `count` on the axis: 0 for none, 1 for the greatest count of all.
   double fraction(std::int64_t count, HistogramScale scale) const;
 
-  /// The height of the bar of `value` (0...255) in a plot of `plotHeight` pixels. A value that
-  /// occurs has at least one pixel.
+  /// The height of the bar for `value` (0...255) in a plot of `plotHeight` pixels; at least one
+  /// pixel for a value that occurs.
   int barHeight(int value, HistogramScale scale, int plotHeight) const;
 
-  /// Round counts, rising, to draw lines at. They keep clear of the axis and of the maximum.
+  /// Round counts in rising order at which lines are drawn; none near the axis or the maximum.
   std::vector<std::int64_t> gridCounts(HistogramScale scale) const;
 
   /// "0x41 'A': 1,234 bytes (5.432 %)"; the character stands there for 0x20...0x7E only.
   std::string description(int value) const;
 
-  /// How many bytes were counted and how many values occur among them.
+  /// The number of bytes counted, and of different values among them.
   std::string summary() const;
 
-  /// The width of every bar with the gap behind it, in whole pixels, so that all bars are equally
-  /// wide; at least 1.
+  /// The width of every bar with the gap after it. Whole pixels, at least 1, so all bars are
+  /// equally wide.
   static int barPitch(int availableWidth);
 
   /// The value whose bar stands at `x` pixels from the first bar's left edge; absent beside the

@@ -9,13 +9,13 @@
 
 namespace quillmor {
 
-/// The arithmetic and the texts of a drawn entropy map. Its horizontal axis are the bytes that the
-/// map covers, its vertical one 0 to 8 bits per byte. Chunks are counted from 0.
+/// The arithmetic and the texts of a drawn entropy map. The horizontal axis is the bytes that the
+/// map covers, the vertical axis 0 to 8 bits per byte. Chunks are counted from 0.
 class EntropyCurve {
  public:
   static constexpr double kMaximumEntropy = 8;
 
-  /// What one pixel column shows: the extremes of all chunks with a byte in it.
+  /// One pixel column: the lowest and the highest entropy of all chunks with a byte in it.
   struct Column {
     double minimum = 0;
     double maximum = 0;
@@ -28,33 +28,33 @@ class EntropyCurve {
   bool isEmpty() const { return chunkCount() == 0; }
   std::int64_t chunkCount() const { return static_cast<std::int64_t>(map_.entropies.size()); }
 
-  /// The bytes from the document's start that the curve stands for.
+  /// The number of bytes, from the document's start, that the curve covers.
   std::int64_t coveredByteCount() const { return covered_; }
 
   /// The columns of a plot `width` pixels wide; none for an empty map. Every chunk is in at least
   /// one of them.
   std::vector<Column> columns(int width) const;
 
-  /// Of the chunks in a column the one whose entropy is nearest to `entropy`, so that a spike can
-  /// be pointed at; the first of equals. Absent outside the plot and for an empty map.
+  /// The chunk in a column whose entropy is nearest to `entropy`, so that a spike can be pointed
+  /// at; the first of equals. Absent outside the plot and for an empty map.
   std::optional<std::int64_t> chunkAt(int column, int width, double entropy) const;
 
-  /// The column of a plot `width` pixels wide in which the middle of the chunk lies.
+  /// The column with the middle of the chunk, in a plot `width` pixels wide.
   int columnOf(std::int64_t chunk, int width) const;
 
   static std::int64_t offsetOf(std::int64_t chunk) { return chunk * EntropyMap::kChunkByteCount; }
   double entropyOf(std::int64_t chunk) const;
 
-  /// Round offsets, rising from 0, at most eight, to label the axis with.
+  /// At most eight round offsets, rising from 0, for the labels of the axis.
   std::vector<std::int64_t> offsetTicks() const;
 
   /// "0x00012000: 7.9871 bits/byte".
   std::string description(std::int64_t chunk) const;
 
-  /// How many bytes the curve stands for, and in how many chunks.
+  /// The number of bytes and of chunks that the curve covers.
   std::string summary() const;
 
-  /// That the curve covers a part of the document only; empty when it covers all.
+  /// A sentence saying that the curve covers only part of the document; empty when it covers all.
   std::string coverageNote() const;
 
  private:

@@ -20,15 +20,15 @@ class FoldedLines {
   /// The text with the line feeds put in.
   std::u16string folded(std::u16string_view text) const;
 
-  /// Where the unit at `place` of the text is in the folded text.
+  /// The place in the folded text of the unit at `place` of the text.
   std::int64_t toFolded(std::int64_t place) const;
 
-  /// The place in the text of what stands at `place` of the folded text; of a line feed put in, the
-  /// place behind it.
+  /// The place in the text of the unit at `place` of the folded text. A line feed that was put in
+  /// stands for the place after it.
   std::int64_t toOriginal(std::int64_t place) const;
 
  private:
-  std::vector<std::int64_t> breaks_;  ///< places of the text before which a line feed was put
+  std::vector<std::int64_t> breaks_;  ///< a line feed was put before these places of the text
 };
 
 }  // namespace quillmor

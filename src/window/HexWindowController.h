@@ -52,10 +52,10 @@ class HexWindowController : public DocumentWindow,
   /// go on.
   void requestClose(std::function<void(bool)> completion);
 
-  /// Closes the window of a document that came to nothing, without asking.
+  /// Closes the window without asking, because its document could not be opened.
   void closeUnusedWindow();
 
-  /// The window has closed or is about to, whatever the reason.
+  /// To be called when the window has closed or is about to.
   void windowWillClose();
 
   // DocumentWindow

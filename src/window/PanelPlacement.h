@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/// Where a panel goes on the screen. In logical points; y grows downward.
+/// The place of a panel on the screen. In logical points; y grows downward.
 namespace quillmor::PanelPlacement {
 
 struct Origin {
@@ -24,7 +24,7 @@ struct Frame {
 
 /// The top left corner that centres a panel of size `panel` over `owner` and then moves it as
 /// little as needed to lie inside `visible`. A panel too large for that keeps the top left corner
-/// of `visible`, so that its title stays in reach. Sizes are not negative.
+/// of `visible`, so that its title can be reached. Sizes are not negative.
 Origin originOver(const Frame& owner, Size panel, const Frame& visible);
 
 }  // namespace quillmor::PanelPlacement

@@ -8,17 +8,17 @@
 
 namespace quillmor {
 
-/// The texts a kind of field was used with lately, newest first, each of them once. Lives as long
-/// as the program runs; main thread only.
+/// The recent texts of one kind of field, newest first and without repetition. Main thread only.
 class SearchHistory {
  public:
   static constexpr std::size_t kMaxEntries = 20;
 
-  /// Longer texts, in Unicode scalars, are not remembered: nobody tells them apart in a list, and a
+  /// Longer texts, in Unicode scalars, are not remembered: in a list they all look alike, and a
   /// field may hold millions of characters.
   static constexpr std::int64_t kMaxEntryCharacters = 4096;
 
-  /// Puts `text` first and forgets what is too many. Empty and overlong texts change nothing.
+  /// Puts `text` first and drops the oldest when there are too many. Ignores empty and overlong
+  /// texts.
   void record(std::string_view text);
 
   const std::vector<std::string>& entries() const { return entries_; }

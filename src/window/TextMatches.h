@@ -7,8 +7,8 @@
 
 namespace quillmor {
 
-/// Where a text occurs in another one, without overlaps, in the order of their places. Places count
-/// UTF-16 units, as the toolkit's texts do; a text has less than 2^31 of them.
+/// The occurrences of one text in another, without overlaps, in order. Places count UTF-16 units,
+/// as the toolkit's texts do; a text has fewer than 2^31 of them.
 class TextMatches {
  public:
   TextMatches() = default;
@@ -20,14 +20,14 @@ class TextMatches {
   std::int64_t length() const { return length_; }
   std::int64_t start(std::int64_t index) const { return starts_[static_cast<std::size_t>(index)]; }
 
-  /// The first match that starts at `place` or behind it, else the first of all; absent without
+  /// The first match that starts at or after `place`, else the first of all; absent without
   /// matches.
   std::optional<std::int64_t> indexFrom(std::int64_t place) const;
 
   /// The last match that starts before `place`, else the last of all; absent without matches.
   std::optional<std::int64_t> indexBefore(std::int64_t place) const;
 
-  /// The first match that ends behind `place`; `count()` when there is none.
+  /// The first match that ends after `place`; `count()` when there is none.
   std::int64_t firstEndingBehind(std::int64_t place) const;
 
  private:

@@ -7,7 +7,7 @@ namespace quillmor {
 
 struct ToolbarItem {
   std::string_view title;
-  std::string_view action;  ///< the menu action that carries it out
+  std::string_view action;  ///< the menu action that a click performs
 };
 
 /// The buttons of an editor window's toolbar, from left to right.

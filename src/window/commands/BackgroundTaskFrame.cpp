@@ -56,7 +56,7 @@ void BackgroundTaskFrame::updateBusyStatus(const std::string& statusText) {
 void BackgroundTaskFrame::endBusyStatus() noexcept {
   const bool wasShowingProgress = activity_->isShowingProgress;
   activity_.reset();
-  // What cannot be shown now is shown with the next change; the outcome of the work must get on.
+  // If this cannot be shown now, the next change shows it; the result of the work must go on.
   resultOf([&] {
     retryingWithoutMemory([&] {
       if (wasShowingProgress) observer_.hideProgress();

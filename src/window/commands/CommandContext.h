@@ -20,8 +20,8 @@
 
 namespace quillmor {
 
-/// What the commands of one editor window work with: its edit session, its window, questions and
-/// sentences for the user, and background work. Main thread only.
+/// The surroundings of the commands of one editor window: its edit session, its window, questions
+/// and sentences for the user, and background work. Main thread only.
 class CommandContext : private BusyStateObserver, private EditSessionObserver {
  public:
   /// `owner` refers to the object that a completion keeps alive while it runs, and after whose end

@@ -18,7 +18,7 @@ namespace quillmor {
 class DocumentReplacement {
  public:
   using OpenCompletion = std::function<void(OpenCurrentResult)>;
-  /// What loading ended with; `broughtToFront` when another window shows the file.
+  /// Gets the outcome of loading; `broughtToFront` when another window shows the file.
   using LoadCompletion = std::function<void(Result<OpenCurrentResult>)>;
 
   /// `willReplace` is called before the document becomes that of another file.

@@ -37,7 +37,7 @@ void DocumentSaving::performDocumentSave(const FileLocation& destination,
   });
   if (isRefused) return completion(DocumentSaveResult::failed);
   if (begun.isOk()) return;
-  // A save that has ended could not say how; whoever waits for it has been told.
+  // The save has ended and its caller has the result; only showing it has failed.
   if (run && !run->completion) throw std::move(begun.error());
   Run unstarted{.busy = {}, .completion = std::move(completion)};
   saveDidEnd({DocumentSaveResult::failed, std::move(begun.error())}, run ? *run : unstarted);
@@ -74,7 +74,7 @@ bool DocumentSaving::confirmsOverwritingChangedFile() {
 void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {
   const Completion onlyOnce = std::exchange(run.completion, nullptr);
   run.busy.end();
-  // Whoever waits for the save is told even when the user cannot be.
+  // The waiting caller gets the result even when the alert cannot be shown.
   auto shown = resultOf([&] {
     if (outcome.result == DocumentSaveResult::failed)
       retryingWithoutMemory([&] { context_.alert("Save Failed", *outcome.error); });

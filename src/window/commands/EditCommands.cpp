@@ -115,7 +115,7 @@ void EditCommands::deleteSelection() {
   session_.editor().deleteSelectionOrByte(/*backward=*/false);
 }
 
-/// What a copying command takes; absent, after an alert, when that is too much.
+/// The bytes that a copying command takes; absent, after an alert, when they are too many.
 std::optional<HexSelection> EditCommands::rangeForClipboardOrAlert(
     const std::string& title, Refusal (*refusalOf)(std::int64_t length)) {
   const auto range = selectedRangeForClipboard(

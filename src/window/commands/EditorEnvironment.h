@@ -13,7 +13,7 @@ enum class DocumentReplacementPreparation { proceed, cancelled, failed };
 /// How opening a file into an existing window ended.
 enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
 
-/// What every editor window shares. All of it outlives the windows.
+/// The services that all editor windows share; they outlive the windows.
 struct EditorEnvironment {
   PlatformServices platform;
   DocumentController& documents;

@@ -12,7 +12,7 @@ namespace quillmor {
 /// The two panels of an editor through which the user searches.
 enum class PanelKind { find, replace };
 
-/// The window that an editor's controller drives: what is shown, nothing decided. Main thread only.
+/// The window that an editor's controller drives: it shows and decides nothing. Main thread only.
 class EditorWindowSurface {
  public:
   virtual ~EditorWindowSurface() = default;
@@ -33,15 +33,15 @@ class EditorWindowSurface {
   virtual void showProgress(double fraction, bool canStop) = 0;
   virtual void hideProgress() = 0;
 
-  /// What menus depend on has changed.
+  /// The state of the menus may have changed.
   virtual void revalidateMenus() = 0;
 
   virtual void bringToFront() = 0;
 
-  /// Closes the window without asking; its controller is told through `windowWillClose`.
+  /// Closes the window without asking; calls its controller's `windowWillClose`.
   virtual void closeWindow() = 0;
 
-  /// Files are no longer accepted by drag and drop.
+  /// Stops accepting files by drag and drop.
   virtual void unregisterDrags() = 0;
 
   /// Opens a report window that lives until it is closed or `closeUtilityWindows` is called.

@@ -106,7 +106,7 @@ bool FirmwareCommands::writeChecksumByte(std::int64_t offset, std::uint8_t value
   });
 }
 
-/// What a ROM says about itself; absent, after an alert, when the presets must not touch it.
+/// The ROM's own description; absent, after an alert, when the presets must not touch it.
 std::optional<PCIRomValidation> FirmwareCommands::validatePCIRomForPolarisPreset(
     const std::string& title) {
   const auto validation = quillmor::validatePCIRomForPolarisPreset(session_.bytes().span());

@@ -12,11 +12,11 @@
 
 namespace quillmor {
 
-// The forms of the commands. An answer that is refused costs the user no typing: an alert says why,
-// then the form is shown again as it was filled in, until its answer is accepted or the user
-// cancels, which makes every result absent. Under a text field stands how its text will be read.
+// The forms of the commands. A refused answer costs no typing: an alert says why, then the form is
+// shown again as it was filled in, until the answer is accepted or the user cancels. Every result
+// is absent when the user cancels. A note under a text field shows how its text will be read.
 
-/// Why an answer is refused, and which field is to be mended.
+/// The reason why an answer is refused, and the field to correct.
 struct AnswerRefusal {
   std::string message;
   std::size_t field = 0;
@@ -45,9 +45,9 @@ std::optional<Value> askUntilRead(
 std::optional<std::int64_t> askForOffset(AlertPresenter& alerts, const std::string& title,
                                          const std::string& message);
 
-/// Asks for a start and a length of 0 or more, in that order; not yet clipped to any document. What
-/// is no number is refused with "Enter a valid start offset and length.", negative numbers with
-/// `negative`.
+/// Asks for a start and a length of 0 or more, in that order; not yet clipped to a document. Text
+/// that is not a number is refused with "Enter a valid start offset and length.", a negative number
+/// with `negative`.
 std::optional<HexSelection> askForRange(
     AlertPresenter& alerts, const std::string& title, const std::string& message,
     const std::string& negative = "Enter a valid start offset and length.");
@@ -69,7 +69,7 @@ enum class PatternInput {
   hexUnlessText,  ///< hexadecimal bytes, one unbroken word too, unless the pop-up is set to Text
 };
 
-/// Asks for a byte pattern of one byte or more; what is none is refused with "Enter a valid byte
+/// Asks for a pattern of one byte or more; anything else is refused with "Enter a valid byte
 /// pattern.".
 std::optional<std::vector<std::uint8_t>> promptBytePattern(AlertPresenter& alerts,
                                                            const std::string& title,
@@ -85,7 +85,7 @@ struct PatternAndNumber {
 /// A number beside a byte pattern.
 struct NumberPrompt {
   FormField field;
-  std::string invalid;  ///< said of what is no number
+  std::string invalid;  ///< the refusal of text that is not a number
   /// Why a pattern and a number are refused; absent for good ones.
   std::function<std::optional<std::string>(const PatternAndNumber&)> refusalOf;
 };

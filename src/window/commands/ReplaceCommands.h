@@ -15,8 +15,8 @@
 
 namespace quillmor {
 
-/// What the Replace panel asks for: replacing one match, or all of them with or without a question
-/// for each.
+/// The requests of the Replace panel: replacing one match, or all of them with or without a
+/// question for each.
 class ReplaceCommands : private CommandFamily {
  public:
   /// `searching` outlives this object.

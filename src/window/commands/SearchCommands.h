@@ -16,11 +16,11 @@ class SearchCommands : private CommandFamily {
   explicit SearchCommands(CommandContext& context) : CommandFamily(context) {}
   static std::span<const CommandRow<SearchCommands>> rows();
 
-  /// What was searched for last: the panels start with it, Find Next and Find Previous repeat it.
+  /// The last search: the panels start with it, Find Next and Find Previous repeat it.
   const SearchRequest& lastSearchRequest() const { return lastSearchRequest_; }
   void setLastSearchRequest(const SearchRequest& request) { lastSearchRequest_ = request; }
 
-  /// What the Find panel asks for.
+  // Requests of the Find panel.
   void performFind(const SearchRequest& request, bool advanceFromCurrentSelection);
   void performSearchAll(const SearchRequest& request);
 

@@ -10,16 +10,14 @@
 
 namespace quillmor {
 
-/// New bytes for a range, with all that putting them in place of the old ones would otherwise cost
-/// the main thread.
+/// New bytes for a range, prepared so that writing them costs the main thread little.
 struct SelectionMutation {
   ByteBuffer bytes;
-  /// Whether the old bytes are the same.
+  /// True if the old bytes are the same.
   bool changesNothing = false;
   /// The old bytes, for undo; absent when there are more than undo keeps.
   std::optional<ByteBuffer> before = {};
-  /// The whole document with the new bytes, where they are so many that writing them into it would
-  /// hold up the window.
+  /// The whole document with the new bytes; present when writing so many would block the window.
   std::optional<ByteBuffer> document = {};
 };
 
@@ -27,7 +25,7 @@ struct SelectionMutation {
 /// of the whole document would take its memory once more.
 inline constexpr std::int64_t kLargestRangeWrittenInPlace = std::int64_t{32} * 1024 * 1024;
 
-/// 411: the range that a command was asked to work on is not there any more.
+/// 411: the range that a command works on no longer exists.
 Error rangeChangedError();
 
 /// `range` when it lies within `bytes`; throws `rangeChangedError()` otherwise.
