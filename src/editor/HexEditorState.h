@@ -17,7 +17,7 @@ namespace quillmor {
 
 class HexEditorState;
 
-/// What a hex view tells its owner. All calls come on the main thread.
+/// The owner of a hex view. All calls come on the main thread.
 class HexEditorViewDelegate {
  public:
   virtual ~HexEditorViewDelegate() = default;
@@ -27,18 +27,18 @@ class HexEditorViewDelegate {
   virtual void announceEdit(std::int64_t start, std::int64_t removedCount,
                             std::int64_t insertedCount) = 0;
 
-  /// The announced edit failed, for want of memory: the storage is as it was.
+  /// The announced edit failed because memory ran out; the storage is unchanged.
   virtual void editDidNotHappen() noexcept = 0;
 
-  /// The storage has changed, and caret and selection are those after the edit; nothing of it is
-  /// shown yet. A digit that completes a byte whose first digit was announced comes without an
+  /// The storage has changed, and caret and selection are those after the edit; nothing is shown
+  /// yet. A digit that completes a byte whose first digit was announced comes without an
   /// announcement of its own.
   virtual void hexEditorDidEdit(HexEditorState& editor) = 0;
 
   /// The caret or the selection was set.
   virtual void updateStatus() = 0;
 
-  /// What the user typed or asked for was refused with a beep; `reason` is a sentence for the user.
+  /// Input was refused with a beep; `reason` is a sentence for the user.
   virtual void didRefuse(const std::string& reason) = 0;
 };
 
@@ -56,13 +56,13 @@ class HexEditorSurface {
   /// Scrolls as little as needed to show `rect` (document coordinates).
   virtual void scrollToVisible(const Rect& rect) = 0;
 
-  /// The document coordinates of the top left corner of what can be seen.
+  /// The document coordinates of the viewport's top left corner.
   virtual Point scrollPosition() const = 0;
 
   /// Scrolls there, as far as the document goes.
   virtual void scrollTo(Point position) = 0;
 
-  /// Typing shall go to this view from now on.
+  /// Gives the keyboard focus to this view.
   virtual void takeKeyboardFocus() = 0;
 
   /// The caret or the selection was set, for assistive technology.
@@ -71,7 +71,7 @@ class HexEditorSurface {
   /// Bytes may have changed, or their rows, for assistive technology.
   virtual void contentsChanged() = 0;
 
-  /// The state has another surface, or none, or is being destroyed; it is not to be used any more.
+  /// The state has another surface, or none, or is being destroyed. Do not use it any more.
   virtual void detached() = 0;
 };
 

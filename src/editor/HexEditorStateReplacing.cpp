@@ -26,7 +26,7 @@ HexEditorState::Replacement HexEditorState::replacementFor(HexSelection normaliz
   return {start, std::min(insertedCount, count() - start)};
 }
 
-/// Replaces, leaves the caret behind the new bytes and sets `newSelection`.
+/// Replaces, leaves the caret after the new bytes and sets `newSelection`.
 void HexEditorState::replace(Replacement replacement, std::span<const std::uint8_t> bytes,
                              HexSelection newSelection) {
   if (!canApplyEdit(replacement.removedCount, std::ssize(bytes))) return;
@@ -66,7 +66,7 @@ void HexEditorState::paste(std::span<const std::uint8_t> bytes) {
   replace(replacementFor(selected, std::ssize(bytes)), bytes, {});
 }
 
-/// When `bytes` equal what they would replace, moves the caret behind them and returns true.
+/// If `bytes` equal the bytes that they would replace, moves the caret after them and returns true.
 bool HexEditorState::skipsOverEqualBytes(HexSelection normalized,
                                          std::span<const std::uint8_t> bytes) {
   if (normalized.length > 0) {

@@ -20,8 +20,8 @@ std::uint8_t withLowNibble(std::uint8_t byte, std::uint8_t nibble) {
 
 void HexEditorState::handleTextInput(std::string_view characters) {
   if (characters.empty()) return;
-  // Everything that can be typed is ASCII, where a character's first UTF-8 byte is all of it; the
-  // first byte of any other character is above 126 and refused in both columns.
+  // Only ASCII can be typed, and an ASCII character is one byte in UTF-8. The first byte of any
+  // other character is above 126, which both columns refuse.
   const char first = characters.front();
   if (editingArea_ == EditingArea::hex) {
     if (const auto digit = hexDigitValue(first)) return editHexNibble(*digit);
@@ -74,7 +74,7 @@ void HexEditorState::expectSecondDigit() {
   if (surface_ != nullptr) surface_->caretOrSelectionChanged();
 }
 
-/// A digit that is there already is no edit: the second digit decides whether there is one.
+/// An equal digit is no edit: the second digit decides whether there is one.
 void HexEditorState::overwriteFirstNibble(std::uint8_t value) {
   const std::uint8_t old = storage_->bytes[caretOffset_];
   const std::uint8_t edited = withHighNibble(old, value);

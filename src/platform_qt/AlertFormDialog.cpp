@@ -17,7 +17,7 @@ namespace quillmor {
 
 namespace {
 
-/// What a dialog needs at both sides of its form together.
+/// The width of a dialog's two margins beside its form.
 constexpr int kRoomAroundForm = 40;
 
 /// A label for text of any origin: never read as markup, free to be selected and copied.
@@ -47,8 +47,8 @@ QComboBox* makePopUp(const FormField& field) {
 
 QLineEdit* makeTextField(const FormField& field) {
   auto* edit = new QLineEdit;
-  // The toolkit would cut at 32,767 characters without a word; the commands have limits of their
-  // own and say so.
+  // The toolkit would silently cut at 32,767 characters; the commands have limits of their own and
+  // say so.
   edit->setMaxLength(std::numeric_limits<int>::max());
   edit->setPlaceholderText(QString::fromStdString(field.placeholder));
   edit->setText(QString::fromStdString(field.text));

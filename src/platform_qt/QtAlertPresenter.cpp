@@ -68,7 +68,7 @@ QPointer<QMessageBox> makeBox(const Alert& alert) {
   return box;
 }
 
-/// What the form holds when nobody could answer it.
+/// The form's contents when nobody could answer it.
 AlertResponse unansweredResponse(const Alert& alert) {
   AlertResponse response;
   response.button = AlertButtons::buttonOfLostDialog(alert);

@@ -66,8 +66,8 @@ class ClipboardContent : public QMimeData {
   const LazyContent<std::string> text_;
 };
 
-/// Hands `data` to the desktop; the toolkit tells of a refusal only by holding something else
-/// afterwards.
+/// Hands `data` to the desktop. After a refusal the clipboard holds something else; the toolkit
+/// gives no other sign.
 bool publish(std::unique_ptr<QMimeData> data) {
   QClipboard& clipboard = *QGuiApplication::clipboard();
   const QStringList published = data->formats();

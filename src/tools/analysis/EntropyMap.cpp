@@ -15,7 +15,7 @@ constexpr std::size_t kLengthColumnWidth = 6;
 
 static_assert(kWorkPieceSize % kChunk == 0);
 
-/// What a byte value takes from the entropy of a whole chunk, by how often it occurs in it.
+/// The share of a byte value in the entropy of a whole chunk, by its number of occurrences.
 using PartTable = std::array<double, static_cast<std::size_t>(kChunk) + 1>;
 
 const PartTable& partTable() {

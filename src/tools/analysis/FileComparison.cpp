@@ -95,7 +95,7 @@ class Listing {
   std::int64_t total_ = 0;
 };
 
-/// What is known of files whose common part has been compared.
+/// The result for files whose common part has been compared.
 void addLengths(std::int64_t currentCount, std::int64_t otherCount, FileComparison& result) {
   result.currentCount = currentCount;
   result.otherCount = otherCount;
@@ -104,7 +104,7 @@ void addLengths(std::int64_t currentCount, std::int64_t otherCount, FileComparis
   if (!result.firstMismatch) result.firstMismatch = std::min(currentCount, otherCount);
 }
 
-/// What one thread finds in the pieces it compares.
+/// The result of one thread for the pieces that it compares.
 struct PieceComparer {
   std::vector<std::uint8_t> current;
   std::vector<std::uint8_t> other;

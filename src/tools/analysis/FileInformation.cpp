@@ -23,7 +23,7 @@ std::string selectionText(HexSelection selection) {
 std::string fileInformationReport(std::span<const std::uint8_t> bytes,
                                   const FileInformation& information, TaskProgress& progress) {
   progress.setTotal(std::ssize(bytes));
-  // Every byte is counted once: the selection, and what lies on either side of it.
+  // Every byte is counted once: those of the selection, and those on either side of it.
   const HexSelection selection = information.selection.normalized(std::ssize(bytes));
   const auto start = static_cast<std::size_t>(selection.start);
   const auto length = static_cast<std::size_t>(selection.length);

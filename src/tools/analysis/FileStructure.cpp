@@ -59,7 +59,7 @@ std::string acpiLine(std::span<const std::uint8_t> bytes, TaskProgress* progress
          ", checksum " + (table->isValid ? "valid" : "invalid");
 }
 
-/// A line for each structure, each behind a line feed.
+/// A line for each structure, each after a line feed.
 std::string structureLines(std::span<const std::uint8_t> bytes, TaskProgress* progress) {
   const FieldReader file(bytes);
   std::string lines;

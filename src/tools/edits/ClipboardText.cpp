@@ -25,8 +25,8 @@ constexpr std::size_t kPieceSize = 2048;
 /// The longest text of one byte that the tables hold.
 constexpr std::size_t kUnitRoom = 8;
 
-/// What every byte becomes, with all that repeats around its digits. A unit is copied whole and
-/// the next one written over what it has too many, so that no copy depends on a length.
+/// The text of one byte, with the text that repeats around its digits. A unit is copied whole, and
+/// the next one overwrites its excess, so that no copy depends on a length.
 struct UnitTable {
   std::array<std::array<char, kUnitRoom>, 256> units{};
   std::array<std::uint8_t, 256> lengths{};

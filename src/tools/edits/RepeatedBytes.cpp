@@ -19,7 +19,7 @@ std::int64_t blockSizeFor(std::int64_t patternSize) {
   return patternSize * (copies >= kAlignment ? copies / kAlignment * kAlignment : copies);
 }
 
-/// Writes the pattern once and then doubles what is there until `to` is full.
+/// Writes the pattern once and then doubles the written part until `to` is full.
 void fillByDoubling(std::span<std::uint8_t> to, std::span<const std::uint8_t> pattern) {
   std::size_t filled = std::min(to.size(), pattern.size());
   std::memcpy(to.data(), pattern.data(), filled);

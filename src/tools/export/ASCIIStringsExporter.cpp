@@ -24,7 +24,7 @@ constexpr std::string_view kTotalStrings = "Total strings found: ";
 /// The most digits of a number that is 0 or more.
 constexpr std::size_t kMaxDigits = 19;
 
-/// What the closing lines may need, whatever their numbers turn out to be.
+/// The most characters of the closing lines, for any numbers in them.
 constexpr std::int64_t kClosingRoom =
     kTruncationNote.size() + kDisplayedStrings.size() + kTotalStrings.size() + 2 * (kMaxDigits + 1);
 

@@ -25,7 +25,7 @@ constexpr std::uint8_t lowByte(std::int64_t value) {
   return static_cast<std::uint8_t>(value & 0xFF);
 }
 
-/// What makes the sum of a record's bytes 0.
+/// Returns the byte that makes the sum of a record's bytes 0.
 std::string_view checksumText(std::int64_t sum) {
   return uppercaseHexByteStrings[lowByte(-sum)];
 }

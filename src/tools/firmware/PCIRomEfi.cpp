@@ -100,7 +100,7 @@ void addHeaderLines(const FieldReader& rom, const EfiHeader& header, std::int64_
   }
 }
 
-/// What the PE/COFF header at `at` says; its optional header has been checked.
+/// Appends lines about the PE/COFF header at `at`; its optional header has been checked.
 void addPeLines(const FieldReader& rom, const EfiHeader& header, std::int64_t at,
                 ReportLines& report) {
   const std::uint16_t machine = rom.word(at + 4);

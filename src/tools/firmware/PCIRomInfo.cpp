@@ -103,7 +103,7 @@ void addFieldLines(Inspection& rom) {
   }
 }
 
-/// The fields whose meaning came with revision 3; nobody knows what a later one makes of them.
+/// The fields that have their meaning since revision 3; a later revision may change it.
 void addRevisionLines(Inspection& rom) {
   ReportLines& report = rom.report;
   if (rom.revision > 3) return;

@@ -81,7 +81,7 @@ std::optional<Error> structureFailure(const FieldReader& rom, std::int64_t pcir)
   return std::nullopt;
 }
 
-/// Checks 8 to 10, of what the structure says the image is.
+/// Checks 8 to 10: the facts about the image in the structure.
 std::optional<Error> kindFailure(const FieldReader& rom, std::int64_t pcir) {
   const std::uint8_t codeType = rom.byte(pcir + 0x14);
   if (codeType != 0) {
@@ -177,7 +177,7 @@ PolarisChecksumResult polarisChecksumFix(std::span<const std::uint8_t> bytes,
   result.sumBefore = polarisImageSum(image, validation.imageSize);
   result.newChecksum = static_cast<std::uint8_t>(result.oldChecksum - result.sumBefore);
   result.changed = result.sumBefore != 0;
-  // Summed up, not worked out: the report tells what the image holds.
+  // Added up rather than derived: the report states the image's real sum.
   std::vector<std::uint8_t> fixed(image.begin(), image.end());
   fixed[kPolarisChecksumOffset] = result.newChecksum;
   result.sumAfter = polarisImageSum(fixed, validation.imageSize);

@@ -67,7 +67,7 @@ std::string_view keyOf(std::string_view line) {
   return line.substr(0, length);
 }
 
-/// What the lines behind the first hold.
+/// The contents of the lines after the first.
 struct Fields {
   std::vector<std::string_view> offsets;
   std::vector<std::string_view> data;
@@ -104,7 +104,7 @@ Fields fieldsOf(std::string_view text, const TaskProgress* progress) {
 }
 
 std::int64_t offsetOf(const Fields& fields) {
-  // What is longer is not looked through, which nothing could stop.
+  // A longer text is not searched, because nothing could stop that.
   const bool isOne = fields.offsets.size() == 1 && fields.offsets[0].size() <= kLongestOffset;
   const auto offset = isOne ? HexParser::parseOffset(fields.offsets[0]) : std::nullopt;
   if (!offset || *offset < 0) {

@@ -17,8 +17,8 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// No fewer bytes than the result of `rule` has. Throws when that would be too many, which only
-/// counting the matches tells where the document could be made of nothing but them.
+/// Returns at least the number of bytes of the result of `rule`. Throws if that is too many. The
+/// matches are counted only if a document full of matches would be too long.
 std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Bytes bytes,
                            std::int64_t maximumByteCount, const TaskProgress& progress) {
   const std::int64_t growth = std::ssize(rule.replace) - std::ssize(rule.find);
@@ -33,7 +33,7 @@ std::int64_t largestResult(const JSONPatchPreset::Rule& rule, Bytes bytes,
   return size;
 }
 
-/// Moves the bookmarks behind the end of a document, which no match touches, from `beyond` into
+/// Moves the bookmarks after the end of a document, which no match touches, from `beyond` into
 /// `bookmarks`.
 void appendMoved(const std::vector<std::int64_t>& beyond, std::int64_t shift,
                  std::vector<std::int64_t>& bookmarks) {

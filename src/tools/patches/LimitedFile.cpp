@@ -9,7 +9,7 @@ namespace quillmor {
 
 namespace {
 
-/// What `read` returns, or `tooLarge` for its error about the limit.
+/// Returns the result of `read`; throws `tooLarge` in place of its error about the limit.
 template <class Read>
 auto limited(const Error& tooLarge, Read read) {
   try {

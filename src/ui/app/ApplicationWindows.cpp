@@ -25,8 +25,8 @@ QWidget* windowOf(const CommandOrigin& origin) {
   return static_cast<QWidget*>(origin.window);
 }
 
-/// The widget that gets what is typed in the origin's window: of an editable pop-up, which has the
-/// focus itself, its field.
+/// The widget that gets typed text in the origin's window. An editable pop-up has the focus itself;
+/// its field gets the text.
 QWidget* focusedWidget(const CommandOrigin& origin) {
   const QWidget* window = windowOf(origin);
   QWidget* focus = window ? window->focusWidget() : QApplication::focusWidget();

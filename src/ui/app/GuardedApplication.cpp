@@ -26,7 +26,7 @@ bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
 }
 
 void GuardedApplication::report(const Error& failure) {
-  // What fails again and again, such as drawing, would cover the screen with alerts.
+  // A failure that repeats, such as one in drawing, would cover the screen with alerts.
   if (isReporting_) return print(failure);
   isReporting_ = true;
   // The failed event may be half a repaint or a drag, in which no event loop may be started.

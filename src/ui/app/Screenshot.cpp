@@ -17,8 +17,7 @@ namespace {
 
 QtMessageHandler previousHandler = nullptr;
 
-/// The platform without a screen says of each thing that only a screen has that it does not have
-/// it.
+/// The offscreen platform reports everything that it lacks for want of a screen.
 void dropPlatformChatter(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   if (text.startsWith("This plugin does not support")) return;
   // A session without a login has no folder for sockets, and a picture needs none.

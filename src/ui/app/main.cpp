@@ -76,8 +76,8 @@ int run(const CommandLine& line, GuardedApplication& application) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A write over a file size limit or into a closed pipe is an error of that write, not the end of
-  // the program and of what is unsaved in it.
+  // A write beyond a file size limit or into a closed pipe is an error of that write. It must not
+  // end the program, which may have unsaved documents.
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
 
@@ -93,8 +93,8 @@ int main(int argc, char** argv) {
 
   int qtArgumentCount = 1;
   GuardedApplication application(qtArgumentCount, argv);
-  // A motion with the button held must not be dropped for a later one without: `HeldMotions` tells
-  // drags by it. The application's constructor sets this itself.
+  // A motion with the button held must not be replaced by a later one without it: `HeldMotions`
+  // recognises drags by it. The application's constructor sets this itself.
   QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   QApplication::setApplicationName("Quillmor");
   QApplication::setOrganizationName("tenvale");

@@ -70,7 +70,7 @@ std::unique_ptr<QAccessibleEvent> HexEditorAccessible::textEvent(HexEditorView& 
                                                                  QString& announced) {
   const QString before = std::exchange(announced, HexEditorAccessible(view).text(0, -1));
   if (before == announced) return nullptr;
-  // There always is some text, so none means that nobody has been listening.
+  // There always is some text, so an empty one means that nobody has been listening.
   if (before.isEmpty()) {
     return std::make_unique<QAccessibleEvent>(&view, QAccessible::VisibleDataChanged);
   }

@@ -95,7 +95,7 @@ void HexEditorView::mouseMoveEvent(QMouseEvent* event) {
     autoScrollTimer_.stop();
     return event->ignore();
   }
-  // What Qt makes of touches is no motion of the pointer.
+  // Mouse events that Qt makes from touches are no motions of the pointer.
   const bool isOfPointer = event->source() == Qt::MouseEventNotSynthesized;
   if (isOfPointer && !heldMotions_.tookPlace(event->timestamp())) return event->ignore();
   dragPoint_ = event->position();

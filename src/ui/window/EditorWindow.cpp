@@ -29,8 +29,7 @@ constexpr QSize kMinimumSize(740, 460);
 constexpr int kProgressSteps = 1000;
 constexpr int kMinimumInspectorWidth = 120;
 
-/// "[*]" in a title stands for the mark of unsaved changes; a file name that holds it has it
-/// doubled.
+/// "[*]" in a title is the place of the mark of unsaved changes, so one in a file name is doubled.
 QString titleFor(const std::string& displayName) {
   return QString::fromStdString(displayName).replace("[*]", "[*][*]") + "[*]";
 }
@@ -212,7 +211,7 @@ void EditorWindow::openEntropyWindow(const std::string& title, const std::string
   showUtilityWindow(new EntropyWindow(title, report, map, showOffset, saveHandler()));
 }
 
-/// What saves the report of a window, which may outlive this one by an event.
+/// Returns the function that saves the report of a window, which may outlive this one by an event.
 ReportWindow::SaveHandler EditorWindow::saveHandler() const {
   return [weak = std::weak_ptr(controller_)](const std::string& title, const std::string& report) {
     if (const auto controller = weak.lock())
@@ -268,8 +267,8 @@ void EditorWindow::closeFindReplacePanels() {
 void EditorWindow::closeEvent(QCloseEvent* event) {
   const QPointer<EditorWindow> guard(this);
   bool mayClose = closesWithoutAsking_ || mayCloseNow();
-  // A question runs the event loop, in which the window may have been closed and destroyed, or told
-  // to close without asking.
+  // A question runs the event loop. Meanwhile the window may have been closed and destroyed, or
+  // asked to close without a question.
   if (guard) mayClose = mayClose || closesWithoutAsking_;
   if (!guard || !mayClose) return event->ignore();
   controller_->windowWillClose();
@@ -312,7 +311,7 @@ void EditorWindow::showEvent(QShowEvent* event) {
   keepOnScreen();
 }
 
-/// What the window needs to show everything, but no more than its screen has.
+/// The size that shows everything, but no more than the screen has.
 void EditorWindow::limitMinimumSize() {
   const QSize needed(std::max(kMinimumSize.width(), toolbar_->fittingWidth() + 20),
                      kMinimumSize.height());
@@ -333,8 +332,8 @@ void EditorWindow::moveEvent(QMoveEvent* event) {
   makeRoomForFrame();
 }
 
-/// The desktop puts its frame around a window some time after it has been shown, and tells of it by
-/// no event of its own; the window may be moved by it, and is made active with it.
+/// The desktop puts its frame around a window some time after it is shown, without an event of its
+/// own. That may move the window, and makes it active.
 void EditorWindow::makeRoomForFrame() {
   if (hasSeenFrame_ || !isVisible() || frameGeometry() == geometry()) return;
   hasSeenFrame_ = true;

@@ -1,4 +1,4 @@
-// What the panels do; FindReplacePanelLayout.cpp builds them.
+// The behaviour of the panels; FindReplacePanelLayout.cpp builds them.
 
 #include "ui/window/FindReplacePanelController.h"
 
@@ -81,8 +81,8 @@ void FindReplacePanelController::showWindow() {
 void FindReplacePanelController::positionRelativeToOwner() {
   const QWidget& owner = *parentWidget();
   const QScreen* screen = owner.screen() ? owner.screen() : QGuiApplication::primaryScreen();
-  // What the desktop puts around a window is known of one that has been shown only, and it puts
-  // the same around both.
+  // The desktop's frame is known only of a window that has been shown; both windows get the same
+  // one.
   const QSize decoration = owner.frameGeometry().size() - owner.size();
   const PanelPlacement::Frame panel = frameOf({QPoint(), size() + decoration});
   const auto origin = PanelPlacement::originOver(frameOf(owner.frameGeometry()), panel.size,

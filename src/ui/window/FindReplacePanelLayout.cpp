@@ -122,7 +122,7 @@ QString shownText(QString text) {
   return text.remove('&');
 }
 
-/// What stands below the widget stays where it is while the widget is hidden.
+/// The widgets below stay where they are while this one is hidden.
 void keepPlaceWhenHidden(QWidget& widget) {
   QSizePolicy policy = widget.sizePolicy();
   policy.setRetainSizeWhenHidden(true);
@@ -265,7 +265,7 @@ QBoxLayout* FindReplacePanelController::makeButtonRow() {
   return row;
 }
 
-/// What assistive technology calls the controls, and the names by which tests and tools find them.
+/// The controls' names for assistive technology, and the names by which tests and tools find them.
 void FindReplacePanelController::nameControls() {
   const auto name = [](QWidget* control, const char* objectName, const QString& text) {
     if (!control) return;

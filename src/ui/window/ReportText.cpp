@@ -99,7 +99,7 @@ std::int64_t ReportText::selectionEnd() const {
 std::optional<std::int64_t> ReportText::select(std::optional<std::int64_t> index) {
   if (!index) return std::nullopt;
   const std::int64_t start = matches_.start(*index);
-  // A line feed that was put in right behind the match is not part of it.
+  // A line feed that was inserted right after the match is not part of it.
   const std::int64_t end = lines_.toFolded(start + matches_.length() - 1) + 1;
   QTextCursor cursor(document());
   cursor.setPosition(static_cast<int>(lines_.toFolded(start)));

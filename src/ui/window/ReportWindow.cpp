@@ -226,8 +226,8 @@ void ReportWindow::scrollContent() {
 
 void ReportWindow::placeOver(const QWidget& owner, const std::vector<const QWidget*>& others) {
   const QRect available = owner.screen()->availableGeometry();
-  // What the desktop puts around a window is known of one that has been shown only, and it puts
-  // the same around both.
+  // The desktop's frame is known only of a window that has been shown; both windows get the same
+  // one.
   const QSize decoration = owner.frameGeometry().size() - owner.size();
   const QSize room = available.size() - decoration;
   // The menu bar comes later.
