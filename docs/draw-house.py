@@ -20,7 +20,7 @@ DRAWING = ROOT / "docs/house.svg"
 ENTRY_POINT = ROOT / "src/ui/app/main.cpp"  # wires the layers together, so it alone sees them all
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)/[^"/]*"', re.MULTILINE)
 
-BOX_WIDTH, BOX_HEIGHT, COLUMN, ROW, MARGIN = 146, 34, 172, 78, 24
+BOX_WIDTH, BOX_HEIGHT, COLUMN, ROW, MARGIN = 156, 34, 182, 78, 24
 COLORS = {"ui": "#2f6f8f", "platform_qt": "#2f6f8f", "cli": "#8a5a2b"}
 CORE = "#3d5a3d"
 

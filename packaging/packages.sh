@@ -6,6 +6,9 @@ build_packages=(g++ cmake ninja-build ccache qt6-base-dev libgl-dev libcli11-dev
 # The tests need more: a fast linker, the test framework, and an X server that real key events go to.
 test_packages=(mold libgtest-dev libgmock-dev xvfb xdotool xclip openbox x11-utils dbus-bin dbus-daemon at-spi2-core)
 
+# The script that draws the folders; a test checks that the drawing is current.
+test_packages+=(python3)
+
 # The character sets for `localedef`; a test makes a locale with a decimal comma.
 test_packages+=(locales)
 
