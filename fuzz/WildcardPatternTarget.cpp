@@ -1,7 +1,6 @@
 // Tries WildcardHexPattern on any text, and its search on a small haystack made to have matches.
 // The last bytes of the input choose the haystack and where the search begins. Invariants:
-//  - the pattern is that of the reference parser, and never empty; both ways of reading tokens
-//    agree on ASCII text;
+//  - the pattern is that of the reference parser, and never empty;
 //  - the pattern, written with spaces in between, parses to itself;
 //  - the concrete ranges are the maximal runs, the anchor is the first of the longest;
 //  - a plan's bytes stand in the pattern where it says, and a plan is impossible only when a byte
@@ -37,12 +36,6 @@ std::optional<Pattern> checkParsing(std::string_view text) {
   auto pattern = Pattern::parse(text);
   checkPrecondition(pattern.has_value() == expected.has_value(),
                     "Patterns are those of the reference");
-  checkPrecondition(Pattern::parseUnicodeTokens(text) == expected, "Any text is read by scalars");
-  const bool isAscii = std::all_of(text.begin(), text.end(),
-                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  if (isAscii) {
-    checkPrecondition(Pattern::parseASCIITokens(text) == expected, "ASCII is read the same");
-  }
   if (!pattern) return std::nullopt;
   checkPrecondition(pattern->bytes() == *expected, "Positions are those of the reference");
   checkPrecondition(pattern->length() > 0, "A pattern is never empty");

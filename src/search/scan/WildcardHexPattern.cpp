@@ -13,20 +13,22 @@ namespace {
 
 using Bytes = WildcardHexPattern::Bytes;
 
-/// With this many runs, the longest of which has two bytes at most, a run says little.
+/// With this many runs, none longer than two bytes, a run says little.
 constexpr std::size_t kManyRuns = 65;
 constexpr std::int64_t kShortRun = 2;
 
-bool isSeparator(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r') || character == ',' ||
-         character == ';';
+bool isSeparator(char32_t scalar) {
+  return scalar == ',' || scalar == ';' || Unicode::isWhiteSpace(scalar);
 }
 
-/// The grammar, fed one character at a time.
+/// The grammar, fed one scalar at a time.
 class PairCollector {
  public:
-  /// False when the character makes the whole text invalid.
-  bool accept(char character) {
+  /// False when the scalar makes the whole text invalid.
+  bool accept(char32_t scalar) {
+    if (isSeparator(scalar)) return !hasFirst_;
+    if (scalar >= 0x80) return false;
+    const char character = static_cast<char>(scalar);
     hasFirst_ = !hasFirst_;
     const char first = std::exchange(first_, character);
     if (hasFirst_) return true;
@@ -41,11 +43,9 @@ class PairCollector {
     return true;
   }
 
-  /// False in the middle of a pair.
-  bool endToken() const { return !hasFirst_; }
-
+  /// Absent in the middle of a pair, and when there is none.
   std::optional<Bytes> finish() {
-    if (!endToken() || bytes_.empty()) return std::nullopt;
+    if (hasFirst_ || bytes_.empty()) return std::nullopt;
     return std::move(bytes_);
   }
 
@@ -81,34 +81,14 @@ ByteCounts countsOf(std::span<const std::uint8_t> haystack, const TaskProgress& 
 
 }  // namespace
 
-std::optional<Bytes> WildcardHexPattern::parseASCIITokens(std::string_view text) {
-  PairCollector collector;
-  for (const char character : text) {
-    if (!(isSeparator(character) ? collector.endToken() : collector.accept(character))) {
-      return std::nullopt;
-    }
-  }
-  return collector.finish();
-}
-
-std::optional<Bytes> WildcardHexPattern::parseUnicodeTokens(std::string_view text) {
+std::optional<WildcardHexPattern> WildcardHexPattern::parse(std::string_view text) {
   PairCollector collector;
   while (!text.empty()) {
     const Unicode::DecodedScalar next = Unicode::decodeFirst(text);
-    const bool isAscii = next.scalar < 0x80;
-    const bool separates =
-        Unicode::isWhiteSpace(next.scalar) || (isAscii && isSeparator(text.front()));
-    if (!separates && !isAscii) return std::nullopt;
-    if (!(separates ? collector.endToken() : collector.accept(text.front()))) return std::nullopt;
+    if (!collector.accept(next.scalar)) return std::nullopt;
     text.remove_prefix(next.length);
   }
-  return collector.finish();
-}
-
-std::optional<WildcardHexPattern> WildcardHexPattern::parse(std::string_view text) {
-  const bool isAscii =
-      std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  std::optional<Bytes> bytes = isAscii ? parseASCIITokens(text) : parseUnicodeTokens(text);
+  std::optional<Bytes> bytes = collector.finish();
   if (!bytes) return std::nullopt;
   return WildcardHexPattern(std::move(*bytes));
 }

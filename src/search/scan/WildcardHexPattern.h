@@ -11,8 +11,8 @@
 
 namespace quillmor {
 
-/// A byte pattern some positions of which match any byte, and the search for it. Immutable, safe
-/// from any thread.
+/// A byte pattern with positions that match any byte, and the search for it. Immutable, safe from
+/// any thread.
 class WildcardHexPattern {
  public:
   /// One entry for each position; an absent value is a wildcard.
@@ -27,7 +27,8 @@ class WildcardHexPattern {
     bool operator==(const Range&) const = default;
   };
 
-  /// Search for `exactBytes`: found at offset a, the pattern may start at a - `patternOffset`.
+  /// Search for `exactBytes`: where they are found, at offset a, the pattern may start at
+  /// a - `patternOffset`.
   struct Anchored {
     std::vector<std::uint8_t> exactBytes;
     std::int64_t patternOffset = 0;
@@ -44,16 +45,10 @@ class WildcardHexPattern {
 
   using AnchorPlan = std::variant<Anchored, Impossible>;
 
-  /// The pattern that `text` (UTF-8) denotes: hexadecimal bytes of two digits and `??` for any
-  /// byte, one behind the other or separated by white space, `,` or `;`. Absent when there is
-  /// anything else in it, or nothing. Does not limit the text's length.
+  /// Returns the pattern that `text` (UTF-8) denotes: hexadecimal bytes of two digits and `??` for
+  /// any byte, side by side or separated by white space, `,` or `;`. Absent when there is anything
+  /// else in it, or nothing. Does not limit the text's length.
   static std::optional<WildcardHexPattern> parse(std::string_view text);
-
-  /// What `parse` makes of text that is all ASCII: white space is TAB, LF, VT, FF, CR and space.
-  static std::optional<Bytes> parseASCIITokens(std::string_view text);
-
-  /// What `parse` makes of other text: every Unicode White_Space scalar separates.
-  static std::optional<Bytes> parseUnicodeTokens(std::string_view text);
 
   const Bytes& bytes() const { return bytes_; }
   std::int64_t length() const { return std::ssize(bytes_); }
@@ -61,26 +56,26 @@ class WildcardHexPattern {
   /// The maximal runs of positions that are no wildcards, in order.
   const std::vector<Range>& concreteRanges() const { return concreteRanges_; }
 
-  /// The longest concrete run, the first one among equally long ones; absent when the pattern is
+  /// The longest concrete run, the first one among equally long ones. Absent when the pattern is
   /// all wildcards.
   std::optional<Range> anchorRange() const { return anchorRange_; }
 
   /// The bytes of `anchorRange`; empty when that is absent.
   std::vector<std::uint8_t> anchorBytes() const;
 
-  /// The bytes to be searched for in `haystack`: the anchor or, where the pattern has many runs and
-  /// all of them are short, its byte that is the rarest in the haystack.
+  /// Returns the bytes to search for in `haystack`: the anchor. If the pattern has many runs and
+  /// all of them are short: its byte that is the rarest in the haystack.
   AnchorPlan anchorPlan(std::span<const std::uint8_t> haystack, const TaskProgress& progress) const;
 
-  /// The first match that starts in `candidateRange`, any part of which may lie outside the
-  /// haystack; absent for a pattern of wildcards only. Advances `progress` by the positions passed,
-  /// and asks it every few milliseconds whether to stop: then throws `Error::stopped()`.
+  /// Returns the first match that starts in `candidateRange`, which may extend beyond the haystack.
+  /// Absent for a pattern of wildcards only. Advances `progress` by the positions passed, and asks
+  /// it every few milliseconds whether to stop: then throws `Error::stopped()`.
   std::optional<std::int64_t> firstMatch(std::span<const std::uint8_t> haystack,
                                          Range candidateRange, TaskProgress& progress) const;
 
-  /// The first match at or after `from`, else the first one before. Matches never reach across the
-  /// haystack's end. The total of `progress` becomes the number of positions; otherwise as
-  /// `firstMatch`.
+  /// Returns the first match at or after `from`, else the first one before. Matches never reach
+  /// across the haystack's end. The total of `progress` becomes the number of positions; otherwise
+  /// as `firstMatch`.
   std::optional<std::int64_t> firstMatchWrapped(std::span<const std::uint8_t> haystack,
                                                 std::int64_t from, TaskProgress& progress) const;
 
@@ -92,7 +87,7 @@ class WildcardHexPattern {
   std::uint8_t byteAt(std::int64_t position) const {
     return values_[static_cast<std::size_t>(position)];
   }
-  /// Whether the plan depends on the haystack.
+  /// True if the plan depends on the haystack.
   bool hasManyShortRuns() const;
 
   Bytes bytes_;

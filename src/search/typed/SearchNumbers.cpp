@@ -23,17 +23,12 @@ ParsedSearchInteger parsedSigned(std::int64_t value) {
   return {.bits = static_cast<std::uint64_t>(value), .isUnsigned = false};
 }
 
-/// The forms of an offset, read as 64 bits without sign.
-std::optional<std::uint64_t> parseUnsignedOffset(std::string_view t) {
-  if (Unicode::hasMoreScalarsThan(t, kMaxUnsignedTextCharacters)) return std::nullopt;
-  if (t.starts_with("0x") || t.starts_with("0X")) {
-    return integerFromText<std::uint64_t>(t.substr(2), 16);
+/// The forms of an offset without a sign before them, read as 64 bits without sign.
+std::optional<std::uint64_t> parseUnsignedOffset(std::string_view text) {
+  if (text.starts_with('+') || Unicode::hasMoreScalarsThan(text, kMaxUnsignedTextCharacters)) {
+    return std::nullopt;
   }
-  if (t.ends_with('h') && isHexDigits(t.substr(0, t.size() - 1))) {
-    return integerFromText<std::uint64_t>(t.substr(0, t.size() - 1), 16);
-  }
-  if (!isHexDigits(t)) return std::nullopt;
-  return integerFromText<std::uint64_t>(t, hasHexLetter(t) ? 16 : 10);
+  return integerFromOffset<std::uint64_t>(text);
 }
 
 /// The "C" locale, which the process's own settings never reach. Made once, never freed.
