@@ -7,7 +7,9 @@
 #include <random>
 #include <string>
 
+#include "base/ByteUnits.h"
 #include "fuzz/ReferenceParsers.h"
+#include "support/Stopping.h"
 
 namespace quillmor {
 namespace {
@@ -16,6 +18,7 @@ using namespace std::string_view_literals;
 using Bytes = std::vector<std::uint8_t>;
 using HexParser::parseHexBytes;
 using HexParser::parseOffset;
+using testing::ElementsAre;
 using testing::Optional;
 
 constexpr auto kNone = std::nullopt;
@@ -281,6 +284,37 @@ TEST(ParseOffset, agreesWithTheReferenceParserOnRandomText) {
     accepted += parsed ? 1 : 0;
   }
   EXPECT_GT(accepted, 10'000) << "the random texts are too often invalid to prove anything";
+}
+
+// --- stopping
+// --------------------------------------------------------------------------------------
+
+std::string repeated(std::string_view text, std::size_t size) {
+  std::string result;
+  result.reserve(size + text.size());
+  while (result.size() < size) result += text;
+  return result;
+}
+
+TEST(ParseHexBytesStopping, happensInTheMiddleOfTokensAndSeparators) {
+  for (const char* part : {"AA ", "AA", "A ", ",", "0xAA\n", "\u00A0", "AA\u3000"}) {
+    const std::string text = repeated(part, 4 * kMiB) + "AA";
+    EXPECT_TRUE(test::stopsInTheMiddle([&](TaskProgress& progress) {
+      HexParser::parseHexBytes(text, {}, {}, &progress);
+    })) << part;
+  }
+}
+
+TEST(ParseHexBytesStopping, changesNothingWhereNobodyAsks) {
+  const TaskProgress progress;
+  for (const std::size_t blanks : {kMiB - 1, kMiB, kMiB + 1}) {
+    const std::string space(blanks, ',');
+    EXPECT_THAT(HexParser::parseHexBytes(space + "1" + space + "0xAA" + space, {}, {}, &progress),
+                Optional(ElementsAre(1, 0xAA)))
+        << blanks;
+    EXPECT_FALSE(HexParser::parseHexBytes(space, {}, {}, &progress)) << blanks;
+    EXPECT_FALSE(HexParser::parseHexBytes(space + "x" + space, {}, {}, &progress)) << blanks;
+  }
 }
 
 }  // namespace
