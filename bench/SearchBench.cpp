@@ -473,7 +473,7 @@ std::string randomRuns(std::size_t length, unsigned sparseness) {
   return text.append("01");
 }
 
-/// Long patterns, nearly all of which fits between faults just frequent enough to leave no match.
+/// Long patterns, nearly all of each fits between faults just frequent enough to leave no match.
 void addHostileLongPatterns() {
   for (const std::size_t length : {5000, 50'000, 200'000}) {
     for (const unsigned sparseness : {2, 16, 64}) {

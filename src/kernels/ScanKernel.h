@@ -11,7 +11,7 @@ enum class ScanPath { portable, sse2, avx2 };
 /// The fastest path this machine has; found out once.
 ScanPath fastestScanPath();
 
-/// Whether this program holds the path and this machine can run it.
+/// True if this program holds the path and this machine can run it.
 bool isAvailable(ScanPath path);
 
 /// How the bytes of a pattern are compared with those of a haystack.
@@ -46,22 +46,22 @@ struct ScanProbe {
   bool operator==(const ScanProbe&) const = default;
 };
 
-/// How many positions of a pattern a filter asks for at most; a pattern that asks for no more bytes
-/// than these is never compared at all.
+/// The most positions of a pattern that a filter asks for. A pattern that asks for no more bytes is
+/// never compared at all.
 inline constexpr int kMaxProbes = 8;
 
-/// The positions of a pattern that decide whether it is compared at all. The first two are tried at
-/// every position of the haystack, the others where these two fit.
+/// The probes that decide where a pattern is compared at all. The first two are tried at every
+/// position of the haystack, the others where these two fit.
 struct ScanFilter {
   std::array<ScanProbe, kMaxProbes> probes{};
   int count = 0;             ///< 1 or more
-  bool provesMatch = false;  ///< whether the probes are all that the pattern asks for
+  bool provesMatch = false;  ///< true if the probes are all that the pattern asks for
 };
 
-/// What beginning to compare a candidate costs, in comparisons of one byte.
+/// The cost of beginning to compare a candidate, in comparisons of one byte.
 inline constexpr std::int64_t kCandidateCost = 16;
 
-/// What a scan knows from those before it, and how much it may still do.
+/// What a scan has learnt from those before it, and how much it may still do.
 struct ScanState {
   /// Comparisons that may be made in vain beyond those that the credit pays for, in sixteenths.
   /// One byte of the pattern is one comparison, and a candidate costs `kCandidateCost` in addition.
@@ -78,7 +78,7 @@ struct ScanResult {
   enum class Outcome {
     found,     ///< a match at `position`
     absent,    ///< no match in the range
-    exhausted  ///< the allowance is used up; the scan is to go on from `position`
+    exhausted  ///< the allowance is used up; the scan may go on from `position`
   };
   Outcome outcome = Outcome::absent;
   std::int64_t position = 0;
@@ -96,8 +96,8 @@ struct MatchList {
   void add(std::int64_t position) { positions[static_cast<std::size_t>(count++)] = position; }
   /// The list is not empty.
   std::int64_t last() const { return positions[static_cast<std::size_t>(count - 1)]; }
-  /// The first position at or behind `position` that matches of `length` bytes may still be
-  /// listed at.
+  /// The first position at or after `position` where a match of `length` bytes overlaps none
+  /// listed.
   std::int64_t freeFrom(std::int64_t position, std::int64_t length) const {
     const std::int64_t free = count == 0 ? position : last() + length;
     return free > position ? free : position;
@@ -110,18 +110,18 @@ struct ScanTask {
   const ScanFilter& filter;
   const std::uint8_t* haystack = nullptr;
   std::int64_t last = 0;  ///< the greatest position where the pattern still fits in, 0 or more
-  /// Where a scan forward puts all matches until it is full, with the last of them as its result;
-  /// null to end with the first match.
+  /// Where a scan forward puts all matches until it is full, with the last of them as its result.
+  /// Null to end with the first match.
   MatchList* list = nullptr;
 };
 
 /// Finds the first match in `from`...`through` or, scanning down, the last one. Positions are those
-/// of a match's first byte and 0 <= `from` <= `through` <= `task.last`. Reads no byte behind the
+/// of a match's first byte and 0 <= `from` <= `through` <= `task.last`. Reads no byte after the
 /// haystack. A pure function but for `state`.
 using ScanFunction = ScanResult (*)(const ScanTask& task, std::int64_t from, std::int64_t through,
                                     ScanState& state);
 
-/// What a path makes of both directions.
+/// The scan functions of one path, one per direction.
 struct ScanKernel {
   ScanFunction forward = nullptr;
   ScanFunction backward = nullptr;
@@ -130,7 +130,7 @@ struct ScanKernel {
 /// The kernel of a path that is available.
 const ScanKernel& scanKernel(ScanPath path);
 
-/// The kernels themselves; without functions where the program was built for another processor.
+/// The kernels themselves. Without functions where the program was built for another processor.
 extern const ScanKernel portableScanKernel;
 extern const ScanKernel sse2ScanKernel;
 extern const ScanKernel avx2ScanKernel;

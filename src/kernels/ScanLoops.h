@@ -30,13 +30,13 @@ struct ByteWord {
   }
 };
 
-/// The scan of one haystack, the same for every path. `Lanes` is what the path does with a block of
-/// neighbouring bytes; every path has its own such type, known in its own file only, so that no
-/// function made for one processor can be taken for that of another.
+/// The scan of one haystack, the same for every path. `Lanes` has the path's operations on a block
+/// of neighbouring bytes. Every path has its own such type, known in its own file only: so no
+/// function compiled for one processor is linked in the place of that for another.
 ///
 /// A block is the comparison of one pattern position with `Lanes::kCount` neighbouring positions of
-/// the haystack. Lanes that are 0 fit. Blocks of several pattern positions are laid over each
-/// other, so that only candidates that fit all the probes are ever compared byte by byte.
+/// the haystack. Lanes that are 0 fit. Blocks of several pattern positions are combined, so that
+/// only candidates that fit all the probes are ever compared byte by byte.
 template <class Lanes, PatternKind kKind, bool kHasOneProbe>
 class Scan {
  public:
@@ -207,8 +207,8 @@ class Scan {
     });
   }
 
-  /// The bits of positions `lowest`...`highest`, of which `lowest` may be negative and `highest`
-  /// beyond the span.
+  /// The bits of positions `lowest`...`highest`. `lowest` may be negative, and `highest` beyond the
+  /// span.
   static Bits bitsBetween(std::int64_t lowest, std::int64_t highest) {
     Bits bits = ~Bits{0} << (lowest > 0 ? lowest : 0);
     if (highest < kSpan - 1) bits &= (Bits{2} << highest) - 1;

@@ -70,7 +70,7 @@ class SearchedFile {
     const std::int64_t done = index * pieceByteCount_;
     const std::int64_t count = std::min(pieceByteCount_, end_ - begin_ - done);
     const std::int64_t first = isForward_ ? begin_ + done : end_ - done - count;
-    // Matches that begin in the piece may end behind it.
+    // Matches that begin in the piece may end after it.
     const std::int64_t byteCount = std::min(count + longest_ - 1, file_.size() - first);
     worker.buffer.resize(static_cast<std::size_t>(byteCount));
     file_.read(first, worker.buffer);

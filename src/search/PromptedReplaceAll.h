@@ -15,17 +15,17 @@
 
 namespace quillmor {
 
-/// A Replace All that is decided occurrence by occurrence. `findNext` offers one, `replaceCurrent`
-/// or `skipCurrent` decides it, and so on until `findNext` has none; `finish`, at any time, makes
-/// the document of all that was accepted.
+/// A Replace All in which each occurrence is decided. `findNext` offers one, then `replaceCurrent`
+/// or `skipCurrent` decides it, until `findNext` returns none. `finish` may be called at any time
+/// and returns the document with the accepted replacements.
 ///
-/// For one thread at a time, not always the same one. The document is a snapshot; until `finish`
-/// nothing but the accepted offsets takes memory.
+/// For one thread at a time, not always the same one. The document is a snapshot. Until `finish`
+/// only the accepted offsets take memory.
 class PromptedReplaceAll {
  public:
-  /// What the notes of accepted replacements may take in memory, 64 MiB: more than four million.
+  /// The memory for accepted replacements in bytes, 64 MiB: more than four million of them.
   static constexpr std::int64_t kMaximumRecordBytes = 67'108'864;
-  /// What one accepted replacement takes of it.
+  /// The memory for one of them, in bytes.
   static constexpr std::int64_t kRecordBytes = 16;
 
   /// `replacementByPattern` has an entry for each of `candidateList`; `bookmarks` are strictly
@@ -38,23 +38,23 @@ class PromptedReplaceAll {
   PromptedReplaceAll(const PromptedReplaceAll&) = delete;
   PromptedReplaceAll& operator=(const PromptedReplaceAll&) = delete;
 
-  /// The next occurrence to decide, the same again while it is not decided; absent behind the last
-  /// one and once the run was stopped by a limit. Offsets are those of the original document.
+  /// Returns the next occurrence to decide, and the same again until it is decided. Absent after
+  /// the last one and once a limit has ended the run. Offsets are those of the original document.
   /// Throws `Error::stopped()` when `progress` asks for it; the call may then be repeated.
   std::optional<SearchMatch> findNext(TaskProgress& progress);
 
-  /// Accepts the occurrence that was offered. False when the document would grow beyond the
-  /// allowance or the notes beyond their memory: then it is not accepted and the run is over.
+  /// Accepts the occurrence offered. Returns false when the document would grow too much or the
+  /// memory for accepted replacements is used up: then it is not accepted, and the run ends.
   bool replaceCurrent();
 
-  /// Leaves the occurrence that was offered as it is.
+  /// Leaves the occurrence offered as it is.
   void skipCurrent();
 
-  /// Whether a limit has ended the run.
+  /// True if a limit has ended the run.
   bool stoppedAtGrowthLimit() const { return stopped_; }
 
-  /// The document with the accepted replacements, in one pass. Throws `Error::stopped()` when
-  /// `progress` asks for it. Changes nothing, so that it may be repeated.
+  /// Returns the document with the accepted replacements, in one pass. Throws `Error::stopped()`
+  /// when `progress` asks for it. May be repeated.
   ReplaceAllComputation finish(TaskProgress& progress) const;
 
  private:
@@ -67,7 +67,7 @@ class PromptedReplaceAll {
 
   std::optional<std::int64_t> growthWith(const OccurrenceWalk::Hit& hit) const;
   bool hasRoomForRecord() const;
-  /// Of the whole run, which has one progress: the walk through the document, and the copy.
+  /// Of the whole run: the walk through the document, and the copy.
   std::int64_t progressTotal() const { return saturatingMultiply(original_.size(), 2); }
 
   const ByteBuffer original_;

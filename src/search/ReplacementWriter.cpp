@@ -18,10 +18,6 @@ constexpr int kReplaceAllFailed = 2201;
 /// Bytes written between two questions whether to stop.
 constexpr std::int64_t kWorkBetweenReports = std::int64_t{1024} * 1024;
 
-std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
 }  // namespace
 
 OutputExtent::OutputExtent(std::int64_t originalSize, std::int64_t maximumGrowth)
@@ -74,7 +70,7 @@ ReplacementWriter::ReplacementWriter(const ByteBuffer& original,
 
 void ReplacementWriter::replace(std::int64_t offset, std::int64_t length,
                                 std::span<const std::uint8_t> replacement) {
-  lastCaret_ = extent_.replace(offset, length, sizeOf(replacement));
+  lastCaret_ = extent_.replace(offset, length, std::ssize(replacement));
   if (!isUnchanged(offset, length, replacement)) {
     if (!hasOutput_) startOutput();
     copyOriginalUpTo(offset);
@@ -82,7 +78,7 @@ void ReplacementWriter::replace(std::int64_t offset, std::int64_t length,
     copiedTo_ = offset + length;
     if (unreportedWork_ >= kWorkBetweenReports) report();
   }
-  bookmarks_.replace(offset, length, sizeOf(replacement));
+  bookmarks_.replace(offset, length, std::ssize(replacement));
   ++replacements_;
 }
 
@@ -105,7 +101,7 @@ ReplaceAllComputation ReplacementWriter::finish() {
 
 bool ReplacementWriter::isUnchanged(std::int64_t offset, std::int64_t length,
                                     std::span<const std::uint8_t> replacement) const {
-  if (sizeOf(replacement) != length || original_.data()[offset] != replacement[0]) return false;
+  if (std::ssize(replacement) != length || original_.data()[offset] != replacement[0]) return false;
   return std::memcmp(original_.data() + offset, replacement.data(), replacement.size()) == 0;
 }
 
@@ -128,7 +124,7 @@ void ReplacementWriter::write(std::span<const std::uint8_t> bytes) {
   if (bytes.empty()) return;
   std::memcpy(output_, bytes.data(), bytes.size());
   output_ += bytes.size();
-  unreportedWork_ += sizeOf(bytes);
+  unreportedWork_ += std::ssize(bytes);
 }
 
 void ReplacementWriter::report() {

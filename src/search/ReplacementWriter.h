@@ -11,22 +11,22 @@
 
 namespace quillmor {
 
-/// Where the bytes of a document come to lie while parts of it are replaced, front to back, by
-/// others, and how far the result may grow. Offsets that do not fit 64 bits, and output more than
-/// `maximumGrowth` (negative counts as 0) bytes longer than the document, throw code 2201 and leave
-/// everything as it was.
+/// Tells where the bytes of a document lie in the output while parts of it are replaced, front to
+/// back, and limits the growth. Throws code 2201 for offsets beyond 64 bits and for output more
+/// than `maximumGrowth` bytes (negative counts as 0) longer than the document; then nothing has
+/// changed.
 class OutputExtent {
  public:
   OutputExtent(std::int64_t originalSize, std::int64_t maximumGrowth);
 
-  /// The output offset of the original byte `originalOffset`, which lies behind what was replaced:
-  /// also the length of the output when it ends there.
+  /// The output offset of the original byte `originalOffset`, which lies after what was replaced.
+  /// Also the length of the output when it ends there.
   std::int64_t outputOffset(std::int64_t originalOffset) const {
     return lengthened(originalOffset, shift_);
   }
 
   /// Counts `inserted` bytes in the place of `removed` ones from `originalOffset`. Returns the
-  /// output offset behind them.
+  /// output offset after them.
   std::int64_t replace(std::int64_t originalOffset, std::int64_t removed, std::int64_t inserted) {
     const std::int64_t end = lengthened(outputOffset(originalOffset), inserted);
     shift_ = end - (originalOffset + removed);
@@ -56,10 +56,10 @@ class BookmarkCarrier {
   explicit BookmarkCarrier(std::vector<std::int64_t> offsets);
 
   /// Follows `inserted` bytes in the place of `removed` ones (1 or more) from the original offset
-  /// `offset`, behind what was replaced before.
+  /// `offset`, which lies after what was replaced before.
   void replace(std::int64_t offset, std::int64_t removed, std::int64_t inserted);
 
-  /// The carried bookmarks; the carrier is used up.
+  /// Returns the carried bookmarks and uses up the carrier.
   std::vector<std::int64_t> finish();
 
  private:
@@ -74,21 +74,21 @@ class BookmarkCarrier {
 /// Writes a document anew with parts of it replaced. Takes no memory before a part really changes,
 /// and a result without changes shares the memory of the original.
 ///
-/// The result is written once, into address space for `largestOutput` bytes, of which what stays
-/// unwritten is given back: so it never has to be moved, and its size need not be known beforehand.
+/// The result is written once, into address space for `largestOutput` bytes. What stays unwritten
+/// is given back. So the result is never moved, and its size need not be known beforehand.
 class ReplacementWriter {
  public:
-  /// No result is longer than `largestOutput` bytes. `progress` outlives the writer; it advances by
-  /// the size of `original` in all, and every few milliseconds of work is asked whether to stop:
-  /// then `Error::stopped()` is thrown. Growth is limited as by `OutputExtent`.
+  /// No result is longer than `largestOutput` bytes. Growth is limited as by `OutputExtent`.
+  /// `progress` outlives the writer. It advances by the size of `original` in all, and is asked
+  /// every few milliseconds whether to stop: then throws `Error::stopped()`.
   ReplacementWriter(const ByteBuffer& original, std::vector<std::int64_t> bookmarks,
                     std::int64_t maximumGrowth, std::int64_t largestOutput, TaskProgress& progress);
 
   /// Puts `replacement` in the place of the `length` bytes (1 or more) from `offset`, which lie
-  /// behind those of the call before.
+  /// after those of the call before.
   void replace(std::int64_t offset, std::int64_t length, std::span<const std::uint8_t> replacement);
 
-  /// The whole result; the writer is used up.
+  /// Returns the whole result and uses up the writer.
   ReplaceAllComputation finish();
 
  private:
@@ -105,10 +105,10 @@ class ReplacementWriter {
   OutputExtent extent_;
   std::int64_t largestOutput_;
   TaskProgress& progress_;
-  bool hasOutput_ = false;          // whether anything has changed yet
+  bool hasOutput_ = false;          // true once anything has changed
   std::uint8_t* output_ = nullptr;  // where the next byte goes
   std::int64_t copiedTo_ = 0;       // the original offset up to which the output is written
-  std::int64_t reported_ = 0;       // the original offset `progress_` has been told of
+  std::int64_t reported_ = 0;       // the original offset reported to `progress_`
   std::int64_t unreportedWork_ = 0;
   std::int64_t replacements_ = 0;
   std::int64_t lastCaret_ = 0;

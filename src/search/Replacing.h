@@ -18,28 +18,28 @@ using ReplacementTable = std::vector<std::vector<std::uint8_t>>;
 struct ReplaceAllComputation {
   ByteBuffer bytes;
   std::int64_t replacements = 0;
-  /// Behind the last replacement; 0 when there is none.
+  /// After the last replacement; 0 when there is none.
   std::int64_t lastCaret = 0;
   /// The bookmarks carried into `bytes`.
   std::vector<std::int64_t> bookmarks;
 };
 
-/// What the replacement text of `request` becomes in the place of `candidate`; empty to delete the
-/// match, absent when the text is unusable for it.
+/// Returns the bytes of the replacement text of `request` in the place of `candidate`. Empty to
+/// delete the match, absent when the text is unusable for it.
 std::optional<std::vector<std::uint8_t>> replacementBytes(const SearchRequest& request,
                                                           const SearchCandidate& candidate);
 
-/// The replacements of all candidates; absent when one of them is refused.
+/// Returns the replacements of all candidates; absent when one of them has none.
 std::optional<ReplacementTable> replacementTable(const SearchRequest& request,
                                                  const std::vector<SearchCandidate>& candidateList);
 
 /// Replaces every occurrence that does not overlap the one before it. `bookmarks` are strictly
 /// increasing. Throws code 2201 when the result would be more than `maximumGrowth` bytes longer
-/// than `original` (or lie beyond 64-bit offsets), std::bad_alloc when memory runs out, and, asked
-/// every few milliseconds, `Error::stopped()` when `progress` says so.
+/// than `original` or lie beyond 64-bit offsets, and std::bad_alloc when memory runs out. Asks
+/// `progress` every few milliseconds whether to stop: then throws `Error::stopped()`.
 ///
-/// Memory: the result and little more, whatever the number of occurrences; none when no occurrence
-/// changes, because then the result shares the memory of `original`.
+/// Memory: the result and little more, whatever the number of occurrences. None when no occurrence
+/// changes: then the result shares the memory of `original`.
 ReplaceAllComputation computeReplaceAll(const ByteBuffer& original, const SearchRequest& request,
                                         const std::vector<SearchCandidate>& candidateList,
                                         const ReplacementTable& replacementByPattern,

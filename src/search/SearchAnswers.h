@@ -10,12 +10,12 @@
 
 namespace quillmor {
 
-// What searching and replacing answer. Pure functions, any thread.
+// The texts that searching and replacing answer with. Pure functions, any thread.
 
-/// How many occurrences there are, or that there are none.
+/// Says how many occurrences there are, or that there are none.
 std::string foundText(std::int64_t count);
 
-/// How many occurrences were replaced, or that none was.
+/// Says how many occurrences were replaced, or that none was.
 std::string replacedText(std::int64_t count);
 
 /// The answer when a wildcard pattern occurs nowhere, or there is no further match.
@@ -24,16 +24,16 @@ inline constexpr std::string_view kNoMatch = "No match found.";
 /// The answer to a request whose text is empty.
 inline constexpr std::string_view kNothingToSearchFor = "Nothing to search for was entered.";
 
-/// Why a request has no candidates.
+/// Says why a request has no candidates.
 std::string reasonForNoCandidates(const SearchRequest& request);
 
-/// Why a match has no replacement in a search of this mode.
+/// Says why a match has no replacement in a search of this mode.
 std::string reasonForNoReplacement(SearchMode mode);
 
-/// Says that `input` ("The search text") is nothing that this mode could search for.
+/// Says that `input` ("The search text") cannot be read in this mode.
 std::string unreadableText(std::string_view input, SearchMode mode);
 
-/// The pattern that was typed. The error says that it is too long (code 2202) or none (2203).
+/// Returns the pattern typed. The error says that it is too long (code 2202) or invalid (2203).
 Result<WildcardHexPattern> typedWildcardPattern(std::string_view text);
 
 }  // namespace quillmor

@@ -21,7 +21,7 @@ struct SearchRequest {
   bool caseSensitive = false;
   bool promptOnReplace = false;
 
-  /// Whether ASCII letters match in either case: in text only.
+  /// True if ASCII letters match in either case: in text only.
   bool ignoresASCIICase() const { return mode == SearchMode::textString && !caseSensitive; }
 
   bool operator==(const SearchRequest&) const = default;

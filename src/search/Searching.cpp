@@ -10,12 +10,8 @@ namespace quillmor {
 
 namespace {
 
-std::int64_t sizeOf(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::int64_t>(bytes.size());
-}
-
 /// Walks the occurrences of several candidates back to front, in pieces that are searched for all
-/// candidates before the piece in front of them is looked at.
+/// candidates before the piece before them is looked at.
 class BackwardSearch {
  public:
   struct Hit {
@@ -78,9 +74,9 @@ std::optional<SearchPlan> searchPlan(SearchDirection direction, bool advanceFrom
     if (anchor <= 0) return std::nullopt;
     return SearchPlan{anchor - 1, false};
   }
-  const std::int64_t behind = selected ? saturatingAdd(selection.start, selection.length)
-                                       : saturatingAdd(origin.caretOffset, 1);
-  return SearchPlan{std::min(behind, origin.byteCount), true};
+  const std::int64_t after = selected ? saturatingAdd(selection.start, selection.length)
+                                      : saturatingAdd(origin.caretOffset, 1);
+  return SearchPlan{std::min(after, origin.byteCount), true};
 }
 
 std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
@@ -89,9 +85,9 @@ std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
                                      const SearchPlan& plan, TaskProgress& progress) {
   progress.checkpoint();
   const bool folds = request.ignoresASCIICase();
-  const std::int64_t start = clampedToCount(plan.startOffset, sizeOf(bytes));
+  const std::int64_t start = clampedToCount(plan.startOffset, std::ssize(bytes));
   if (plan.forceForward) {
-    progress.setTotal(sizeOf(bytes) - start);
+    progress.setTotal(std::ssize(bytes) - start);
     const auto hit = OccurrenceWalk(bytes, candidateList, folds, start).next(progress);
     if (!hit) return std::nullopt;
     return matchOf(bytes, request, candidateList, hit->candidate, hit->offset);

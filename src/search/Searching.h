@@ -35,23 +35,23 @@ struct SearchAllSummary {
   std::optional<SearchMatch> firstMatch;
 };
 
-/// The plan of a search in `direction`. With `advanceFromCurrentSelection` it starts behind (when
-/// going backward: before) the selection or the caret, else at the caret. Absent when nothing lies
-/// before the start of the data.
+/// Returns the plan of a search in `direction`. It starts at the caret or, with
+/// `advanceFromCurrentSelection`, after the selection or the caret (going backward: before it).
+/// Absent when nothing lies before the start of the data.
 std::optional<SearchPlan> searchPlan(SearchDirection direction, bool advanceFromCurrentSelection,
                                      const SearchOrigin& origin);
 
-/// The next occurrence from the plan's start on; it does not wrap around. At equal offsets the
-/// longest candidate wins, then the first in the list. Every few milliseconds `progress` advances
-/// towards the bytes that lie in the search's way and is asked whether to stop: then
-/// `Error::stopped()` is thrown.
+/// Returns the next occurrence from the plan's start on; does not wrap around. At equal offsets the
+/// longest candidate wins, then the first in the list. The total of `progress` becomes the number
+/// of bytes from the start to the end of the data (going backward: to its beginning). Every few
+/// milliseconds it advances and is asked whether to stop: then throws `Error::stopped()`.
 std::optional<SearchMatch> nextMatch(std::span<const std::uint8_t> bytes,
                                      const SearchRequest& request,
                                      const std::vector<SearchCandidate>& candidateList,
                                      const SearchPlan& plan, TaskProgress& progress);
 
-/// Hands the occurrences that do not overlap, from the start of the data on, to `onOccurrence`.
-/// `progress` is used as in `nextMatch`.
+/// Calls `onOccurrence` with each occurrence that does not overlap the one before, from the start
+/// of the data on. `progress` is used as in `nextMatch`.
 template <typename OnOccurrence>
 void forEachOccurrence(std::span<const std::uint8_t> bytes, const SearchRequest& request,
                        const std::vector<SearchCandidate>& candidateList, TaskProgress& progress,
@@ -68,12 +68,12 @@ SearchAllSummary searchAllSummary(std::span<const std::uint8_t> bytes, const Sea
                                   const std::vector<SearchCandidate>& candidateList,
                                   TaskProgress& progress);
 
-/// The match that `candidateList[candidate]` is at `offset` of `bytes`, where it occurs.
+/// Returns the match of `candidateList[candidate]`, which occurs at `offset` of `bytes`.
 SearchMatch matchOf(std::span<const std::uint8_t> bytes, const SearchRequest& request,
                     const std::vector<SearchCandidate>& candidateList, std::size_t candidate,
                     std::int64_t offset);
 
-/// The match that the bytes of `selection` (normalised) are; absent when they are none.
+/// Returns the match that `selection` (normalised) covers exactly; absent when there is none.
 std::optional<SearchMatch> selectionMatch(std::span<const std::uint8_t> bytes,
                                           HexSelection selection, const SearchRequest& request,
                                           const std::vector<SearchCandidate>& candidateList);

@@ -27,7 +27,7 @@ std::optional<std::int64_t> last(Bytes needle, Bytes haystack, std::int64_t from
 std::vector<std::int64_t> matches(Bytes needle, Bytes haystack, std::int64_t from,
                                   std::int64_t through);
 
-/// The first match of a pattern with wildcards at or behind `from`, else the first of all.
+/// The first match of a pattern with wildcards at or after `from`, else the first of all.
 std::optional<std::int64_t> firstWrapped(const std::vector<std::optional<std::uint8_t>>& pattern,
                                          Bytes haystack, std::int64_t from);
 

@@ -27,11 +27,11 @@ class PatternScanner {
                    StopCheck check = {});
 
   /// Adds the matches in `from`...`through` that do not overlap to `list`, which is not full. Found
-  /// means that it is full now; exhausted, that it may be filled on from there.
+  /// means that it is full now. If exhausted, it may be filled on from there.
   ScanResult collect(std::span<const std::uint8_t> haystack, std::int64_t from,
                      std::int64_t through, MatchList& list, StopCheck check = {});
 
-  /// The last match in `from`...`through`. Exhausted, it is to go on downward.
+  /// The last match in `from`...`through`. If exhausted, the scan goes on downward from there.
   ScanResult last(std::span<const std::uint8_t> haystack, std::int64_t from, std::int64_t through,
                   StopCheck check = {});
 

@@ -7,15 +7,14 @@
 
 namespace quillmor {
 
-/// The probes that are the best for data as it mostly is: positions of bytes that are rare in text,
-/// programs and images. Looks at a bounded number of positions that ask for a byte, of which
-/// `pattern` must have one.
+/// Returns the best probes for data as it mostly is: positions of bytes that are rare in text,
+/// programs and images. Looks at a bounded number of positions.
 ScanFilter usualProbes(const PatternView& pattern);
 
-/// The probes that fit the fewest positions of a small sample of `haystack`, half of it at
+/// Returns the probes that fit the fewest positions of a small sample of `haystack`, half of it at
 /// `position` and half of it from everywhere. `failedOffset` is where comparisons with the pattern
-/// have just failed. Takes microseconds, and time in proportion to the pattern's length up to a few
-/// milliseconds.
+/// have just failed. Takes time in proportion to the pattern's length, from microseconds to a few
+/// milliseconds. `pattern` asks for one byte at least.
 ScanFilter sampledProbes(const PatternView& pattern, std::span<const std::uint8_t> haystack,
                          std::int64_t position, std::int64_t failedOffset);
 

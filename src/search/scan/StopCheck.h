@@ -8,13 +8,11 @@
 
 namespace quillmor {
 
-/// A reference to what long work asks now and then whether it is to stop: a function that throws
-/// then. Without one the work is never stopped. Must not outlive what it was made of; meant as a
-/// parameter only.
+/// A reference to a function that long work calls now and then, and that throws to stop it. Without
+/// one the work is never stopped. For parameters only: must not outlive what it was made of.
 class StopCheck {
  public:
-  /// How many bytes may be looked at between two questions: a few milliseconds even where data is
-  /// made to be slow.
+  /// How many bytes may be looked at between two checks: a few milliseconds even for hostile data.
   static constexpr std::int64_t kInterval = std::int64_t{1024} * 1024;
 
   StopCheck() = default;

@@ -38,7 +38,7 @@ constexpr CharacterTables kTables = [] {
   return tables;
 }();
 
-/// The value of the digits at `at` and behind it, or `kNoDigit` and more.
+/// The value of the digits at `at` and after it, or `kNoDigit` and more.
 unsigned pairAt(const char* at) {
   return static_cast<unsigned>(kTables.highDigit[static_cast<unsigned char>(at[0])] |
                                kTables.lowDigit[static_cast<unsigned char>(at[1])]);
@@ -97,7 +97,7 @@ class Output {
   const std::uint8_t* end_ = nullptr;
 };
 
-/// Reads one text. Its members work at a position and return the one behind what they have read.
+/// Reads one text. Its members work at a position and return the one after what they have read.
 class Reader {
  public:
   Reader(std::string_view text, std::uint64_t limit, const TaskProgress* progress)
@@ -144,7 +144,7 @@ class Reader {
   }
 
   /// Tokens of one pair, the commonest form, with a prefix or without, as long as there is room and
-  /// the text goes on behind them. `at` is where a token may begin; so is the result.
+  /// the text goes on after them. `at` is where a token may begin; so is the result.
   const char* readPairTokens(const char* at) {
     constexpr std::ptrdiff_t kLongest = std::string_view("0xAA, ").size();
     std::uint8_t* next = output_.next();

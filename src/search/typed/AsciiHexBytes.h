@@ -9,10 +9,10 @@
 
 namespace quillmor::HexParser {
 
-/// Whether all of `text` is 7-bit ASCII.
+/// True if all of `text` is 7-bit ASCII.
 bool isAscii(std::string_view text);
 
-/// Whether an ASCII character stands between the tokens of a byte list.
+/// True if an ASCII character separates the tokens of a byte list.
 constexpr bool isAsciiSeparator(char character) {
   if (character >= 0x09 && character <= 0x0D) return true;
   return std::string_view(" ,-:;").find(character) != std::string_view::npos;

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-/// What a prompt says about a text while it is typed: how the text will be read, or why it cannot
-/// be. Empty when nothing has been typed. Pure functions, safe from any thread; their work is
-/// bounded by `maxTextInputCharacters`.
+/// What a prompt says about a text while it is typed: how it will be read, or why it cannot be.
+/// Empty when nothing has been typed. Pure functions, safe from any thread. Their work is bounded
+/// by `maxTextInputCharacters`.
 namespace quillmor::InputNotes {
 
 /// "2 bytes: FF 00", with no more than the first eight of the bytes.

@@ -18,14 +18,14 @@ void checkIntegerWidth(int width) {
                     "Integers are 1, 2, 4 or 8 bytes wide");
 }
 
-/// Whether `value` is one of -2^(8w-1)...2^(8w-1)-1: dropping all bits but those of the sign and
+/// True if `value` is one of -2^(8w-1)...2^(8w-1)-1: dropping all bits but those of the sign and
 /// the magnitude leaves nothing but copies of the sign.
 bool fitsSigned(std::int64_t value, int width) {
   const std::int64_t copiesOfSign = value >> (8 * width - 1);
   return copiesOfSign == 0 || copiesOfSign == -1;
 }
 
-/// Whether `value` is one of 0...2^(8w)-1.
+/// True if `value` is one of 0...2^(8w)-1.
 bool fitsUnsigned(std::uint64_t value, int width) {
   return width == 8 || value >> (8 * width) == 0;
 }

@@ -14,7 +14,7 @@ namespace quillmor {
 /// `little` puts the least significant byte first, `big` the most significant one.
 enum class Endianness { little, big };
 
-/// `value` as an integer of `width` bytes, absent when it does not fit: signed ones hold
+/// Returns `value` as an integer of `width` bytes, absent when it does not fit: signed ones hold
 /// -2^(8w-1)...2^(8w-1)-1, unsigned ones 0...2^(8w)-1.
 std::optional<std::vector<std::uint8_t>> integerBytes(std::int64_t value, int width, bool isSigned,
                                                       Endianness endianness);
@@ -23,10 +23,10 @@ std::optional<std::vector<std::uint8_t>> integerBytes(std::int64_t value, int wi
 std::optional<std::vector<std::uint8_t>> integerBytes(std::uint64_t unsignedValue, int width,
                                                       Endianness endianness);
 
-/// The low `width` bytes of `rawValue`.
+/// Returns the low `width` bytes of `rawValue`.
 std::vector<std::uint8_t> rawIntegerBytes(std::uint64_t rawValue, int width, Endianness endianness);
 
-/// `value` rounded to the format of `width` bytes; absent when the rounded value is not finite.
+/// Returns `value` rounded to the format of `width` bytes; absent when that is not finite.
 std::optional<std::vector<std::uint8_t>> floatBytes(double value, int width, Endianness endianness);
 
 }  // namespace quillmor
