@@ -27,7 +27,8 @@ std::shared_ptr<HexWindowController> AppDelegate::currentHexWindowController() c
 }
 
 std::shared_ptr<HexWindowController> AppDelegate::editorFor(const CommandOrigin& origin) const {
-  return origin.editor ? origin.editor : currentHexWindowController();
+  const bool hasEditor = origin.editor && origin.editor->hasWindow();
+  return hasEditor ? origin.editor : currentHexWindowController();
 }
 
 void AppDelegate::editorWindowDidBecomeKey(const HexWindowController& controller) {
@@ -41,7 +42,8 @@ void AppDelegate::perform(std::string_view action, const CommandOrigin& origin) 
   const auto work = [&] { return route(action, origin), Done(); };
   const auto result = resultOf(work);
   if (result.isOk()) return;
-  if (const auto editor = editorFor(origin)) editor->context().noteReason(result.error());
+  if (const auto editor = editorFor(origin))
+    editor->context().messages().noteReason(result.error());
   platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
                              .informativeText = result.error().message()});
 }
@@ -65,7 +67,8 @@ bool AppDelegate::performTextAction(std::string_view action, const CommandOrigin
   if ((isUndo && !focus->canUndo) || (isRedo && !focus->canRedo)) {
     const auto editor = editorFor(origin);
     if (!editor) return platform_.beeper.beep(), true;
-    editor->context().refuse(isUndo ? EditCommands::kNothingToUndo : EditCommands::kNothingToRedo);
+    editor->context().messages().refuse(isUndo ? EditCommands::kNothingToUndo
+                                               : EditCommands::kNothingToRedo);
     return true;
   }
   return surface_.sendTextAction(command->textAction, origin);

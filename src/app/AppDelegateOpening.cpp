@@ -152,7 +152,7 @@ void AppDelegate::newWindowLoadDidEnd(const FileLocation& location,
     if (controller && !isShown) controller->closeUnusedWindow();
     if (!result.isOk() && !result.error().isStopped()) {
       if (const auto current = currentHexWindowController())
-        current->context().noteOpenFailure(location, result.error());
+        current->context().messages().noteOpenFailure(location, result.error());
       platform_.alerts.runModal(
           {.messageText = "Open Failed", .informativeText = result.error().message()});
     }

@@ -1,6 +1,7 @@
 #include "app/MainMenu.h"
 
 #include "app/ApplicationCommands.h"
+#include "base/Check.h"
 #include "window/commands/EditorCommands.h"
 
 namespace quillmor {
@@ -149,9 +150,13 @@ constexpr std::string_view kPresetsItems[] = {
 Menu menu(std::string_view title, std::span<const std::string_view> actions) {
   Menu made{title, {}};
   for (const std::string_view action : actions) {
+    if (action.empty()) {
+      made.items.push_back({});
+      continue;
+    }
     const Command* const command = findCommand(action);
-    made.items.push_back(command ? MenuItem{command->title, action, command->key, command->shift}
-                                 : MenuItem{});
+    checkPrecondition(command != nullptr, "every menu item has a command");
+    made.items.push_back({command->title, action, command->key, command->shift});
   }
   return made;
 }
@@ -175,23 +180,6 @@ const std::vector<Menu>& mainMenu() {
       menu("Presets", kPresetsItems),
   };
   return menus;
-}
-
-const Menu* findMenu(std::string_view title) {
-  for (const Menu& menu : mainMenu()) {
-    if (menu.title == title) return &menu;
-  }
-  return nullptr;
-}
-
-std::vector<MenuItem> itemsWithAction(std::string_view action) {
-  std::vector<MenuItem> found;
-  for (const Menu& menu : mainMenu()) {
-    for (const MenuItem& item : menu.items) {
-      if (!item.isSeparator() && item.action == action) found.push_back(item);
-    }
-  }
-  return found;
 }
 
 std::string commandTitle(std::string_view action) {

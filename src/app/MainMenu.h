@@ -36,12 +36,6 @@ inline constexpr std::string_view kMenuBarTitle = "MainMenu";
 /// The menus in the order of the menu bar, the application menu first.
 const std::vector<Menu>& mainMenu();
 
-/// The menu titled `title`, or null.
-const Menu* findMenu(std::string_view title);
-
-/// Every item with `action`, in menu order; two menus may hold the same one.
-std::vector<MenuItem> itemsWithAction(std::string_view action);
-
 /// The name of the command with `action` as alerts show it: its menu title without the ellipsis;
 /// the action itself when there is no such command.
 std::string commandTitle(std::string_view action);

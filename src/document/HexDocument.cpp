@@ -94,7 +94,7 @@ void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage>
   modificationDate_ = modificationDate;
   knownFile_ = file;
   changeCount_.update(ChangeCount::Change::cleared);
-  notifyIdentityChange();
+  showIdentity();
 }
 
 bool HexDocument::canAsynchronouslyWrite() {
@@ -125,19 +125,19 @@ void HexDocument::didSave(FileLocation realLocation, const KnownFile& file,
   knownFile_ = file;
   modificationDate_ = file.status.modificationDate();
   changeCount_.didSave(token);
-  notifyIdentityChange();
+  showIdentity();
 }
 
 void HexDocument::updateChangeCount(ChangeCount::Change change) {
   const bool wasEdited = isDocumentEdited();
   changeCount_.update(change);
-  if (wasEdited != isDocumentEdited()) notifyIdentityChange();
+  if (wasEdited != isDocumentEdited()) showIdentity();
 }
 
 void HexDocument::makeSavedStateUnreachable() {
   const bool wasEdited = isDocumentEdited();
   changeCount_.makeSavedStateUnreachable();
-  if (!wasEdited) notifyIdentityChange();
+  if (!wasEdited) showIdentity();
 }
 
 void HexDocument::makeWindowControllers(const WindowMaker& make) {
@@ -161,7 +161,7 @@ void HexDocument::notifyWindowControllersOfStorageReplacement() {
   for (const auto& window : windows_) window->documentStorageDidReload();
 }
 
-void HexDocument::notifyIdentityChange() {
+void HexDocument::showIdentity() {
   for (const auto& window : windows_) {
     retryingWithoutMemory([&] { window->documentIdentityDidChange(); });
   }

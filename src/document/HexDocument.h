@@ -128,9 +128,10 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   void activateOpenWindows();
   void notifyWindowControllersOfStorageReplacement();
 
- private:
-  void notifyIdentityChange();
+  /// Lets the windows show name, location and edited state again.
+  void showIdentity();
 
+ private:
   BackgroundExecutor& executor_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
   std::shared_ptr<HexStorage> storage_ = std::make_shared<HexStorage>();

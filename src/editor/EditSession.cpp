@@ -135,12 +135,17 @@ EditSession::AnnouncedEdit EditSession::announcementOf(RangeEdit& edit,
 /// The bytes have changed: places the caret, accounts for the edit and shows it.
 void EditSession::finish(AnnouncedEdit edit, const EditPlace& after) {
   editor_.placeCaretAndSelection(after.caretOffset, after.selection);
-  const auto tell = [&] {
-    const bool canBeUndone = edit.undo.isRecorded;
-    account(std::move(edit));
-    observer_.sessionDidEdit(canBeUndone);
-  };
-  showingInAnyCase(tell, [&] { showStorage(); });
+  const bool canBeUndone = edit.undo.isRecorded;
+  const auto accounted = resultOf([&] { return account(std::move(edit)), Done(); });
+  // An edit that has happened must not be reported as failed.
+  resultOf([&] {
+    retryingWithoutMemory([&] {
+      if (!accounted.isOk()) document_->showIdentity();
+      observer_.sessionDidEdit(canBeUndone);
+      showStorage();
+    });
+    return Done();
+  });
 }
 
 /// Takes no memory until the change count has been told, which comes last.

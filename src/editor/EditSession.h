@@ -51,7 +51,7 @@ class EditSessionObserver {
 /// `HexEditorState`, and becomes one undoable step with its bookmarks, caret and unsaved mark.
 ///
 /// When memory runs out, an edit throws std::bad_alloc and changes nothing. Once bytes have
-/// changed, only showing them can fail; it is tried again, then that error is thrown.
+/// changed, the edit has happened: showing it is tried twice, then left to the next change.
 ///
 /// Main thread only.
 class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {

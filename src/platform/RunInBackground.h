@@ -81,6 +81,8 @@ void runInBackground(BackgroundExecutor& executor, Work work,
   executor.runDetached([&executor, job, complete = std::move(complete)]() mutable {
     job->result.emplace(resultOf(*job->work));
     job->work.reset();
+    // The completion is released on the main thread, whichever thread is faster.
+    job.reset();
     executor.postToMain(std::move(complete));
   });
 }

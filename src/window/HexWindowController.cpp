@@ -21,9 +21,10 @@ void HexWindowController::attachWindow(EditorWindowSurface& window) {
 
 bool HexWindowController::windowShouldClose() {
   if (!isBusy()) return true;
-  context_.alert("Operation in Progress",
-                 "Wait for the current file operation to finish before closing this editor "
-                 "window.");
+  context_.messages().alert(
+      "Operation in Progress",
+      "Wait for the current file operation to finish before closing this editor "
+      "window.");
   return false;
 }
 

@@ -62,8 +62,8 @@ TEST_F(EditorNoticeTest, takesRoomFromTheInspectorAlone) {
 TEST_F(EditorNoticeTest, isCutWhereItIsLongerThanTheWindow) {
   EditorWindow& window = open("hello");
   window.resize(window.minimumSize());
-  window.controller().context().showNotice("Could not open " + std::string(240, 'n') +
-                                           ": Permission denied");
+  window.controller().context().messages().showNotice("Could not open " + std::string(240, 'n') +
+                                                      ": Permission denied");
   QCoreApplication::processEvents();
   const QRect inspector = frame(label(window, "Data inspector"));
   const QRect shown = frame(notice(window));

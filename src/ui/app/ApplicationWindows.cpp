@@ -93,7 +93,7 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
     if (auto* menus = menusOf(window)) menus->revalidateLater();
   };
   handlers.perform = [this](EditorWindow& window, std::string_view action) {
-    performIn(window.controller(), action);
+    delegate_->perform(action, {window.controller().shared_from_this(), &window});
   };
   const std::weak_ptr owner = controller;
   handlers.didOpenReportWindow = [this, owner](ReportWindow& window) {
@@ -110,17 +110,6 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   addMenus(*window, owner, window->menuBar());
   window->show();
   window->activateWindow();
-}
-
-void ApplicationWindows::performIn(HexWindowController& controller, std::string_view action) {
-  // The command may close the window, which is all that keeps the controller.
-  const auto held = controller.shared_from_this();
-  const auto work = [&] { return held->perform(action), Done(); };
-  const auto result = resultOf(work);
-  if (result.isOk()) return;
-  held->context().noteReason(result.error());
-  platform_.alerts.runModal({.messageText = commandTitle(action) + " Failed",
-                             .informativeText = result.error().message()});
 }
 
 void ApplicationWindows::addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,

@@ -54,7 +54,6 @@ class ApplicationWindows : public ApplicationSurface {
   /// closed.
   void addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,
                 QMenuBar* menuBar = nullptr);
-  void performIn(HexWindowController& controller, std::string_view action);
 
   const PlatformServices platform_;
   SearchHistories searchHistories_;

@@ -31,7 +31,7 @@ class Session {
     application_.setAlertPresenter(alerts);
     application_.setFailureObserver([&delegate](const Error& failure) {
       if (const auto editor = delegate.currentHexWindowController())
-        editor->context().noteReason(failure);
+        editor->context().messages().noteReason(failure);
     });
   }
   ~Session() {

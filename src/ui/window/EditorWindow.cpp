@@ -229,7 +229,7 @@ void EditorWindow::showUtilityWindow(ReportWindow* window) {
 
 void EditorWindow::showOffsetUnlessBusy(std::int64_t offset) {
   if (controller_->isBusy())
-    return controller_->context().refuse(BackgroundTaskFrame::busyError().message());
+    return controller_->context().messages().refuse(BackgroundTaskFrame::busyError().message());
   controller_->commands().navigation().showOffset(offset);
 }
 

@@ -151,7 +151,7 @@ void FindReplacePanelController::handOver(Operation operation) {
   const auto owner = hexWindowController_.lock();
   if (!owner || !owner->hasWindow()) return;
   const auto request = buildRequest();
-  if (!request) return owner->context().refuse(reasonForNoRequest());
+  if (!request) return owner->context().messages().refuse(reasonForNoRequest());
   remember(*request);
   // An alert of the operation runs the event loop, in which the panel may go.
   operation(*owner, *request);

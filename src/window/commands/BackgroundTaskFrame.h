@@ -30,7 +30,7 @@ class BackgroundTaskFrame;
 
 /// The busy state of a window, as long as this object lives; empty when it was refused. Main thread
 /// only; may outlive its frame.
-class BusyScope {
+class [[nodiscard]] BusyScope {
  public:
   BusyScope() = default;
   ~BusyScope() { end(); }

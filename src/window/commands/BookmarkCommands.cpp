@@ -43,20 +43,20 @@ void BookmarkCommands::addBookmark() {
   const std::string shown = "0x" + uppercaseHex(offset, 8) + ".";
   switch (session_.bookmarks().add(offset)) {
     case Bookmarks::AddResult::alreadyPresent:
-      return context_.alert(kTitle, "Bookmark already exists at " + shown);
+      return messages_.alert(kTitle, "Bookmark already exists at " + shown);
     case Bookmarks::AddResult::limitReached:
-      return context_.alert(kTitle, "The bookmark limit of " +
-                                        std::to_string(Bookmarks::maxBookmarkEntries) +
-                                        " entries has been reached.");
+      return messages_.alert(kTitle, "The bookmark limit of " +
+                                         std::to_string(Bookmarks::maxBookmarkEntries) +
+                                         " entries has been reached.");
     case Bookmarks::AddResult::added:
-      context_.alert(kTitle, "Added bookmark at " + shown);
+      messages_.alert(kTitle, "Added bookmark at " + shown);
       context_.updateStatus();
   }
 }
 
 bool BookmarkCommands::refuseWithoutBookmarks() {
   if (!session_.bookmarks().offsets().empty()) return false;
-  context_.alert(kTitle, "No bookmarks are set.");
+  messages_.alert(kTitle, "No bookmarks are set.");
   return true;
 }
 
@@ -76,7 +76,7 @@ void BookmarkCommands::showBookmarks() {
     return bookmarkReport(offsets);
   };
   context_.runBackgroundTask("Listing bookmarks…", work, [this](Result<std::string> report) {
-    if (context_.failed(report, "Show Bookmarks Failed")) return;
+    if (messages_.failed(report, "Show Bookmarks Failed")) return;
     context_.showUtilityReport(kTitle, report.value());
   });
 }
@@ -85,7 +85,7 @@ void BookmarkCommands::clearBookmarks() {
   const std::size_t count = session_.bookmarks().offsets().size();
   session_.bookmarks().clear();
   context_.updateStatus();
-  context_.alert(kTitle, "Cleared " + std::to_string(count) + " bookmark(s).");
+  messages_.alert(kTitle, "Cleared " + std::to_string(count) + " bookmark(s).");
 }
 
 }  // namespace quillmor

@@ -15,7 +15,8 @@ struct Command {
   bool shift = false;         ///< whether the key adds the Shift key
   CommandNeed need = CommandNeed::nothing;
   /// The title of the alert that refuses the command while another operation runs. Empty for a
-  /// command that may be carried out meanwhile, or refuses in another way.
+  /// command that may be carried out meanwhile, and for those that refuse in their own way: undo
+  /// and redo beep, Paste has a text of its own, and reports are refused by the task frame.
   std::string_view busyTitle = {};
 };
 

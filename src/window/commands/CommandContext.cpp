@@ -31,8 +31,7 @@ std::string CommandContext::statusText() const {
 }
 
 void CommandContext::updateStatus() {
-  // The caret and the selection are often set to what they are; only a move counts.
-  if (noticePlace_ && *noticePlace_ != noticePlace()) clearNotice();
+  messages_.clearNoticeAfterMove();
   if (!window_ || isBusy()) return;
   window_->setStatusText(statusText());
   window_->setInspectorText(
@@ -46,18 +45,19 @@ void CommandContext::showUtilityReport(const std::string& title, const std::stri
 
 void CommandContext::sessionDidEdit(bool canBeUndone) {
   updateStatus();
-  canBeUndone ? clearNotice() : showNotice(kTooLargeToUndo);
+  canBeUndone ? messages_.clearNotice() : messages_.showNotice(kTooLargeToUndo);
 }
 
 bool CommandContext::refuseWhileBusy(const std::string& title) {
   if (!isBusy()) return false;
-  alert(title, "Another operation is already running. Wait for it to finish before editing.");
+  messages_.alert(title,
+                  "Another operation is already running. Wait for it to finish before editing.");
   return true;
 }
 
 bool CommandContext::refuseWithoutFile(const std::string& title) {
   if (document().location()) return false;
-  alert(title, "Current document has no file path.");
+  messages_.alert(title, "Current document has no file path.");
   return true;
 }
 
@@ -65,23 +65,23 @@ std::optional<HexSelection> CommandContext::activeSelectionOrAlert(const std::st
   if (refuseWhileBusy(title)) return std::nullopt;
   const HexSelection range = session_.selectedRange();
   if (range.length < 1) {
-    alert(title, "Select one or more bytes first.");
+    messages_.alert(title, "Select one or more bytes first.");
     return std::nullopt;
   }
-  if (alertRefusal(refusalOfEditing(range.length), title)) return std::nullopt;
+  if (messages_.alertRefusal(refusalOfEditing(range.length), title)) return std::nullopt;
   return range;
 }
 
 bool CommandContext::validateGeneratedByteCount(std::int64_t count, const std::string& title) {
-  return !alertRefusal(refusalOfGenerating(count), title);
+  return !messages_.alertRefusal(refusalOfGenerating(count), title);
 }
 
 bool CommandContext::validateResultingDocumentByteCount(std::int64_t removing,
                                                         std::int64_t inserting,
                                                         const std::string& title) {
-  return !alertRefusal(refusalOfResult(session_.byteCount(), removing, inserting,
-                                       session_.editor().maximumByteCount()),
-                       title);
+  return !messages_.alertRefusal(refusalOfResult(session_.byteCount(), removing, inserting,
+                                                 session_.editor().maximumByteCount()),
+                                 title);
 }
 
 void CommandContext::busyStateDidBegin() {

@@ -11,12 +11,11 @@
 
 #include "base/Result.h"
 #include "editor/EditSession.h"
-#include "tools/edits/EditChecks.h"
 #include "window/commands/BackgroundTaskFrame.h"
 #include "window/commands/EditorEnvironment.h"
 #include "window/commands/EditorWindowSurface.h"
-#include "window/commands/WindowAlerts.h"
 #include "window/commands/WindowLimits.h"
+#include "window/commands/WindowMessages.h"
 
 namespace quillmor {
 
@@ -54,38 +53,8 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   /// Shows a report in a window of its own, cut to what a window can show.
   void showUtilityReport(const std::string& title, const std::string& report);
 
-  // Notices (CommandContextMessages.cpp): sentences in the status area. A notice stays until
-  // another one takes its place, the window's next command begins, the caret or the selection
-  // moves, or bytes change.
-
-  void showNotice(const std::string& text);
-  void clearNotice();
-  /// Beeps and shows `reason`, a sentence.
-  void refuse(const std::string& reason);
-  /// Shows the error's sentence with the system's reason, if it has one.
-  void noteReason(const Error& error);
-  /// Names the file that could not be opened, and the reason.
-  void noteOpenFailure(const FileLocation& location, const Error& error);
-
-  // Alerts (CommandContextMessages.cpp).
-
-  /// For forms: without a window nothing is shown, and every question counts as cancelled.
-  AlertPresenter& alerts() { return windowAlerts_; }
-  void alert(const std::string& title, const std::string& text);
-  /// Shows the system's reason as a notice too.
-  void alert(const std::string& title, const Error& error);
-  /// True if there is a refusal; it is shown.
-  bool alertRefusal(const Refusal& refusal, const std::string& title);
-  /// Alerts the error, unless the user stopped the work or the window has gone.
-  void showFailure(const Error& error, const std::string& title);
-  /// True if the work of a command failed; the failure is shown. Also true without a window.
-  template <class T>
-  bool failed(const Result<T>& result, const std::string& title) {
-    if (!result.isOk()) showFailure(result.error(), title);
-    return !result.isOk() || !hasWindow();
-  }
-  /// Does `work`. True if it fails; the failure is shown.
-  bool attempt(const std::string& failureTitle, const std::function<void()>& work);
+  /// Notices and alerts.
+  WindowMessages& messages() { return messages_; }
 
   // Refusals, each with an alert, and true if the command is refused.
 
@@ -100,7 +69,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   bool validateResultingDocumentByteCount(std::int64_t removing, std::int64_t inserting,
                                           const std::string& title);
 
-  // Questions (CommandContextMessages.cpp).
+  // Questions (CommandContextQuestions.cpp).
 
   /// Asks the user with `question`, which returns an optional answer. Absent when the user cancels,
   /// when the window closes meanwhile, and when another operation has begun meanwhile; that is
@@ -114,7 +83,11 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   /// True if the user chooses `button` rather than "Cancel".
   bool confirm(const std::string& title, const std::string& text, const std::string& button,
                const std::string& busyTitle);
-  std::optional<FileLocation> chooseFile(const std::string& title);
+  std::optional<FileLocation> chooseFile(const std::string& title) {
+    return chooseFile(title, title);
+  }
+  std::optional<FileLocation> chooseFile(const std::string& panelTitle,
+                                         const std::string& busyTitle);
   std::optional<FileLocation> chooseDestination(const std::string& title,
                                                 const std::string& suggestedName);
   /// Where a file panel starts.
@@ -153,20 +126,6 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
     runBackgroundTask(statusText, std::move(task), std::move(completion));
   }
 
-  /// The same; the work gets an immutable copy of the selected bytes alone. Copying is sharing: the
-  /// bytes stay where they are, and an edit made meanwhile would go to a copy of its own.
-  template <class Work,
-            class T = std::invoke_result_t<Work&, std::span<const std::uint8_t>, TaskProgress&>>
-  void runBackgroundSelectionSnapshotTask(
-      const std::string& statusText, HexSelection selection, Work work,
-      std::type_identity_t<std::function<void(Result<T>)>> completion) {
-    auto selected = [work = std::move(work)](const ByteBuffer& bytes, HexSelection range,
-                                             TaskProgress& progress) mutable {
-      return work(bytes.span(range.start, range.length), progress);
-    };
-    runBackgroundSnapshotTask(statusText, selection, std::move(selected), std::move(completion));
-  }
-
   /// Runs `work(bytes, range, TaskProgress&)` on all bytes and the normalised selection: in the
   /// background as above when `size` is `threshold` or more, else at once and without the busy
   /// state.
@@ -186,7 +145,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
 
  private:
   void sessionDidEdit(bool canBeUndone) override;
-  void didRefuse(const std::string& reason) override { showNotice(reason); }
+  void didRefuse(const std::string& reason) override { messages_.showNotice(reason); }
 
   void busyStateDidBegin() override;
   void showBusyStatus(const std::string& statusText) override;
@@ -194,26 +153,14 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
 
-  /// Where the editor stood when a notice was shown.
-  struct NoticePlace {
-    std::int64_t caretOffset = 0;
-    HexSelection selection;
-    bool highNibble = true;
-
-    bool operator==(const NoticePlace&) const = default;
-  };
-  NoticePlace noticePlace() const;
-
   PlatformServices platform_;
   DocumentController& documents_;
   DocumentSaver& saver_;
   const std::function<std::weak_ptr<void>()> owner_;
   EditorWindowSurface* window_ = nullptr;
-  WindowAlerts windowAlerts_{platform_.alerts, [this] { return hasWindow(); }};
   EditSession session_;
+  WindowMessages messages_{platform_, session_, [this] { return window_; }};
   BackgroundTaskFrame frame_;
-  /// Present while a notice is shown.
-  std::optional<NoticePlace> noticePlace_;
 };
 
 }  // namespace quillmor

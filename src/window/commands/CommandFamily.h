@@ -5,15 +5,16 @@
 
 namespace quillmor {
 
-/// The base of a family of commands: each gives its rows with a static `rows()`. The context
-/// outlives the family.
+/// The base of a family of commands. A family with menu items gives their rows in a static
+/// `rows()`. The context outlives the family.
 class CommandFamily {
  protected:
   explicit CommandFamily(CommandContext& context)
-      : context_(context), session_(context.session()) {}
+      : context_(context), session_(context.session()), messages_(context.messages()) {}
 
   CommandContext& context_;
   EditSession& session_;
+  WindowMessages& messages_;
 };
 
 }  // namespace quillmor

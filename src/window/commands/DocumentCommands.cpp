@@ -59,11 +59,11 @@ void DocumentCommands::reloadFromDisk() {
   if (context_.refuseWithoutFile(kReload)) return;
   const FileLocation location = *session_.document().location();
   replacement_.prepareToReplaceCurrentDocument(
-      location, "Reload Failed",
+      location, {.failure = "Reload Failed", .busy = kReload},
       [this, owner = context_.owner().lock(), location](auto preparation) {
         if (preparation != DocumentReplacementPreparation::proceed) return;
         replacement_.loadPreservingEditorState(location, "Reload Failed", [this, location] {
-          context_.alert(kReload, "Reloaded: " + location.shownName());
+          messages_.alert(kReload, "Reloaded: " + location.shownName());
         });
       });
 }

@@ -20,10 +20,11 @@ Error windowClosedError() {
 
 void DocumentReplacement::openDroppedFile(const FileLocation& location) {
   if (context_.isBusy()) {
-    context_.noteOpenFailure(location, BackgroundTaskFrame::busyError());
-    context_.alert("Open Dropped File",
-                   "Another operation is already running. Wait for it to finish before opening a "
-                   "dropped file.");
+    context_.messages().noteOpenFailure(location, BackgroundTaskFrame::busyError());
+    context_.messages().alert(
+        "Open Dropped File",
+        "Another operation is already running. Wait for it to finish before opening a "
+        "dropped file.");
     return;
   }
   openURLInCurrentWindow(location, [](auto) {});
@@ -31,17 +32,17 @@ void DocumentReplacement::openDroppedFile(const FileLocation& location) {
 
 void DocumentReplacement::openURLInCurrentWindow(const FileLocation& location,
                                                  OpenCompletion completion) {
-  context_.clearNotice();
+  context_.messages().clearNotice();
   if (context_.isBusy()) {
-    context_.noteOpenFailure(location, BackgroundTaskFrame::busyError());
-    context_.alert("Open Failed", BackgroundTaskFrame::busyError().message());
+    context_.messages().noteOpenFailure(location, BackgroundTaskFrame::busyError());
+    context_.messages().alert("Open Failed", BackgroundTaskFrame::busyError().message());
     return completion(OpenCurrentResult::failed);
   }
   if (const auto shown = context_.documents().documentShowing(location, nullptr)) {
     shown->activateOpenWindows();
     return completion(OpenCurrentResult::broughtToFront);
   }
-  prepareToReplaceCurrentDocument(location, "Open Failed",
+  prepareToReplaceCurrentDocument(location, {.failure = "Open Failed", .busy = "Open"},
                                   [this, owner = context_.owner().lock(), location,
                                    completion = std::move(completion)](auto preparation) {
                                     if (preparation == DocumentReplacementPreparation::cancelled)
@@ -59,32 +60,36 @@ void DocumentReplacement::openPrepared(const FileLocation& location,
       [this, owner = context_.owner().lock(), location, completion](auto result) {
         if (result.isOk()) return completion(result.value());
         if (result.error().isStopped()) return completion(OpenCurrentResult::cancelled);
-        context_.noteOpenFailure(location, result.error());
-        context_.alert("Open Failed", result.error().message());
+        context_.messages().noteOpenFailure(location, result.error());
+        context_.messages().alert("Open Failed", result.error().message());
         completion(OpenCurrentResult::failed);
       });
 }
 
 void DocumentReplacement::prepareToReplaceCurrentDocument(
-    const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+    const FileLocation& location, const Titles& titles,
     std::function<void(DocumentReplacementPreparation)> completion) {
   using Preparation = DocumentReplacementPreparation;
   try {
-    SecureFileAccess::validateURLIsNotReservedForReading(afterValidatingReadURL);
+    SecureFileAccess::validateURLIsNotReservedForReading(location);
   } catch (const Error& error) {
-    context_.noteOpenFailure(afterValidatingReadURL, error);
-    context_.alert(validationErrorTitle, error.message());
+    context_.messages().noteOpenFailure(location, error);
+    context_.messages().alert(titles.failure, error.message());
     return completion(Preparation::failed);
   }
   if (!context_.document().isDocumentEdited()) return completion(Preparation::proceed);
-  const auto response = context_.alerts().runModal(
+  constexpr std::size_t kSave = 0;
+  constexpr std::size_t kDontSave = 1;
+  const auto response = context_.messages().alerts().runModal(
       {.messageText = "Replace Current Document?",
        .informativeText = "The current document has unsaved changes. Save before opening another "
                           "file in this window?",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
-  if (response.button == 1) return completion(Preparation::proceed);
-  if (response.button != 0) return completion(Preparation::cancelled);
+  if (response.button != kSave && response.button != kDontSave)
+    return completion(Preparation::cancelled);
+  if (context_.refuseWhileBusy(titles.busy)) return completion(Preparation::failed);
+  if (response.button == kDontSave) return completion(Preparation::proceed);
   saving_.saveCurrentDocument([completion = std::move(completion)](DocumentSaveResult result) {
     switch (result) {
       case DocumentSaveResult::success:
@@ -105,7 +110,7 @@ void DocumentReplacement::loadPreservingEditorState(const FileLocation& location
                                 success = std::move(success)](auto result) {
                                  if (!result.isOk()) {
                                    if (!result.error().isStopped())
-                                     context_.alert(failureTitle, result.error());
+                                     context_.messages().alert(failureTitle, result.error());
                                  } else if (result.value() == OpenCurrentResult::opened) {
                                    success();
                                  }

@@ -32,9 +32,16 @@ class DocumentReplacement {
   /// A file was dropped on the window.
   void openDroppedFile(const FileLocation& location);
 
+  /// The titles of the alerts of one replacement.
+  struct Titles {
+    std::string failure;
+    /// When another operation has begun while the user was asked about unsaved changes.
+    std::string busy;
+  };
+
   /// Refuses a file that is being saved, asks about unsaved changes and saves on request.
   void prepareToReplaceCurrentDocument(
-      const FileLocation& afterValidatingReadURL, const std::string& validationErrorTitle,
+      const FileLocation& location, const Titles& titles,
       std::function<void(DocumentReplacementPreparation)> completion);
 
   /// Loads the file in the busy state. While busy already, the completion gets the error 409.

@@ -77,7 +77,7 @@ void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {
   // The waiting caller gets the result even when the alert cannot be shown.
   auto shown = resultOf([&] {
     if (outcome.result == DocumentSaveResult::failed)
-      retryingWithoutMemory([&] { context_.alert("Save Failed", *outcome.error); });
+      retryingWithoutMemory([&] { context_.messages().alert("Save Failed", *outcome.error); });
     return Done();
   });
   onlyOnce(outcome.result);

@@ -19,7 +19,8 @@ class DocumentSaving {
   /// Saves to the document's file; asks for one where there is none.
   void saveCurrentDocument(Completion completion);
 
-  /// Asks for a file and saves to it.
+  /// Asks for a file and saves to it. A refusal because another operation has begun meanwhile
+  /// counts as cancelled.
   void chooseDestinationAndSave(Completion completion);
 
   /// Saves in the busy state, with an alert when that fails. The completion is called once, after

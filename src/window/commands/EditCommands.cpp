@@ -94,13 +94,13 @@ std::span<const CommandRow<EditCommands>> EditCommands::rows() {
 }
 
 void EditCommands::undo() {
-  if (context_.isBusy()) return context_.refuse(BackgroundTaskFrame::busyError().message());
-  if (!session_.undo()) context_.refuse(kNothingToUndo);
+  if (context_.isBusy()) return messages_.refuse(BackgroundTaskFrame::busyError().message());
+  if (!session_.undo()) messages_.refuse(kNothingToUndo);
 }
 
 void EditCommands::redo() {
-  if (context_.isBusy()) return context_.refuse(BackgroundTaskFrame::busyError().message());
-  if (!session_.redo()) context_.refuse(kNothingToRedo);
+  if (context_.isBusy()) return messages_.refuse(BackgroundTaskFrame::busyError().message());
+  if (!session_.redo()) messages_.refuse(kNothingToRedo);
 }
 
 void EditCommands::cut() {
@@ -120,7 +120,7 @@ std::optional<HexSelection> EditCommands::rangeForClipboardOrAlert(
     const std::string& title, Refusal (*refusalOf)(std::int64_t length)) {
   const auto range = selectedRangeForClipboard(
       session_.editor().selection(), session_.editor().caretOffset(), session_.byteCount());
-  if (range && context_.alertRefusal(refusalOf(range->length), title)) return std::nullopt;
+  if (range && messages_.alertRefusal(refusalOf(range->length), title)) return std::nullopt;
   return range;
 }
 
@@ -131,9 +131,9 @@ void EditCommands::copySelectionToPasteboard(bool deleteAfterCopy) {
   // Without a selection the byte at the caret is taken; undo brings back that nothing was selected.
   auto completion = [this, title, place = session_.place(),
                      deleteAfterCopy](Result<StandardClipboardPayload> payload) {
-    if (context_.failed(payload, title + " Failed")) return;
+    if (messages_.failed(payload, title + " Failed")) return;
     if (!publishStandardClipboardPayload(std::move(payload.value())) || !deleteAfterCopy) return;
-    const bool hasFailed = context_.attempt(title + " Failed", [&] {
+    const bool hasFailed = messages_.attempt(title + " Failed", [&] {
       // Another selection may have been made meanwhile; what was published goes.
       session_.editor().placeCaretAndSelection(place.caretOffset, place.selection);
       session_.editor().deleteSelectionOrByte(/*backward=*/false);
@@ -153,7 +153,7 @@ bool EditCommands::publishStandardClipboardPayload(StandardClipboardPayload payl
   if (context_.platform().pasteboard.setBytes(std::move(payload.data),
                                               std::move(payload.hexString)))
     return true;
-  context_.alert(kCopy, "The pasteboard rejected the selected data. Nothing was removed.");
+  messages_.alert(kCopy, "The pasteboard rejected the selected data. Nothing was removed.");
   return false;
 }
 
@@ -165,9 +165,9 @@ void EditCommands::copySelectionAsText(ClipboardTextStyle style) {
     return clipboardText(bytes.span(selected.start, selected.length), style, &progress);
   };
   auto completion = [this, title](Result<std::string> text) {
-    if (context_.failed(text, title + " Failed")) return;
+    if (messages_.failed(text, title + " Failed")) return;
     if (!context_.platform().pasteboard.setText(std::move(text.value())))
-      context_.alert(title, "The pasteboard rejected the converted text.");
+      messages_.alert(title, "The pasteboard rejected the converted text.");
   };
   context_.runSnapshotTaskFrom(backgroundEditThresholdBytes, range->length, "Preparing copy…",
                                *range, std::move(work), std::move(completion));
@@ -179,7 +179,7 @@ void EditCommands::copyCurrentOffset() {
 
 void EditCommands::copySelectionRange() {
   const HexSelection range = session_.selectedRange();
-  if (range.length < 1) return context_.alert(kCopyRange, "Select one or more bytes first.");
+  if (range.length < 1) return messages_.alert(kCopyRange, "Select one or more bytes first.");
   context_.platform().pasteboard.setText("0x" + uppercaseHex(range.start, 8) + " - 0x" +
                                          uppercaseHex(range.start + range.length - 1, 8));
 }
@@ -191,7 +191,7 @@ void EditCommands::copyFilePath() {
 
 void EditCommands::paste() {
   if (context_.isBusy())
-    return context_.alert(kPasteFailed, BackgroundTaskFrame::busyError().message());
+    return messages_.alert(kPasteFailed, BackgroundTaskFrame::busyError().message());
   if (const auto held = context_.platform().pasteboard.bytes(maxGeneratedInputBytes)) {
     if (!context_.validateGeneratedByteCount(held->byteCount, kPaste)) return;
     return pastePreparedBytes(held->bytes.span());
@@ -203,7 +203,7 @@ void EditCommands::paste() {
     return bytesForPastedText(text, maxGeneratedInputBytes, maxTextInputCharacters);
   };
   auto completion = [this](const Result<std::vector<std::uint8_t>>& bytes) {
-    if (!context_.failed(bytes, kPasteFailed)) pastePreparedBytes(bytes.value());
+    if (!messages_.failed(bytes, kPasteFailed)) pastePreparedBytes(bytes.value());
   };
   if (isLong) return context_.runBackgroundTask("Preparing paste…", std::move(work), completion);
   TaskProgress progress;
@@ -214,13 +214,13 @@ void EditCommands::paste() {
 std::optional<std::string> EditCommands::boundedPasteboardString() {
   auto held = context_.platform().pasteboard.text(maxClipboardTextSourceBytes);
   if (!held || (!held->isTooLong && held->text.empty())) {
-    context_.refuse(kNothingToPaste);
+    messages_.refuse(kNothingToPaste);
     return std::nullopt;
   }
   if (held->isTooLong) {
-    context_.alert(kPaste,
-                   "Clipboard text is too large to paste safely. The text source limit is " +
-                       std::to_string(maxClipboardTextSourceBytes) + " bytes.");
+    messages_.alert(kPaste,
+                    "Clipboard text is too large to paste safely. The text source limit is " +
+                        std::to_string(maxClipboardTextSourceBytes) + " bytes.");
     return std::nullopt;
   }
   return std::move(held->text);
@@ -228,11 +228,11 @@ std::optional<std::string> EditCommands::boundedPasteboardString() {
 
 void EditCommands::pastePreparedBytes(std::span<const std::uint8_t> bytes) {
   const std::int64_t count = std::ssize(bytes);
-  if (count < 1) return context_.refuse(kNothingToPaste);
+  if (count < 1) return messages_.refuse(kNothingToPaste);
   if (!context_.validateGeneratedByteCount(count, kPaste)) return;
   const std::int64_t replaced = session_.editor().byteCountReplacedBy(count);
   if (!context_.validateResultingDocumentByteCount(replaced, count, kPaste)) return;
-  context_.attempt(kPasteFailed, [&] { session_.editor().paste(bytes); });
+  messages_.attempt(kPasteFailed, [&] { session_.editor().paste(bytes); });
 }
 
 }  // namespace quillmor

@@ -1,55 +1,38 @@
 #include "window/commands/EditorCommands.h"
 
 #include <string>
+#include <type_traits>
+#include <utility>
 
 namespace quillmor {
-
-namespace {
-
-template <class Family>
-const Command* findIn(std::string_view action) {
-  const auto* row = findRow(Family::rows(), action);
-  return row ? &row->command : nullptr;
-}
-
-template <class... Families>
-const Command* findInAny(std::string_view action) {
-  const Command* found = nullptr;
-  ((found = findIn<Families>(action)) || ...);
-  return found;
-}
-
-}  // namespace
 
 EditorCommands::EditorCommands(CommandContext& context)
     : context_(context),
       saving_(context),
-      navigation_(context),
-      replacement_(context, saving_, [this] { navigation_.saveSessionOffset(); }),
-      document_(context, saving_, replacement_),
-      editing_(context),
-      searching_(context),
-      replacing_(context, searching_),
-      bookmarks_(context),
-      exporting_(context),
-      reports_(context),
-      formats_(context),
-      firmware_(context),
-      inserting_(context),
-      transforms_(context),
-      values_(context) {}
+      replacement_(context, saving_, [this] { navigation().saveSessionOffset(); }),
+      families_(DocumentCommands(context, saving_, replacement_), EditCommands(context),
+                NavigationCommands(context), SearchCommands(context), BookmarkCommands(context),
+                ExportCommands(context), ReportCommands(context), FormatCommands(context),
+                FirmwareCommands(context), InsertCommands(context), TransformCommands(context),
+                ValueCommands(context)),
+      replacing_(context, searching()) {}
 
 const Command* EditorCommands::find(std::string_view action) {
-  return findInAny<DocumentCommands, EditCommands, NavigationCommands, SearchCommands,
-                   BookmarkCommands, ExportCommands, ReportCommands, FormatCommands,
-                   FirmwareCommands, InsertCommands, TransformCommands, ValueCommands>(action);
+  const Command* found = nullptr;
+  const auto findIn = [&]<class Family>(std::type_identity<Family>) {
+    const auto* row = findRow(Family::rows(), action);
+    if (row != nullptr) found = &row->command;
+    return row != nullptr;
+  };
+  [&]<std::size_t... Index>(std::index_sequence<Index...>) {
+    (findIn(std::type_identity<std::tuple_element_t<Index, Families>>()) || ...);
+  }
+  (std::make_index_sequence<std::tuple_size_v<Families>>());
+  return found;
 }
 
 void EditorCommands::perform(std::string_view action) {
-  context_.clearNotice();
-  const auto performInAny = [&](auto&... families) { (performIn(families, action) || ...); };
-  performInAny(document_, editing_, navigation_, searching_, bookmarks_, exporting_, reports_,
-               formats_, firmware_, inserting_, transforms_, values_);
+  std::apply([&](auto&... families) { (performIn(families, action) || ...); }, families_);
 }
 
 /// True if the family has the command.
@@ -57,6 +40,7 @@ template <class Family>
 bool EditorCommands::performIn(Family& family, std::string_view action) {
   const auto* row = findRow(Family::rows(), action);
   if (row == nullptr) return false;
+  context_.messages().clearNotice();
   const std::string busyTitle(row->command.busyTitle);
   if (busyTitle.empty() || !context_.refuseWhileBusy(busyTitle)) (family.*row->perform)();
   return true;

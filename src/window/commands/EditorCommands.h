@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <tuple>
 
 #include "window/commands/BookmarkCommands.h"
 #include "window/commands/DocumentCommands.h"
@@ -36,31 +37,25 @@ class EditorCommands {
 
   DocumentSaving& saving() { return saving_; }
   DocumentReplacement& replacement() { return replacement_; }
-  NavigationCommands& navigation() { return navigation_; }
-  ExportCommands& exporting() { return exporting_; }
-  SearchCommands& searching() { return searching_; }
+  NavigationCommands& navigation() { return std::get<NavigationCommands>(families_); }
+  ExportCommands& exporting() { return std::get<ExportCommands>(families_); }
+  SearchCommands& searching() { return std::get<SearchCommands>(families_); }
   ReplaceCommands& replacing() { return replacing_; }
 
  private:
+  /// The families with rows, in the order in which they are asked.
+  using Families = std::tuple<DocumentCommands, EditCommands, NavigationCommands, SearchCommands,
+                              BookmarkCommands, ExportCommands, ReportCommands, FormatCommands,
+                              FirmwareCommands, InsertCommands, TransformCommands, ValueCommands>;
+
   template <class Family>
   bool performIn(Family& family, std::string_view action);
 
   CommandContext& context_;
   DocumentSaving saving_;
-  NavigationCommands navigation_;
   DocumentReplacement replacement_;
-  DocumentCommands document_;
-  EditCommands editing_;
-  SearchCommands searching_;
+  Families families_;
   ReplaceCommands replacing_;
-  BookmarkCommands bookmarks_;
-  ExportCommands exporting_;
-  ReportCommands reports_;
-  FormatCommands formats_;
-  FirmwareCommands firmware_;
-  InsertCommands inserting_;
-  TransformCommands transforms_;
-  ValueCommands values_;
 };
 
 }  // namespace quillmor

@@ -135,7 +135,7 @@ void ExportCommands::exportHexDump() {
 
 void ExportCommands::exportASCIIStrings() {
   const auto minimum = context_.ask(kStrings, [&] {
-    return askForPositiveInteger(context_.alerts(), kStrings,
+    return askForPositiveInteger(messages_.alerts(), kStrings,
                                  "Minimum printable ASCII string length.",
                                  ASCIIStringsExporter::kDefaultMinimumLength);
   });

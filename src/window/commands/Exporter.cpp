@@ -20,8 +20,8 @@ void Exporter::exportTo(const Texts& texts, Work work, const std::optional<FileL
   context_.runBackgroundSnapshotTask(
       texts.statusText, {}, std::move(task),
       [this, texts, path = destination->shownPath()](const Result<Done>& result) {
-        if (!context_.failed(result, texts.failureTitle))
-          context_.alert(texts.title, texts.savedPrefix + path);
+        if (!context_.messages().failed(result, texts.failureTitle))
+          context_.messages().alert(texts.title, texts.savedPrefix + path);
       });
 }
 
@@ -29,7 +29,7 @@ std::optional<HexSelection> Exporter::rangeForExportOrAlert(const std::string& t
   EditSession& session = context_.session();
   const auto range = selectedRangeForClipboard(session.editor().selection(),
                                                session.editor().caretOffset(), session.byteCount());
-  if (!range) context_.alert(title, "There is no byte at the current offset to export.");
+  if (!range) context_.messages().alert(title, "There is no byte at the current offset to export.");
   return range;
 }
 

@@ -72,7 +72,7 @@ void FirmwareCommands::validateACPIChecksum() {
     return quillmor::validateACPIChecksum(bytes.span(), &progress).text;
   };
   auto completion = [this](Result<std::string> text) {
-    if (!context_.failed(text, kAcpiFailed)) context_.alert(kAcpi, text.value());
+    if (!messages_.failed(text, kAcpiFailed)) messages_.alert(kAcpi, text.value());
   };
   context_.runBackgroundSnapshotTask("Validating ACPI checksum…", {}, work, std::move(completion));
 }
@@ -82,13 +82,13 @@ void FirmwareCommands::fixACPIChecksum() {
     return acpiChecksumFix(bytes.span(), &progress);
   };
   auto completion = [this](Result<ACPIChecksumFix> fix) {
-    if (context_.failed(fix, kAcpiFailed)) return;
+    if (messages_.failed(fix, kAcpiFailed)) return;
     if (session_.byteCount() <= kACPIChecksumOffset)
-      return context_.alert(kAcpi, "The document is too small to update the checksum byte.");
+      return messages_.alert(kAcpi, "The document is too small to update the checksum byte.");
     const auto [oldValue, newValue] = fix.value();
     const bool isDone = oldValue == newValue ||
                         writeChecksumByte(kACPIChecksumOffset, newValue, kFixAcpi, kAcpiFailed);
-    if (isDone) context_.alert(kAcpi, acpiChecksumFixText(fix.value()));
+    if (isDone) messages_.alert(kAcpi, acpiChecksumFixText(fix.value()));
   };
   context_.runBackgroundSnapshotTask("Fixing ACPI checksum…", {}, work, std::move(completion));
 }
@@ -98,7 +98,7 @@ bool FirmwareCommands::writeChecksumByte(std::int64_t offset, std::uint8_t value
                                          const std::string& actionName,
                                          const std::string& failureTitle) {
   const HexSelection place{offset, 1};
-  return !context_.attempt(failureTitle, [&] {
+  return !messages_.attempt(failureTitle, [&] {
     session_.replaceRange({.range = place,
                            .actionName = actionName,
                            .after = {.caretOffset = offset, .selection = place}},
@@ -111,19 +111,19 @@ std::optional<PCIRomValidation> FirmwareCommands::validatePCIRomForPolarisPreset
     const std::string& title) {
   const auto validation = quillmor::validatePCIRomForPolarisPreset(session_.bytes().span());
   if (validation.isOk()) return validation.value();
-  context_.alert(title, validation.error().message());
+  messages_.alert(title, validation.error().message());
   return std::nullopt;
 }
 
 void FirmwareCommands::validatePolarisChecksum() {
   if (const auto validation = validatePCIRomForPolarisPreset(kValidatePolaris))
-    context_.alert(kValidatePolaris, polarisValidationText(session_.bytes().span(), *validation));
+    messages_.alert(kValidatePolaris, polarisValidationText(session_.bytes().span(), *validation));
 }
 
 void FirmwareCommands::fixPolarisChecksum() {
   if (!context_.confirm(kFixPolaris, kAboutFixPolaris, "Fix", kFixPolaris)) return;
   if (const auto result = applyPolarisChecksumFix())
-    context_.alert(kFixPolaris, polarisChecksumReport(*result));
+    messages_.alert(kFixPolaris, polarisChecksumReport(*result));
 }
 
 /// Makes the first image add up to 0 and selects the checksum byte; absent, after an alert, when
@@ -156,17 +156,17 @@ void FirmwareCommands::applyRx580MacOSPresetInternal(bool fixChecksumAfterPatch)
   if (!context_.confirm(title, fixChecksumAfterPatch ? kAboutRx580AndFix : kAboutRx580, "Apply",
                         kApplyPreset))
     return;
+  const auto run = applyRx580MacOSPatchRules();
   // An alert about the ROM runs the event loop, as a question does.
-  const auto run = context_.ask(kApplyPreset, [&] { return applyRx580MacOSPatchRules(); });
-  if (!run) return;
+  if (!run || !context_.hasWindow() || context_.refuseWhileBusy(kApplyPreset)) return;
   std::string text;
   if (!fixChecksumAfterPatch) {
     text = rx580ResultText(*run);
-    if (run->totalReplacements == 0) context_.refuse("The preset found nothing to replace.");
+    if (run->totalReplacements == 0) messages_.refuse("The preset found nothing to replace.");
   } else {
     text = rx580AndFixResultText(*run, applyPolarisChecksumFix());
   }
-  if (context_.hasWindow()) context_.alert(title, text);
+  if (context_.hasWindow()) messages_.alert(title, text);
 }
 
 /// Applies the rules as one undoable step. Absent, after an alert, when memory runs out.
@@ -176,7 +176,7 @@ std::optional<Rx580PatchRun> FirmwareCommands::applyRx580MacOSPatchRules() {
   auto run = quillmor::applyRx580MacOSPatchRules(session_.bytes().span(), *validation);
   if (run.totalReplacements == 0) return run;
   const std::int64_t first = *run.firstReplacementOffset;
-  const bool hasFailed = context_.attempt(std::string(kApplyRx580) + " Failed", [&] {
+  const bool hasFailed = messages_.attempt(std::string(kApplyRx580) + " Failed", [&] {
     session_.replaceRange({.range = {0, std::ssize(run.region)},
                            .actionName = "Rx580 macOS Preset",
                            .after = {.caretOffset = first, .selection = {first, 4}}},

@@ -73,7 +73,7 @@ std::span<const CommandRow<FormatCommands>> FormatCommands::rows() {
 void FormatCommands::exportHexPatch() {
   const auto range = exporter_.rangeForExportOrAlert(kExportPatch);
   if (!range) return;
-  if (context_.alertRefusal(refusalOfHexPatch(range->length), kExportPatch)) return;
+  if (messages_.alertRefusal(refusalOfHexPatch(range->length), kExportPatch)) return;
   exporter_.exportTo({.title = kExportPatch,
                       .suggestedName = "Patch.txt",
                       .statusText = "Exporting hex patch…",
@@ -94,21 +94,21 @@ void FormatCommands::applyHexPatch() {
   };
   context_.runBackgroundTask("Reading hex patch…", std::move(work),
                              [this](Result<QuillmorPatch> patch) {
-                               if (!context_.failed(patch, kApplyPatchFailed))
+                               if (!messages_.failed(patch, kApplyPatchFailed))
                                  applyPatch(patch.value());
                              });
 }
 
 void FormatCommands::applyPatch(const QuillmorPatch& patch) {
   const auto range = rangeReplacedByPatch(patch, session_.byteCount());
-  if (!range.isOk()) return context_.alert(kApplyPatch, range.error().message());
+  if (!range.isOk()) return messages_.alert(kApplyPatch, range.error().message());
   const auto [start, removed] = range.value();
   const auto inserted = std::ssize(patch.data);
   if (!context_.validateResultingDocumentByteCount(removed, inserted, kApplyPatch)) return;
   const bool isThere =
       removed == inserted && session_.document().storage()->bytesEqual(range.value(), patch.data);
   if (isThere) return context_.updateStatus();
-  context_.attempt(kApplyPatchFailed, [&] {
+  messages_.attempt(kApplyPatchFailed, [&] {
     session_.replaceRange({.range = {start, removed},
                            .actionName = "Apply Patch",
                            .after = {.caretOffset = start, .selection = {start, inserted}}},
@@ -118,7 +118,7 @@ void FormatCommands::applyPatch(const QuillmorPatch& patch) {
 
 void FormatCommands::exportBookmarks() {
   const auto& offsets = session_.bookmarks().offsets();
-  if (offsets.empty()) return context_.alert(kExportBookmarks, "No bookmarks to export.");
+  if (offsets.empty()) return messages_.alert(kExportBookmarks, "No bookmarks to export.");
   exporter_.exportTo(
       {.title = kExportBookmarks,
        .suggestedName = "Bookmarks.json",
@@ -138,13 +138,13 @@ void FormatCommands::importBookmarks() {
     return BookmarkFile::read(location, maxBookmarkImportBytes, progress);
   };
   auto completion = [this](Result<std::vector<std::int64_t>> offsets) {
-    if (context_.failed(offsets, "Import Bookmarks Failed")) return;
+    if (messages_.failed(offsets, "Import Bookmarks Failed")) return;
     Bookmarks& bookmarks = session_.bookmarks();
     bookmarks.replaceAll(std::move(offsets.value()));
     bookmarks.keepWithin(session_.byteCount());
     context_.updateStatus();
-    context_.alert(kImportBookmarks,
-                   "Imported " + std::to_string(bookmarks.offsets().size()) + " bookmark(s)");
+    messages_.alert(kImportBookmarks,
+                    "Imported " + std::to_string(bookmarks.offsets().size()) + " bookmark(s)");
   };
   context_.runBackgroundTask("Importing bookmarks…", std::move(work), std::move(completion));
 }
@@ -168,14 +168,14 @@ void FormatCommands::runJSONPreset(const std::string& title, const std::string& 
   };
   auto completion = [this, title](Result<PresetRun> run) {
     const std::string failureTitle = title + " Failed";
-    if (context_.failed(run, failureTitle)) return;
+    if (messages_.failed(run, failureTitle)) return;
     JSONPresetResult& result = run.value().result;
     const HexSelection replaced = result.lastRuleFirstReplacement.value_or(HexSelection{});
     const auto install = [&] {
       session_.installDocument(std::move(result.bytes), std::move(result.bookmarks), kApplyPreset,
                                {.caretOffset = replaced.start, .selection = replaced});
     };
-    if (run.value().changesBytes && context_.attempt(failureTitle, install)) return;
+    if (run.value().changesBytes && messages_.attempt(failureTitle, install)) return;
     context_.showUtilityReport(title, run.value().report);
   };
   context_.runBackgroundSnapshotTask(statusText, {}, std::move(work), std::move(completion));

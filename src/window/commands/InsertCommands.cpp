@@ -77,7 +77,7 @@ void InsertCommands::insert(const Insertion& insertion, const std::string& actio
       .range = {insertion.offset, 0},
       .actionName = actionName,
       .after = {.caretOffset = insertion.offset + count, .selection = {insertion.offset, count}}};
-  context_.attempt(failureTitle, [&] {
+  messages_.attempt(failureTitle, [&] {
     if (insertion.document) {
       session_.installPrepared(std::move(edit), *insertion.document);
     } else {
@@ -109,13 +109,13 @@ void InsertCommands::generateRepeatedBytes(std::vector<std::uint8_t> pattern, st
 void InsertCommands::generateAndInsert(std::vector<std::uint8_t> pattern, std::int64_t count,
                                        const std::string& title, const std::string& statusText) {
   // The document may have changed since the answer was accepted.
-  if (context_.alertRefusal(refusalOfInserting(count), title)) return;
+  if (messages_.alertRefusal(refusalOfInserting(count), title)) return;
   generateRepeatedBytes(std::move(pattern), count, statusText,
                         [this, title](const Result<Insertion>& generated) {
                           const std::string failureTitle = title + " Failed";
-                          if (context_.failed(generated, failureTitle)) return;
+                          if (messages_.failed(generated, failureTitle)) return;
                           if (generated.value().bytes.empty())
-                            return context_.alert(title, kNothingGenerated);
+                            return messages_.alert(title, kNothingGenerated);
                           insert(generated.value(), title, failureTitle);
                         });
 }
@@ -123,7 +123,7 @@ void InsertCommands::generateAndInsert(std::vector<std::uint8_t> pattern, std::i
 void InsertCommands::insertBytes() {
   const auto answer = context_.ask(kInsert, [&] {
     return promptBytePatternAndNumber(
-        context_.alerts(), kInsert, "Enter bytes to insert at the current offset.",
+        messages_.alerts(), kInsert, "Enter bytes to insert at the current offset.",
         {.field = {.label = "Repeat count:", .placeholder = "1", .text = "1"},
          .invalid = kInvalidRepeatCount,
          .refusalOf = [this](const PatternAndNumber& typed) -> Refusal {
@@ -140,14 +140,14 @@ void InsertCommands::insertBytes() {
 void InsertCommands::fillSelection() {
   if (session_.selectedRange().length < 1) return insertFill();
   auto pattern = context_.ask(kFill, [&] {
-    return promptBytePattern(context_.alerts(), kFill,
+    return promptBytePattern(messages_.alerts(), kFill,
                              "Enter a pattern to repeat across the selected bytes.",
                              PatternInput::autoHexOrText);
   });
   if (!pattern) return;
   // The selection may be another one by now.
   const HexSelection range = session_.selectedRange();
-  if (range.length < 1) return context_.alert(kFill, "Select one or more bytes first.");
+  if (range.length < 1) return messages_.alert(kFill, "Select one or more bytes first.");
   fillCurrentSelection(range, *std::move(pattern), kFill, "Generating fill bytes…");
 }
 
@@ -155,7 +155,7 @@ void InsertCommands::fillSelection() {
 void InsertCommands::insertFill() {
   const auto answer = context_.ask(kFill, [&] {
     return promptBytePatternAndNumber(
-        context_.alerts(), kFill,
+        messages_.alerts(), kFill,
         "No selection is active. Enter a pattern and length to insert filled bytes at the current "
         "offset.",
         {.field = {.label = "Length:", .placeholder = "256"},
@@ -217,8 +217,8 @@ void InsertCommands::insertFile(const InsertedFileTexts& texts,
                                 const std::function<std::int64_t()>& place) {
   const std::int64_t limit = session_.editor().maximumByteCount();
   if (limit - session_.byteCount() < 1) {
-    return context_.alert(texts.title,
-                          "The document has reached Quillmor's safe in-memory document limit.");
+    return messages_.alert(texts.title,
+                           "The document has reached Quillmor's safe in-memory document limit.");
   }
   auto chosen = context_.chooseFile(texts.title);
   if (!chosen) return;
@@ -236,11 +236,11 @@ void InsertCommands::insertFile(const InsertedFileTexts& texts,
 void InsertCommands::insertReadFile(const InsertedFileTexts& texts, const Result<Insertion>& read) {
   const std::string failureTitle = texts.actionName + " Failed";
   const bool isTooLarge = !read.isOk() && SecureFileAccess::isExceededLimit(read.error());
-  if (isTooLarge && context_.hasWindow()) return context_.alert(failureTitle, texts.tooLarge);
-  if (context_.failed(read, failureTitle)) return;
+  if (isTooLarge && context_.hasWindow()) return messages_.alert(failureTitle, texts.tooLarge);
+  if (messages_.failed(read, failureTitle)) return;
   const std::int64_t count = read.value().bytes.size();
-  if (count < 1) return context_.alert(texts.title, texts.empty);
-  if (context_.alertRefusal(refusalOfInserting(count), texts.title)) return;
+  if (count < 1) return messages_.alert(texts.title, texts.empty);
+  if (messages_.alertRefusal(refusalOfInserting(count), texts.title)) return;
   insert(read.value(), texts.actionName, failureTitle);
 }
 

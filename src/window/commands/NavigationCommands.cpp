@@ -77,7 +77,7 @@ void NavigationCommands::selectAll() {
 
 void NavigationCommands::selectRange() {
   const auto range =
-      askForRange(context_.alerts(), kSelectRange,
+      askForRange(messages_.alerts(), kSelectRange,
                   "Enter a start offset and length. Values may be decimal, 0xHEX, HEX, or HEXh.");
   if (!range) return;
   const HexSelection selection = range->normalized(session_.byteCount());
@@ -90,7 +90,7 @@ void NavigationCommands::showOffset(std::int64_t offset) {
 
 void NavigationCommands::goToOffset() {
   const auto offset =
-      askForOffset(context_.alerts(), kGoToOffset, "Enter decimal, 0xHEX, HEX, or HEXh offset.");
+      askForOffset(messages_.alerts(), kGoToOffset, "Enter decimal, 0xHEX, HEX, or HEXh offset.");
   if (offset) showOffset(*offset);
 }
 
@@ -137,9 +137,9 @@ void NavigationCommands::saveSessionOffset() {
 void NavigationCommands::restoreLastSessionOffset() {
   if (context_.refuseWithoutFile(kSession)) return;
   const auto offset = context_.platform().defaults.integer(*sessionOffsetKey());
-  if (!offset) return context_.alert(kSession, "No saved offset for this file.");
+  if (!offset) return messages_.alert(kSession, "No saved offset for this file.");
   if (*offset < 0 || *offset > session_.byteCount())
-    return context_.alert(kSession, "The saved offset is outside the current file.");
+    return messages_.alert(kSession, "The saved offset is outside the current file.");
   session_.goTo({*offset, {*offset, 0}});
 }
 

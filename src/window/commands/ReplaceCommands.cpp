@@ -29,19 +29,19 @@ struct ReplaceCommands::PromptedRun {
 };
 
 void ReplaceCommands::performReplace(const SearchRequest& request) {
-  context_.clearNotice();
+  messages_.clearNotice();
   if (context_.refuseWhileBusy("Replace")) return;
-  context_.attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
+  messages_.attempt(kReplaceFailed, [&] { replaceAndFindNext(request); });
 }
 
 void ReplaceCommands::replaceAndFindNext(const SearchRequest& request) {
   const auto candidateList = candidates(request);
-  if (candidateList.empty()) return context_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
   bool advances = session_.selectedRange().length > 0;
   if (const auto match = selectionMatch(session_.bytes().span(), session_.selectedRange(), request,
                                         candidateList)) {
     const auto replacement = replacementBytes(request, match->candidate);
-    if (!replacement) return context_.refuse(reasonForNoReplacement(request.mode));
+    if (!replacement) return messages_.refuse(reasonForNoReplacement(request.mode));
     if (!applyReplacement(*match, *replacement)) return;
     // Going forward, what a deleted match leaves at the caret may itself begin the next match.
     advances =
@@ -68,16 +68,16 @@ bool ReplaceCommands::applyReplacement(const SearchMatch& match,
 }
 
 void ReplaceCommands::performReplaceAll(const SearchRequest& request) {
-  context_.clearNotice();
+  messages_.clearNotice();
   if (context_.refuseWhileBusy(kReplaceAll)) return;
-  context_.attempt(kReplaceAllFailed, [&] { startReplaceAll(request); });
+  messages_.attempt(kReplaceAllFailed, [&] { startReplaceAll(request); });
 }
 
 void ReplaceCommands::startReplaceAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return context_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
   auto table = replacementTable(request, candidateList);
-  if (!table) return context_.refuse(reasonForNoReplacement(request.mode));
+  if (!table) return messages_.refuse(reasonForNoReplacement(request.mode));
   searching_.setLastSearchRequest(request);
   const std::int64_t room =
       std::max<std::int64_t>(session_.editor().maximumByteCount() - session_.byteCount(), 0);
@@ -96,10 +96,10 @@ void ReplaceCommands::startReplaceAll(const SearchRequest& request) {
                              progress);
   };
   auto completion = [this](Result<ReplaceAllComputation> result) {
-    if (context_.failed(result, kReplaceAllFailed)) return;
+    if (messages_.failed(result, kReplaceAllFailed)) return;
     const std::int64_t count = result.value().replacements;
     const auto install = [&] { installReplaceAll(std::move(result.value())); };
-    if (!context_.attempt(kReplaceAllFailed, install)) showReplacedCount(count);
+    if (!messages_.attempt(kReplaceAllFailed, install)) showReplacedCount(count);
   };
   context_.runBackgroundSnapshotTask(kReplacingAll, {}, std::move(work), std::move(completion));
 }
@@ -138,8 +138,11 @@ void ReplaceCommands::offerNextOccurrence(const std::shared_ptr<PromptedRun>& ru
     if (!goesOn.isOk()) return abandonPromptReplaceAll(*run, goesOn.error());
     // The question ran the event loop.
     if (!context_.hasWindow()) return run->busy.end();
-    if (goesOn.value()) return offerNextOccurrence(run);
-    computePromptReplaceAll(run);
+    const auto begun = resultOf([&] {
+      goesOn.value() ? offerNextOccurrence(run) : computePromptReplaceAll(run);
+      return Done();
+    });
+    if (!begun.isOk()) abandonPromptReplaceAll(*run, begun.error());
   };
   runInBackground(context_.platform().executor, std::move(work),
                   context_.guarded<Match>(std::move(completion)));
@@ -194,12 +197,12 @@ void ReplaceCommands::finishPromptReplaceAll(PromptedRun& run, ReplaceAllComputa
     return Done{};
   });
   run.busy.end();
-  if (context_.failed(installed, kReplaceAllFailed)) return;
+  if (messages_.failed(installed, kReplaceAllFailed)) return;
   if (run.replacing.stoppedAtGrowthLimit()) {
-    context_.alert(kReplaceAll,
-                   "Replacement stopped before the document could grow beyond the safe limit of " +
-                       std::to_string(run.maximumGrowth) +
-                       " additional bytes for the current document.");
+    messages_.alert(kReplaceAll,
+                    "Replacement stopped before the document could grow beyond the safe limit of " +
+                        std::to_string(run.maximumGrowth) +
+                        " additional bytes for the current document.");
   }
   showReplacedCount(count);
 }
@@ -208,7 +211,7 @@ void ReplaceCommands::finishPromptReplaceAll(PromptedRun& run, ReplaceAllComputa
 void ReplaceCommands::abandonPromptReplaceAll(PromptedRun& run, const Error& error) {
   session_.moveCaret(run.place);
   run.busy.end();
-  context_.showFailure(error, kReplaceAllFailed);
+  messages_.showFailure(error, kReplaceAllFailed);
 }
 
 }  // namespace quillmor

@@ -68,7 +68,7 @@ std::span<const CommandRow<ReportCommands>> ReportCommands::rows() {
 void ReportCommands::showReport(const std::string& title, const std::string& statusText,
                                 ReportWork work) {
   auto completion = [this, title](Result<std::string> report) {
-    if (!context_.failed(report, title + " Failed"))
+    if (!messages_.failed(report, title + " Failed"))
       context_.showUtilityReport(title, report.value());
   };
   context_.runBackgroundSnapshotTask(statusText, session_.selectedRange(), std::move(work),
@@ -83,10 +83,11 @@ void ReportCommands::showChecksums() {
 }
 
 void ReportCommands::checksumRange() {
-  const auto range =
-      askForRange(context_.alerts(), kChecksumRange,
-                  "Enter start offset and length. Decimal, 0xHEX, HEX, or HEXh are accepted.",
-                  "Start offset and length must be non-negative values.");
+  const auto range = context_.ask(kChecksumRange, [&] {
+    return askForRange(messages_.alerts(), kChecksumRange,
+                       "Enter start offset and length. Decimal, 0xHEX, HEX, or HEXh are accepted.",
+                       "Start offset and length must be non-negative values.");
+  });
   if (!range) return;
   showReport(kChecksumRange, "Calculating range checksums…",
              [range = *range](const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -151,7 +152,7 @@ void ReportCommands::showByteFrequency() {
     return FrequencyReport{counts, frequencyReport(counts)};
   };
   auto completion = [this](Result<FrequencyReport> report) {
-    if (context_.failed(report, "Byte Frequency Failed")) return;
+    if (messages_.failed(report, "Byte Frequency Failed")) return;
     context_.window()->openFrequencyWindow(kFrequency, report.value().text, report.value().counts);
   };
   context_.runBackgroundSnapshotTask("Counting bytes…", {}, work, std::move(completion));
@@ -164,7 +165,7 @@ void ReportCommands::showEntropyMap() {
     return EntropyReport{std::move(map), std::move(text)};
   };
   auto completion = [this](Result<EntropyReport> report) {
-    if (context_.failed(report, "Entropy Map Failed")) return;
+    if (messages_.failed(report, "Entropy Map Failed")) return;
     context_.window()->openEntropyWindow(kEntropy, report.value().text, report.value().map);
   };
   context_.runBackgroundSnapshotTask("Building entropy map…", {}, work, std::move(completion));
@@ -178,8 +179,8 @@ void ReportCommands::compareWithFile() {
                              other.lastPathComponent());
   };
   auto completion = [this](Result<std::string> summary) {
-    if (!context_.failed(summary, "Compare With File Failed"))
-      context_.alert(kCompareWithFile, summary.value());
+    if (!messages_.failed(summary, "Compare With File Failed"))
+      messages_.alert(kCompareWithFile, summary.value());
   };
   context_.runBackgroundSnapshotTask("Comparing files…", {}, std::move(work),
                                      std::move(completion));
@@ -187,7 +188,7 @@ void ReportCommands::compareWithFile() {
 
 void ReportCommands::openCompareWindow() {
   constexpr const char* kTitle = "Compare";
-  const auto chosen = context_.chooseFile(kTitle);
+  const auto chosen = context_.chooseFile(kTitle, kCompareWindow);
   if (!chosen) return;
   showReport(
       kTitle, "Comparing files…",

@@ -79,17 +79,17 @@ void SearchCommands::findPrevious() {
 }
 
 void SearchCommands::performFind(const SearchRequest& request, bool advanceFromCurrentSelection) {
-  context_.clearNotice();
+  messages_.clearNotice();
   if (context_.refuseWhileBusy(kFind)) return;
-  if (request.searchText.empty()) return context_.refuse(std::string(kNothingToSearchFor));
+  if (request.searchText.empty()) return messages_.refuse(std::string(kNothingToSearchFor));
   lastSearchRequest_ = request;
   search(request, advanceFromCurrentSelection, kSearchFailed);
 }
 
 void SearchCommands::search(const SearchRequest& request, bool advanceFromCurrentSelection,
                             const std::string& failureTitle) {
-  context_.attempt(failureTitle,
-                   [&] { startSearch(request, advanceFromCurrentSelection, failureTitle); });
+  messages_.attempt(failureTitle,
+                    [&] { startSearch(request, advanceFromCurrentSelection, failureTitle); });
 }
 
 void SearchCommands::startSearch(const SearchRequest& request, bool advanceFromCurrentSelection,
@@ -99,16 +99,16 @@ void SearchCommands::startSearch(const SearchRequest& request, bool advanceFromC
                                 .selection = session_.selectedRange(),
                                 .byteCount = session_.byteCount()});
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return context_.refuse(reasonForNoCandidates(request));
-  if (!plan) return context_.refuse(std::string(kNoMatch));
+  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
+  if (!plan) return messages_.refuse(std::string(kNoMatch));
   using Match = std::optional<SearchMatch>;
   auto work = [request, plan = *plan, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
     return nextMatch(bytes.span(), request, candidateList, plan, progress);
   };
   auto completion = [this, failureTitle](Result<Match> result) {
-    if (context_.failed(result, failureTitle)) return;
-    if (!result.value()) return context_.refuse(std::string(kNoMatch));
+    if (messages_.failed(result, failureTitle)) return;
+    if (!result.value()) return messages_.refuse(std::string(kNoMatch));
     selectMatch(*result.value());
   };
   context_.runSnapshotTaskFrom(backgroundSearchThresholdBytes, session_.byteCount(), kSearching, {},
@@ -116,21 +116,21 @@ void SearchCommands::startSearch(const SearchRequest& request, bool advanceFromC
 }
 
 void SearchCommands::performSearchAll(const SearchRequest& request) {
-  context_.clearNotice();
+  messages_.clearNotice();
   if (context_.refuseWhileBusy("Search All")) return;
-  context_.attempt(kSearchFailed, [&] { startSearchAll(request); });
+  messages_.attempt(kSearchFailed, [&] { startSearchAll(request); });
 }
 
 void SearchCommands::startSearchAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return context_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
   lastSearchRequest_ = request;
   auto work = [request, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
     return searchAllSummary(bytes.span(), request, candidateList, progress);
   };
   auto completion = [this](Result<SearchAllSummary> result) {
-    if (context_.failed(result, kSearchFailed)) return;
+    if (messages_.failed(result, kSearchFailed)) return;
     const SearchAllSummary& summary = result.value();
     if (summary.firstMatch) selectMatch(*summary.firstMatch);
     showCount(summary.count, "Search Results", foundText(summary.count));
@@ -144,8 +144,8 @@ void SearchCommands::selectMatch(const SearchMatch& match) {
 
 void SearchCommands::showCount(std::int64_t count, const std::string& title,
                                const std::string& answer) {
-  context_.alert(title, answer);
-  if (count == 0) context_.refuse(answer);
+  messages_.alert(title, answer);
+  if (count == 0) messages_.refuse(answer);
 }
 
 void SearchCommands::findWildcardMask() {
@@ -156,7 +156,7 @@ void SearchCommands::findWildcardMask() {
   };
   const auto text = context_.ask(kWildcardTitle, [&] {
     return askForText(
-        context_.alerts(), kWildcardTitle,
+        messages_.alerts(), kWildcardTitle,
         "Enter hex bytes with ?? wildcards. Example: F0 ?? E6 0F",
         {.label = "Pattern:", .placeholder = "DE AD ?? EF", .text = lastWildcardText_}, refusalOf);
   });
@@ -177,10 +177,10 @@ void SearchCommands::findPattern(const std::string& text) {
     return pattern.firstMatchWrapped(bytes.span(), from, progress);
   };
   auto completion = [this, length](const Result<std::optional<std::int64_t>>& result) {
-    if (context_.failed(result, std::string(kWildcardTitle) + " Failed")) return;
+    if (messages_.failed(result, std::string(kWildcardTitle) + " Failed")) return;
     if (!result.value()) {
-      context_.showNotice(std::string(kNoMatch));
-      return context_.alert(kWildcardTitle, std::string(kNoMatch));
+      messages_.showNotice(std::string(kNoMatch));
+      return messages_.alert(kWildcardTitle, std::string(kNoMatch));
     }
     session_.goTo({*result.value(), {*result.value(), length}});
   };

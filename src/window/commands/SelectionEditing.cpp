@@ -35,21 +35,21 @@ bool SelectionEditing::applyCompletedSelectionMutation(const Result<SelectionMut
                                                        const std::string& actionName,
                                                        const std::string& misfitTitle) {
   const std::string failureTitle = actionName + " Failed";
-  if (context_.failed(result, failureTitle)) return false;
+  if (context_.messages().failed(result, failureTitle)) return false;
   const SelectionMutation& mutation = result.value();
   const std::int64_t byteCount = context_.session().byteCount();
   const HexSelection range = originalSelection.normalized(byteCount);
   const bool stillFits = range.length == mutation.bytes.size() &&
                          (!mutation.document || mutation.document->size() == byteCount);
   if (!stillFits) {
-    context_.alert(misfitTitle, rangeChangedError().message());
+    context_.messages().alert(misfitTitle, rangeChangedError().message());
     return false;
   }
   if (mutation.changesNothing) {
     context_.updateStatus();
     return false;
   }
-  return !context_.attempt(failureTitle, [&] { write(mutation, range, actionName); });
+  return !context_.messages().attempt(failureTitle, [&] { write(mutation, range, actionName); });
 }
 
 void SelectionEditing::write(const SelectionMutation& mutation, HexSelection range,

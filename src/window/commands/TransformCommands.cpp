@@ -61,12 +61,12 @@ void TransformCommands::swapSelection32() {
 void TransformCommands::swapSelectionBytes(std::int64_t groupSize, const std::string& title) {
   const auto range = context_.activeSelectionOrAlert(title);
   if (!range) return;
-  if (context_.alertRefusal(refusalOfSwapping(range->length, groupSize), title)) return;
+  if (messages_.alertRefusal(refusalOfSwapping(range->length, groupSize), title)) return;
   auto swap = [groupSize](std::span<const std::uint8_t> bytes, TaskProgress& progress) {
     return ByteTransforms::groupsSwapped(bytes, groupSize, progress);
   };
   auto done = [this, title, note = noteOnTrailingBytes(range->length, groupSize)] {
-    if (note) context_.alert(title, *note);
+    if (note) messages_.alert(title, *note);
   };
   selectionEditing_.run({title, "Swapping selection bytes…", *range, std::move(swap)},
                         std::move(done));
@@ -89,7 +89,7 @@ void TransformCommands::applyPatternOperationToSelection(const std::string& titl
                                                          ByteOperation operation) {
   if (!context_.activeSelectionOrAlert(title)) return;
   auto pattern = context_.ask(title, [&] {
-    return promptBytePattern(context_.alerts(), title, kPatternMessage,
+    return promptBytePattern(messages_.alerts(), title, kPatternMessage,
                              PatternInput::hexUnlessText);
   });
   if (!pattern) return;
@@ -118,8 +118,8 @@ void TransformCommands::cropToSelection() {
   };
   auto completion = [this, range = *range](Result<ByteBuffer> kept) {
     const std::string failureTitle = std::string(kCrop) + " Failed";
-    if (context_.failed(kept, failureTitle)) return;
-    context_.attempt(failureTitle, [&] { installCrop(range, std::move(kept.value())); });
+    if (messages_.failed(kept, failureTitle)) return;
+    messages_.attempt(failureTitle, [&] { installCrop(range, std::move(kept.value())); });
   };
   context_.runBackgroundSnapshotTask("Cropping to selection…", *range, std::move(copy),
                                      std::move(completion));

@@ -61,7 +61,7 @@ std::span<const CommandRow<ValueCommands>> ValueCommands::rows() {
 
 bool ValueCommands::refuseAtEnd(const std::string& title) {
   if (session_.editor().caretOffset() < session_.byteCount()) return false;
-  context_.alert(title, std::string(DataInspector::kCaretAtEnd));
+  messages_.alert(title, std::string(DataInspector::kCaretAtEnd));
   return true;
 }
 
@@ -69,7 +69,7 @@ void ValueCommands::showDataInspectorDetail() {
   constexpr const char* kTitle = "Data Inspector";
   const auto report =
       DataInspector::detailReport(session_.bytes().span(), session_.editor().caretOffset());
-  if (!report) return context_.alert(kTitle, std::string(DataInspector::kCaretAtEnd));
+  if (!report) return messages_.alert(kTitle, std::string(DataInspector::kCaretAtEnd));
   context_.showUtilityReport(kTitle, *report);
 }
 
@@ -89,7 +89,7 @@ void ValueCommands::editCurrentValue() {
     return *std::move(typed);
   };
   const auto bytes =
-      context_.ask(kEditValue, [&] { return askUntilRead<Bytes>(context_.alerts(), form, read); });
+      context_.ask(kEditValue, [&] { return askUntilRead<Bytes>(messages_.alerts(), form, read); });
   if (bytes) overwriteAtCaret(*bytes, kEditValue, "Edit Value");
 }
 
@@ -103,7 +103,7 @@ void ValueCommands::bitEditor() {
     return std::nullopt;
   };
   const auto text = context_.ask(kBitEditor, [&] {
-    return askForText(context_.alerts(), kBitEditor, "Enter 8 bits for the current byte.",
+    return askForText(messages_.alerts(), kBitEditor, "Enter 8 bits for the current byte.",
                       {.label = "Bits:", .text = bitsOfByte(current), .note = noteOnTypedBits},
                       refusalOf);
   });
@@ -120,9 +120,9 @@ bool ValueCommands::fitsAtCaret(const std::vector<std::uint8_t>& bytes) const {
 void ValueCommands::overwriteAtCaret(const std::vector<std::uint8_t>& bytes,
                                      const std::string& title, const std::string& actionName) {
   const HexSelection range{session_.editor().caretOffset(), std::ssize(bytes)};
-  if (!fitsAtCaret(bytes)) return context_.alert(title, kDoesNotFit);
+  if (!fitsAtCaret(bytes)) return messages_.alert(title, kDoesNotFit);
   if (session_.document().storage()->bytesEqual(range, bytes)) return context_.updateStatus();
-  context_.attempt(title + " Failed", [&] {
+  messages_.attempt(title + " Failed", [&] {
     session_.replaceRange({.range = range,
                            .actionName = actionName,
                            .after = {.caretOffset = range.start, .selection = range}},

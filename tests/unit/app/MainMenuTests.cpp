@@ -190,21 +190,15 @@ TEST(MainMenu, repeatsTwoItemsWithTheSameAction) {
   }
   EXPECT_EQ(repeated, (std::map<std::string_view, int>{{"forwardSelectRange:", 2},
                                                        {"forwardExportDifferenceReport:", 2}}));
-  for (const auto& item : itemsWithAction("forwardSelectRange:")) {
-    EXPECT_EQ(item.title, "Select Range…");
-  }
-  for (const auto& item : itemsWithAction("forwardExportDifferenceReport:")) {
-    EXPECT_EQ(item.title, "Export Difference Report…");
-  }
 }
 
-TEST(MainMenu, findsMenusAndItems) {
-  ASSERT_NE(findMenu("Tools"), nullptr);
-  EXPECT_EQ(findMenu("Tools")->title, "Tools");
-  EXPECT_EQ(findMenu("Help"), nullptr);
-  EXPECT_EQ(itemsWithAction("forwardFind:").size(), 1U);
-  EXPECT_TRUE(itemsWithAction("forwardFly:").empty());
-  EXPECT_TRUE(itemsWithAction("").empty());
+TEST(MainMenu, findsCommandsOfTheApplicationAndOfEditors) {
+  ASSERT_NE(findCommand("requestQuit:"), nullptr);
+  EXPECT_EQ(findCommand("requestQuit:")->title, "Quit Quillmor");
+  ASSERT_NE(findCommand("forwardFind:"), nullptr);
+  EXPECT_EQ(findCommand("forwardFind:")->title, "Find…");
+  EXPECT_EQ(findCommand("forwardFly:"), nullptr);
+  EXPECT_EQ(findCommand(""), nullptr);
 }
 
 TEST(MainMenu, tellsForwardedActionsFromOwnOnes) {

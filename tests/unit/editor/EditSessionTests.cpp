@@ -3,13 +3,14 @@
 
 #include "editor/EditSession.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "support/FailingAllocation.h"
 #include "support/TestPlatform.h"
 
 namespace quillmor::test {
@@ -18,16 +19,20 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Offsets = std::vector<std::int64_t>;
 
-/// Counts what the session tells its owner.
+/// Counts the edits.
 class Owner : public EditSessionObserver {
  public:
-  void updateStatus() override { ++updates; }
-  void sessionDidEdit(bool canBeUndone) override { canBeUndone ? ++edits : ++lostEdits; }
+  void updateStatus() override {}
+  void sessionDidEdit(bool canBeUndone) override {
+    if (failures > 0 && failures-- > 0) throw std::bad_alloc();
+    canBeUndone ? ++edits : ++lostEdits;
+  }
   void didRefuse(const std::string& reason) override { refusals.push_back(reason); }
 
-  int updates = 0;
   int edits = 0;
   int lostEdits = 0;
+  /// How often telling of an edit runs out of memory from now on.
+  int failures = 0;
   std::vector<std::string> refusals;
 };
 
@@ -118,6 +123,95 @@ TEST_F(EditSessionTest, takesAnotherFilesBytesWithoutHistory) {
   EXPECT_EQ(session.editor().caretOffset(), 0);
   EXPECT_EQ(session.editor().selection(), HexSelection{});
 }
+
+TEST_F(EditSessionTest, reportsNoEditAsFailedThatHasHappened) {
+  for (const int failures : {1, 2}) {
+    fill({1, 2});
+    owner.edits = 0;
+    owner.failures = failures;
+    EXPECT_NO_THROW(
+        session.replaceRange({.range = {0, 1}, .actionName = "Edit", .after = {}}, Bytes{7}));
+    EXPECT_EQ(bytes(), (Bytes{7, 2}));
+    EXPECT_EQ(owner.edits, 2 - failures) << "it is tried twice";
+    EXPECT_TRUE(document->isDocumentEdited());
+    EXPECT_TRUE(session.undo());
+    EXPECT_EQ(bytes(), (Bytes{1, 2}));
+  }
+}
+
+TEST_F(EditSessionTest, passesOnWhatTheHexViewRefuses) {
+  fill({1});
+  session.editor().setEditingEnabled(false);
+  session.editor().editByte(2);
+  EXPECT_EQ(owner.refusals.size(), 1U);
+  EXPECT_EQ(bytes(), Bytes{1});
+}
+
+TEST_F(EditSessionTest, takesASecondDigitBackWithTheFirst) {
+  fill({0x12, 0x34});
+  session.moveCaret({});
+  session.editor().editHexNibble(0xA);
+  session.editor().editHexNibble(0xB);
+  EXPECT_EQ(bytes(), (Bytes{0xAB, 0x34}));
+  EXPECT_TRUE(session.undo());
+  EXPECT_EQ(bytes(), (Bytes{0x12, 0x34}));
+  EXPECT_FALSE(document->isDocumentEdited());
+}
+
+TEST_F(EditSessionTest, forgetsTheSavedStateWithASecondDigitAfterASave) {
+  fill({0x12});
+  session.moveCaret({});
+  session.editor().editHexNibble(0xA);
+  document->updateChangeCount(ChangeCount::Change::cleared);
+  session.editor().editHexNibble(0xB);
+  EXPECT_TRUE(document->isDocumentEdited());
+  EXPECT_TRUE(session.undo());
+  EXPECT_TRUE(document->isDocumentEdited());
+}
+
+#if QUILLMOR_NEW_CAN_FAIL
+
+TEST_F(EditSessionTest, happensWhollyOrNotAtAll) {
+  const auto edits = {
+      +[](EditSession& edited) {
+        edited.replaceRange({.range = {1, 1}, .actionName = "Edit", .after = {}}, Bytes{7, 8, 9});
+      },
+      +[](EditSession& edited) {
+        edited.installPrepared({.range = {1, 1}, .actionName = "Edit", .after = {}},
+                               ByteBuffer{1, 7, 8, 9, 3, 4});
+      },
+      +[](EditSession& edited) {
+        edited.installDocument(ByteBuffer{1, 7, 8, 9, 3, 4}, {6}, "Edit", {});
+      },
+  };
+  for (const auto edit : edits) {
+    for (int number = 1;; ++number) {
+      SCOPED_TRACE("allocation " + std::to_string(number));
+      fill({1, 2, 3, 4});
+      session.bookmarks().replaceAll({4});
+      bool hasFailed = false;
+      bool hasThrown = false;
+      {
+        const FailingAllocation failing(number);
+        try {
+          edit(session);
+        } catch (const std::bad_alloc&) {
+          hasThrown = true;
+        }
+        hasFailed = failing.hasFailed();
+      }
+      const bool hasHappened = session.byteCount() == 6;
+      EXPECT_NE(hasHappened, hasThrown);
+      EXPECT_EQ(bytes(), hasHappened ? (Bytes{1, 7, 8, 9, 3, 4}) : (Bytes{1, 2, 3, 4}));
+      EXPECT_EQ(session.bookmarks().offsets(), Offsets{hasHappened ? 6 : 4});
+      EXPECT_EQ(document->undoManager().canUndo(), hasHappened);
+      EXPECT_EQ(document->isDocumentEdited(), hasHappened);
+      if (!hasFailed) break;
+    }
+  }
+}
+
+#endif
 
 /// One state of the model.
 struct State {

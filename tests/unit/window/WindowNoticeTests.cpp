@@ -292,7 +292,7 @@ TEST_F(WindowNotices, nameAFileDroppedWhileAnOperationIsRunning) {
 TEST_F(WindowNotices, areNotShownOnceTheWindowHasGone) {
   auto editor = makeEditor("hello");
   editor->windowWillClose();
-  editor->context().showNotice("Too late.");
+  editor->context().messages().showNotice("Too late.");
   EXPECT_EQ(editor.window->notice, "");
 }
 

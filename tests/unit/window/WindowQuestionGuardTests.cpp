@@ -16,6 +16,8 @@ class WillingAlerts : public AlertPresenter {
  public:
   AlertResponse runModal(const Alert& alert) override {
     ++count;
+    lastTitle = alert.messageText;
+    lastText = alert.informativeText;
     AlertResponse response;
     const bool isAskedAgain = !alert.fields.empty() && alert.informativeText == lastForm_;
     if (!alert.fields.empty()) lastForm_ = alert.informativeText;
@@ -32,6 +34,8 @@ class WillingAlerts : public AlertPresenter {
   void forget() { lastForm_.clear(); }
 
   int count = 0;
+  std::string lastTitle;
+  std::string lastText;
   std::function<void()> during;
 
  private:
@@ -118,7 +122,8 @@ class WindowQuestionGuards : public WindowFixture {
         };
         alerts.during = once;
         panels.during = once;
-        editor->perform(item.action);
+        action = item.action;
+        editor->perform(action);
         alerts.during = nullptr;
         panels.during = nullptr;
         if (hasAsked) {
@@ -139,6 +144,8 @@ class WindowQuestionGuards : public WindowFixture {
 
   WillingAlerts alerts;
   WillingPanels panels{folder};
+  /// The command that `sweep` runs.
+  std::string_view action;
 
  private:
   std::vector<std::shared_ptr<FakeEditorWindow>> windows_;
@@ -159,6 +166,17 @@ TEST_F(WindowQuestionGuards, aWindowThatHasClosedMeansSilence) {
   EXPECT_GE(asked, kAskingCommands);
 }
 
+/// The title under which a command is refused when its window has become busy.
+std::string refusalTitleOf(std::string_view action) {
+  static const std::map<std::string_view, std::string> kOthers = {
+      {"forwardApplyRx580MacOSPreset:", "Apply Preset"},
+      {"forwardApplyRx580MacOSPresetAndFixChecksum:", "Apply Preset"},
+      {"forwardOpenCompareWindow:", "Compare Window"},
+  };
+  const auto other = kOthers.find(action);
+  return other != kOthers.end() ? other->second : commandTitle(action);
+}
+
 TEST_F(WindowQuestionGuards, aWindowThatHasBecomeBusyStartsNothing) {
   BusyScope busy;
   const int asked = sweep(
@@ -168,6 +186,11 @@ TEST_F(WindowQuestionGuards, aWindowThatHasBecomeBusyStartsNothing) {
       },
       [&](const EditorUnderTest& editor) {
         EXPECT_LE(alerts.count + panels.count, 2) << "the question, and that the window is busy";
+        if (alerts.count + panels.count == 2) {
+          EXPECT_EQ(alerts.lastTitle, refusalTitleOf(action));
+          EXPECT_EQ(alerts.lastText,
+                    "Another operation is already running. Wait for it to finish before editing.");
+        }
         EXPECT_FALSE(platform.executor.hasWork());
         EXPECT_TRUE(editor->isBusy());
         busy.end();

@@ -207,7 +207,7 @@ TEST_F(WindowReplacing, preparationReportsAReservedFileUnderTheGivenTitle) {
                          "that operation to finish before opening or reading it.");
   std::optional<DocumentReplacementPreparation> ended;
   editor->commands().replacement().prepareToReplaceCurrentDocument(
-      next, "Some Title", [&](auto result) { ended = result; });
+      next, {.failure = "Some Title", .busy = "Open"}, [&](auto result) { ended = result; });
   EXPECT_EQ(ended, DocumentReplacementPreparation::failed);
 }
 

@@ -165,6 +165,30 @@ TEST_F(BackgroundTasks, showHowFarTheyHaveCome) {
   platform.executor.runAll();
 }
 
+TEST_F(BackgroundTasks, lastAsLongAsTheScopeThatIsHanded) {
+  BusyScope outer;
+  {
+    BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+    BusyScope moved = std::move(busy);
+    EXPECT_FALSE(busy);
+    EXPECT_TRUE(moved);
+    outer = std::move(moved);
+  }
+  EXPECT_TRUE(editor->isBusy());
+  outer.end();
+  EXPECT_FALSE(editor->isBusy());
+  EXPECT_FALSE(outer);
+  outer.end();
+}
+
+TEST_F(BackgroundTasks, leaveAScopeBehindThatOutlivesItsWindow) {
+  BusyScope busy = editor->context().frame().beginBusyStatus("Working…");
+  editor.window->closeWindow();
+  editor.controller.reset();
+  editor.document.reset();
+  EXPECT_FALSE(busy);
+}
+
 TEST_F(BackgroundTasks, ofANewOperationStartWithoutTheProgressOfTheOld) {
   BusyScope busy = editor->context().frame().beginBusyStatus("First…");
   ASSERT_TRUE(busy);
@@ -240,20 +264,6 @@ TEST_F(BackgroundTasks, getSnapshotsThatLaterEditsDoNotReach) {
   platform.executor.runAll();
   EXPECT_EQ(seen, "hello");
   EXPECT_EQ(range, (HexSelection{3, 2}));
-}
-
-TEST_F(BackgroundTasks, getTheSelectedBytesAlone) {
-  std::string seen;
-  editor->context().runBackgroundSelectionSnapshotTask(
-      "Reading…", {1, 3},
-      [&](std::span<const std::uint8_t> bytes, TaskProgress&) {
-        seen.assign(bytes.begin(), bytes.end());
-        return 1;
-      },
-      std::function([](Result<int>) {}));
-  editor.document->storage()->bytes.set(1, 'u');
-  platform.executor.runAll();
-  EXPECT_EQ(seen, "ell");
 }
 
 TEST_F(BackgroundTasks, transformAMebibyteLessOneAtOnce) {
