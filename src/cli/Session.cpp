@@ -6,7 +6,6 @@
 
 #include "base/VisibleText.h"
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/StableFile.h"
 
 namespace quillmor::cli {
 
@@ -17,7 +16,7 @@ TaskProgress& Session::beginPart(const char* activity) {
 }
 
 ReadSnapshot Session::readDocument(const FileLocation& location) {
-  return SecureFileAccess::readSnapshotShared(
+  return SecureFileAccess::readSnapshot(
       location, QuillmorResourceLimits::maximumDocumentByteCount(), &beginPart("Reading"));
 }
 

@@ -7,6 +7,7 @@
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
+#include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {

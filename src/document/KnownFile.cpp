@@ -1,6 +1,6 @@
 #include "document/KnownFile.h"
 
-#include "fileaccess/StableReading.h"
+#include "fileaccess/StableFile.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
@@ -14,15 +14,11 @@ struct ReadDigest {
 
 /// Keeps none of the bytes. The caller holds the reservation.
 ReadDigest readDigest(const DocumentDestination& destination, TaskProgress* progress) {
-  const auto begin = [](std::int64_t) { return ContentDigester(); };
-  const auto process = [](ContentDigester& digester, std::span<const std::uint8_t> chunk) {
-    digester.append(chunk);
-  };
-  SecureFileAccess::ChunkProcessor<ContentDigester, decltype(begin), decltype(process)> contents(
-      begin, process);
-  const StableFileStatus status = SecureFileAccess::stableContents(
-      destination.location, destination.found->size, contents, progress);
-  return {.digest = contents.takeState().value.digest(), .status = status};
+  const auto file = StableFile::reservedByCaller(destination.location, destination.found->size);
+  if (progress != nullptr) progress->setTotal(file.size());
+  ContentDigester digester;
+  file.forEachChunk([&](std::span<const std::uint8_t> chunk) { digester.append(chunk); }, progress);
+  return {.digest = digester.digest(), .status = file.status()};
 }
 
 }  // namespace

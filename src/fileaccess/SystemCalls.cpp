@@ -29,10 +29,6 @@ int SystemCalls::open(const char* path, int flags, mode_t mode) {
   return ::open(path, flags, mode);
 }
 
-ssize_t SystemCalls::read(int descriptor, void* buffer, std::size_t count) {
-  return ::read(descriptor, buffer, count);
-}
-
 ssize_t SystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
   return ::pread(descriptor, buffer, count, offset);
 }

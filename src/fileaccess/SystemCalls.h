@@ -27,7 +27,6 @@ class SystemCalls {
   SystemCalls& operator=(const SystemCalls&) = delete;
 
   virtual int open(const char* path, int flags, mode_t mode);
-  virtual ssize_t read(int descriptor, void* buffer, std::size_t count);
   virtual ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset);
   virtual ssize_t write(int descriptor, const void* buffer, std::size_t count);
   virtual int close(int descriptor);

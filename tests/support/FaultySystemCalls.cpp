@@ -69,11 +69,6 @@ int FaultySystemCalls::open(const char* path, int flags, mode_t mode) {
   return admits(SystemCall::open) ? SystemCalls::open(path, flags, mode) : -1;
 }
 
-ssize_t FaultySystemCalls::read(int descriptor, void* buffer, std::size_t count) {
-  if (!admits(SystemCall::read)) return -1;
-  return SystemCalls::read(descriptor, buffer, allowedCount(SystemCall::read, count));
-}
-
 ssize_t FaultySystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
   if (!admits(SystemCall::pread)) return -1;
   return SystemCalls::pread(descriptor, buffer, allowedCount(SystemCall::pread, count), offset);

@@ -14,7 +14,6 @@ namespace quillmor::test {
 
 enum class SystemCall {
   open,
-  read,
   pread,
   write,
   close,
@@ -63,7 +62,7 @@ class FaultySystemCalls final : public SystemCalls {
   /// Every call is interrupted once before it is carried out.
   void interruptEveryCall() { interruptsEveryCall_ = true; }
 
-  /// The `nth` read, pread, write, getrandom or getdents64 (or every one) moves at most `count`
+  /// The `nth` pread, write, getrandom or getdents64 (or every one) moves at most `count`
   /// bytes; none when 0.
   void limitCount(SystemCall kind, int nth, std::size_t count);
 
@@ -82,11 +81,10 @@ class FaultySystemCalls final : public SystemCalls {
   const std::vector<SystemCall>& log() const { return log_; }
   /// The files that were asked for by `open`, in order.
   const std::vector<OpenedFile>& opened() const { return opened_; }
-  /// The bytes asked for by each read, pread or write, in order.
+  /// The bytes asked for by each pread or write, in order.
   const std::vector<std::size_t>& requestedCounts(SystemCall kind) { return requested_[kind]; }
 
   int open(const char* path, int flags, mode_t mode) override;
-  ssize_t read(int descriptor, void* buffer, std::size_t count) override;
   ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset) override;
   ssize_t write(int descriptor, const void* buffer, std::size_t count) override;
   int close(int descriptor) override;

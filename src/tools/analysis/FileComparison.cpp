@@ -11,7 +11,7 @@
 #include "base/HexText.h"
 #include "base/OrderedPieces.h"
 #include "base/VisibleText.h"
-#include "fileaccess/StableReading.h"
+#include "fileaccess/StableFile.h"
 #include "tools/analysis/ByteDifferences.h"
 
 namespace quillmor {
@@ -29,16 +29,18 @@ constexpr std::int64_t kFewPieces = 16;
 template <typename OnBytes>
 std::int64_t readBeside(Bytes current, const FileLocation& location, TaskProgress& progress,
                         OnBytes onBytes) {
-  const auto read = SecureFileAccess::processStableFile(
-      location, std::nullopt, [](std::int64_t) { return std::size_t{0}; },
-      [&](std::size_t& place, Bytes chunk) {
+  const StableFile file(location);
+  progress.setTotal(file.size());
+  std::size_t place = 0;
+  file.forEachChunk(
+      [&](Bytes chunk) {
         const Bytes beside = current.subspan(std::min(place, current.size()));
         const std::size_t common = std::min(chunk.size(), beside.size());
         onBytes(beside.first(common), chunk.first(common), place);
         place += chunk.size();
       },
       &progress);
-  return read.processedByteCount;
+  return file.size();
 }
 
 std::int64_t countDiffering(Bytes a, Bytes b) {

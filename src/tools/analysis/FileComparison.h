@@ -28,7 +28,7 @@ inline constexpr std::int64_t kMaximumListedDifferences = 300;
 
 /// Compares the document's bytes with a file, which is read in chunks and not kept. Any thread.
 /// Sets the total of `progress` to the size of the file. Throws `Error::stopped()` on a stop
-/// request, and whatever `SecureFileAccess::processStableFile` throws.
+/// request, and whatever reading a `StableFile` throws.
 FileComparison compareWithFile(std::span<const std::uint8_t> current, const FileLocation& other,
                                TaskProgress& progress);
 

@@ -5,7 +5,7 @@
 
 #include "base/ByteUnits.h"
 #include "base/VisibleText.h"
-#include "fileaccess/StableReading.h"
+#include "fileaccess/StableFile.h"
 #include "tools/export/DifferenceLines.h"
 
 namespace quillmor::DifferenceReportExporter {
@@ -38,12 +38,11 @@ std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& 
                      TaskProgress& progress) {
   BufferedText text(sink);
   DifferenceLines lines(text, progress);
-  const auto begin = [&](std::int64_t comparedSize) {
-    progress.setTotal(std::max(std::ssize(current), comparedSize));
-    text.append(header(current.size(), comparedSize, comparedName));
-    return std::size_t{0};  // where the next chunk begins
-  };
-  const auto compare = [&](std::size_t& place, std::span<const std::uint8_t> chunk) {
+  const StableFile compared(comparedFile);
+  progress.setTotal(std::max(std::ssize(current), compared.size()));
+  text.append(header(current.size(), compared.size(), comparedName));
+  std::size_t place = 0;  // where the next chunk begins
+  const auto compare = [&](std::span<const std::uint8_t> chunk) {
     const auto beside = current.subspan(std::min(place, current.size()));
     const std::size_t common = std::min(chunk.size(), beside.size());
     const auto offset = static_cast<std::int64_t>(place);
@@ -51,9 +50,8 @@ std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& 
     lines.appendOnlyCompared(chunk.subspan(common), offset + static_cast<std::int64_t>(common));
     place += chunk.size();
   };
-  const auto read =
-      SecureFileAccess::processStableFile(comparedFile, std::nullopt, begin, compare, &progress);
-  for (std::size_t place = read.value; place < current.size(); place += kPieceSize) {
+  compared.forEachChunk(compare, &progress);
+  for (; place < current.size(); place += kPieceSize) {
     const auto piece = current.subspan(place, std::min(kPieceSize, current.size() - place));
     lines.appendOnlyCurrent(piece, static_cast<std::int64_t>(place));
     progress.advance(std::ssize(piece));

@@ -12,8 +12,8 @@ namespace quillmor::DifferenceReportExporter {
 
 /// Hands the report to `sink` while the compared file is read; the text counts only once this has
 /// returned. Returns the number of differences. Sets the total of `progress` to the size of the
-/// longer side. Throws `Error::stopped()` on a stop request, and whatever
-/// `SecureFileAccess::processStableFile` throws.
+/// longer side. Throws `Error::stopped()` on a stop request, and whatever reading a `StableFile`
+/// throws.
 std::int64_t produce(std::span<const std::uint8_t> current, const FileLocation& comparedFile,
                      const std::string& comparedName, const TextSink& sink, TaskProgress& progress);
 

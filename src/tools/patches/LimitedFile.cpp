@@ -31,19 +31,16 @@ ByteBuffer readLimitedFile(const FileLocation& location, std::int64_t maxFileByt
 std::vector<std::uint8_t> readLimitedFileUncounted(const FileLocation& location,
                                                    std::int64_t maxFileBytes, const Error& tooLarge,
                                                    const TaskProgress& progress) {
-  const auto begin = [&progress](std::int64_t byteCount) {
+  return limited(tooLarge, [&] {
+    const StableFile file(location, maxFileBytes);
     progress.checkpoint();
     std::vector<std::uint8_t> bytes;
-    bytes.reserve(static_cast<std::size_t>(byteCount));
+    bytes.reserve(static_cast<std::size_t>(file.size()));
+    file.forEachChunk([&](std::span<const std::uint8_t> chunk) {
+      progress.checkpoint();
+      bytes.insert(bytes.end(), chunk.begin(), chunk.end());
+    });
     return bytes;
-  };
-  const auto append = [&progress](std::vector<std::uint8_t>& bytes,
-                                  std::span<const std::uint8_t> chunk) {
-    progress.checkpoint();
-    bytes.insert(bytes.end(), chunk.begin(), chunk.end());
-  };
-  return limited(tooLarge, [&] {
-    return SecureFileAccess::processStableFile(location, maxFileBytes, begin, append).value;
   });
 }
 

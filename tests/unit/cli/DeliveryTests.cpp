@@ -99,8 +99,8 @@ TEST_F(DeliveryTest, aReportOfAFileThatChangesMeanwhileIsNotPrinted) {
   const std::string report = output.text();
   EXPECT_FALSE(report.empty());
   // FILE is read by other calls.
-  const int reads = calls.count(SystemCall::read);
-  calls.before(SystemCall::read, 2 * reads, [&] { folder.append("other.bin", "!"); });
+  const int reads = calls.count(SystemCall::pread);
+  calls.before(SystemCall::pread, 2 * reads, [&] { folder.append("other.bin", "!"); });
   constexpr const char* kChanged = "The file changed while it was being read. Try again.";
   EXPECT_THAT([&] { differenceReport(arguments, session); }, failsWith(1204, kChanged));
   EXPECT_EQ(output.text(), report);

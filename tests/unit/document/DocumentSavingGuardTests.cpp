@@ -176,7 +176,7 @@ TEST_F(DocumentSavingGuard, asSaysWhenTheChosenFileIsIncomplete) {
 
 TEST_F(DocumentSavingGuard, asTouchesNoFileThatCouldNotBeRestored) {
   folder.write("chosen.bin", "what was chosen");
-  calls.fail(SystemCall::read, 1, EIO);
+  calls.fail(SystemCall::pread, 1, EIO);
   const ScopedSystemCalls scope(calls);
   platform.alerts.expect("Save Failed", Error::posix(EIO).message());
   saveAs("chosen.bin");
@@ -196,10 +196,10 @@ TEST_F(DocumentSavingGuard, asOverwritesAFileThatMayNotBeRead) {
 TEST_F(DocumentSavingGuard, asCanBeStoppedWhileItReadsWhatItOverwrites) {
   const std::string old(3145728, 'o');
   const auto chosen = folder.write("chosen.bin", old);
-  calls.before(SystemCall::read, 1, [&] { progress->requestStop(); });
+  calls.before(SystemCall::pread, 1, [&] { progress->requestStop(); });
   const ScopedSystemCalls scope(calls);
   EXPECT_EQ(saveStoppably(chosen, DocumentSaveOperation::saveAs), DocumentSaveResult::cancelled);
-  EXPECT_EQ(calls.count(SystemCall::read), 1);
+  EXPECT_EQ(calls.count(SystemCall::pread), 1);
   EXPECT_EQ(TemporaryFolder::read(chosen), old);
 }
 
@@ -288,7 +288,7 @@ TEST_F(DocumentSavingGuard, openingReadsTheFileOnce) {
 
 TEST_F(DocumentSavingGuard, canBeStoppedWhileItComparesTheBytes) {
   setModificationTime({.tv_sec = 1, .tv_nsec = 2});
-  calls.before(SystemCall::read, 1, [&] { progress->requestStop(); });
+  calls.before(SystemCall::pread, 1, [&] { progress->requestStop(); });
   const ScopedSystemCalls scope(calls);
   EXPECT_EQ(saveStoppably(file, DocumentSaveOperation::save), DocumentSaveResult::cancelled);
   EXPECT_EQ(TemporaryFolder::read(file), "hello");
@@ -346,7 +346,7 @@ TEST_F(DocumentSavingGuard, asksWhenAnotherFileWithTheSameBytesIsInThePlace) {
 
 TEST_F(DocumentSavingGuard, asksWhenTheBytesCannotBeCompared) {
   ASSERT_EQ(::chmod(file.path().c_str(), 0600), 0);
-  calls.fail(SystemCall::read, 1, EIO);
+  calls.fail(SystemCall::pread, 1, EIO);
   const ScopedSystemCalls scope(calls);
   platform.alerts.expect(kQuestion, kQuestionText, "Cancel");
   save();
@@ -356,7 +356,7 @@ TEST_F(DocumentSavingGuard, asksWhenTheBytesCannotBeCompared) {
 TEST_F(DocumentSavingGuard, readsNothingWhenNothingHasChanged) {
   const ScopedSystemCalls scope(calls);
   save();
-  EXPECT_EQ(calls.count(SystemCall::read), 0);
+  EXPECT_EQ(calls.count(SystemCall::pread), 0);
 }
 
 TEST_F(DocumentSavingGuard, leavesAnEditMadeDuringTheWriteUnsaved) {

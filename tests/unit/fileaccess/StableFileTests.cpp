@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "fileaccess/UrlReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/Stopping.h"
@@ -109,22 +110,20 @@ TEST_F(StableFiles, reportAStatusThatCannotBeRead) {
   EXPECT_THAT([&] { file.requireUnchanged(); }, failsWithPosix(EIO));
 }
 
-TEST_F(StableFiles, areReadWholeAsOneThreadReadsThem) {
-  const auto snapshot = SecureFileAccess::readSnapshotShared(data, 10);
-  const auto expected = SecureFileAccess::readSnapshot(data, 10);
-  EXPECT_EQ(snapshot.bytes, expected.bytes);
-  EXPECT_EQ(snapshot.status, expected.status);
-  EXPECT_EQ(snapshot.modificationDate, expected.modificationDate);
-  EXPECT_TRUE(SecureFileAccess::readSnapshotShared(folder.write("empty.bin", ""), 0).bytes.empty());
+TEST_F(StableFiles, areOpenedUnderAReservationOfTheCaller) {
+  const auto reservation = SecureFileAccess::reserveOutputURL(data);
+  EXPECT_THAT([&] { StableFile file(data); }, testing::Throws<Error>());
+  EXPECT_EQ(textAt(StableFile::reservedByCaller(data, 10), 0, 10), "0123456789");
+  EXPECT_THAT([&] { StableFile::reservedByCaller(data, 9); },
+              failsWith(1205, "The selected file exceeds the safe in-memory limit of 9 bytes."));
 }
 
 TEST_F(StableFiles, areNotReadWholeWhenTheyChange) {
   calls.before(SystemCall::pread, 1, [&] { std::filesystem::resize_file(data.path(), 4); });
-  EXPECT_THAT([&] { SecureFileAccess::readSnapshotShared(data, 10); }, failsWith(1204, kChanged));
+  EXPECT_THAT([&] { StableFile(data, 10).readAll(); }, failsWith(1204, kChanged));
   TaskProgress progress;
   progress.requestStop();
-  EXPECT_THAT([&] { SecureFileAccess::readSnapshotShared(data, 10, &progress); },
-              test::isStopped());
+  EXPECT_THAT([&] { StableFile(data, 10).readAll(&progress); }, test::isStopped());
 }
 
 /// Without faults: two threads are at work.
@@ -135,8 +134,8 @@ TEST(LargeStableFiles, areReadWholeByTwoThreads) {
     const std::string content = test::patternedText(size);
     const auto location = folder.write("large.bin", content);
     TaskProgress progress;
-    const auto snapshot = SecureFileAccess::readSnapshotShared(location, std::nullopt, &progress);
-    EXPECT_TRUE(test::textOf(snapshot.bytes.span()) == content) << size;
+    const ByteBuffer bytes = StableFile(location).readAll(&progress);
+    EXPECT_TRUE(test::textOf(bytes.span()) == content) << size;
     EXPECT_EQ(progress.fraction(), 1);
   }
 }

@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "base/ByteUnits.h"
+#include "fileaccess/UrlReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 
@@ -56,14 +57,13 @@ class StableReading : public test::FileAccessTest {
 
 TEST_F(StableReading, readsAWholeFileInChunksOfOneMebibyte) {
   EXPECT_EQ(contentOf(data), content);
-  EXPECT_THAT(calls.requestedCounts(SystemCall::read),
-              testing::ElementsAre(kMiB, kMiB, 12345, 1));
+  EXPECT_THAT(calls.requestedCounts(SystemCall::pread), testing::ElementsAre(kMiB, kMiB, 12345, 1));
 }
 
 TEST_F(StableReading, readsAnEmptyFile) {
   const auto snapshot = readSnapshot(folder.write("empty.bin", ""), std::nullopt);
   EXPECT_EQ(snapshot.bytes.size(), 0);
-  EXPECT_THAT(calls.requestedCounts(SystemCall::read), testing::ElementsAre(std::size_t{1}));
+  EXPECT_THAT(calls.requestedCounts(SystemCall::pread), testing::ElementsAre(std::size_t{1}));
 }
 
 TEST_F(StableReading, tellsTheStatusAndTheModificationDate) {
@@ -79,9 +79,9 @@ TEST_F(StableReading, tellsTheStatusAndTheModificationDate) {
 TEST_F(StableReading, readsExactlyTheLimitAndNotAByteMore) {
   const auto size = static_cast<std::int64_t>(content.size());
   EXPECT_EQ(readData(data, size).size(), size);
-  const int readCount = calls.count(SystemCall::read);
+  const int readCount = calls.count(SystemCall::pread);
   EXPECT_THAT([&] { readData(data, size - 1); }, failsWith(1205, exceedsLimit(size - 1)));
-  EXPECT_EQ(calls.count(SystemCall::read), readCount) << "refused before any data is read";
+  EXPECT_EQ(calls.count(SystemCall::pread), readCount) << "refused before any data is read";
 }
 
 TEST_F(StableReading, refusesANegativeLimitBeforeOpening) {
@@ -91,7 +91,7 @@ TEST_F(StableReading, refusesANegativeLimitBeforeOpening) {
 }
 
 TEST_F(StableReading, resumesShortReads) {
-  calls.limitCount(SystemCall::read, FaultySystemCalls::kEvery, 100003);
+  calls.limitCount(SystemCall::pread, FaultySystemCalls::kEvery, 100003);
   EXPECT_EQ(contentOf(data), content);
 }
 
@@ -110,19 +110,19 @@ TEST_F(StableReading, readsFilesWhoseNamesAreNotUtf8) {
 }
 
 TEST_F(StableReading, refusesAFileThatGrew) {
-  calls.before(SystemCall::read, 2, [&] { folder.append("data.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("data.bin", "x"); });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 
 TEST_F(StableReading, refusesAFileThatGrewWithinTheLimit) {
-  calls.before(SystemCall::read, 2, [&] { folder.append("data.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("data.bin", "x"); });
   EXPECT_THAT([&] { readSnapshot(data, static_cast<std::int64_t>(content.size()) + 1); },
               failsWith(1204, kChanged));
 }
 
 TEST_F(StableReading, refusesAFileThatGrewBeyondTheLimit) {
   const auto limit = static_cast<std::int64_t>(content.size());
-  calls.before(SystemCall::read, 2, [&] { folder.append("data.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("data.bin", "x"); });
   EXPECT_THAT([&] { readSnapshot(data, limit); }, failsWith(1205, exceedsLimit(limit)));
 }
 
@@ -132,14 +132,14 @@ TEST_F(StableReading, refusesAFileThatGrewRightBeforeTheLastLook) {
 }
 
 TEST_F(StableReading, refusesAFileThatShrank) {
-  calls.before(SystemCall::read, 2, [&] { fs::resize_file(data.path(), 5); });
+  calls.before(SystemCall::pread, 2, [&] { fs::resize_file(data.path(), 5); });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 
 TEST_F(StableReading, refusesAFileThatWasReplacedByAnEqualOne) {
   const auto twin = folder.write("twin.bin", content);
   fs::last_write_time(twin.path(), fs::last_write_time(data.path()));
-  calls.before(SystemCall::read, 2, [&] { fs::rename(twin.path(), data.path()); });
+  calls.before(SystemCall::pread, 2, [&] { fs::rename(twin.path(), data.path()); });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 
@@ -147,7 +147,7 @@ TEST_F(StableReading, refusesALinkThatWasTurnedToAnotherFile) {
   const auto link = folder.location("link.bin");
   folder.write("twin.bin", content);
   fs::create_symlink(data.path(), link.path());
-  calls.before(SystemCall::read, 2, [&] {
+  calls.before(SystemCall::pread, 2, [&] {
     fs::remove(link.path());
     fs::create_symlink(folder.path() / "twin.bin", link.path());
   });
@@ -162,7 +162,7 @@ TEST_F(StableReading, looksAtTheOpenFileAsWellAsAtThePath) {
 }
 
 TEST_F(StableReading, refusesAFileWhoseModeOrTimesChanged) {
-  calls.before(SystemCall::read, 2, [&] {
+  calls.before(SystemCall::pread, 2, [&] {
     fs::permissions(data.path(), fs::perms::owner_read | fs::perms::owner_write);
   });
   fs::permissions(data.path(), fs::perms::owner_read);
@@ -170,14 +170,14 @@ TEST_F(StableReading, refusesAFileWhoseModeOrTimesChanged) {
 }
 
 TEST_F(StableReading, refusesAFileThatWasOverwrittenInPlace) {
-  calls.before(SystemCall::read, 2, [&] {
+  calls.before(SystemCall::pread, 2, [&] {
     fs::last_write_time(data.path(), fs::last_write_time(data.path()) + std::chrono::seconds(1));
   });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWith(1204, kChanged));
 }
 
 TEST_F(StableReading, reportsAFileThatWentAway) {
-  calls.before(SystemCall::read, 2, [&] { fs::remove(data.path()); });
+  calls.before(SystemCall::pread, 2, [&] { fs::remove(data.path()); });
   EXPECT_THAT([&] { readSnapshot(data, std::nullopt); }, failsWithPosix(ENOENT));
 }
 
@@ -298,7 +298,7 @@ TEST_F(StableReading, reportsEveryFailingCall) {
   readFails(SystemCall::open, 1,
             failsWithPosix(EIO, "Could not open the selected file for reading."));
   readFails(SystemCall::fstat, 1, failsWithPosix(EIO));
-  for (int nth = 1; nth <= 4; ++nth) readFails(SystemCall::read, nth, failsWithPosix(EIO));
+  for (int nth = 1; nth <= 4; ++nth) readFails(SystemCall::pread, nth, failsWithPosix(EIO));
   readFails(SystemCall::fstat, 2, failsWithPosix(EIO));
   readFails(SystemCall::fstatat, 3, failsWithPosix(EIO));
 }
@@ -348,7 +348,7 @@ TEST_F(StableReading, refusesAFileThatIsBeingWritten) {
 
 TEST_F(StableReading, holdsItsReservationWhileItReads) {
   bool wasReserved = false;
-  calls.before(SystemCall::read, 1, [&] { wasReserved = !test::isUnreserved(data); });
+  calls.before(SystemCall::pread, 1, [&] { wasReserved = !test::isUnreserved(data); });
   readData(data, std::nullopt);
   EXPECT_TRUE(wasReserved);
 }
@@ -363,7 +363,7 @@ TEST_F(StableReading, leavesTheReservationToACallerWhoHoldsIt) {
 TEST_F(StableReading, tellsItsProgress) {
   TaskProgress progress;
   double half = -1;
-  calls.before(SystemCall::read, 2, [&] { half = progress.fraction(); });
+  calls.before(SystemCall::pread, 2, [&] { half = progress.fraction(); });
   readData(data, std::nullopt, &progress);
   EXPECT_DOUBLE_EQ(half, static_cast<double>(kMiB) / static_cast<double>(content.size()));
   EXPECT_EQ(progress.fraction(), 1);
@@ -371,54 +371,62 @@ TEST_F(StableReading, tellsItsProgress) {
 
 TEST_F(StableReading, stopsBetweenTwoChunks) {
   TaskProgress progress;
-  calls.before(SystemCall::read, 2, [&] { progress.requestStop(); });
+  calls.before(SystemCall::pread, 2, [&] { progress.requestStop(); });
   EXPECT_THAT([&] { readData(data, std::nullopt, &progress); },
               testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
-  EXPECT_EQ(calls.count(SystemCall::read), 2);
+  EXPECT_EQ(calls.count(SystemCall::pread), 2);
 }
 
 TEST_F(StableReading, processesAFileWithoutKeepingIt) {
   std::vector<std::size_t> sizes;
-  const auto result = processStableFile(
-      data, std::nullopt, [](std::int64_t byteCount) { return std::to_string(byteCount) + ":"; },
-      [&](std::string& state, std::span<const std::uint8_t> chunk) {
-        sizes.push_back(chunk.size());
-        state += test::textOf(chunk);
-      });
-  EXPECT_EQ(result.value, std::to_string(content.size()) + ":" + content);
-  EXPECT_EQ(result.processedByteCount, static_cast<std::int64_t>(content.size()));
+  std::string text;
+  const StableFile file(data);
+  EXPECT_EQ(file.size(), std::ssize(content));
+  file.forEachChunk([&](std::span<const std::uint8_t> chunk) {
+    sizes.push_back(chunk.size());
+    text += test::textOf(chunk);
+  });
+  EXPECT_EQ(text, content);
   EXPECT_THAT(sizes, testing::ElementsAre(kMiB, kMiB, 12345));
 }
 
+TEST_F(StableReading, tellsItsProgressAndStopsBetweenTwoChunksToo) {
+  TaskProgress progress;
+  const StableFile file(data);
+  progress.setTotal(file.size());
+  file.forEachChunk([](auto) {}, &progress);
+  EXPECT_EQ(progress.fraction(), 1);
+  int chunks = 0;
+  const auto process = [&](auto) {
+    ++chunks;
+    progress.requestStop();
+  };
+  EXPECT_THAT([&] { file.forEachChunk(process, &progress); },
+              testing::Throws<Error>(testing::Property(&Error::isStopped, true)));
+  EXPECT_EQ(chunks, 1);
+}
+
 TEST_F(StableReading, processesAnEmptyFile) {
-  const auto result = processStableFile(
-      folder.write("empty.bin", ""), 0, [](std::int64_t) { return 5; },
-      [](int& state, std::span<const std::uint8_t>) { ++state; });
-  EXPECT_EQ(result.value, 5);
-  EXPECT_EQ(result.processedByteCount, 0);
+  int chunks = 0;
+  StableFile(folder.write("empty.bin", ""), 0).forEachChunk([&](auto) { ++chunks; });
+  EXPECT_EQ(chunks, 0);
 }
 
 TEST_F(StableReading, processesUnderTheSameChecks) {
   const auto process = [&](std::optional<std::int64_t> limit) {
-    processStableFile(
-        data, limit, [](std::int64_t) { return 0; },
-        [](int& state, std::span<const std::uint8_t>) { ++state; });
+    StableFile(data, limit).forEachChunk([](auto) {});
   };
   EXPECT_THAT([&] { process(-1); }, failsWith(1205, "The file size limit is invalid."));
   EXPECT_THAT([&] { process(5); }, failsWith(1205, exceedsLimit(5)));
-  calls.before(SystemCall::read, 2, [&] { folder.append("data.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("data.bin", "x"); });
   EXPECT_THAT([&] { process(std::nullopt); }, failsWith(1204, kChanged));
 }
 
 TEST_F(StableReading, endsWithWhatTheProcessingThrows) {
   EXPECT_THAT(
-      [&] {
-        processStableFile(
-            data, std::nullopt, [](std::int64_t) { return 0; },
-            [](int&, std::span<const std::uint8_t>) { throw Error::quillmor(42, "enough"); });
-      },
+      [&] { StableFile(data).forEachChunk([](auto) { throw Error::quillmor(42, "enough"); }); },
       failsWith(42, "enough"));
-  EXPECT_EQ(calls.count(SystemCall::read), 1);
+  EXPECT_EQ(calls.count(SystemCall::pread), 1);
 }
 
 TEST_F(StableReading, survivesAnySingleFailingCall) {

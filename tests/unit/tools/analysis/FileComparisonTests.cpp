@@ -181,7 +181,7 @@ TEST_F(FileComparisons, takeChunksOfAnyLength) {
   std::string document = file.substr(0, 40'000);
   document[7] = static_cast<char>(~document[7]);
   document[39'999] = static_cast<char>(~document[39'999]);
-  calls.limitCount(SystemCall::read, test::FaultySystemCalls::kEvery, 997);
+  calls.limitCount(SystemCall::pread, test::FaultySystemCalls::kEvery, 997);
   EXPECT_EQ(compared(document, file), (FileComparison{40'000, 50'000, 7, 10'002}));
   EXPECT_TRUE(
       listing(document, file).ends_with("\nSize differs by 10000 byte(s).\nTotal differences: 2"));
@@ -230,12 +230,12 @@ TEST_F(FileComparisons, tellWhetherTheListingIsOfEqualFiles) {
 TEST_F(FileComparisons, refuseAFileThatChangesMeanwhile) {
   const std::string content = test::patternedText(2 * kMiB);
   folder.write("other.bin", content);
-  calls.before(SystemCall::read, 2, [&] { folder.append("other.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("other.bin", "x"); });
   EXPECT_THAT([&] { compareWithFile(bytesOf(content), other, progress); },
               failsWith(1204, kChangedWhileReading));
   folder.write("other.bin", content);
-  const int soFar = calls.count(SystemCall::read);
-  calls.before(SystemCall::read, soFar + 2, [&] { folder.append("other.bin", "x"); });
+  const int soFar = calls.count(SystemCall::pread);
+  calls.before(SystemCall::pread, soFar + 2, [&] { folder.append("other.bin", "x"); });
   EXPECT_THAT([&] { compareWindowReport(bytesOf(content), other, "x", progress); },
               failsWith(1204, kChangedWhileReading));
 }
@@ -251,17 +251,17 @@ TEST_F(FileComparisons, refuseWhatIsNoFile) {
 TEST_F(FileComparisons, stopBetweenTwoChunks) {
   const std::string content = test::patternedText(3 * kMiB);
   folder.write("other.bin", content);
-  calls.before(SystemCall::read, 2, [&] { progress.requestStop(); });
+  calls.before(SystemCall::pread, 2, [&] { progress.requestStop(); });
   const auto stops = testing::Throws<Error>(testing::Property(&Error::isStopped, true));
   EXPECT_THAT([&] { compareWithFile(bytesOf(content), other, progress); }, stops);
-  EXPECT_EQ(calls.count(SystemCall::read), 2);
+  EXPECT_EQ(calls.count(SystemCall::pread), 2);
   EXPECT_THAT([&] { compareWindowReport(bytesOf(content), other, "x", progress); }, stops);
 }
 
 TEST_F(FileComparisons, tellTheirProgress) {
   folder.write("other.bin", test::patternedText(2 * kMiB));
   double half = -1;
-  calls.before(SystemCall::read, 2, [&] { half = progress.fraction(); });
+  calls.before(SystemCall::pread, 2, [&] { half = progress.fraction(); });
   compareWithFile(bytesOf("abc"), other, progress);
   EXPECT_EQ(half, 0.5);
   EXPECT_EQ(progress.fraction(), 1);

@@ -185,7 +185,7 @@ TEST_F(DifferenceReports, endAtTheBordersOfChunks) {
 TEST_F(DifferenceReports, takeChunksOfAnyLength) {
   const std::string file = test::patternedText(50'000);
   const std::string document = test::patternedText(40'000) + "x";
-  calls.limitCount(SystemCall::read, test::FaultySystemCalls::kEvery, 997);
+  calls.limitCount(SystemCall::pread, test::FaultySystemCalls::kEvery, 997);
   EXPECT_TRUE(report(document, file) == plainReport(document, file));
 }
 
@@ -252,7 +252,7 @@ TEST_F(DifferenceReports, doNotOverwriteOtherProtectedFiles) {
 TEST_F(DifferenceReports, leaveNothingWhenTheFileChangesMeanwhile) {
   const std::string content = test::patternedText(2 * kMiB);
   folder.write("other.bin", content);
-  calls.before(SystemCall::read, 2, [&] { folder.append("other.bin", "x"); });
+  calls.before(SystemCall::pread, 2, [&] { folder.append("other.bin", "x"); });
   EXPECT_THAT([&] { write(content, destination); }, failsWith(1204, kChangedWhileReading));
   EXPECT_THAT(folder.names(), testing::ElementsAre("other.bin"));
 }

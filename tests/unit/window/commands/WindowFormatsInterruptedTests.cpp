@@ -87,7 +87,7 @@ TEST_F(WindowFormatsInterrupted, leaveEverythingAsItWasWhenStoppedWhileTheyReadO
     const bool reads = command.input != nullptr;
     FaultySystemCalls calls;
     const ScopedSystemCalls scope(calls);
-    calls.before(reads ? SystemCall::read : SystemCall::fsync, 1,
+    calls.before(reads ? SystemCall::pread : SystemCall::fsync, 1,
                  [&editor] { editor->stopCurrentOperation(); });
     platform.executor.runAll();
     expectNothingHappened(editor);
@@ -106,9 +106,9 @@ TEST_F(WindowFormatsInterrupted, parseNothingMoreWhenStopped) {
     perform(editor, command);
     FaultySystemCalls calls;
     const ScopedSystemCalls scope(calls);
-    calls.before(SystemCall::read, 2, [&editor] { editor->stopCurrentOperation(); });
+    calls.before(SystemCall::pread, 2, [&editor] { editor->stopCurrentOperation(); });
     platform.executor.runAll();
-    EXPECT_EQ(calls.count(SystemCall::read), 2);
+    EXPECT_EQ(calls.count(SystemCall::pread), 2);
     expectNothingHappened(editor);
   }
 }

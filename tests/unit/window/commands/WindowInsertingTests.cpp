@@ -373,7 +373,7 @@ TEST_F(WindowInsertingFiles, insertsNothingOfAFileThatChangesWhileItIsRead) {
   auto editor = makeEditor("abcd");
   choose(folder.write("part.bin", "123"));
   FaultySystemCalls calls;
-  calls.before(SystemCall::read, 1, [this] { folder.write("part.bin", "12345"); });
+  calls.before(SystemCall::pread, 1, [this] { folder.write("part.bin", "12345"); });
   const ScopedSystemCalls scope(calls);
   platform.alerts.expect("Insert File Failed",
                          "The file changed while it was being read. Try again.");

@@ -129,14 +129,14 @@ TEST_F(WindowLoading, refusesAFileThatMayNotBeRead) {
 TEST_F(WindowLoading, reportsAReadErrorOfTheDisk) {
   FaultySystemCalls calls;
   const ScopedSystemCalls scope(calls);
-  calls.fail(SystemCall::read, 1, EIO);
+  calls.fail(SystemCall::pread, 1, EIO);
   expectRefused(folder.write("data.bin", "x"), Error::posix(EIO).message());
 }
 
 TEST_F(WindowLoading, refusesAFileThatChangesWhileItIsRead) {
   FaultySystemCalls calls;
   const ScopedSystemCalls scope(calls);
-  calls.before(SystemCall::read, 1, [this] { folder.append("data.bin", "more"); });
+  calls.before(SystemCall::pread, 1, [this] { folder.append("data.bin", "more"); });
   expectRefused(folder.write("data.bin", "x"),
                 "The file changed while it was being read. Try again.");
 }
@@ -184,7 +184,7 @@ TEST_F(WindowLoading, tellsOfAnOperationTheSystemCancelled) {
   const auto file = folder.write("data.bin", "hello");
   FaultySystemCalls calls;
   const ScopedSystemCalls scope(calls);
-  calls.fail(SystemCall::read, 1, ECANCELED);
+  calls.fail(SystemCall::pread, 1, ECANCELED);
   expectRefused(file, Error::posix(ECANCELED).message());
 }
 
