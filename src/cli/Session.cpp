@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/VisibleText.h"
-#include "document/QuillmorResourceLimits.h"
+#include "document/DocumentLoader.h"
 
 namespace quillmor::cli {
 
@@ -16,8 +16,7 @@ TaskProgress& Session::beginPart(const char* activity) {
 }
 
 ReadSnapshot Session::readDocument(const FileLocation& location) {
-  return SecureFileAccess::readSnapshot(
-      location, QuillmorResourceLimits::maximumDocumentByteCount(), &beginPart("Reading"));
+  return quillmor::readDocument(location, &beginPart("Reading")).snapshot;
 }
 
 void Session::print(std::string_view text) {

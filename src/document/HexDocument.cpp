@@ -4,10 +4,8 @@
 #include <future>
 #include <utility>
 
+#include "document/DocumentLoader.h"
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/ResolvedPaths.h"
-#include "fileaccess/StableReading.h"
-#include "fileaccess/UrlReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {
@@ -33,22 +31,11 @@ std::string HexDocument::displayName() const {
 }
 
 void HexDocument::read(const FileLocation& location) {
-  // Saving must never have to follow a link, so the real file becomes the document's location.
-  const FileLocation real = SecureFileAccess::realLocation(location);
-  const auto reservation = SecureFileAccess::reserveReadURL(real, location.shownName());
-  openingReadReservationHolder_.add(reservation);
-  try {
-    SecureFileAccess::validateReadableFileURL(real);
-    auto snapshot =
-        SecureFileAccess::stableBytes(real, QuillmorResourceLimits::maximumDocumentByteCount());
-    location_ = real;
-    knownFile_ = KnownFile::of(snapshot.status, snapshot.bytes.span());
-    installBytesAfterRead(std::move(snapshot.bytes), snapshot.modificationDate);
-  } catch (...) {
-    openingReadReservationHolder_.remove(*reservation);
-    reservation->release();
-    throw;
-  }
+  LoadedDocument loaded = loadDocument(location);
+  installBytesAfterRead(std::move(loaded.snapshot.bytes), loaded.snapshot.modificationDate);
+  location_ = std::move(loaded.location);
+  knownFile_ = loaded.known;
+  openingReadReservationHolder_.add(std::move(loaded.reservation));
 }
 
 void HexDocument::readData(ByteBuffer data) {
