@@ -75,7 +75,7 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
     } else if (changed == document.bytes()) {
       printText();
     } else {
-      saveInPlace(document.location, document.snapshot, std::move(changed), progress, printText);
+      saveInPlace(document.location, document.snapshot, changed, progress, printText);
     }
   });
 }

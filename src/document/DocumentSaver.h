@@ -7,12 +7,11 @@
 
 #include "base/Result.h"
 #include "document/DocumentController.h"
+#include "document/FileSave.h"
 #include "document/HexDocument.h"
 #include "platform/BackgroundExecutor.h"
 
 namespace quillmor {
-
-enum class DocumentSaveOperation { save, saveAs };
 
 enum class DocumentSaveResult { success, cancelled, failed };
 
@@ -22,15 +21,9 @@ struct DocumentSaveOutcome {
   std::optional<Error> error;
 };
 
-/// Saves documents: the only code that writes a document's bytes to its file. Runs the steps of a
-/// save in their order: reserve the destination, compare it with the other open documents and with
-/// the file as it was read or saved, take the snapshot, write. Reserving and writing, which may
-/// wait for a disk, run on background threads, the others on the main thread.
-///
-/// A failed save to another place than the document's own file leaves that place as it was: no file
-/// where there was none, the old bytes where there was one. A file that may not be read, or that
-/// has more bytes than a document can have, is overwritten all the same, without its bytes being
-/// kept.
+/// Saves documents from their windows. Runs the steps of a `FileSave`, which may wait for a disk,
+/// on background threads. Asks the user, takes the snapshot and tells the document on the main
+/// thread.
 class DocumentSaver {
  public:
   /// What the owner of the window does during a save; all called on the main thread.
@@ -42,9 +35,6 @@ class DocumentSaver {
     std::function<void(const DocumentSaveOutcome&)> completion;
     /// Told how far the write has come; may be null.
     std::shared_ptr<TaskProgress> progress = {};
-    /// The bytes of the document's own file, to be put back into it when the write fails; absent
-    /// where a window holds what was to be saved for another try.
-    std::optional<ByteBuffer> ownBytes = {};
   };
 
   DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)
@@ -57,17 +47,17 @@ class DocumentSaver {
 
  private:
   struct Job;
-  struct Preparation;
-  struct WriteOutcome;
+  enum class Overwriting { whatWasFound, whatIsThereNow };
+
   void prepare(const std::shared_ptr<Job>& job);
-  void prepared(const std::shared_ptr<Job>& job, Result<Preparation> preparation);
-  /// Runs a step of the save on the main thread; what it throws is how the save ends.
+  void prepared(const std::shared_ptr<Job>& job, const Result<Done>& outcome);
+  /// Runs a step of the save on the main thread. The save ends with what the step throws.
   template <class Step>
   static void endIfItFails(Job& job, Step step);
   /// Asks whether to overwrite what another program made of the document's own file.
   void askAndWrite(const std::shared_ptr<Job>& job);
-  void write(const std::shared_ptr<Job>& job);
-  void written(const std::shared_ptr<Job>& job, Result<WriteOutcome> outcome);
+  void write(const std::shared_ptr<Job>& job, Overwriting overwriting);
+  void written(const std::shared_ptr<Job>& job, Result<FileSave::Written> outcome);
 
   BackgroundExecutor& executor_;
   const DocumentController& documents_;

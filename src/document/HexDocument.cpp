@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "document/DocumentLoader.h"
+#include "document/FileSave.h"
 #include "document/QuillmorResourceLimits.h"
 #include "platform/RunInBackground.h"
 
@@ -93,9 +94,7 @@ bool HexDocument::canAsynchronouslyWrite() {
 KnownFile HexDocument::write(const DocumentDestination& destination, TaskProgress* progress,
                              bool* wasTouched) {
   const auto writeAll = [&](const ByteBuffer& bytes) {
-    const StableFileStatus status =
-        SecureFileAccess::writeDocumentBytes(bytes.span(), destination, progress, wasTouched);
-    return KnownFile::of(status, bytes.span());
+    return writeDocument(bytes, destination, progress, wasTouched);
   };
   if (wasTouched != nullptr) *wasTouched = false;
   if (std::this_thread::get_id() == mainThread_) return writeAll(storage_->bytes);

@@ -11,6 +11,7 @@
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/StableFileStatus.h"
 #include "support/FaultySystemCalls.h"
+#include "support/FileAccessTest.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -125,11 +126,38 @@ TEST_F(DocumentSavingGuard, asksAgainWhenTheFileIsReplacedAfterTheQuestion) {
   platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
   platform.executor.runOneWork();
   platform.executor.runPosted();
-  renameIntoPlace("data.bin");
+  calls.before(SystemCall::open, 1, [&] { renameIntoPlace("data.bin"); });
+  const ScopedSystemCalls scope(calls);
   platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "Jello");
   EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(DocumentSavingGuard, looksAtTheFileOffTheMainThreadOnly) {
+  renameIntoPlace("data.bin");
+  editor->perform("forwardSaveDocument:");
+  platform.alerts.expect(kQuestion, kQuestionText, "Overwrite");
+  while (platform.executor.runOneWork()) {
+    const ScopedSystemCalls scope(calls);
+    platform.executor.runPosted();
+  }
+  EXPECT_TRUE(calls.log().empty());
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+}
+
+TEST_F(DocumentSavingGuard, asNeverLandsOnADocumentThatWasOpenedMeanwhile) {
+  const auto chosen = folder.write("chosen.bin", "chosen");
+  beginSaveAs("chosen.bin");
+  const auto other = documents.makeUntitledDocument(platform.executor);
+  other->read(chosen);
+  other->openingReadReservationHolder().releaseAll();
+  platform.alerts.expect("Save Failed",
+                         "Choose a different output destination. Writing to chosen.bin would "
+                         "overwrite an open document or another input file.");
+  platform.executor.runAll();
+  EXPECT_EQ(TemporaryFolder::read(chosen), "chosen");
+  EXPECT_TRUE(isUnreserved(chosen));
 }
 
 TEST_F(DocumentSavingGuard, asThatFailsLeavesNoNewFile) {

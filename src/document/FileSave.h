@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "base/ByteBuffer.h"
+#include "base/FileLocation.h"
+#include "base/TaskProgress.h"
+#include "document/KnownFile.h"
+#include "fileaccess/DocumentOutput.h"
+#include "fileaccess/Reservations.h"
+
+namespace quillmor {
+
+/// `save` goes to the document's own file, `saveAs` to any place, which may be that file too.
+enum class DocumentSaveOperation { save, saveAs };
+
+/// One save of a document into a file: `prepare`, a question to the user where that is needed, and
+/// `write`. The only code that writes a document's bytes to its file. Every step may wait for a
+/// disk. Any thread, one step at a time. The destination stays reserved from the first step until
+/// `release` or the end of this object.
+///
+/// A failed save to another place than the document's own file leaves that place as it was: no file
+/// where there was none, the old bytes where there was one. A file that may not be read, or that
+/// has more bytes than a document can have, is overwritten all the same, without its bytes being
+/// kept.
+class FileSave {
+ public:
+  struct Request {
+    FileLocation destination;
+    DocumentSaveOperation operation = DocumentSaveOperation::save;
+    /// The document's own file; absent for an untitled document.
+    std::optional<FileLocation> ownFile = {};
+    /// That file as it was last read or saved.
+    std::optional<KnownFile> known = {};
+    /// The bytes of that file, to be put back into it when the write fails; absent where a window
+    /// holds what was to be saved for another try.
+    std::optional<ByteBuffer> ownBytes = {};
+  };
+
+  struct Written {
+    KnownFile file;
+    /// Saving must never have to follow a link, so this becomes the document's location.
+    FileLocation realLocation;
+  };
+
+  /// Writes the bytes to a destination and returns the file as it is after the write. Sets
+  /// `wasTouched` as `SecureFileAccess::writeDocumentBytes` does.
+  using WriteBytes = std::function<KnownFile(const DocumentDestination&, bool* wasTouched)>;
+
+  explicit FileSave(Request request);
+
+  /// Reserves the destination, looks at it and checks what can be known before it is touched: that
+  /// `byteCount` bytes may be written there, and that it is none of `openDocuments`. Compares the
+  /// document's own file with what is known of it. May be called again. Throws what
+  /// `reserveOutputURL`, `documentDestination`, `requireWritable` and `validateDistinctOutputURL`
+  /// do, in this order.
+  void prepare(std::int64_t byteCount, std::span<const FileLocation> openDocuments,
+               TaskProgress* progress = nullptr);
+
+  /// True if the destination is the document's own file. After `prepare`.
+  bool isOwnFile() const { return isOwnFile_; }
+
+  /// True if another program has changed the document's own file, which the save would overwrite.
+  /// After `prepare`.
+  bool overwritesOtherChanges() const { return isOwnFile_ && isChanged_; }
+
+  /// Looks at the destination again, so that `write` overwrites what is there by now.
+  void acceptChanges();
+
+  /// Writes the file. Throws what `write` does; with an error of `isChangedDestination` nothing was
+  /// overwritten.
+  Written write(const WriteBytes& writeBytes, TaskProgress* progress = nullptr);
+
+  /// What a failed write has made of the document's own file; absent when it touched nothing, when
+  /// another file has taken its place, and when that cannot be told.
+  const std::optional<KnownFile>& tornOwnFile() const { return tornOwnFile_; }
+
+  void release();
+
+ private:
+  void noteTornFile();
+
+  Request request_;
+  std::shared_ptr<OutputReservation> reservation_;
+  DocumentDestination destination_;
+  bool isOwnFile_ = false;
+  bool isChanged_ = false;
+  std::optional<KnownFile> tornOwnFile_;
+};
+
+/// Writes `bytes` to `destination`, as `SecureFileAccess::writeDocumentBytes` does, and returns the
+/// file as it is then.
+KnownFile writeDocument(const ByteBuffer& bytes, const DocumentDestination& destination,
+                        TaskProgress* progress = nullptr, bool* wasTouched = nullptr);
+
+}  // namespace quillmor
