@@ -65,7 +65,7 @@ ByteBlock* ByteBlock::create(std::int64_t size, std::int64_t slack, std::uint8_t
                                  : createMapped(size, slack, contentOut);
 }
 
-/// Builds the header at the start of `bytes` bytes of memory; everything behind it is capacity.
+/// Builds the header at the start of `bytes` bytes of memory; everything after it is capacity.
 ByteBlock* ByteBlock::place(void* at, std::int64_t bytes, std::uint8_t* content,
                             std::int64_t size) {
   auto* block = new (at) ByteBlock;

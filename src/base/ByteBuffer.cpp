@@ -26,7 +26,7 @@ void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) {
 
 }  // namespace
 
-/// A replacement that has been checked against a buffer: the bytes before and behind it stay.
+/// A replacement that has been checked against a buffer: the bytes before and after it stay.
 struct ByteBuffer::Edit {
   std::int64_t head;
   std::int64_t removed;

@@ -12,20 +12,20 @@ struct ByteBlock;
 
 /// A growable array of bytes in one contiguous piece, copied on write.
 ///
-/// Copying a buffer shares its memory and takes nanoseconds whatever the size; the first change of
-/// a shared buffer copies it, applying the change on the way. There is free room at both ends, and
-/// an edit moves the shorter side, so typing at either end of a document costs no more than at the
-/// end of a small array. New memory is not initialised, and large buffers stand on huge pages.
+/// Copying a buffer shares its memory and takes nanoseconds whatever the size. The first change of
+/// a shared buffer copies it and applies the change on the way. There is free room at both ends,
+/// and an edit moves the shorter side, so typing at either end of a document is cheap. New memory
+/// is not initialised, and large buffers use huge pages.
 ///
-/// Memory: free room is address space, not memory, in a buffer of 256 KiB or more. Once 4 MiB on
-/// one side have become free through edits they are returned to the system; the rest is returned
-/// with the last buffer that shares the memory. Removing bytes from an end of a shared buffer only
-/// narrows the view as long as at least seven eighths of the shared memory stay in use.
+/// Memory: free room is address space, not memory, in a buffer of 256 KiB or more. Once edits have
+/// freed 4 MiB on one side, they go back to the system. The rest goes back with the last buffer
+/// that shares the memory. Removing bytes from an end of a shared buffer only narrows the view, as
+/// long as at least seven eighths of the shared memory stay in use.
 ///
-/// Threads: buffers that share memory may be used, copied and destroyed on different threads; one
-/// buffer object is to be treated like any other value. Offsets and lengths are in bytes; one
-/// outside of the content is a programming fault and stops the process. When memory runs out,
-/// std::bad_alloc is thrown and the buffer is as before.
+/// Threads: buffers that share memory may be used, copied and destroyed on different threads; treat
+/// one buffer object like any other value. Offsets and lengths are in bytes; one outside the
+/// content is a programming fault and stops the process. When memory runs out, std::bad_alloc is
+/// thrown and the buffer is unchanged.
 class ByteBuffer {
  public:
   ByteBuffer() noexcept = default;
@@ -48,7 +48,7 @@ class ByteBuffer {
 
   std::int64_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
-  /// The first byte; null or not when the buffer is empty. Valid until the next change.
+  /// The first byte; unspecified when the buffer is empty. Valid until the next change.
   const std::uint8_t* data() const noexcept { return data_; }
 
   /// The byte at `offset` (0..<size).
@@ -76,8 +76,8 @@ class ByteBuffer {
   /// Writes one byte at `offset` (0..<size).
   void set(std::int64_t offset, std::uint8_t value);
 
-  /// Puts `inserted` in the place of the `removed` bytes from `offset`, which lie within the
-  /// buffer. `inserted` may be a part of this buffer.
+  /// Replaces the `removed` bytes from `offset`, which lie within the buffer, with `inserted`.
+  /// `inserted` may be a part of this buffer.
   void replace(std::int64_t offset, std::int64_t removed, std::span<const std::uint8_t> inserted);
   /// Inserts before `offset` (0...size).
   void insert(std::int64_t offset, std::span<const std::uint8_t> inserted);
@@ -85,11 +85,11 @@ class ByteBuffer {
   void erase(std::int64_t offset, std::int64_t removed);
   /// Inserts at the end.
   void append(std::span<const std::uint8_t> inserted);
-  /// Removes what lies behind the first `size` bytes (0...size).
+  /// Removes everything after the first `size` bytes (0...size).
   void truncate(std::int64_t size);
 
-  /// Whether both stand on the same memory, so that neither costs memory of its own. False for
-  /// buffers that have never held a byte.
+  /// True if both share the same memory, so that neither takes memory of its own. False for buffers
+  /// that have never held a byte.
   bool sharesStorageWith(const ByteBuffer& other) const noexcept;
 
  private:

@@ -10,9 +10,8 @@ namespace quillmor {
 inline constexpr std::int64_t kParallelMoveThreshold = 8 * kMiB;
 
 /// Moves `count` bytes from `from` to `to`, which may overlap and may be null when `count` is 0.
-/// Large moves over a short distance, as one inserted byte causes them, are shared between two
-/// threads, because one core alone does not use all of the memory's speed. Returns when all bytes
-/// are in place.
+/// Large moves over a short distance, such as one inserted byte causes, are shared by two threads:
+/// one core alone does not use all of the memory's speed. Returns when all bytes are in place.
 void moveBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) noexcept;
 
 }  // namespace quillmor

@@ -6,7 +6,7 @@ namespace quillmor {
 [[noreturn]] void failPrecondition(const char* message) noexcept;
 
 /// Stops the process with `message` unless `holds`. Stays on in release builds: a broken
-/// precondition is a programming fault, and going on would damage the user's bytes.
+/// precondition is a programming fault, and continuing would damage the user's bytes.
 inline void checkPrecondition(bool holds, const char* message) noexcept {
   if (!holds) [[unlikely]] {
     failPrecondition(message);

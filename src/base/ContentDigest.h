@@ -7,8 +7,8 @@
 
 namespace quillmor {
 
-/// Tells whether bytes are still the same without keeping them. Other bytes have another digest but
-/// for a chance of about one in 2^60; against somebody who forges bytes it is no help.
+/// Tells whether bytes are still the same without keeping them. Different bytes have different
+/// digests, except for a chance of about one in 2^60. It gives no protection against forged bytes.
 struct ContentDigest {
   std::int64_t byteCount = 0;
   std::array<std::uint64_t, 4> lanes{};
@@ -16,12 +16,12 @@ struct ContentDigest {
   bool operator==(const ContentDigest&) const = default;
 };
 
-/// Takes the digest of bytes that come piece by piece, however they are cut. One thread at a time.
+/// Takes the digest of bytes that come in pieces of any size. One thread at a time.
 class ContentDigester {
  public:
   void append(std::span<const std::uint8_t> bytes);
 
-  /// The digest of all bytes so far.
+  /// Returns the digest of all bytes so far.
   ContentDigest digest() const;
 
  private:
@@ -32,12 +32,12 @@ class ContentDigester {
 
   Lanes lanes_ = {0x71C3A95E0D2F8B46, 0x2E9B5D174CA8F063, 0x96F04E8B3A5DC712, 0x4D82B7F1C6930EA5};
   std::int64_t byteCount_ = 0;
-  /// The bytes behind the last whole block.
+  /// The bytes after the last whole block.
   std::array<std::uint8_t, kBlockBytes> rest_{};
   std::size_t restCount_ = 0;
 };
 
-/// The digest of `bytes`, at about the speed of memory. Any thread.
+/// Returns the digest of `bytes`, at about the speed of memory. Any thread.
 ContentDigest contentDigest(std::span<const std::uint8_t> bytes);
 
 }  // namespace quillmor

@@ -42,7 +42,7 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
 }
 
 /// The path part of a "file:" URL, or empty when its host is not this machine.
-std::string_view pathOfFileUrl(std::string_view url) {
+std::string_view pathOfFileURL(std::string_view url) {
   std::string_view rest = url.substr(kFileScheme.size());
   if (!rest.starts_with("//")) return rest.starts_with('/') ? rest : std::string_view{};
   rest.remove_prefix(2);
@@ -69,9 +69,9 @@ FileLocation FileLocation::fromPath(std::string_view path) {
   return {true, std::move(base)};
 }
 
-FileLocation FileLocation::fromUrl(std::string_view url) {
+FileLocation FileLocation::fromURL(std::string_view url) {
   if (startsWithIgnoringCase(url, kFileScheme)) {
-    const std::string_view path = pathOfFileUrl(url);
+    const std::string_view path = pathOfFileURL(url);
     if (!path.empty()) return {true, decodePercent(path)};
   }
   return {false, std::string(url)};

@@ -24,8 +24,8 @@ constexpr std::optional<std::uint8_t> hexDigitValue(char digit) {
   return std::nullopt;
 }
 
-/// `value` in uppercase hexadecimal, padded on the left with "0" to at least `minimumWidth` digits.
-/// Negative values are shown as their two's complement, as the offsets of hostile files may be.
+/// Returns `value` in uppercase hexadecimal, padded on the left with "0" to at least `minimumWidth`
+/// digits. Negative values, which hostile files may have as offsets, become their two's complement.
 std::string uppercaseHex(std::int64_t value, int minimumWidth);
 
 /// "0x" and two digits.

@@ -4,10 +4,10 @@
 
 namespace quillmor {
 
-/// Asks the system to back memory that was reserved and is about to be written from front to back
-/// with huge pages: clearing and mapping small ones one by one takes longer than filling them. Only
-/// the whole pages within are concerned, less than some MiB are left alone, and it stays advice.
-/// Any thread.
+/// Asks the system to back reserved memory with huge pages before it is written from front to back.
+/// Clearing and mapping small pages one by one takes longer than filling them. Only the whole huge
+/// pages within the range are meant. A range of less than some MiB is left alone, and the request
+/// is only advice. Any thread.
 void preferHugePages(void* memory, std::size_t size) noexcept;
 
 }  // namespace quillmor

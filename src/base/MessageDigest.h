@@ -11,8 +11,8 @@ namespace quillmor {
 /// one thread at a time.
 class MessageDigest {
  public:
-  /// `algorithm` is the library's name of it: "MD5", "SHA1", "SHA256". Throws code 2401 when the
-  /// library has none of that name, or may not be asked for it.
+  /// `algorithm` is the library's name for it: "MD5", "SHA1", "SHA256". Throws code 2401 when the
+  /// library does not offer it or does not allow it.
   explicit MessageDigest(const char* algorithm);
   ~MessageDigest();
   MessageDigest(const MessageDigest&) = delete;
@@ -21,8 +21,8 @@ class MessageDigest {
   /// Throws code 2401 when the library fails.
   void add(std::span<const std::uint8_t> bytes);
 
-  /// The digest of all bytes in lowercase hexadecimal; to be asked for once, at the end. Throws
-  /// code 2401 when the library fails.
+  /// Returns the digest of all bytes in lowercase hexadecimal; called once, at the end. Throws code
+  /// 2401 when the library fails.
   std::string finished();
 
  private:

@@ -18,16 +18,16 @@ class OrderedWork {
       const std::int64_t index = next_.fetch_add(1);
       if (index >= end_) return;
       try {
-        if (!work_(index, worker)) endBehind(index);
+        if (!work_(index, worker)) endAfter(index);
       } catch (...) {
         failures_[static_cast<std::size_t>(worker)] = {index, std::current_exception()};
-        endBehind(index);
+        endAfter(index);
         return;
       }
     }
   }
 
-  /// What was thrown behind the end is as if it had never been begun.
+  /// Ignores what pieces after the end have thrown.
   void rethrowFirstFailure() const {
     const Failure* first = nullptr;
     for (const Failure& failure : failures_) {
@@ -43,7 +43,7 @@ class OrderedWork {
     std::exception_ptr exception;
   };
 
-  void endBehind(std::int64_t index) {
+  void endAfter(std::int64_t index) {
     std::int64_t end = end_;
     while (end > index + 1 && !end_.compare_exchange_weak(end, index + 1)) continue;
   }

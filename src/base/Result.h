@@ -7,7 +7,7 @@
 
 namespace quillmor {
 
-/// A value or the error that took its place: how work on another thread hands back its outcome.
+/// A value, or the error that took its place: how work on another thread hands back its outcome.
 template <class T>
 class Result {
  public:
@@ -28,7 +28,7 @@ class Result {
   std::variant<T, Error> outcome_;
 };
 
-/// The value of a `Result` that carries nothing but success.
+/// The value of a `Result` that only says that work succeeded.
 using Done = std::monostate;
 
 }  // namespace quillmor

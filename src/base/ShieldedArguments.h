@@ -6,14 +6,15 @@
 
 namespace quillmor {
 
-// CLI11 reads some values as lists or as nothing ("[a,b]", "{}", "%%", ""). A byte that no argument
-// of a program can hold, put in front, keeps it from looking into names and texts.
+// CLI11 reads some values as lists or as nothing ("[a,b]", "{}", "%%", ""). A byte in front that no
+// program argument can contain keeps it from interpreting names and texts.
 
-/// The arguments as `CLI::App::parse` takes them, from the back: values are shielded, options and
-/// "--" are not, of "--option=VALUE" only the value is. Everything behind "--" is a value.
+/// Returns the arguments as `CLI::App::parse` takes them, last one first. Values are shielded;
+/// options and "--" are not. Of "--option=VALUE" only the value is shielded. Everything after "--"
+/// is a value.
 std::vector<std::string> shieldedArguments(const std::vector<std::string>& arguments);
 
-/// A value, or a message with values in it, as it was before.
+/// Returns a value, or a message with values in it, without the shields.
 std::string unshielded(std::string text);
 
 }  // namespace quillmor

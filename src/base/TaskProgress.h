@@ -7,8 +7,8 @@
 
 namespace quillmor {
 
-/// What long work and its watcher share: bytes done, bytes in total, and the wish to stop.
-/// Safe from any thread. The worker calls `checkpoint` at least every few milliseconds of work.
+/// What long work and its watcher share: bytes done, bytes in total, and the request to stop. Safe
+/// from any thread. The worker calls `checkpoint` at least every few milliseconds of work.
 class TaskProgress {
  public:
   /// Sets what 100 % means, in bytes; 0 or less means "not known".
@@ -17,7 +17,7 @@ class TaskProgress {
   /// Adds to the bytes done.
   void advance(std::int64_t bytes) { done_.fetch_add(bytes, std::memory_order_relaxed); }
 
-  /// Begins the count anew, for the next part of the work; a request to stop stands.
+  /// Starts the count again for the next part of the work; a request to stop stays.
   void restart() {
     done_.store(0, std::memory_order_relaxed);
     total_.store(0, std::memory_order_relaxed);
@@ -32,7 +32,7 @@ class TaskProgress {
     return part < 1 ? part : 1;
   }
 
-  /// Wishes the work to stop; nothing happens once it has passed its point of no return.
+  /// Asks the work to stop; has no effect once the work has passed its point of no return.
   void requestStop() {
     auto expected = Stopping::notRequested;
     stop_.compare_exchange_strong(expected, Stopping::requested, std::memory_order_relaxed);
@@ -41,7 +41,7 @@ class TaskProgress {
     return stop_.load(std::memory_order_relaxed) == Stopping::requested;
   }
 
-  /// Whether a request to stop would still be heeded.
+  /// True if a request to stop would still have an effect.
   bool canBeStopped() const { return stop_.load(std::memory_order_relaxed) != Stopping::tooLate; }
 
   /// Throws `Error::stopped()` when a stop was requested.
@@ -49,8 +49,8 @@ class TaskProgress {
     if (stopRequested()) throw Error::stopped();
   }
 
-  /// A checkpoint after which requests to stop come too late: for work that is about to have its
-  /// effect, so that it is never reported as stopped when it has had it.
+  /// A checkpoint after which requests to stop have no effect. For work that is about to have its
+  /// effect, so that it is never reported as stopped afterwards.
   void passPointOfNoReturn() {
     auto expected = Stopping::notRequested;
     stop_.compare_exchange_strong(expected, Stopping::tooLate, std::memory_order_relaxed);

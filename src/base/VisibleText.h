@@ -5,11 +5,11 @@
 
 namespace quillmor {
 
-/// A name from outside, as it is shown in one line of text: what would act on the text instead of
-/// being seen is written out. That are the control characters, the controls of writing direction,
-/// the separators of lines and paragraphs, and bytes that are not UTF-8. Characters of ASCII and
-/// such bytes become "\x1B", other characters "\u{202E}"; everything else stays as it is, a
-/// backslash too. The result is UTF-8, and stays what it is when it is made visible again.
+/// Returns a name from outside as it is shown in one line of text: characters that would act on the
+/// text, instead of being seen, are written out. These are control characters, controls of writing
+/// direction, separators of lines and paragraphs, and bytes that are not UTF-8. ASCII characters
+/// and such bytes become "\x1B", other characters "\u{202E}". Everything else stays as it is, a
+/// backslash too. The result is UTF-8, and making it visible again does not change it.
 std::string visibleText(std::string_view text);
 
 }  // namespace quillmor

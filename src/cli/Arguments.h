@@ -12,43 +12,43 @@
 
 namespace quillmor::cli {
 
-/// Wrong usage of a command, with a sentence for the user.
+/// The error of wrong usage of a command, with a sentence for the user.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// What a user gave a command, by the names the help uses: "FILE", "--start". Reading a value that
-/// does not make sense throws `UsageError`.
+/// The arguments of a command, by the names that the help uses: "FILE", "--start". Reading a value
+/// that makes no sense throws `UsageError`.
 class Arguments {
  public:
-  /// A value that was given; a switch such as "--backward" has an empty one. Messages call it by
-  /// its `shownName`, as the help does ("START" of "--start"), where that is not the name itself.
+  /// Adds a value; a switch such as "--backward" has an empty one. Messages use its `shownName`, as
+  /// the help does ("START" of "--start"), where that is not the name itself.
   void set(std::string_view name, std::string text, std::string_view shownName = {});
 
   bool has(std::string_view name) const { return values_.contains(name); }
 
-  /// A value as typed; the command's description sees to it that it is there.
+  /// Returns a value as typed; the command's description makes sure that it is there.
   const std::string& text(std::string_view name) const;
 
-  /// A value as typed; absent when none was given.
+  /// Returns a value as typed; absent when none was given.
   std::optional<std::string> find(std::string_view name) const;
 
-  /// The place of a file.
+  /// Returns the location of a file.
   FileLocation file(std::string_view name) const;
 
-  /// The place of a file that is a document: behind all links, as the editor opens it.
+  /// Returns the location of a document's file with all links resolved, as the editor opens it.
   FileLocation documentFile(std::string_view name) const;
 
   /// An offset or length of 0 or more.
   std::int64_t offset(std::string_view name) const;
   std::optional<std::int64_t> findOffset(std::string_view name) const;
 
-  /// Whether "--start" or "--length" was given.
+  /// True if "--start" or "--length" was given.
   bool hasRange() const;
 
-  /// The range of "--start" and "--length", clipped to a document of `byteCount` bytes; all of it
-  /// when neither was given.
+  /// Returns the range of "--start" and "--length", clipped to a document of `byteCount` bytes; all
+  /// of it when neither was given.
   HexSelection range(std::int64_t byteCount) const;
 
  private:

@@ -12,7 +12,7 @@ namespace quillmor::cli {
 /// What a value stands for: where its completions come from, and whether it is checked.
 enum class ValueKind { text, file, choice };
 
-/// A value that a command takes, by position or behind an option.
+/// A value that a command takes, by position or after an option.
 struct ValueDescription {
   std::string_view name;         ///< in capitals, such as "FILE"
   std::string_view description;  ///< a phrase without a full stop
@@ -28,14 +28,14 @@ struct OptionDescription {
   bool isSwitch() const { return value.name.empty(); }
 };
 
-/// A command line, and what it is good for.
+/// A command line, and what it does.
 struct Example {
   std::string_view purpose;
   std::string_view line;
 };
 
-/// What one command is called, takes and does: the program's parsing, its help, its manual page and
-/// its completions all come from the list of these.
+/// One command: its name, what it takes and what it does. The program's parsing, its help, its
+/// manual page and its completions are all made from the list of commands.
 struct Command {
   std::string_view name;
   std::string_view group;    ///< the heading under which it is listed
@@ -46,10 +46,10 @@ struct Command {
   Example example;
   Outcome (*run)(const Arguments& arguments, Session& session);
 
-  /// Whether it writes changed bytes: exactly one of "-o" and "--in-place" is then required.
+  /// True if it writes changed bytes: exactly one of "-o" and "--in-place" is then required.
   bool changesBytes() const;
 
-  /// Whether more than one of its arguments is a file: messages then say which one they are about.
+  /// True if more than one of its arguments is a file: messages then name the file they are about.
   bool takesSeveralFiles() const;
 };
 

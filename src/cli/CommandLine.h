@@ -20,11 +20,11 @@ struct CommandLine {
 inline constexpr const char* kHelpDescription = "Print this help and exit";
 inline constexpr const char* kVersionDescription = "Print the version and exit";
 
-/// Reads the arguments of the program, without its name. Throws `UsageError` with a sentence that
+/// Parses the arguments of the program, without its name. Throws `UsageError` with a sentence that
 /// ends by naming the help.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-/// What the user is told about wrong usage of `command`, or of the program when it is null.
+/// Returns the message about wrong usage of `command`, or of the program when it is null.
 std::string usageMessage(const std::string& sentence, const Command* command);
 
 /// The help of the program: all commands by groups.

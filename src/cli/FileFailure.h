@@ -7,20 +7,20 @@
 
 namespace quillmor::cli {
 
-/// A failure of which is known which of the given files it is about.
+/// A failure with the file it is about.
 class FileFailure : public Error {
  public:
   FileFailure(const Error& error, std::string file) : Error(error), file_(std::move(file)) {}
 
-  /// The file as it was given; empty for a failure that is about none of them.
+  /// The file as it was given; empty for a failure that is about no file.
   const std::string& file() const { return file_; }
 
  private:
   std::string file_;
 };
 
-/// Does `work`, whose failures are about `file` unless a part of it says otherwise. `file` is
-/// looked at when there is one.
+/// Does `work`, whose failures are about `file` unless a part of it says otherwise. `file` is read
+/// only after a failure.
 template <class Work>
 decltype(auto) aboutFile(const std::string& file, Work&& work) {
   try {
@@ -33,7 +33,7 @@ decltype(auto) aboutFile(const std::string& file, Work&& work) {
   }
 }
 
-/// Does a part of such work whose failures are about no file.
+/// Does a part of such work with failures that are about no file.
 template <class Work>
 decltype(auto) aboutNoFile(Work&& work) {
   return aboutFile(std::string(), std::forward<Work>(work));

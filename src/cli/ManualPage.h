@@ -9,8 +9,8 @@ namespace quillmor::cli {
 /// depends on the table and the version only, so that equal sources give equal bytes.
 std::string manualPage();
 
-/// A text as it is written in a manual page: dashes, backslashes and quotes come out as typed, and
-/// no line of it is taken for a request.
+/// Returns a text as it is written in a manual page: dashes, backslashes and quotes come out as
+/// typed, and no line is taken for a request.
 std::string manualText(std::string_view text);
 
 }  // namespace quillmor::cli

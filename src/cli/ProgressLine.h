@@ -8,8 +8,8 @@
 
 namespace quillmor::cli {
 
-/// One line on standard error that says how far the work is: from 300 ms on, and only where
-/// standard error is a terminal. Main thread.
+/// One line on standard error that shows the progress of the work, from 300 ms on and only on a
+/// terminal. Main thread.
 class ProgressLine {
  public:
   /// `progress` outlives the object.

@@ -5,10 +5,10 @@
 
 namespace quillmor::cli {
 
-/// Throws code 2002 with the sentence of a refusal, if there is one.
+/// Throws code 2002 with the sentence of `refusal`, if there is one.
 void requireNone(const Refusal& refusal);
 
-/// `range` when it has a byte; throws code 2003 otherwise.
+/// Returns `range` if it has a byte; throws code 2003 otherwise.
 HexSelection requireBytes(HexSelection range);
 
 }  // namespace quillmor::cli

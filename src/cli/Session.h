@@ -18,8 +18,8 @@ enum class Outcome : int {
   failed = 2  ///< failed or wrong usage
 };
 
-/// What one run of the program has: where it prints, and what tells how far it is and may stop it.
-/// Main thread.
+/// What one run of the program has: where it prints, and its progress, which may stop it. Main
+/// thread.
 class Session {
  public:
   Session(TaskProgress& progress, ProgressLine& progressLine)
@@ -27,7 +27,8 @@ class Session {
 
   StandardOutput& output() { return output_; }
 
-  /// The progress of the next part of the work, which a user reads as `activity` ("Searching").
+  /// Returns the progress of the next part of the work, which a user reads as `activity`
+  /// ("Searching").
   TaskProgress& beginPart(const char* activity);
 
   /// Erases the progress line for good.
@@ -36,7 +37,7 @@ class Session {
   /// Reads a whole file within the limit for documents.
   ReadSnapshot readDocument(const FileLocation& location);
 
-  /// Says something on standard error that is not a failure.
+  /// Prints a message on standard error that is not a failure.
   void note(std::string_view text);
 
   /// Prints a text with one line feed at its end; nothing for an empty text.
@@ -48,7 +49,7 @@ class Session {
   ProgressLine& progressLine_;
 };
 
-/// "quillmor-cli: " and the text as one line on standard error.
+/// Prints "quillmor-cli: " and the text as one line on standard error.
 void printMessage(std::string_view text);
 
 }  // namespace quillmor::cli

@@ -11,16 +11,16 @@
 namespace quillmor::cli {
 
 /// A text of any length that is kept until it is known to be good: a little of it in memory, more
-/// in a nameless file in the folder for temporary files (TMPDIR), which goes with the object. Fails
-/// with POSIX errors.
+/// in a nameless file in the folder for temporary files (TMPDIR), which is removed with the object.
+/// Throws POSIX errors.
 class SpooledText {
  public:
-  /// What is kept in memory, in bytes.
+  /// The most bytes kept in memory.
   static constexpr std::size_t kInMemory = 16 * kMiB;
 
   void append(std::string_view piece);
 
-  /// Hands the whole text on, in order.
+  /// Passes on the whole text, in order.
   void forEachPiece(const std::function<void(std::string_view)>& onPiece);
 
  private:

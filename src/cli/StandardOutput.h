@@ -10,8 +10,8 @@ namespace quillmor::cli {
 /// Thrown when nobody reads standard output any more.
 struct ClosedPipe {};
 
-/// The program's standard output, unbuffered. Throws `ClosedPipe`, `Error::stopped()` when the
-/// progress says so, and the POSIX error of a write that failed. Main thread.
+/// The program's standard output, unbuffered. Throws `ClosedPipe`, `Error::stopped()` when a stop
+/// was requested, and the POSIX error of a failed write. Main thread.
 class StandardOutput {
  public:
   /// Both outlive the object. The progress line gives way to the first text on a terminal.

@@ -79,9 +79,9 @@ std::vector<std::uint8_t> typedPattern(const Arguments& arguments, const Transfo
 
 /// Copies the bytes `begin`..<`end` to the same place.
 void copy(Bytes bytes, std::int64_t begin, std::int64_t end, Room to, TaskProgress& progress) {
-  forEachPiece(end - begin, progress, [&](std::int64_t from, std::int64_t behind) {
+  forEachPiece(end - begin, progress, [&](std::int64_t from, std::int64_t until) {
     std::memcpy(to.data() + begin + from, bytes.data() + begin + from,
-                static_cast<std::size_t>(behind - from));
+                static_cast<std::size_t>(until - from));
   });
 }
 

@@ -31,10 +31,10 @@ struct TypedSearch {
   std::vector<SearchCandidate> candidateList;  ///< never empty
 };
 
-/// Reads it. Throws code 2004 for a text that stands for no bytes.
+/// Reads the search. Throws code 2004 for a text that stands for no bytes.
 TypedSearch typedSearch(const Arguments& arguments);
 
-/// What each candidate is replaced by. Throws code 2005 for a replacement that cannot be read.
+/// Returns what replaces each candidate. Throws code 2005 for a replacement that cannot be read.
 ReplacementTable typedReplacements(const TypedSearch& search);
 
 }  // namespace quillmor::cli

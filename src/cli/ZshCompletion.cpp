@@ -41,7 +41,7 @@ std::string versionSpecification() {
   return std::string("'(- : *)--version[") + kVersionDescription + "]'";
 }
 
-/// What completes a value, behind its message.
+/// What completes a value, after its message.
 std::string action(const ValueDescription& value) {
   switch (value.kind) {
     case ValueKind::text:

@@ -12,13 +12,13 @@ namespace quillmor {
 /// writes.
 class AsyncWriteSnapshotHolder {
  public:
-  /// Stores the snapshot for the next write, in place of one that was never taken.
+  /// Stores the snapshot for the next write; replaces one that was not taken.
   void store(ByteBuffer snapshot) {
     const MutexLock guard(lock_);
     snapshot_ = std::move(snapshot);
   }
 
-  /// The stored snapshot, which leaves the holder; absent when there is none.
+  /// Takes the snapshot out of the holder; absent when there is none.
   std::optional<ByteBuffer> take() {
     const MutexLock guard(lock_);
     return std::exchange(snapshot_, std::nullopt);

@@ -19,28 +19,27 @@ class Bookmarks {
 
   const std::vector<std::int64_t>& offsets() const { return offsets_; }
 
-  /// Marks `offset`. An offset that is marked already is reported as such even when the list is
-  /// full.
+  /// Marks `offset`. Reports an offset that is already marked as such even when the list is full.
   AddResult add(std::int64_t offset);
 
-  /// The first bookmark behind `caret`, or the first of all when there is none behind it; absent
-  /// when nothing is marked.
+  /// Returns the first bookmark after `caret`, or the first of all when there is none after it;
+  /// absent when nothing is marked.
   std::optional<std::int64_t> next(std::int64_t caret) const;
-  /// The last bookmark before `caret`, or the last of all when there is none before it; absent when
-  /// nothing is marked.
+  /// Returns the last bookmark before `caret`, or the last of all when there is none before it;
+  /// absent when nothing is marked.
   std::optional<std::int64_t> previous(std::int64_t caret) const;
 
   void clear() { offsets_.clear(); }
 
-  /// Drops the bookmarks outside of 0...`count`.
+  /// Removes the bookmarks outside of 0...`count`.
   void keepWithin(std::int64_t count);
 
-  /// Keeps what lies on the bytes of `range` (within 0..<`count`), counted from its start; a
-  /// bookmark behind the last of the `count` bytes stays there when the range ends with them.
+  /// Keeps the bookmarks of the bytes in `range` (within 0..<`count`), counted from its start. A
+  /// bookmark at `count` stays at the end when the range ends there.
   void crop(HexSelection range, std::int64_t count);
 
-  /// Puts `offsets` in the place of the list. They are sorted and repeated ones dropped where
-  /// necessary; of more than `maxBookmarkEntries` the lowest are kept.
+  /// Replaces the list with `offsets`, sorted and without repeated ones. Keeps the lowest
+  /// `maxBookmarkEntries`.
   void replaceAll(std::vector<std::int64_t> offsets);
 
   /// Moves the bookmarks along with an edit, see `adjustBookmarksForEdit`.
@@ -51,10 +50,9 @@ class Bookmarks {
 };
 
 /// Moves the increasing `offsets` as an edit does that replaces `removedCount` bytes from `start`
-/// by `insertedCount` others. Marks of removed bytes go, marks behind them move with their bytes,
-/// and a mark at the place of an insertion moves behind it. An overwrite of equal length keeps all
-/// marks. A negative count means that the edit has no such side. In place, one pass over what
-/// moves.
+/// with `insertedCount` others. Marks of removed bytes are removed, and marks after them move with
+/// their bytes. A mark at the place of an insertion moves after it. An overwrite of equal length
+/// keeps all marks. A negative count counts as none. In place, one pass over what moves.
 void adjustBookmarksForEdit(std::vector<std::int64_t>& offsets, std::int64_t start,
                             std::int64_t removedCount, std::int64_t insertedCount);
 

@@ -25,11 +25,11 @@ void ChangeCount::update(Change change) {
 }
 
 ChangeCount::Token ChangeCount::token() const {
-  const auto behind = std::upper_bound(segments_.begin(), segments_.end(), position_,
-                                       [](std::int64_t position, const Segment& segment) {
-                                         return position < segment.firstPosition;
-                                       });
-  return {std::prev(behind)->branch, position_};
+  const auto next = std::upper_bound(segments_.begin(), segments_.end(), position_,
+                                     [](std::int64_t position, const Segment& segment) {
+                                       return position < segment.firstPosition;
+                                     });
+  return {std::prev(next)->branch, position_};
 }
 
 void ChangeCount::makeSavedStateUnreachable() {

@@ -11,19 +11,19 @@ namespace quillmor {
 /// The open documents of the application. Main thread only.
 class DocumentController {
  public:
-  /// A new untitled document, open from now on.
+  /// Returns a new untitled document, which is open from now on.
   std::shared_ptr<HexDocument> makeUntitledDocument(BackgroundExecutor& executor);
 
-  /// Lets go of the document; whoever still holds it keeps it alive.
+  /// Closes the document; whoever still holds it keeps it alive.
   void close(const HexDocument* document);
 
   const std::vector<std::shared_ptr<HexDocument>>& documents() const { return documents_; }
 
-  /// The locations of all open documents but `excluded`; no output may land on them.
+  /// Returns the locations of all open documents except `excluded`; no output may overwrite them.
   std::vector<FileLocation> openDocumentURLs(const HexDocument* excluded) const;
 
-  /// The open document that shows the file at `location`, leaving out `excluded` and those still
-  /// waiting for their own first load. Looks at the file system.
+  /// Returns the open document that shows the file at `location`, except `excluded` and those still
+  /// waiting for their first load. Looks at the file system.
   std::shared_ptr<HexDocument> documentShowing(const FileLocation& location,
                                                const HexDocument* excluded) const;
 

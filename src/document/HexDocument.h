@@ -65,8 +65,8 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
 
   // Reading.
 
-  /// Reads `location` whole into the document. Throws the reading layer's errors and then leaves
-  /// the document as it was. The read reservation stays held until the windows are made.
+  /// Reads `location` whole into the document; see `loadDocument`. After a failure the document is
+  /// unchanged. The read reservation stays held until the windows are made.
   void read(const FileLocation& location);
 
   /// Installs bytes that came from elsewhere. Throws 1205 when they exceed the document limit.
@@ -93,18 +93,19 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   /// Takes the snapshot that the next `write` off the main thread will write; always true.
   bool canAsynchronouslyWrite();
 
-  /// Lets go of a snapshot that will not be written, so that edits need not copy the bytes.
+  /// Drops a snapshot that will not be written, so that edits need not copy the bytes.
   void dropSnapshot() { asyncWriteSnapshotHolder_.take(); }
 
-  /// Writes the current bytes on the main thread, elsewhere the snapshot taken before; returns the
-  /// file as it is after the write. Throws 1210 when there is no snapshot, else the writer's
-  /// errors. `wasTouched`, when given, tells whether the file was touched, even when that fails.
+  /// Writes the current bytes on the main thread, and the snapshot taken before on any other.
+  /// Returns the file as it is after the write. Throws 1210 when there is no snapshot, else the
+  /// writer's errors. Sets `wasTouched`, when given, to whether the file was touched, even when
+  /// that fails.
   KnownFile write(const DocumentDestination& destination, TaskProgress* progress = nullptr,
                   bool* wasTouched = nullptr);
 
-  /// Notes a finished save: the real location and the file there, and no unsaved changes if the
-  /// bytes are still those that `token`, taken when the save began, stands for. All of that has
-  /// happened before the windows are told, which may fail.
+  /// Notes a finished save: the real location and the file there. There are no unsaved changes if
+  /// the bytes are still those of `token`, taken when the save began. All of that has happened
+  /// before the windows are told, which may fail.
   void didSave(FileLocation realLocation, const KnownFile& file, ChangeCount::Token token);
 
   // Changes.
@@ -112,13 +113,13 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   bool isDocumentEdited() const { return changeCount_.isEdited(); }
   void updateChangeCount(ChangeCount::Change change);
 
-  /// For a change that undo does not know of: no undo or redo leads back to the saved state.
+  /// Notes a change that undo does not know: no undo or redo leads back to the saved state.
   void makeSavedStateUnreachable();
   ChangeCount::Token changeCountToken() const { return changeCount_.token(); }
 
   // Windows.
 
-  /// Makes the document's window with `make`, adds it and lets go of the opening reservations.
+  /// Makes the document's window with `make`, adds it and releases the opening reservations.
   void makeWindowControllers(const WindowMaker& make);
   void addWindowController(std::shared_ptr<DocumentWindow> window);
   void removeWindowController(const DocumentWindow* window);

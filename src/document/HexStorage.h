@@ -16,14 +16,14 @@ class HexStorage {
 
   std::int64_t count() const { return bytes.size(); }
 
-  /// The bytes of the normalised selection. The whole content is shared, any other range copied.
+  /// Returns the bytes of the normalised selection. The whole content is shared, any other range
+  /// copied.
   ByteBuffer slice(HexSelection selection) const;
 
   /// Removes the bytes of the normalised selection and closes the gap.
   void delete_(HexSelection selection);
 
-  /// Whether the normalised selection holds exactly the bytes `other`. Lengths are compared before
-  /// any byte is.
+  /// True if the normalised selection has exactly the bytes `other`. Compares the lengths first.
   bool bytesEqual(HexSelection selection, std::span<const std::uint8_t> other) const;
 };
 

@@ -2,15 +2,15 @@
 
 #include <cstdint>
 
-/// Process-wide limits on what a document may take of the machine.
+/// Process-wide limits on the memory of documents.
 namespace quillmor::QuillmorResourceLimits {
 
-/// The most bytes a document may hold in memory. Computed from the machine's physical memory on
-/// first use and the same for the life of the process. Any thread.
+/// Returns the most bytes a document may have in memory. Computed from the machine's physical
+/// memory on first use and the same for the life of the process. Any thread.
 std::int64_t maximumDocumentByteCount();
 
-/// The limit for a machine with `physicalMemory` bytes: one sixteenth of it, at most 1 GiB; 256 MiB
-/// below 4 GiB of memory.
+/// Returns the limit for a machine with `physicalMemory` bytes: one sixteenth of it, at most 1 GiB;
+/// 256 MiB below 4 GiB of memory.
 std::int64_t maximumDocumentByteCountFor(std::uint64_t physicalMemory);
 
 }  // namespace quillmor::QuillmorResourceLimits

@@ -28,20 +28,20 @@ class UndoManager {
     Steps step_;
   };
 
-  /// What happened; told after a new step was registered, and after an undo or redo has run.
+  /// What the observer is told: after a new step was registered, and after an undo or redo has run.
   enum class Event { didRegister, didUndo, didRedo };
 
-  /// Makes a step of `target` ready. All that can fail when memory runs out happens here.
+  /// Prepares a step of `target`. Everything that can fail when memory runs out happens here.
   PreparedStep prepareUndo(const void* target, Handler handler, std::string actionName = {}) const;
 
-  /// Adds a step as `registerUndo` does. The history is complete when the observer is told,
-  /// whatever that fails with.
+  /// Adds a step as `registerUndo` does. The history is complete before the observer is told, even
+  /// if the observer fails.
   void commit(PreparedStep prepared);
 
-  /// Adds a step. While an undo runs it becomes a redo step and while a redo runs an undo step,
-  /// both under the name of the step that is running; otherwise it becomes an undo step without a
-  /// name and nothing can be redone any more. Does nothing while registration is disabled. `target`
-  /// stands for the object whose steps can be removed together.
+  /// Adds a step. While an undo runs it becomes a redo step, and while a redo runs an undo step,
+  /// both with the name of the running step. Otherwise it becomes an undo step without a name and
+  /// nothing can be redone any more. Does nothing while registration is disabled. `target` stands
+  /// for the object whose steps can be removed together.
   void registerUndo(const void* target, Handler handler);
 
   /// Names the step that was registered last. Does nothing while registration is disabled.
@@ -54,25 +54,24 @@ class UndoManager {
   bool canUndo() const { return !undoSteps_.empty(); }
   bool canRedo() const { return !redoSteps_.empty(); }
 
-  /// Runs the newest undo step, if there is one. A step that registers no inverse cannot be redone;
-  /// later steps then cannot be either, because redo must never skip a change. Not to be called by
-  /// a handler. A handler that throws leaves the history as it was; it must not have changed
-  /// anything. Everything is done when the observer is told, whatever that fails with.
+  /// Runs the newest undo step, if there is one. A step that registers no inverse cannot be redone,
+  /// nor can later steps, because redo must never skip a change. Handlers must not call this. A
+  /// handler that throws must not have changed anything; the history stays as it was. Everything is
+  /// done before the observer is told, even if the observer fails.
   void undo();
   /// The same for the newest redo step.
   void redo();
   bool isUndoing() const { return running_ == Running::undo; }
   bool isRedoing() const { return running_ == Running::redo; }
 
-  /// Forgets all steps.
+  /// Removes all steps.
   void removeAllActions();
-  /// Forgets the steps that were registered for `target`.
+  /// Removes the steps that were registered for `target`.
   void removeAllActions(const void* target);
 
   /// How many steps are kept in either direction; 0 means all.
   int levelsOfUndo() const { return levels_; }
-  /// Forgets the steps that lie farthest from the present when there are more than `levels` (0 or
-  /// more).
+  /// Removes the steps farthest from the present when there are more than `levels` (0 or more).
   void setLevelsOfUndo(int levels);
 
   bool isUndoRegistrationEnabled() const { return disabledCount_ == 0; }
@@ -105,8 +104,8 @@ class UndoManager {
   std::function<void(Event)> observer_;
 };
 
-/// How many undo steps an editor keeps when documents may have up to `maximumDocumentByteCount`
-/// bytes: one for every 64 MiB, between 4 and 16.
+/// Returns how many undo steps an editor keeps when documents may have up to
+/// `maximumDocumentByteCount` bytes: one for every 64 MiB, between 4 and 16.
 int undoLevelCap(std::int64_t maximumDocumentByteCount);
 
 }  // namespace quillmor

@@ -44,8 +44,8 @@ class UndoRecordsEditor {
   virtual ~UndoRecordsEditor() = default;
   virtual std::int64_t caretOffset() const = 0;
   virtual HexSelection selection() const = 0;
-  /// Called after the bytes have changed, with a caret and a selection that lie within them: takes
-  /// them over. Shows nothing yet, because showing can fail and the step is not complete.
+  /// Takes over a caret and a selection that lie within the changed bytes. Shows nothing yet,
+  /// because showing can fail and the step is not complete.
   virtual void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept = 0;
 };
 
@@ -53,27 +53,27 @@ class UndoRecordsEditor {
 /// holds at most 64 MiB; a change too large for that clears the history, so that undo never skips a
 /// change. Main thread only.
 ///
-/// When memory runs out, each function throws std::bad_alloc and changes nothing; so do the steps,
-/// which put back all or nothing.
+/// When memory runs out, each function throws std::bad_alloc and changes nothing. The same holds
+/// for the steps, which put back all or nothing.
 ///
-/// The registered steps refer to this object: its owner removes the actions of `target` first when
-/// it goes.
+/// The registered steps refer to this object: its owner removes the actions of `target` before it
+/// is destroyed.
 class UndoRecords {
  public:
   /// The most bytes that one record may hold.
   static constexpr std::int64_t maxUndoSnapshotBytes = 67108864;
 
-  /// `storage` gives the storage of the moment, since a document may exchange it. `manager` may be
-  /// null for a document without undo. All references outlive this object.
+  /// `storage` returns the current storage, since a document may replace it. `manager` may be null
+  /// for a document without undo. All references outlive this object.
   UndoRecords(std::function<HexStorage&()> storage, UndoManager* manager, Bookmarks& bookmarks,
               UndoRecordsEditor& editor, const void* target);
 
   /// What a change becomes in the history once it has happened.
   struct Pending {
     UndoManager::PreparedStep step;
-    /// Whether the change can be undone.
+    /// True if the change can be undone.
     bool isRecorded = false;
-    /// Whether it takes the history with it instead.
+    /// True if it clears the history instead.
     bool forgetsHistory = false;
   };
 
@@ -83,18 +83,18 @@ class UndoRecords {
   /// The same for `registerUndoSnapshot`.
   Pending prepareUndoSnapshot(const std::string& actionName,
                               std::optional<std::int64_t> resultingByteCount = {});
-  /// The prepared change has happened; returns whether it can be undone. Takes no memory but for
-  /// what the undo manager's observer does.
+  /// Notes that the prepared change has happened; true if it can be undone. Takes no memory, except
+  /// for what the undo manager's observer does.
   bool commit(Pending pending);
 
-  /// To be called before an edit that replaces `removedCount` bytes from `start` by `insertedCount`
-  /// others. Returns whether the edit can be undone; otherwise all steps of the target are gone.
-  /// `removed`, where given, are the bytes removed, so that they need not be copied once more.
+  /// Called before an edit that replaces `removedCount` bytes from `start` with `insertedCount`
+  /// others. True if the edit can be undone; otherwise all steps of the target are removed.
+  /// `removed`, when given, are the bytes removed, so that they need not be copied again.
   bool registerUndoEdit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
                         const std::string& actionName, std::optional<ByteBuffer> removed = {});
 
-  /// To be called before an operation that changes bytes all over and leaves `resultingByteCount`
-  /// of them (as many as now when absent). Returns the same.
+  /// Called before an operation that changes bytes all over and leaves `resultingByteCount` of them
+  /// (as many as now when absent). Returns the same.
   bool registerUndoSnapshot(const std::string& actionName,
                             std::optional<std::int64_t> resultingByteCount = {});
 

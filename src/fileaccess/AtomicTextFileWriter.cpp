@@ -63,9 +63,9 @@ Error atomicInstallError() {
 }  // namespace
 
 PreparedOutput SecureFileAccess::prepareOutput(const FileLocation& destination,
-                                               std::span<const FileLocation> protectedUrls) {
+                                               std::span<const FileLocation> protectedURLs) {
   auto reservation = reserveOutputURL(destination);
-  validateDistinctOutputURL(destination, protectedUrls);
+  validateDistinctOutputURL(destination, protectedURLs);
   validateOutputDestinationKind(destination);
   const auto snapshot = outputDestinationSnapshot(destination);
   std::optional<ReplacedFileAccess> access;
@@ -78,18 +78,18 @@ PreparedOutput SecureFileAccess::prepareOutput(const FileLocation& destination,
           .replacedFileAccess = std::move(access)};
 }
 
-AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationUrl,
-                                           std::vector<FileLocation> protectedUrls)
+AtomicTextFileWriter::AtomicTextFileWriter(FileLocation destinationURL,
+                                           std::vector<FileLocation> protectedURLs)
     // Nothing is moved before the members are made, which is after the output is prepared.
-    : AtomicTextFileWriter(std::move(destinationUrl), std::move(protectedUrls),
-                           prepareOutput(destinationUrl, protectedUrls)) {}
+    : AtomicTextFileWriter(std::move(destinationURL), std::move(protectedURLs),
+                           prepareOutput(destinationURL, protectedURLs)) {}
 
-AtomicTextFileWriter::AtomicTextFileWriter(FileLocation&& destinationUrl,
-                                           std::vector<FileLocation>&& protectedUrls,
+AtomicTextFileWriter::AtomicTextFileWriter(FileLocation&& destinationURL,
+                                           std::vector<FileLocation>&& protectedURLs,
                                            PreparedOutput&& prepared) noexcept
-    : destinationUrl_(std::move(destinationUrl)),
+    : destinationURL_(std::move(destinationURL)),
       temporary_(std::move(prepared.temporary)),
-      protectedUrls_(std::move(protectedUrls)),
+      protectedURLs_(std::move(protectedURLs)),
       outputReservation_(std::move(prepared.reservation)),
       initialDestinationSnapshot_(prepared.initialDestinationSnapshot),
       replacedFileAccess_(std::move(prepared.replacedFileAccess)) {}
@@ -117,21 +117,21 @@ void AtomicTextFileWriter::write(std::string_view text) {
 void AtomicTextFileWriter::finish(const std::function<void()>& beforeInstalling) {
   if (finished_) return;
   if (finalFailure_) throw *finalFailure_;
-  validateDistinctOutputURL(destinationUrl_, protectedUrls_);
-  validateOutputDestinationKind(destinationUrl_);
+  validateDistinctOutputURL(destinationURL_, protectedURLs_);
+  validateOutputDestinationKind(destinationURL_);
   if (!closed_) completeTemporaryFile();
   if (beforeInstalling) beforeInstalling();
   temporary_.validatePathOwnership();
   atomicallyInstallTemporaryFile();
   // From here on nothing is a failure any more, as the destination is no longer what it was.
   finished_ = true;
-  synchronizeDirectoryIfPossible(destinationUrl_);
+  synchronizeDirectoryIfPossible(destinationURL_);
   outputReservation_->release();
 }
 
 void AtomicTextFileWriter::completeTemporaryFile() {
   if (initialDestinationSnapshot_) {
-    validateOutputDestinationSnapshot(destinationUrl_, *initialDestinationSnapshot_);
+    validateOutputDestinationSnapshot(destinationURL_, *initialDestinationSnapshot_);
     carryOverAccess(*replacedFileAccess_, temporary_.handle());
   }
   try {
@@ -162,7 +162,7 @@ void AtomicTextFileWriter::installTemporaryFileWithoutReplacing() {
   temporary_.validatePathOwnership();
   const int result = retryingInterrupted([this] {
     return SystemCalls::current().renameat2(AT_FDCWD, temporary_.location().path().c_str(),
-                                            AT_FDCWD, destinationUrl_.path().c_str(),
+                                            AT_FDCWD, destinationURL_.path().c_str(),
                                             RENAME_NOREPLACE);
   });
   if (result == 0) return;
@@ -173,23 +173,23 @@ void AtomicTextFileWriter::installTemporaryFileWithoutReplacing() {
 void AtomicTextFileWriter::installTemporaryFileByHardLink() {
   const int result = retryingInterrupted([this] {
     return SystemCalls::current().link(temporary_.location().path().c_str(),
-                                       destinationUrl_.path().c_str());
+                                       destinationURL_.path().c_str());
   });
   if (result != 0) throw atomicInstallError();
   if (unlinkPath(temporary_.location()) == 0) return;
   // A failed output leaves its destination as it was, so the new link goes again.
   const Error error = atomicInstallError();
-  removeIfItIs(temporary_.identity(), destinationUrl_);
+  removeIfItIs(temporary_.identity(), destinationURL_);
   throw error;
 }
 
 void AtomicTextFileWriter::replaceDestinationWithTemporaryFile(
     const OutputDestinationSnapshot& expected) {
   temporary_.validatePathOwnership();
-  validateOutputDestinationSnapshot(destinationUrl_, expected);
+  validateOutputDestinationSnapshot(destinationURL_, expected);
   const int result = retryingInterrupted([this] {
     return SystemCalls::current().rename(temporary_.location().path().c_str(),
-                                         destinationUrl_.path().c_str());
+                                         destinationURL_.path().c_str());
   });
   if (result != 0) throw atomicInstallError();
 }

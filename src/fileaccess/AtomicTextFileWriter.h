@@ -17,39 +17,38 @@
 
 namespace quillmor {
 
-/// An output whose destination was found good and whose temporary file stands open.
+/// An output whose destination has been checked and whose temporary file is open.
 struct PreparedOutput {
   TemporaryOutput temporary;
   std::shared_ptr<OutputReservation> reservation;
   /// Absent when no file existed at the destination.
   std::optional<OutputDestinationSnapshot> initialDestinationSnapshot;
-  /// Absent with it. It holds for as long as the snapshot does.
+  /// Absent without a snapshot, and valid as long as that is.
   std::optional<ReplacedFileAccess> replacedFileAccess;
 };
 
 namespace SecureFileAccess {
 
-/// Reserves and checks the destination and creates the temporary file beside it, where stale ones
-/// are removed first. Of a file that is to replace another, nobody but the owner may do anything
-/// until it is complete. Codes 1207, 1200,
-/// 1206, 1212, 1210, 1211, 1215 or a POSIX error; nothing is left behind on failure.
+/// Reserves and checks the destination, removes stale temporary files in its directory and creates
+/// a new one there. A file that will replace another is for its owner only until it is complete.
+/// Codes 1207, 1200, 1206, 1212, 1210, 1211, 1215 or a POSIX error; on failure nothing remains.
 PreparedOutput prepareOutput(const FileLocation& destination,
-                             std::span<const FileLocation> protectedUrls);
+                             std::span<const FileLocation> protectedURLs);
 
 }  // namespace SecureFileAccess
 
 /// Writes a file that appears at its destination complete, in one step, or not at all. It never
-/// overwrites a protected file, nor one that appeared or changed while it was being written. A file
-/// that replaces another takes over its access, as `SecureFileAccess::carryOverAccess` says.
+/// overwrites a protected file, nor one that appeared or changed during the write. A file that
+/// replaces another takes over its access; see `SecureFileAccess::carryOverAccess`.
 ///
 /// Used by one thread at a time. A writer that is destroyed without a successful `finish` leaves
-/// the destination as it was and removes its temporary file, unless that has been moved away or the
+/// the destination unchanged and removes its temporary file, unless that was moved away or the
 /// system refuses.
 class AtomicTextFileWriter {
  public:
-  /// Prepares the output. `protectedUrls` are the open documents and the input files of the running
+  /// Prepares the output. `protectedURLs` are the open documents and the input files of the running
   /// operation. Fails as `SecureFileAccess::prepareOutput` does.
-  AtomicTextFileWriter(FileLocation destinationUrl, std::vector<FileLocation> protectedUrls);
+  AtomicTextFileWriter(FileLocation destinationURL, std::vector<FileLocation> protectedURLs);
   ~AtomicTextFileWriter();
   AtomicTextFileWriter(const AtomicTextFileWriter&) = delete;
   AtomicTextFileWriter& operator=(const AtomicTextFileWriter&) = delete;
@@ -60,22 +59,22 @@ class AtomicTextFileWriter {
   /// Appends UTF-8 text as it stands.
   void write(std::string_view text);
 
-  /// Makes the file durable and moves it to the destination; a second call does nothing. Codes
-  /// 1206, 1212, 1210, 1211, 1213, 1214, 1215 or a POSIX error. After bytes were lost (a failed
-  /// write, flush or close) every call reports that loss and nothing is ever installed.
+  /// Flushes the file and moves it to the destination; a second call does nothing. Codes 1206,
+  /// 1212, 1210, 1211, 1213, 1214, 1215 or a POSIX error. After a failed write, flush or close,
+  /// every call reports that failure and nothing is ever installed.
   ///
-  /// After any failure the destination is as it was. Once the file is in place its directory is
-  /// flushed as well; should only that fail, the name may be lost in a power cut, but the output is
-  /// complete and this is no failure.
+  /// After any failure the destination is unchanged. Once the file is in place its directory is
+  /// flushed as well. If only that fails, a power cut may lose the name, but the output is complete
+  /// and this is no failure.
   ///
-  /// `beforeInstalling` is called when the file is durable and not yet in its place; what it throws
+  /// `beforeInstalling` is called when the file is flushed and not yet in its place. What it throws
   /// is passed on, and nothing is installed.
   void finish(const std::function<void()>& beforeInstalling = {});
 
  private:
-  /// Only moves, because the temporary file exists by now: nothing may fail before there is a
-  /// destructor to remove it.
-  AtomicTextFileWriter(FileLocation&& destinationUrl, std::vector<FileLocation>&& protectedUrls,
+  /// Only moves: the temporary file exists, so nothing may fail before there is a destructor to
+  /// remove it.
+  AtomicTextFileWriter(FileLocation&& destinationURL, std::vector<FileLocation>&& protectedURLs,
                        PreparedOutput&& prepared) noexcept;
 
   void completeTemporaryFile();
@@ -85,15 +84,15 @@ class AtomicTextFileWriter {
   void installTemporaryFileByHardLink();
   void replaceDestinationWithTemporaryFile(const OutputDestinationSnapshot& expected);
 
-  const FileLocation destinationUrl_;
+  const FileLocation destinationURL_;
   TemporaryOutput temporary_;
-  const std::vector<FileLocation> protectedUrls_;
+  const std::vector<FileLocation> protectedURLs_;
   const std::shared_ptr<OutputReservation> outputReservation_;
   const std::optional<OutputDestinationSnapshot> initialDestinationSnapshot_;
   const std::optional<ReplacedFileAccess> replacedFileAccess_;
   bool finished_ = false;
   bool closed_ = false;
-  /// The first failure after which the temporary file cannot be trusted to hold what was written.
+  /// The first failure after which the content of the temporary file is uncertain.
   std::optional<Error> finalFailure_;
 };
 

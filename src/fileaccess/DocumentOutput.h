@@ -13,47 +13,48 @@
 
 namespace quillmor {
 
-/// Where a document is to be written, and what stands there now.
+/// Where a document is to be written, and what is there now.
 struct DocumentDestination {
   FileLocation location;
-  /// What the last look found there, links not followed; absent when nothing was there.
+  /// The status of the file there, links not followed; absent when there was none.
   std::optional<StableFileStatus> found = {};
-  /// The bytes of the file that is there, to be put back when the write fails; absent where the
-  /// caller does without.
+  /// The bytes of the file there, to be put back when the write fails; absent when the caller does
+  /// not need them.
   std::optional<ByteBuffer> oldBytes = {};
 };
 
 /// Writing a document into its file. All functions may be called on any thread.
 namespace SecureFileAccess {
 
-/// Looks at the place where a document is to be written. Code 1205 for a location that is not a
-/// local file, the POSIX error for one that cannot be looked at, with the text of a failing open.
+/// Returns the status of the place where a document is to be written. Code 1205 for a location that
+/// is not a local file. A POSIX error, with the text of a failing open, when the status cannot be
+/// read.
 DocumentDestination documentDestination(const FileLocation& location);
 
-/// Fails as writing `byteCount` bytes would, as far as that is known before the file is touched: a
-/// file that may not be written, or a limit of this process on the size of files.
+/// Fails as writing `byteCount` bytes would, as far as that is known before the file is touched:
+/// when the file may not be written, or a limit of this process on file sizes is too low.
 void requireWritable(const DocumentDestination& destination, std::int64_t byteCount);
 
 /// Makes `bytes` the whole content of the file and flushes it to stable storage, and its directory
-/// too when the file is new. An existing file is rewritten and not replaced, so that it keeps its
-/// identity, owner, permissions and links. The caller holds the output reservation.
+/// too when the file is new. An existing file is rewritten in place, so that it keeps its identity,
+/// owner, permissions and links. The caller holds the output reservation.
 ///
 /// Nothing is overwritten unless it is what `destination` says (see `isChangedDestination`). After
-/// a failure a new file is gone again, and an existing one has its `oldBytes` again; without them a
-/// failure half way leaves it torn. When they cannot be put back, the message says what the file
-/// holds now.
+/// a failure a new file is removed, and an existing one gets its `oldBytes` back. Without them, a
+/// failure half way leaves it incomplete. When they cannot be put back, the message says what the
+/// file has now.
 ///
-/// `wasTouched`, when given, tells whether the write has emptied the file or made it, whatever it
-/// then came to.
+/// Sets `wasTouched`, when given, to whether the write has emptied the file or made it, even when
+/// it then fails.
 ///
 /// Returns the file's status after the flush. Code 1205 for a location that is not a local file,
-/// 1210 for anything but a regular file, or a POSIX error. A stop request of `progress` is heeded
-/// only before the file is touched.
+/// 1210 for anything but a regular file, or a POSIX error. A stop request of `progress` has no
+/// effect once the file is touched.
 StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
                                     const DocumentDestination& destination,
                                     TaskProgress* progress = nullptr, bool* wasTouched = nullptr);
 
-/// Code 1214: the file is not the one found before, or has appeared since. Nothing was overwritten.
+/// Code 1214: the file is not the one found before, or appeared since. Nothing was overwritten.
 Error changedDestinationError();
 bool isChangedDestination(const Error& error);
 

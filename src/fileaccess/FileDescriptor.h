@@ -20,12 +20,13 @@ class FileDescriptor {
   /// The descriptor; negative once closed.
   int get() const { return descriptor_; }
 
-  /// Flushes the file to stable storage (repeated on EINTR); the POSIX error on failure. Such a
-  /// failure is final: the system may have dropped the data, and a later call may wrongly succeed.
+  /// Flushes the file to stable storage, repeated on EINTR. Throws the POSIX error on failure. Such
+  /// a failure is final: the system may have dropped the data, and a later call may wrongly
+  /// succeed.
   void synchronize() const;
 
-  /// Closes the descriptor, once. An interrupted close has closed it and is no failure; any other
-  /// failure is reported as the POSIX error, and the descriptor is gone all the same.
+  /// Closes the descriptor, once. An interrupted close has closed it and is no failure. Throws the
+  /// POSIX error of any other failure; the descriptor is closed all the same.
   void close();
 
  private:

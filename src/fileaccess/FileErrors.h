@@ -13,7 +13,7 @@ Error inputIsNotALocalFileError();
 /// Code 1200 for something to be written.
 Error outputIsNotALocalFileError();
 
-/// Code 1203 for directories apart: FIFOs, sockets, devices.
+/// Code 1203 for FIFOs, sockets and devices; directories have an error of their own.
 Error inputIsNotARegularFileError();
 
 inline constexpr int kExceedsLimitCode = 1205;
@@ -21,7 +21,7 @@ inline constexpr int kExceedsLimitCode = 1205;
 /// Code 1205: the file has more bytes than `limit`.
 Error exceedsLimitError(std::int64_t limit);
 
-/// Code 1204: the read found the file grown, shrunk, replaced or modified.
+/// Code 1204: the file grew, shrank, was replaced or was modified during the read.
 Error changedWhileReadingError();
 
 }  // namespace quillmor::SecureFileAccess

@@ -6,7 +6,7 @@
 
 namespace quillmor {
 
-/// Which file it is, whatever path leads to it.
+/// The identity of a file, whatever path leads to it.
 struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;

@@ -23,10 +23,10 @@ struct ReservationKeys {
 };
 
 /// Who reads and who writes which file. A file is known by its path and by its identity, so that
-/// two paths to one file collide. Reads share a file, an output excludes everything.
+/// two paths to one file collide. Reads can share a file; an output excludes everything else.
 ///
-/// The application has one, `SecureFileAccess::fileReservationRegistry()`. Safe from any thread;
-/// the reservations it hands out must not outlive it.
+/// The application has one, `SecureFileAccess::fileReservationRegistry()`. Safe from any thread. It
+/// outlives the reservations it returns.
 class FileReservationRegistry {
  public:
   /// `maximumReadCount` is the largest number of reads of one file; it only keeps the counter from

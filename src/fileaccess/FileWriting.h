@@ -10,10 +10,10 @@
 
 namespace quillmor::SecureFileAccess {
 
-/// The largest number of bytes given to the system at once.
+/// The largest number of bytes passed to the system at once.
 inline constexpr std::int64_t kWriteSliceByteCount = 8388608;
 
-/// What a writer says when its bytes cannot be written.
+/// The messages of a writer whose bytes cannot be written.
 struct WriteMessages {
   /// A call failed.
   std::string_view couldNotWrite;
@@ -21,16 +21,16 @@ struct WriteMessages {
   std::string_view stopped;
 };
 
-/// Writes all of `bytes` at the descriptor's position, in slices of at most 8 MiB; partial writes
-/// are resumed, EINTR is repeated. A failing call gives its POSIX error, a call that writes 0 bytes
-/// gives EIO, with the texts of `messages`. `progress`, when given, is advanced; a stop request is
-/// not looked at, because a half written file helps nobody.
+/// Writes all of `bytes` at the descriptor's position, in slices of at most 8 MiB. Partial writes
+/// are resumed, EINTR is repeated. A failing call throws its POSIX error, a call that writes 0
+/// bytes throws EIO, with the texts of `messages`. Advances `progress`, when given. Ignores stop
+/// requests, because a half written file is of no use.
 void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
               const WriteMessages& messages, TaskProgress* progress = nullptr);
 
-/// Makes the directory's entries durable after a file in it was created or moved; the POSIX error
-/// in the system's words on failure. A directory that may not be read, or whose file system knows
-/// no such request, stays unflushed, as there is no other way; that is no failure.
+/// Makes the directory's entries durable after a file in it was created or moved. Throws a POSIX
+/// error in the system's words. A directory that may not be read, or whose file system has no such
+/// request, stays unflushed without an error, as there is no other way.
 void synchronizeDirectory(const FileLocation& directory);
 
 }  // namespace quillmor::SecureFileAccess

@@ -42,11 +42,11 @@ std::optional<StableFileStatus> destinationStatus(const FileLocation& destinatio
 }  // namespace
 
 void validateDistinctOutputURL(const FileLocation& destination,
-                               std::span<const FileLocation> protectedUrls) {
+                               std::span<const FileLocation> protectedURLs) {
   if (!destination.isLocalFile()) throw outputIsNotALocalFileError();
   const std::string canonicalPath = resolvedPath(destination);
   const std::optional<FileIdentity> identity = identityIfKnown(destination);
-  for (const FileLocation& candidate : protectedUrls) {
+  for (const FileLocation& candidate : protectedURLs) {
     if (!candidate.isLocalFile()) continue;
     if (resolvedPath(candidate) == canonicalPath ||
         (identity && identityIfKnown(candidate) == identity))

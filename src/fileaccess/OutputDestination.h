@@ -28,24 +28,24 @@ struct OutputDestinationSnapshot {
   bool operator==(const OutputDestinationSnapshot&) const = default;
 };
 
-/// The checks of a place to which an output is to be written. Safe from any thread.
+/// Checks of a place where an output is to be written. Safe from any thread.
 namespace SecureFileAccess {
 
-/// Code 1206 when the output would overwrite one of the protected files, whatever path leads to it;
-/// 1200 for a destination that is not a local file.
+/// Throws code 1206 when the output would overwrite one of the protected files, whatever path leads
+/// to it; 1200 for a destination that is not a local file.
 void validateDistinctOutputURL(const FileLocation& destination,
-                               std::span<const FileLocation> protectedUrls);
+                               std::span<const FileLocation> protectedURLs);
 
-/// Code 1212 for a symbolic link, 1210 for anything else that is not a regular file, 1211 without a
-/// directory to hold it, 1200 for a destination that is not a local file. A destination that does
+/// Throws code 1212 for a symbolic link, 1210 for anything else that is not a regular file, 1211
+/// without a directory, 1200 for a destination that is not a local file. A destination that does
 /// not exist is fine.
 void validateOutputDestinationKind(const FileLocation& destination);
 
-/// What stands at the destination, links not followed; absent when nothing exists there. Other
-/// failures are POSIX errors.
+/// Returns what is at the destination, links not followed; absent when nothing is. Throws other
+/// failures as POSIX errors.
 std::optional<OutputDestinationSnapshot> outputDestinationSnapshot(const FileLocation& destination);
 
-/// Code 1214 unless the destination is still what `expected` says.
+/// Throws code 1214 unless the destination is still what `expected` says.
 void validateOutputDestinationSnapshot(const FileLocation& destination,
                                        const OutputDestinationSnapshot& expected);
 

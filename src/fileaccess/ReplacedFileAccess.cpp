@@ -42,9 +42,10 @@ unsigned otherBitsOf(mode_t permissions) {
   return permissions & kAllBits;
 }
 
-/// Whether the call has failed because there is no list, or can be none on this file system.
+/// True if the call has failed because there is no list, or there cannot be one on this file system
+/// or under this kernel.
 bool meansThereIsNoList(int errorNumber) {
-  return errorNumber == ENODATA || errorNumber == EOPNOTSUPP;
+  return errorNumber == ENODATA || errorNumber == EOPNOTSUPP || errorNumber == ENOSYS;
 }
 
 std::vector<std::uint8_t> listOfFile(const FileLocation& location) {
@@ -67,7 +68,7 @@ enum EntryTag : unsigned { kUserEntry = 0x02, kOwningGroupEntry = 0x04, kGroupEn
 
 /// What every entry of a kind allows under the mask; everything when there is no such entry.
 unsigned commonBits(const ReplacedFileAccess& access, EntryTag tag) {
-  // Behind a version of four bytes come entries: tag and permissions of two bytes each and an id of
+  // After a version of four bytes come entries: tag and permissions of two bytes each and an id of
   // four, all little-endian.
   constexpr std::size_t kVersionSize = 4;
   constexpr std::size_t kEntrySize = 8;

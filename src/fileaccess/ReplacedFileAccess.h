@@ -14,8 +14,8 @@ namespace quillmor {
 struct ReplacedFileAccess {
   uid_t owner = 0;
   gid_t group = 0;
-  /// The permission bits, octal 777 at most. With an access control list those of the group are the
-  /// list's mask.
+  /// The permission bits, octal 777 at most. With an access control list, the bits of the group are
+  /// the list's mask.
   mode_t permissions = 0;
   /// The access control list in the system's form; empty when the file has none.
   std::vector<std::uint8_t> list;
@@ -23,14 +23,15 @@ struct ReplacedFileAccess {
 
 namespace SecureFileAccess {
 
-/// The access of the file at `location`, links not followed. A POSIX error when it cannot be read.
+/// Returns the access of the file at `location`, links not followed. Throws a POSIX error when it
+/// cannot be read.
 ReplacedFileAccess accessOfFile(const FileLocation& location);
 
-/// Gives a new file, which nobody but its owner may use yet, the access of the file it replaces:
-/// group, list, permissions, and the owner if the process may give files away. At no moment may
-/// anybody else do more with it than with the replaced file: where the group cannot be kept, group
-/// and others get only what both had; a list that cannot be kept (never without the group) leaves
-/// what all whom it named had. A POSIX error when the permissions cannot be set.
+/// Gives a new file, which so far is for its owner only, the access of the file it replaces: group,
+/// list, permissions, and the owner if the process may give files away. At no moment may anybody
+/// else do more with it than with the replaced file. Where the group cannot be kept, group and
+/// others get only what both had. Where the list cannot be kept (never without the group), what it
+/// gave to all it named remains. Throws a POSIX error when the permissions cannot be set.
 void carryOverAccess(const ReplacedFileAccess& access, const FileDescriptor& handle);
 
 }  // namespace SecureFileAccess

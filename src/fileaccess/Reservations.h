@@ -11,7 +11,8 @@ namespace quillmor {
 /// A token whose lifetime is a reservation. Safe from any thread.
 class FileReservation {
  public:
-  /// A token of nothing yet, so that all that can fail is done before anything is reserved.
+  /// A token without a reservation, so that everything that can fail is done before anything is
+  /// reserved.
   FileReservation() = default;
   /// Releases the reservation if nobody has.
   ~FileReservation();
@@ -41,11 +42,11 @@ class ReadReservationHolder {
   /// Keeps `reservation`, which is not null.
   void add(std::shared_ptr<ReadReservation> reservation) QUILLMOR_EXCLUDES(lock_);
 
-  /// Lets go of one reservation again without releasing it; null when it is not held.
+  /// Removes one reservation from the holder without releasing it; null when it is not held.
   std::shared_ptr<ReadReservation> remove(const ReadReservation& reservation)
       QUILLMOR_EXCLUDES(lock_);
 
-  /// Releases every held reservation, also those that somebody else still has a share in.
+  /// Releases every held reservation, even one that others share.
   void releaseAll() QUILLMOR_EXCLUDES(lock_);
 
  private:

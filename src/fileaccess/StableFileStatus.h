@@ -10,8 +10,8 @@
 
 namespace quillmor {
 
-/// What is compared to learn whether a file is still the same and unchanged: equal only when all
-/// eight fields are equal.
+/// What is compared to find out whether a file is the same and unchanged. Equal only when all eight
+/// fields are equal.
 struct StableFileStatus {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -40,25 +40,25 @@ enum class FollowSymlinks { no, yes };
 
 namespace SecureFileAccess {
 
-/// The status of what the path names. A failing call is reported as the POSIX error in the system's
-/// words; a path the file system cannot take is EINVAL.
+/// Returns the status of what the path names. Throws a POSIX error in the system's words; EINVAL
+/// for a path the file system cannot take.
 StableFileStatus fileStatus(const FileLocation& location, FollowSymlinks followSymlinks);
 
-/// The status of an open file; a failing call is reported as the POSIX error.
+/// Returns the status of an open file. Throws a POSIX error.
 StableFileStatus fileStatus(const FileDescriptor& handle);
 
-/// The same; a failing call is reported with `message` as its text.
+/// The same; the POSIX error has `message` as its text.
 StableFileStatus fileStatus(const FileDescriptor& handle, std::string_view message);
 
 /// Like `fileStatus`, but absent when nothing exists at the path (ENOENT).
 std::optional<StableFileStatus> fileStatusIfExists(const FileLocation& location,
                                                    FollowSymlinks followSymlinks);
 
-/// The identity of the file the path leads to through links; absent when its status cannot be read.
-/// Never fails.
+/// Returns the identity of the file the path leads to through links; absent when its status cannot
+/// be read. Never fails.
 std::optional<FileIdentity> identityIfKnown(const FileLocation& location);
 
-/// The size of a regular file; code 1203 for anything else and for a negative size.
+/// Returns the size of a regular file. Throws code 1203 for anything else and for a negative size.
 std::int64_t byteSize(const StableFileStatus& status);
 
 }  // namespace SecureFileAccess

@@ -15,7 +15,7 @@
 
 namespace quillmor {
 
-/// A whole file, and the state of it that was read.
+/// The bytes of a whole file, and the status it had while it was read.
 struct ReadSnapshot {
   ByteBuffer bytes;
   /// Seconds since 1970.
@@ -39,7 +39,7 @@ ReadSnapshot readSnapshot(const FileLocation& location,
 ReadSnapshot stableBytes(const FileLocation& location, std::optional<std::int64_t> maximumByteCount,
                          TaskProgress* progress = nullptr);
 
-/// The bytes of `readSnapshot`.
+/// Returns the bytes of `readSnapshot`.
 ByteBuffer readData(const FileLocation& location, std::optional<std::int64_t> maximumByteCount,
                     TaskProgress* progress = nullptr);
 

@@ -13,10 +13,10 @@
 
 namespace quillmor {
 
-/// Every system call of guarded file access, and nothing else: the one place where a test can make
-/// any single call fail, come back short, or find the file changed.
+/// Every system call of guarded file access, and nothing else. Here a test can make any single call
+/// fail, come back short, or find the file changed.
 ///
-/// The members behave as the calls of the same name: -1 and `errno` on failure. This class makes
+/// The members behave like the calls of the same name: -1 and `errno` on failure. This class makes
 /// the real calls; a test derives from it and installs the derived object with `ScopedSystemCalls`.
 /// The members are safe from any thread.
 class SystemCalls {
@@ -64,8 +64,8 @@ class SystemCalls {
   static SystemCalls& current();
 };
 
-/// Puts other system calls in place of the current ones for the length of a scope. Scopes nest;
-/// they are opened and closed on one thread while no file operation runs on another.
+/// Replaces the system calls for the length of a scope. Scopes nest; they are opened and closed on
+/// one thread while no file operation runs on another.
 class ScopedSystemCalls {
  public:
   /// `replacement` outlives this object.
@@ -89,19 +89,19 @@ auto retryingInterrupted(Call call) {
   }
 }
 
-/// The error of the call that has just failed, with `message` as its text and the system's text for
-/// `errno` as its reason.
+/// Returns the error of the call that has just failed, with `message` as its text and the system's
+/// text for `errno` as its reason.
 Error lastSystemError(std::string_view message);
 
-/// The error of the call that has just failed, from `errno`, in the system's own words.
+/// Returns the error of the call that has just failed, from `errno`, in the system's own words.
 Error lastSystemError();
 
 /// Opens `location`, repeated on EINTR; -1 and `errno` on failure. EINVAL when the location has no
 /// form the file system could take (a NUL byte in its path).
 int openFile(const FileLocation& location, int flags, mode_t mode = 0);
 
-/// True when the file system can take the path: it holds no NUL byte, at which the system would
-/// take it to end.
+/// True if the file system can take the path: it has no NUL byte, which the system would take for
+/// its end.
 bool hasFileSystemRepresentation(std::string_view path);
 
 }  // namespace quillmor

@@ -11,16 +11,16 @@
 
 namespace quillmor {
 
-/// A new file beside the destination of an output, to be moved into its place when it is complete.
+/// A new file in the directory of an output's destination, to be moved there when it is complete.
 ///
-/// Until it is released it is locked (`flock`), by which other processes tell it from a file that a
-/// dead one has left, and its inode is in use even when the file has been closed: a file that
-/// somebody puts in its place cannot pass for it. Destroying it removes it, if it is still there.
-/// Movable; used by one thread at a time.
+/// Until it is released it is locked (`flock`), which tells other processes that it is not stale.
+/// Its inode stays in use even when the file has been closed, so no other file in its place can
+/// pass for it. The destructor removes the file if it is still there. Movable; used by one thread
+/// at a time.
 class TemporaryOutput {
  public:
-  /// Creates the file exclusively with `creationMode`, to which the mask of the process applies.
-  /// Code 1215 or a POSIX error; nothing is left behind on failure.
+  /// Creates the file exclusively with `creationMode`, to which the process's mask applies. Throws
+  /// code 1215 or a POSIX error; on failure nothing remains.
   static TemporaryOutput create(const FileLocation& destination, mode_t creationMode);
   TemporaryOutput(TemporaryOutput&& other) noexcept;
   ~TemporaryOutput();
@@ -37,11 +37,10 @@ class TemporaryOutput {
   /// Closes the file for writing; fails as `FileDescriptor::close` does.
   void close() { handle_.close(); }
 
-  /// Code 1215 unless the location still leads to this very file, or it has been released.
+  /// Throws code 1215 unless the location still leads to this very file, or it has been released.
   void validatePathOwnership() const;
 
-  /// The location is no longer this object's: the file was moved into place, or linked there and
-  /// removed here.
+  /// Gives up the location: the file was moved into place, or linked there and removed here.
   void release() noexcept;
 
  private:
@@ -51,18 +50,18 @@ class TemporaryOutput {
   FileLocation location_;
   FileIdentity identity_;
   FileDescriptor handle_;
-  /// Keeps lock and inode. A second descriptor, because the errors of closing the file are wanted
-  /// before it is installed.
+  /// Keeps lock and inode. A second descriptor, because the file is closed, and its errors
+  /// reported, before it is installed.
   FileDescriptor pin_;
   bool pathNeedsCleanup_ = true;
 };
 
 namespace SecureFileAccess {
 
-/// Whether this is the name of a temporary file, whatever its destination.
+/// True if this is the name of a temporary file, whatever its destination.
 bool isTemporaryOutputName(std::string_view name);
 
-/// Removes the file; 0, or -1 and `errno`.
+/// Removes the file. Returns 0, or -1 and `errno`.
 int unlinkPath(const FileLocation& location);
 
 /// Removes the path if it names this very file; a file of another identity is left alone. Errors

@@ -9,11 +9,11 @@ namespace quillmor {
 /// Characters of a UUID's standard text form.
 inline constexpr std::size_t kUuidLength = 36;
 
-/// A new random UUID (version 4) in its standard text form, 36 uppercase characters. A POSIX error
-/// when the system has no random numbers to give.
+/// Returns a new random UUID (version 4) in its standard text form, 36 uppercase characters. Throws
+/// a POSIX error when the system has no random numbers.
 std::string makeUuid();
 
-/// Whether `text` is a UUID as `makeUuid` makes them.
+/// True if `text` is a UUID as `makeUuid` returns them.
 bool isUuid(std::string_view text);
 
 }  // namespace quillmor

@@ -16,8 +16,8 @@ struct Adler32Sums {
 
 /// The inner loop of Adler-32 (RFC 1950, section 9), once per kind of processor.
 struct Adler32Kernel {
-  /// The largest block in which no sum passes 32 bits, even when they go on from the largest
-  /// remainders there are. So much may be added up before a modulo has to be taken.
+  /// The largest block in which no sum exceeds 32 bits, even when the sums start from the largest
+  /// remainders. After so many bytes a modulo must be taken.
   static constexpr std::size_t kMaximumBlock = 5552;
 
   const char* name = nullptr;  ///< null where the program was built for another processor

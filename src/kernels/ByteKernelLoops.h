@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// The loops behind `ByteKernels`, inlined into a function for each kind of processor so that the
-/// compiler writes them in that processor's vector instructions.
+/// The loops of `ByteKernels`. They are inlined into a function for each kind of processor, so that
+/// the compiler uses that processor's vector instructions.
 namespace quillmor::ByteKernelLoops {
 
 [[gnu::always_inline]] inline void invert(std::uint8_t* __restrict to,

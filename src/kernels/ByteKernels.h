@@ -10,8 +10,8 @@ namespace quillmor {
 enum class ByteOperation { exclusiveOr, bitwiseAnd, bitwiseOr };
 
 /// The inner loops of the byte transforms, once per kind of processor. All read `count` bytes from
-/// `from` and write as many to `to`, which overlaps nothing that is read; any alignment; 0 bytes
-/// are fine. They allocate nothing and throw nothing, and any thread may call them.
+/// `from` and write as many to `to`, which overlaps nothing that is read. Any alignment; 0 bytes
+/// are fine. They allocate nothing and throw nothing. Any thread.
 struct ByteKernels {
   using Unary = void (*)(std::uint8_t* to, const std::uint8_t* from, std::size_t count);
   using Binary = void (*)(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* with,

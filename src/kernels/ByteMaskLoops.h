@@ -10,9 +10,9 @@
 
 namespace quillmor {
 
-/// The loops behind `ByteMaskKernels`. `Lanes` is what a kind of processor does with a block of
-/// neighbouring bytes; every kind has its own such type, known in its own file only, so that no
-/// function made for one processor can be taken for that of another.
+/// The loops of `ByteMaskKernels`. `Lanes` is what a kind of processor does with a block of
+/// neighbouring bytes. Each kind has its own such type in its own file, so that no function built
+/// for one processor can be linked in place of another's.
 template <class Lanes>
 class ByteMaskLoops {
  public:
@@ -24,7 +24,7 @@ class ByteMaskLoops {
   using Block = typename Lanes::Block;
 
   static constexpr std::size_t kLanes = Lanes::kCount;
-  /// Bytes as a whole mask needs them, where the last ones of a span do not fill it.
+  /// The last bytes of a span, padded to those of a whole mask.
   using LastBytes = std::array<std::uint8_t, kBytesPerMask>;
 
   static void printable(std::uint64_t* masks, const std::uint8_t* bytes, std::size_t count) {
@@ -57,7 +57,7 @@ class ByteMaskLoops {
     return count - equal;
   }
 
-  /// What a lane, being one byte, counts to.
+  /// The highest count of a lane, which is one byte.
   static constexpr std::size_t kMaxCount = 255;
 
   static std::size_t countEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t blocks) {
@@ -84,7 +84,7 @@ class ByteMaskLoops {
     return ~equal;
   }
 
-  /// The bytes with zeros behind them: not printable, and equal to others of this kind.
+  /// Returns the bytes followed by zeros, which are not printable and equal each other.
   static LastBytes padded(const std::uint8_t* bytes, std::size_t count) {
     LastBytes block{};
     std::memcpy(block.data(), bytes, count);

@@ -9,11 +9,10 @@
 
 namespace quillmor {
 
-/// What is asked of every byte of a document at once, once per kind of processor. A mask has one
-/// bit for each of 64 bytes, the first byte in the lowest bit; `count` bytes fill
-/// `byteMaskCount(count)` masks, and the bits behind the last byte are 0. Nothing but the `count`
-/// bytes is read; any alignment; 0 bytes are fine. The functions allocate nothing and throw
-/// nothing, and any thread may call them.
+/// Questions about every byte of a document, once per kind of processor. A mask has one bit for
+/// each of 64 bytes, the first byte in the lowest bit. `count` bytes fill `byteMaskCount(count)`
+/// masks, and the bits after the last byte are 0. Only the `count` bytes are read. Any alignment; 0
+/// bytes are fine. The functions allocate nothing and throw nothing. Any thread.
 struct ByteMaskKernels {
   const char* name = nullptr;  ///< null where the program was built for another processor
   /// Sets the bits of the bytes 0x20...0x7E.
@@ -26,18 +25,18 @@ struct ByteMaskKernels {
                                 std::size_t count) = nullptr;
 };
 
-/// The bytes that one mask speaks of.
+/// How many bytes one mask is about.
 inline constexpr std::size_t kBytesPerMask = 64;
 
-/// The bytes whose masks are made at once: few enough for their masks to stay in the first cache.
+/// How many bytes get their masks at once: few enough for the masks to stay in the first cache.
 inline constexpr std::size_t kMaskedPieceSize = 64 * kKiB;
 
-/// The masks of so many bytes.
+/// The number of masks for so many bytes.
 constexpr std::size_t byteMaskCount(std::size_t byteCount) {
   return byteCount / kBytesPerMask + (byteCount % kBytesPerMask != 0 ? 1 : 0);
 }
 
-/// Calls `handle` with the place of every bit of `mask` that is set, the lowest first.
+/// Calls `handle` with the index of every bit of `mask` that is set, the lowest first.
 template <typename Handle>
 void forEachBit(std::uint64_t mask, Handle handle) {
   for (; mask != 0; mask &= mask - 1) handle(std::countr_zero(mask));

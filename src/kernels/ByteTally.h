@@ -19,8 +19,8 @@ ByteTally byteTally(std::span<const std::uint8_t> piece);
 
 void addTally(ByteCounts& counts, const ByteTally& tally);
 
-/// Counts `bytes`, on two threads when they are many. Advances `progress` by their number, whose
-/// total is the caller's to set; throws `Error::stopped()` when it says so.
+/// Counts `bytes`, on two threads when there are many. Advances `progress` by their number; the
+/// caller sets its total. Throws `Error::stopped()` when a stop was requested.
 ByteCounts countedInPieces(std::span<const std::uint8_t> bytes, TaskProgress& progress);
 
 }  // namespace quillmor

@@ -7,7 +7,8 @@
 
 namespace quillmor {
 
-/// The 8 bytes at `from`, the first in the lowest byte, on processors of either byte order.
+/// Returns the 8 bytes at `from`, the first in the lowest byte, whatever the processor's byte
+/// order.
 inline std::uint64_t loadWord(const std::uint8_t* from) {
   std::uint64_t word = 0;
   std::memcpy(&word, from, sizeof word);
@@ -15,7 +16,7 @@ inline std::uint64_t loadWord(const std::uint8_t* from) {
   return word;
 }
 
-/// The byte at `index`, 0 the first.
+/// Returns the byte at `index`; 0 is the first.
 inline std::uint8_t byteOf(std::uint64_t word, std::size_t index) {
   return static_cast<std::uint8_t>(word >> (8 * index));
 }

@@ -11,7 +11,7 @@ namespace quillmor {
 struct Crc32Kernel {
   const char* name = nullptr;  ///< null where the program was built for another processor
 
-  /// The shift register after `count` more bytes: it starts as `kInitialRegister`, and its
+  /// Returns the shift register after `count` more bytes. It starts as `kInitialRegister`, and its
   /// complement is the CRC-32 of the bytes so far. Any alignment; 0 bytes are fine. Any thread.
   std::uint32_t (*update)(std::uint32_t shiftRegister, const std::uint8_t* bytes,
                           std::size_t count) = nullptr;
@@ -22,7 +22,7 @@ struct Crc32Kernel {
 /// The reflected polynomial: the coefficient of the highest power in the lowest bit.
 inline constexpr std::uint32_t kCrc32Polynomial = 0xEDB88320;
 
-/// What each value of the register's lowest byte becomes when it has been shifted out.
+/// Returns what each value of the register's lowest byte becomes when it is shifted out.
 constexpr std::array<std::uint32_t, 256> crc32ByteTable() {
   std::array<std::uint32_t, 256> table{};
   for (std::uint32_t value = 0; value < table.size(); ++value) {

@@ -7,15 +7,15 @@
 namespace quillmor {
 
 /// The inner loops of the exporters that write one line for every 16 bytes, once per kind of
-/// processor. All read and write exactly what they say, at any alignment; no lines are fine. They
-/// allocate nothing and throw nothing, and any thread may call them.
+/// processor. Any alignment; no lines are fine. They allocate nothing and throw nothing. Any
+/// thread.
 struct LineKernels {
   static constexpr std::size_t kBytesPerLine = 16;
   static constexpr std::size_t kHexDumpLineLength = 78;
   static constexpr std::size_t kIntelHexLineLength = 44;
 
-  /// Writes `lineCount` lines for as many times 16 `bytes`, the first of which has `offset`.
-  /// Returns where the text ends.
+  /// Writes `lineCount` lines for 16 `bytes` each; the first byte has `offset`. Returns where the
+  /// text ends.
   using Lines = char* (*)(char* out, const std::uint8_t* bytes, std::size_t lineCount,
                           std::uint32_t offset);
 

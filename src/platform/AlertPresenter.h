@@ -19,9 +19,9 @@ struct FormField {
   std::string text = {};                  ///< what the field holds at first
   std::vector<std::string> choices = {};  ///< titles of a pop-up, in order
   std::size_t selectedChoice = 0;
-  /// Where given, the line under a text field that says how its text will be read; empty to say
-  /// nothing. Gets the form as it stands (`button` means nothing) whenever something in it changes,
-  /// so it has to be quick.
+  /// Returns the line under a text field that says how its text will be read; empty for no line.
+  /// Gets the form as it stands (`button` means nothing) whenever it changes, so it has to be
+  /// quick. May be absent.
   std::function<std::string(const AlertResponse& form)> note = {};
 };
 
@@ -45,8 +45,8 @@ struct AlertResponse {
   std::vector<std::size_t> selectedChoices;  ///< one per field; 0 for text fields
 };
 
-/// Shows alerts. Main thread only. A modal alert runs the event loop: whoever calls reads its state
-/// again afterwards.
+/// Shows alerts. Main thread only. A modal alert runs the event loop: the caller must read its own
+/// state again afterwards.
 class AlertPresenter {
  public:
   virtual ~AlertPresenter() = default;

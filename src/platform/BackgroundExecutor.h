@@ -5,12 +5,12 @@
 
 namespace quillmor {
 
-/// Runs work off the main thread and functions on it. All members may be called from any thread.
+/// Runs work off the main thread and functions on it. All members are safe from any thread.
 class BackgroundExecutor {
  public:
   virtual ~BackgroundExecutor() = default;
 
-  /// Starts `work` on another thread. `work` lets no exception out.
+  /// Starts `work` on another thread. `work` must not throw.
   virtual void runDetached(std::function<void()> work) = 0;
 
   /// Runs `function` on the main thread, later, in the order of the calls.

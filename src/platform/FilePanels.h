@@ -13,13 +13,13 @@ class FilePanels {
  public:
   virtual ~FilePanels() = default;
 
-  /// The chosen files, empty when cancelled. `directory` is where the panel starts.
+  /// Returns the chosen files; empty when cancelled. `directory` is where the panel starts.
   virtual std::vector<FileLocation> runOpenPanel(const std::string& title,
                                                  bool allowsMultipleSelection,
                                                  const std::optional<FileLocation>& directory) = 0;
 
-  /// The chosen destination, absent when cancelled. The panel itself asks before an existing file
-  /// is chosen.
+  /// Returns the chosen destination; absent when cancelled. The panel itself asks before an
+  /// existing file is chosen.
   virtual std::optional<FileLocation> runSavePanel(
       const std::string& title, const std::string& suggestedName,
       const std::optional<FileLocation>& directory) = 0;

@@ -6,7 +6,7 @@
 
 namespace quillmor {
 
-/// Settings that begin empty and go with this object. Main thread only.
+/// Settings that start empty and are lost with this object. Main thread only.
 class MemoryUserDefaults final : public UserDefaults {
  public:
   std::optional<std::int64_t> integer(const std::string& key) const override {

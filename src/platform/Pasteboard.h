@@ -9,16 +9,16 @@
 namespace quillmor {
 
 /// The general pasteboard (clipboard). Main thread only; reading may wait for another program to
-/// hand over what it holds.
+/// hand over its content.
 class Pasteboard {
  public:
-  /// Bytes as far as they are allowed to be.
+  /// Bytes, if they are not too many.
   struct BoundedBytes {
     ByteBuffer bytes = {};       ///< empty when there are too many
     std::int64_t byteCount = 0;  ///< as held, whether too many or not
   };
 
-  /// Text as far as it is allowed to be.
+  /// Text, if it is not too long.
   struct BoundedText {
     std::string text = {};  ///< UTF-8; empty when it is too long
     bool isTooLong = false;
@@ -26,19 +26,19 @@ class Pasteboard {
 
   virtual ~Pasteboard() = default;
 
-  /// Replaces what the pasteboard holds by plain text (UTF-8); false when it refuses.
+  /// Replaces the content with plain text (UTF-8). False if the pasteboard refuses.
   virtual bool setText(std::string text) = 0;
 
-  /// Replaces what the pasteboard holds by bytes, and by the text that other programs get of them;
-  /// false when it refuses either.
+  /// Replaces the content with bytes, and with the text that other programs get instead of them.
+  /// False if the pasteboard refuses either.
   virtual bool setBytes(ByteBuffer bytes, std::string text) = 0;
 
-  /// The bytes held that are to be taken rather than any text held with them; absent when there are
-  /// none. No more than `maximumByteCount` of them are returned.
+  /// Returns the bytes that are to be pasted rather than any text beside them; absent when there
+  /// are none. Returns at most `maximumByteCount` of them.
   virtual std::optional<BoundedBytes> bytes(std::int64_t maximumByteCount) const = 0;
 
-  /// The text held; absent when there is none. No text of more than `maximumByteCount` bytes of
-  /// UTF-8 is returned.
+  /// Returns the text; absent when there is none. Returns no text of more than `maximumByteCount`
+  /// bytes of UTF-8.
   virtual std::optional<BoundedText> text(std::int64_t maximumByteCount) const = 0;
 };
 

@@ -10,8 +10,8 @@
 
 namespace quillmor {
 
-/// Everything the application needs of its platform, handed in through constructors.
-/// The services outlive everyone who holds this.
+/// Everything the application needs from its platform, passed in through constructors. The services
+/// outlive everyone who holds this.
 struct PlatformServices {
   AlertPresenter& alerts;
   FilePanels& filePanels;

@@ -13,10 +13,10 @@
 
 namespace quillmor {
 
-/// The code of a failure that no part of the application foresaw.
+/// The code of an unexpected failure.
 inline constexpr int kUnexpectedErrorCode = 500;
 
-/// The error of an exception that is no `Error`. Lets none out, whatever memory there is.
+/// Returns the error of an exception that is no `Error`, whatever memory there is.
 inline Error unexpectedError(const std::exception& exception) noexcept {
   try {
     return Error::quillmor(kUnexpectedErrorCode, exception.what());
@@ -26,7 +26,7 @@ inline Error unexpectedError(const std::exception& exception) noexcept {
 }
 
 /// Runs `work` and turns what it throws into the error of a `Result`. Running out of memory is an
-/// ordinary failure of the one operation that asked for it, and takes no memory to report.
+/// ordinary failure of one operation; reporting it takes no memory.
 template <class Work, class T = std::invoke_result_t<Work&>>
 Result<T> resultOf(Work&& work) {
   try {
@@ -40,8 +40,9 @@ Result<T> resultOf(Work&& work) {
   }
 }
 
-/// Shows what has already happened, and so must not be reported as failed for want of the memory to
-/// show it: `show` is run once more when memory runs out, as nearly always there is some again.
+/// Shows something that has already happened and must not be reported as failed because showing it
+/// ran out of memory. Calls `show` once more when memory runs out; there is nearly always some
+/// again.
 template <class Show>
 void retryingWithoutMemory(Show show) {
   try {
@@ -51,8 +52,8 @@ void retryingWithoutMemory(Show show) {
   }
 }
 
-/// Does `step`, which may fail when it has had its effect, and shows what there is then in any
-/// case. Passes on what `step` throws, or what `show` does.
+/// Does `step`, which may fail after it has had its effect, and shows the result in any case.
+/// Passes on what `step` or `show` throws.
 template <class Step, class Show>
 void showingInAnyCase(Step step, Show show) {
   try {

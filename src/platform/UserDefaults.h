@@ -6,7 +6,7 @@
 
 namespace quillmor {
 
-/// Settings that last from one start to the next. Keys may hold any bytes. Main thread only.
+/// Settings that last from one start to the next. Keys may have any bytes. Main thread only.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

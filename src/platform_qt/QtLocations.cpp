@@ -5,7 +5,7 @@
 namespace quillmor::QtLocations {
 
 FileLocation fromUrl(const QUrl& url) {
-  return FileLocation::fromUrl(url.toEncoded(QUrl::FullyEncoded).toStdString());
+  return FileLocation::fromURL(url.toEncoded(QUrl::FullyEncoded).toStdString());
 }
 
 QUrl toUrl(const FileLocation& location) {

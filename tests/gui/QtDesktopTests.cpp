@@ -114,7 +114,7 @@ TEST(QtWorkspace, opensTheFolderWhenThereIsNoBus) {
 TEST(QtWorkspace, leavesLocationsThatAreNotFilesAlone) {
   FolderOpener opener;
   QSignalSpy opened(&opener, &FolderOpener::opened);
-  QtWorkspace().revealInFileManager(FileLocation::fromUrl("https://example.org/a"));
+  QtWorkspace().revealInFileManager(FileLocation::fromURL("https://example.org/a"));
   EXPECT_EQ(opened.count(), 0);
 }
 
@@ -327,7 +327,7 @@ TEST(QtLocations, agreesWithTheToolkitOnOrdinaryPaths) {
 }
 
 TEST(QtLocations, keepsLocationsThatAreNotFiles) {
-  const auto location = FileLocation::fromUrl("https://example.org/a%20b?c=d#e");
+  const auto location = FileLocation::fromURL("https://example.org/a%20b?c=d#e");
   EXPECT_EQ(QtLocations::fromUrl(QtLocations::toUrl(location)), location);
 }
 

@@ -13,7 +13,7 @@ class BasicSums {
  public:
   void add(std::span<const std::uint8_t> bytes);
 
-  /// Of all bytes so far.
+  /// Returns the values of all bytes so far.
   BasicValues values() const;
 
  private:

@@ -10,9 +10,8 @@
 
 namespace quillmor {
 
-/// Bytes that passes go through piece by piece: those in memory, or a range of a file that is read
-/// as they come to it, each pass for itself. What it stands on outlives it. Any thread, several at
-/// a time.
+/// Bytes that passes go through piece by piece: bytes in memory, or a range of a file that each
+/// pass reads for itself. The bytes or the file outlive it. Any thread, several at a time.
 class ByteSource {
  public:
   explicit ByteSource(std::span<const std::uint8_t> bytes)
@@ -24,8 +23,8 @@ class ByteSource {
 
   std::int64_t size() const { return size_; }
 
-  /// The bytes from `begin` on, up to `maximumCount` of them; valid until `buffer`, which belongs
-  /// to the pass, is used again. Fails as `StableFile::read` does.
+  /// Returns the bytes from `begin` on, at most `maximumCount` of them. They are valid until
+  /// `buffer`, which belongs to the pass, is used again. Fails as `StableFile::read` does.
   std::span<const std::uint8_t> piece(std::int64_t begin, std::int64_t maximumCount,
                                       std::vector<std::uint8_t>& buffer) const {
     const auto count = static_cast<std::size_t>(std::min(maximumCount, size_ - begin));

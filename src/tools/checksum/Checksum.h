@@ -33,18 +33,19 @@ struct Digests {
 
 BasicValues basicValues(std::span<const std::uint8_t> bytes);
 
-/// The report about the bytes of `selection`, or about all `bytes` when it is empty; it is clipped
-/// to them. Everything is computed on two threads while the bytes pass once through each. The total
-/// of `progress` becomes the number of bytes; throws `Error::stopped()` when it says so, and code
-/// 2401 when the system's digests are not to be had.
+/// Returns the report about the bytes of `selection`, clipped to `bytes`, or about all of them when
+/// it is empty. Two threads share the work, and each reads the bytes once. The total of `progress`
+/// becomes the number of bytes. Throws `Error::stopped()` when a stop was requested, and code 2401
+/// when the system does not offer a digest.
 std::string report(std::span<const std::uint8_t> bytes, HexSelection selection,
                    TaskProgress& progress);
 
-/// The same about a file, which is not kept in memory. Fails as `StableFile::read` does, too; the
-/// report counts only when the file is unchanged in the end.
+/// The same about a file, which is not kept in memory. Also fails as `StableFile::read` does. The
+/// report counts only if the file is unchanged at the end.
 std::string report(const StableFile& file, HexSelection selection, TaskProgress& progress);
 
-/// The report about a range, which is clipped to the bytes and may be empty. Otherwise as above.
+/// Returns the report about a range, which is clipped to the bytes and may be empty. Otherwise as
+/// above.
 std::string rangeReport(std::span<const std::uint8_t> bytes, HexSelection range,
                         TaskProgress& progress);
 std::string rangeReport(const StableFile& file, HexSelection range, TaskProgress& progress);

@@ -14,10 +14,10 @@ struct AllValues {
   ByteCounts counts{};
 };
 
-/// Any thread; a second one shares the work when the bytes are many. The total of `progress`
-/// becomes their number; fails as reading them does, throws `Error::stopped()` when it says so, and
-/// code 2401 when the system's digests are not to be had. No other thread is at work any more when
-/// it returns or throws.
+/// Computes all values; a second thread shares the work when there are many bytes. The total of
+/// `progress` becomes their number. Fails as reading them does, throws `Error::stopped()` when a
+/// stop was requested, and code 2401 when the system does not offer a digest. No other thread is at
+/// work when this returns or throws. Any thread.
 AllValues allValues(const ByteSource& source, TaskProgress& progress);
 
 }  // namespace quillmor::Checksum

@@ -65,7 +65,7 @@ std::int64_t write(std::span<const std::uint8_t> current, const FileLocation& co
                    const std::string& comparedName, const ExportTarget& target,
                    TaskProgress& progress) {
   ExportTarget guarded = target;
-  guarded.protectedUrls.push_back(comparedFile);
+  guarded.protectedURLs.push_back(comparedFile);
   std::int64_t differenceCount = 0;
   writeTextFile(guarded, progress, [&](const TextSink& sink) {
     differenceCount = produce(current, comparedFile, comparedName, sink, progress);

@@ -35,7 +35,7 @@ void BufferedText::flush() {
 
 void writeTextFile(const ExportTarget& target, TaskProgress& progress,
                    const std::function<void(const TextSink&)>& produce) {
-  AtomicTextFileWriter writer(target.location, target.protectedUrls);
+  AtomicTextFileWriter writer(target.location, target.protectedURLs);
   const TextSink sink = [&writer](std::string_view piece) { writer.write(piece); };
   produce(sink);
   writer.finish([&progress] { progress.passPointOfNoReturn(); });
@@ -43,7 +43,7 @@ void writeTextFile(const ExportTarget& target, TaskProgress& progress,
 
 void writeBytes(std::span<const std::uint8_t> bytes, const ExportTarget& target,
                 TaskProgress& progress, const std::function<void()>& beforeInstalling) {
-  AtomicTextFileWriter writer(target.location, target.protectedUrls);
+  AtomicTextFileWriter writer(target.location, target.protectedURLs);
   convertInPieces(bytes, kRawPieceSize, &progress,
                   [&writer](std::span<const std::uint8_t> piece) { writer.write(piece); });
   writer.finish([&] {

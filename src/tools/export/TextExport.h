@@ -21,7 +21,7 @@ using TextSink = std::function<void(std::string_view piece)>;
 /// Where an export goes, and what it must never land on: open documents and other inputs.
 struct ExportTarget {
   FileLocation location;
-  std::vector<FileLocation> protectedUrls;
+  std::vector<FileLocation> protectedURLs;
 };
 
 /// Gathers text and hands it on in pieces of up to `kCapacity` bytes. Used by one thread at a time;

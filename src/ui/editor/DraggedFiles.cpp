@@ -25,7 +25,7 @@ void answer(QDropEvent& event, bool isWanted) {
 
 std::optional<FileLocation> firstDraggedFileURL(const QMimeData& data) {
   for (const QUrl& url : data.urls()) {
-    const auto location = FileLocation::fromUrl(url.toEncoded().toStdString());
+    const auto location = FileLocation::fromURL(url.toEncoded().toStdString());
     if (location.isLocalFile() && !isDirectory(location)) return location;
   }
   return std::nullopt;

@@ -37,14 +37,14 @@ TEST(FileLocation, makesNoRelativePathAbsoluteWhenTheCurrentFolderIsGone) {
 TEST(FileLocation, keepsBytesThatAreNotUtf8) {
   const auto location = FileLocation::fromPath("/tmp/\xFF\xFE.bin");
   EXPECT_EQ(location.lastPathComponent(), "\xFF\xFE.bin");
-  EXPECT_EQ(FileLocation::fromUrl("file:///tmp/%ff%FE.bin"), location);
+  EXPECT_EQ(FileLocation::fromURL("file:///tmp/%ff%FE.bin"), location);
 }
 
 TEST(FileLocation, tellsLocalFilesFromOtherUrls) {
-  EXPECT_TRUE(FileLocation::fromUrl("file:///tmp/a").isLocalFile());
-  EXPECT_TRUE(FileLocation::fromUrl("FILE://localhost/tmp/a").isLocalFile());
-  EXPECT_FALSE(FileLocation::fromUrl("file://elsewhere/tmp/a").isLocalFile());
-  EXPECT_FALSE(FileLocation::fromUrl("https://example.org/a").isLocalFile());
+  EXPECT_TRUE(FileLocation::fromURL("file:///tmp/a").isLocalFile());
+  EXPECT_TRUE(FileLocation::fromURL("FILE://localhost/tmp/a").isLocalFile());
+  EXPECT_FALSE(FileLocation::fromURL("file://elsewhere/tmp/a").isLocalFile());
+  EXPECT_FALSE(FileLocation::fromURL("https://example.org/a").isLocalFile());
 }
 
 TEST(FileLocation, standardizesWithoutTheFileSystem) {

@@ -36,7 +36,7 @@ TEST_F(AtomicTextFileWriterTest, refusesProtectedFilesBeforeCreatingAnything) {
       failsWith(1206, message));
   EXPECT_EQ(calls.count(SystemCall::open), 0);
   EXPECT_NO_THROW(
-      AtomicTextFileWriter(existing, {fresh, FileLocation::fromUrl("https://example.org/a")}));
+      AtomicTextFileWriter(existing, {fresh, FileLocation::fromURL("https://example.org/a")}));
 }
 
 TEST_F(AtomicTextFileWriterTest, refusesAProtectedFileThatDoesNotExistYet) {
@@ -139,7 +139,7 @@ TEST_F(AtomicTextFileWriterTest, needsADirectory) {
 }
 
 TEST_F(AtomicTextFileWriterTest, needsALocalFile) {
-  const auto url = FileLocation::fromUrl("https://example.org/a");
+  const auto url = FileLocation::fromURL("https://example.org/a");
   const auto refused = failsWith(1200, "The output destination is not a local file URL.");
   EXPECT_THAT(exporting(url), refused);
   EXPECT_THAT([&] { validateDistinctOutputURL(url, {}); }, refused);
@@ -147,7 +147,7 @@ TEST_F(AtomicTextFileWriterTest, needsALocalFile) {
 }
 
 TEST_F(AtomicTextFileWriterTest, needsAPathTheFileSystemTakes) {
-  EXPECT_THAT(exporting(FileLocation::fromUrl("file:///tmp/a%00b")), failsWithPosix(EINVAL));
+  EXPECT_THAT(exporting(FileLocation::fromURL("file:///tmp/a%00b")), failsWithPosix(EINVAL));
 }
 
 TEST_F(AtomicTextFileWriterTest, refusesAFileThatIsBeingRead) {

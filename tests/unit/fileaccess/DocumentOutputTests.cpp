@@ -72,7 +72,7 @@ TEST_F(DocumentOutput, writesFilesWhoseNamesAreNotUtf8) {
 }
 
 TEST_F(DocumentOutput, refusesWhatIsNotALocalFile) {
-  EXPECT_THAT([&] { save(FileLocation::fromUrl("https://example.org/data.bin")); },
+  EXPECT_THAT([&] { save(FileLocation::fromURL("https://example.org/data.bin")); },
               failsWith(1205, "Document output must be a local file URL."));
 }
 
@@ -104,7 +104,7 @@ TEST_F(DocumentOutput, refusesAFifoWithoutWaitingForAReader) {
 }
 
 TEST_F(DocumentOutput, refusesAPathNoFileSystemTakes) {
-  EXPECT_THAT([&] { save(FileLocation::fromUrl("file:///tmp/a%00b")); },
+  EXPECT_THAT([&] { save(FileLocation::fromURL("file:///tmp/a%00b")); },
               failsWithPosix(EINVAL, kCouldNotOpen));
 }
 

@@ -291,6 +291,14 @@ TEST_F(ReplacedFileAccessTest, isThatOfAFileSystemWithoutLists) {
   EXPECT_EQ(permissions(), 0640U);
 }
 
+TEST_F(ReplacedFileAccessTest, isThatOfAKernelWithoutTheCallsForLists) {
+  permit(0640);
+  calls.fail(SystemCall::lgetxattr, 1, ENOSYS);
+  calls.fail(SystemCall::fremovexattr, 1, ENOSYS);
+  exportTo(existing);
+  EXPECT_EQ(permissions(), 0640U);
+}
+
 TEST_F(ReplacedFileAccessTest, isNotAskedForWhereNothingIsReplaced) {
   exportTo(fresh);
   EXPECT_EQ(calls.count(SystemCall::lgetxattr), 0);

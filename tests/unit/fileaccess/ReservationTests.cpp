@@ -28,7 +28,7 @@ constexpr const char* kConflict =
 class Reservations : public test::FileAccessTest {
  protected:
   const FileLocation data = folder.write("data.bin", "content");
-  const FileLocation notAFile = FileLocation::fromUrl("https://example.org/data.bin");
+  const FileLocation notAFile = FileLocation::fromURL("https://example.org/data.bin");
 };
 
 TEST_F(Reservations, letReadsShareAFileAndKeepOutputsOut) {

@@ -76,7 +76,7 @@ TEST_F(ResolvedPaths, ofLocationsStayAsTheyAreWhenTheyCannotBeFollowed) {
         "here/link/missing/", "here/link/missing/.", "here/link/missing/.."}) {
     EXPECT_EQ(real(name), path(name));
   }
-  const auto notAFile = FileLocation::fromUrl("https://example.org/here/../data.bin");
+  const auto notAFile = FileLocation::fromURL("https://example.org/here/../data.bin");
   EXPECT_EQ(realLocation(notAFile), notAFile);
 }
 
@@ -94,7 +94,7 @@ TEST_F(ResolvedPaths, areFoundHoweverOftenTheSystemIsInterrupted) {
 }
 
 TEST_F(ResolvedPaths, neverEndAtANulByte) {
-  const auto cut = FileLocation::fromUrl("file://" + path("there/data.bin") + "%00/behind");
+  const auto cut = FileLocation::fromURL("file://" + path("there/data.bin") + "%00/behind");
   EXPECT_EQ(realLocation(cut), cut);
   EXPECT_EQ(resolvedPath(cut), cut.path());
   EXPECT_EQ(calls.count(SystemCall::realpath), 0);

@@ -195,7 +195,7 @@ TEST_F(StableReading, comparesAllEightFieldsOfTheStatus) {
 }
 
 TEST_F(StableReading, refusesWhatIsNotALocalFile) {
-  const auto url = FileLocation::fromUrl("https://example.org/data.bin");
+  const auto url = FileLocation::fromURL("https://example.org/data.bin");
   EXPECT_THAT([&] { readSnapshot(url, std::nullopt); },
               failsWith(1200, "The selected item is not a local file URL."));
   EXPECT_THAT([&] { validateReadableFileURL(url); },
@@ -268,7 +268,7 @@ TEST_F(StableReading, reportsAMissingFile) {
 }
 
 TEST_F(StableReading, refusesAPathNoFileSystemTakes) {
-  const auto location = FileLocation::fromUrl("file:///tmp/a%00b");
+  const auto location = FileLocation::fromURL("file:///tmp/a%00b");
   EXPECT_THAT([&] { readSnapshot(location, std::nullopt); }, failsWithPosix(EINVAL));
   EXPECT_THAT([&] { openStableReadHandle(location); },
               failsWithPosix(EINVAL, "Could not open the selected file for reading."));

@@ -176,7 +176,7 @@ TEST_F(WindowLoading, readsNoByteOfAFileThatAnotherOperationBeginsToWrite) {
 }
 
 TEST_F(WindowLoading, refusesALocationThatIsNoLocalFile) {
-  expectRefused(FileLocation::fromUrl("https://example.org/data.bin"),
+  expectRefused(FileLocation::fromURL("https://example.org/data.bin"),
                 "The selected item is not a local file URL.");
 }
 
@@ -233,7 +233,7 @@ TEST_F(WindowLoading, opensAndSavesTheFileTheSystemReachesByDotsBehindALink) {
 
 TEST_F(WindowLoading, neverOpensThePartOfAPathBeforeANul) {
   const auto file = folder.write("data.bin", "hello");
-  expectRefused(FileLocation::fromUrl("file://" + file.path() + "%00.txt"),
+  expectRefused(FileLocation::fromURL("file://" + file.path() + "%00.txt"),
                 Error::posix(EINVAL).message());
 }
 
