@@ -3,8 +3,6 @@
 #include <utility>
 
 #include "document/DocumentController.h"
-#include "document/QuillmorResourceLimits.h"
-#include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/UrlReservations.h"
 
 namespace quillmor {
@@ -126,40 +124,25 @@ void DocumentReplacement::beginLoadFileInCurrentWindow(const FileLocation& locat
   startLoad(location, preservingEditorState, std::move(busy), std::move(completion));
 }
 
-DocumentReplacement::LoadedFile DocumentReplacement::readFile(const FileLocation& location,
-                                                              TaskProgress& progress) {
-  // Saving must never have to follow a link, so the real file becomes the document's location.
-  // Messages name what was to be opened.
-  LoadedFile file{SecureFileAccess::realLocation(location), {}, {}, {}};
-  file.reservation = SecureFileAccess::reserveReadURL(file.location, location.shownName());
-  SecureFileAccess::validateReadableFileURL(file.location);
-  file.snapshot = SecureFileAccess::stableBytes(
-      file.location, QuillmorResourceLimits::maximumDocumentByteCount(), &progress);
-  progress.checkpoint();
-  file.known = KnownFile::of(file.snapshot.status, file.snapshot.bytes.span());
-  return file;
-}
-
 void DocumentReplacement::startLoad(const FileLocation& location, bool preservingEditorState,
                                     BusyScope busy, LoadCompletion completion) {
   auto work = [location, progress = context_.frame().progress()] {
-    return readFile(location, *progress);
+    return loadDocument(location, progress.get());
   };
   auto finish = [this, owner = context_.owner(), preservingEditorState,
                  busy = std::make_shared<BusyScope>(std::move(busy)),
-                 completion = std::move(completion)](Result<LoadedFile> result) {
+                 completion = std::move(completion)](Result<LoadedDocument> result) {
     const auto held = owner.lock();
     if (!held) return completion(windowClosedError());
     auto outcome = finishLoad(preservingEditorState, std::move(result));
     busy->end();
     completion(std::move(outcome));
   };
-  runInBackground(context_.platform().executor, std::move(work),
-                  std::function<void(Result<LoadedFile>)>(std::move(finish)));
+  runInBackground(context_.platform().executor, std::move(work), std::move(finish));
 }
 
 Result<OpenCurrentResult> DocumentReplacement::finishLoad(bool preservingEditorState,
-                                                          Result<LoadedFile> result) {
+                                                          Result<LoadedDocument> result) {
   auto outcome = resultOf([&] {
     if (!context_.hasWindow()) throw windowClosedError();
     if (!result.isOk()) throw std::move(result.error());
@@ -172,14 +155,14 @@ Result<OpenCurrentResult> DocumentReplacement::finishLoad(bool preservingEditorS
 }
 
 OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState,
-                                                      LoadedFile& file) {
+                                                      LoadedDocument& loaded) {
   HexDocument& document = context_.document();
-  if (const auto shown = context_.documents().documentShowing(file.location, &document)) {
+  if (const auto shown = context_.documents().documentShowing(loaded.location, &document)) {
     shown->activateOpenWindows();
     return OpenCurrentResult::broughtToFront;
   }
   auto storage = std::make_shared<HexStorage>();
-  storage->bytes = std::move(file.snapshot.bytes);
+  storage->bytes = std::move(loaded.snapshot.bytes);
   if (!preservingEditorState) willReplace_();
   // From here on nothing fails but showing what has happened, which is tried again.
   document.isPendingInitialLoad = false;
@@ -187,8 +170,8 @@ OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState
   session.takeStorage(storage, preservingEditorState);
   showingInAnyCase(
       [&] {
-        document.replaceContentsForSingleWindowOpen(std::move(storage), std::move(file.location),
-                                                    file.snapshot.modificationDate, file.known);
+        document.replaceContentsForSingleWindowOpen(std::move(storage), std::move(loaded.location),
+                                                    loaded.snapshot.modificationDate, loaded.known);
       },
       [&] { retryingWithoutMemory([&] { session.showStorage(); }); });
   return OpenCurrentResult::opened;

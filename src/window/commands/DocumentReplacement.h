@@ -2,12 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
-#include "document/KnownFile.h"
-#include "fileaccess/Reservations.h"
-#include "fileaccess/StableReading.h"
+#include "document/DocumentLoader.h"
 #include "window/commands/CommandContext.h"
 #include "window/commands/DocumentSaving.h"
 
@@ -54,19 +51,10 @@ class DocumentReplacement {
                                  std::function<void()> success);
 
  private:
-  struct LoadedFile {
-    FileLocation location;
-    /// Held until the document has the location, so that no save lands on the file meanwhile.
-    std::shared_ptr<ReadReservation> reservation;
-    ReadSnapshot snapshot;
-    std::optional<KnownFile> known;
-  };
-
-  static LoadedFile readFile(const FileLocation& location, TaskProgress& progress);
   void startLoad(const FileLocation& location, bool preservingEditorState, BusyScope busy,
                  LoadCompletion completion);
-  Result<OpenCurrentResult> finishLoad(bool preservingEditorState, Result<LoadedFile> result);
-  OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedFile& file);
+  Result<OpenCurrentResult> finishLoad(bool preservingEditorState, Result<LoadedDocument> result);
+  OpenCurrentResult showLoadedFile(bool preservingEditorState, LoadedDocument& loaded);
   void openPrepared(const FileLocation& location, const OpenCompletion& completion);
 
   CommandContext& context_;
