@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "app/AppDelegate.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {

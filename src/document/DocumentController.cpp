@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor {
 

@@ -4,7 +4,7 @@
 
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/ResolvedPaths.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor {
 

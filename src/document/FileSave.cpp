@@ -7,7 +7,7 @@
 #include "fileaccess/OutputDestination.h"
 #include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "platform/RunInBackground.h"
 
 namespace quillmor {

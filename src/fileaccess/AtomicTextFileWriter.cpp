@@ -12,7 +12,7 @@
 #include "fileaccess/FileWriting.h"
 #include "fileaccess/StaleTemporaries.h"
 #include "fileaccess/SystemCalls.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor {
 

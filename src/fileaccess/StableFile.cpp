@@ -13,7 +13,7 @@
 #include "base/OrderedPieces.h"
 #include "fileaccess/FileErrors.h"
 #include "fileaccess/SystemCalls.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor {
 

@@ -12,7 +12,7 @@
 #include "base/Unicode.h"
 #include "fileaccess/StableFileStatus.h"
 #include "fileaccess/SystemCalls.h"
-#include "fileaccess/Uuid.h"
+#include "fileaccess/UUID.h"
 
 namespace quillmor {
 
@@ -23,10 +23,10 @@ namespace {
 constexpr std::string_view kCouldNotCreate = "Could not create the temporary output file securely.";
 
 constexpr std::string_view kNameStart = ".";
-constexpr std::string_view kBeforeUuid = ".quillmor.";
+constexpr std::string_view kBeforeUUID = ".quillmor.";
 constexpr std::string_view kNameEnd = ".tmp";
 constexpr std::size_t kAddedLength =
-    kNameStart.size() + kBeforeUuid.size() + kUuidLength + kNameEnd.size();
+    kNameStart.size() + kBeforeUUID.size() + kUUIDLength + kNameEnd.size();
 
 /// The start of a destination's name that has room in the name of its temporary file, without a
 /// part of a character.
@@ -44,8 +44,8 @@ std::string_view nameThatFits(std::string_view name) {
 /// Hidden, and beside the destination, so that the final move stays on one volume.
 FileLocation makeTemporaryLocation(const FileLocation& destination) {
   std::string name(kNameStart);
-  name.append(nameThatFits(destination.lastPathComponent())).append(kBeforeUuid);
-  name.append(makeUuid()).append(kNameEnd);
+  name.append(nameThatFits(destination.lastPathComponent())).append(kBeforeUUID);
+  name.append(makeUUID()).append(kNameEnd);
   return destination.sibling(name);
 }
 
@@ -131,9 +131,9 @@ bool SecureFileAccess::isTemporaryOutputName(std::string_view name) {
   if (name.size() <= kAddedLength || !name.starts_with(kNameStart) || !name.ends_with(kNameEnd))
     return false;
   name.remove_suffix(kNameEnd.size());
-  if (!isUuid(name.substr(name.size() - kUuidLength))) return false;
-  name.remove_suffix(kUuidLength);
-  return name.ends_with(kBeforeUuid);
+  if (!isUUID(name.substr(name.size() - kUUIDLength))) return false;
+  name.remove_suffix(kUUIDLength);
+  return name.ends_with(kBeforeUUID);
 }
 
 int SecureFileAccess::unlinkPath(const FileLocation& location) {

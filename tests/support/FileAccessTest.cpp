@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "base/Error.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor::test {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "document/DocumentController.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 namespace quillmor {
 

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ApplicationFixture.h"
 #include "support/FaultySystemCalls.h"
 

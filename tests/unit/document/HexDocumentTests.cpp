@@ -6,7 +6,7 @@
 
 #include "document/DocumentController.h"
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPlatform.h"

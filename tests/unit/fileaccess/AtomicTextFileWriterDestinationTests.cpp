@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 #include "support/AtomicTextFileWriterFixture.h"
 #include "support/ErrorMatchers.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "fileaccess/FileReservationRegistry.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 

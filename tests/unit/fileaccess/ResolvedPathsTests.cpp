@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "fileaccess/StableReading.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 

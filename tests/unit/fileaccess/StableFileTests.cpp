@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 #include "support/Stopping.h"

@@ -12,7 +12,7 @@
 #include <limits>
 
 #include "base/ByteUnits.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 

@@ -15,7 +15,7 @@
 
 #include "fileaccess/FileDescriptor.h"
 #include "fileaccess/FileWriting.h"
-#include "fileaccess/Uuid.h"
+#include "fileaccess/UUID.h"
 #include "support/ErrorMatchers.h"
 #include "support/FileAccessTest.h"
 
@@ -252,41 +252,41 @@ TEST_F(FileDescriptorTest, ofADirectoryThatCannotBeFlushedIsNoFailure) {
   EXPECT_EQ(calls.count(SystemCall::fsync), 1);
 }
 
-class UuidTest : public test::FileAccessTest {};
+class UUIDTest : public test::FileAccessTest {};
 
-TEST_F(UuidTest, hasItsStandardForm) {
+TEST_F(UUIDTest, hasItsStandardForm) {
   const auto form =
       testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
   std::set<std::string> seen;
   for (int i = 0; i < 100; ++i) {
-    const std::string uuid = makeUuid();
+    const std::string uuid = makeUUID();
     EXPECT_THAT(uuid, form);
     seen.insert(uuid);
   }
   EXPECT_EQ(seen.size(), 100U);
 }
 
-TEST_F(UuidTest, isTold) {
-  for (int i = 0; i < 100; ++i) EXPECT_TRUE(isUuid(makeUuid()));
-  EXPECT_TRUE(isUuid("01234567-89AB-4DEF-8123-456789ABCDEF"));
+TEST_F(UUIDTest, isTold) {
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(isUUID(makeUUID()));
+  EXPECT_TRUE(isUUID("01234567-89AB-4DEF-8123-456789ABCDEF"));
   for (const char* text :
        {"", "01234567-89AB-4DEF-8123-456789ABCDE", "01234567-89AB-4DEF-8123-456789ABCDEF0",
         "01234567-89ab-4DEF-8123-456789ABCDEF", "01234567-89AB-1DEF-8123-456789ABCDEF",
         "01234567-89AB-4DEF-C123-456789ABCDEF", "0123456789AB-4DEF-8123-456789ABCDEF-",
         "G1234567-89AB-4DEF-8123-456789ABCDEF"})
-    EXPECT_FALSE(isUuid(text)) << text;
+    EXPECT_FALSE(isUUID(text)) << text;
 }
 
-TEST_F(UuidTest, isFilledHoweverFewBytesComeAtATime) {
+TEST_F(UUIDTest, isFilledHoweverFewBytesComeAtATime) {
   calls.interruptEveryCall();
   calls.limitCount(SystemCall::getrandom, FaultySystemCalls::kEvery, 5);
-  EXPECT_EQ(makeUuid().size(), 36U);
+  EXPECT_EQ(makeUUID().size(), 36U);
   EXPECT_EQ(calls.count(SystemCall::getrandom), 8);
 }
 
-TEST_F(UuidTest, needsRandomNumbers) {
+TEST_F(UUIDTest, needsRandomNumbers) {
   calls.fail(SystemCall::getrandom, 1, ENOSYS);
-  EXPECT_THAT([] { makeUuid(); }, failsWithPosix(ENOSYS));
+  EXPECT_THAT([] { makeUUID(); }, failsWithPosix(ENOSYS));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <new>
 
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/ApplicationFixture.h"
 #include "support/ErrorMatchers.h"
 #include "support/MemoryProbes.h"

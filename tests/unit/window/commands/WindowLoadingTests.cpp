@@ -12,7 +12,7 @@
 #include <filesystem>
 
 #include "document/QuillmorResourceLimits.h"
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/FaultySystemCalls.h"
 #include "support/WindowFixture.h"
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {

@@ -7,13 +7,13 @@
 namespace quillmor {
 
 /// Characters of a UUID's standard text form.
-inline constexpr std::size_t kUuidLength = 36;
+inline constexpr std::size_t kUUIDLength = 36;
 
 /// Returns a new random UUID (version 4) in its standard text form, 36 uppercase characters. Throws
 /// a POSIX error when the system has no random numbers.
-std::string makeUuid();
+std::string makeUUID();
 
-/// True if `text` is a UUID as `makeUuid` returns them.
-bool isUuid(std::string_view text);
+/// True if `text` is a UUID as `makeUUID` returns them.
+bool isUUID(std::string_view text);
 
 }  // namespace quillmor

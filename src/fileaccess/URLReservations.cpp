@@ -1,4 +1,4 @@
-#include "fileaccess/UrlReservations.h"
+#include "fileaccess/URLReservations.h"
 
 #include <optional>
 

@@ -1,4 +1,4 @@
-#include "fileaccess/Uuid.h"
+#include "fileaccess/UUID.h"
 
 #include <array>
 #include <cstdint>
@@ -11,10 +11,10 @@ namespace quillmor {
 
 namespace {
 
-using UuidBytes = std::array<std::uint8_t, 16>;
+using UUIDBytes = std::array<std::uint8_t, 16>;
 
-UuidBytes randomBytes() {
-  UuidBytes bytes{};
+UUIDBytes randomBytes() {
+  UUIDBytes bytes{};
   std::size_t filled = 0;
   while (filled < bytes.size()) {
     const auto room = std::span(bytes).subspan(filled);
@@ -28,8 +28,8 @@ UuidBytes randomBytes() {
 
 }  // namespace
 
-std::string makeUuid() {
-  UuidBytes bytes = randomBytes();
+std::string makeUUID() {
+  UUIDBytes bytes = randomBytes();
   // The version (4) and variant (10xx) bits of RFC 4122, section 4.4.
   bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
   bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
@@ -41,10 +41,10 @@ std::string makeUuid() {
   return text;
 }
 
-bool isUuid(std::string_view text) {
+bool isUUID(std::string_view text) {
   // x: any digit, v: one that holds the two bits of the variant.
   constexpr std::string_view kForm = "xxxxxxxx-xxxx-4xxx-vxxx-xxxxxxxxxxxx";
-  static_assert(kForm.size() == kUuidLength);
+  static_assert(kForm.size() == kUUIDLength);
   if (text.size() != kForm.size()) return false;
   for (std::size_t i = 0; i < kForm.size(); ++i) {
     const std::string_view allowed = kForm[i] == 'x'   ? "0123456789ABCDEF"
