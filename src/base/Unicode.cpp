@@ -74,6 +74,11 @@ DecodedScalar decodeFirst(std::string_view text) {
   return {scalar, lead.length, true};
 }
 
+bool isASCII(std::string_view text) {
+  text.remove_prefix(asciiBlocksLength(text));
+  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 bool isValid(std::string_view text) {
   while (!text.empty()) {
     text.remove_prefix(asciiBlocksLength(text));

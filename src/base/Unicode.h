@@ -20,6 +20,9 @@ struct DecodedScalar {
 /// The scalar at the start of `text`, which must not be empty.
 DecodedScalar decodeFirst(std::string_view text);
 
+/// True if every byte of `text` is ASCII.
+bool isASCII(std::string_view text);
+
 /// True if all of `text` is UTF-8.
 bool isValid(std::string_view text);
 

@@ -36,7 +36,7 @@ std::optional<Bytes> bytesOfInteger(const IntegerType& type, std::string_view te
 }
 
 std::optional<Bytes> bytesOfCharacter(std::string_view text) {
-  if (text.size() != 1 || static_cast<unsigned char>(text.front()) >= 0x80) return std::nullopt;
+  if (text.size() != 1 || !Unicode::isASCII(text)) return std::nullopt;
   return Bytes{static_cast<std::uint8_t>(text.front())};
 }
 

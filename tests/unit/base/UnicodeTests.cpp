@@ -179,5 +179,18 @@ TEST(Unicode, tellsWhetherATextIsUtf8) {
   }
 }
 
+TEST(Unicode, tellsAsciiAtEveryPlace) {
+  EXPECT_TRUE(Unicode::isASCII(""));
+  for (std::size_t length = 1; length < 40; ++length) {
+    std::string text(length, '\x7F');
+    EXPECT_TRUE(Unicode::isASCII(text)) << length;
+    for (char& character : text) {
+      character = '\x80';
+      EXPECT_FALSE(Unicode::isASCII(text)) << length;
+      character = '\0';
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quillmor
