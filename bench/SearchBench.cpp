@@ -36,7 +36,7 @@ namespace {
 using quillmor::ByteBuffer;
 using quillmor::kMiB;
 using quillmor::Matcher;
-using quillmor::ScanPath;
+using quillmor::ScanKernel;
 using quillmor::ScopedSearchLimits;
 using quillmor::SearchLimits;
 using quillmor::WildcardHexPattern;
@@ -48,16 +48,11 @@ constexpr std::int64_t kCached = 512 * 1024;
 enum class Data { random, text, zeros, frequent };
 /// A byte that none of the documents has.
 constexpr std::uint8_t kAbsentByte = 0xA7;
-constexpr ScanPath kAllPaths[] = {ScanPath::avx2, ScanPath::sse2, ScanPath::portable};
 constexpr std::string_view kWildcards[] = {"F0 ?? E6 0F", "AA ?? BB ?? CC"};
 constexpr Data kAllData[] = {Data::random, Data::text, Data::zeros};
 
 const char* nameOf(Data data) {
   return data == Data::random ? "random" : data == Data::text ? "text" : "zeros";
-}
-
-const char* nameOf(ScanPath path) {
-  return path == ScanPath::avx2 ? "avx2" : path == ScanPath::sse2 ? "sse2" : "portable";
 }
 
 std::int64_t documentSize() {
@@ -245,13 +240,9 @@ void add(const std::string& name, void (*function)(benchmark::State&, Arguments.
       ->Unit(benchmark::kMillisecond);
 }
 
-SearchLimits limitsOf(ScanPath path) {
-  return {.kernel = &quillmor::scanKernel(path)};
-}
-
-void addAbsent(Data data, ScanPath path) {
-  const SearchLimits limits = limitsOf(path);
-  const std::string prefix = std::string(nameOf(data)) + "/" + nameOf(path) + "/absent";
+void addAbsent(Data data, const ScanKernel* kernel) {
+  const SearchLimits limits = {.kernel = kernel};
+  const std::string prefix = std::string(nameOf(data)) + "/" + kernel->name + "/absent";
   for (const std::size_t length : {8, 15}) {
     const Bytes needle = absentNeedle(data, length);
     const std::string name = prefix + std::to_string(length);
@@ -266,12 +257,12 @@ void addAbsent(Data data, ScanPath path) {
 }
 
 /// All matches of a needle that is there every 170 bytes or so, one call for each.
-void countFrequent(benchmark::State& state, ScanPath path) {
+void countFrequent(benchmark::State& state, const ScanKernel* kernel) {
   for (auto _ : state) {
     const View bytes = document(Data::frequent);
     std::int64_t count = 0;
     const double seconds = bestSeconds(3, [&] {
-      const ScopedSearchLimits scope(limitsOf(path));
+      const ScopedSearchLimits scope({.kernel = kernel});
       const Bytes needle = bytesOf("q.");
       Matcher matcher(needle, false);
       count = 0;
@@ -285,12 +276,12 @@ void countFrequent(benchmark::State& state, ScanPath path) {
 }
 
 /// The same matches, many for each call.
-void collectFrequent(benchmark::State& state, ScanPath path) {
+void collectFrequent(benchmark::State& state, const ScanKernel* kernel) {
   for (auto _ : state) {
     const View bytes = document(Data::frequent);
     std::int64_t count = 0;
     const double seconds = bestSeconds(3, [&] {
-      const ScopedSearchLimits scope(limitsOf(path));
+      const ScopedSearchLimits scope({.kernel = kernel});
       const Bytes needle = bytesOf("q.");
       Matcher matcher(needle, false);
       quillmor::MatchList list;
@@ -316,11 +307,11 @@ Search wildcardSearch(std::string_view text, const SearchLimits& limits) {
   };
 }
 
-void addWildcards(Data data, ScanPath path) {
-  const std::string prefix = std::string(nameOf(data)) + "/" + nameOf(path) + "/wildcard/";
+void addWildcards(Data data, const ScanKernel* kernel) {
+  const std::string prefix = std::string(nameOf(data)) + "/" + kernel->name + "/wildcard/";
   for (const std::string_view text : kWildcards) {
     add<Data, const Search&>(prefix + std::string(text, 0, 2), absent, data,
-                             wildcardSearch(text, limitsOf(path)));
+                             wildcardSearch(text, {.kernel = kernel}));
   }
 }
 
@@ -507,16 +498,15 @@ const bool isRegistered = [] {
     }
     add<Data, double (*)(View)>(name + "/memchr", yardstick, data, memchrSeconds);
     add<Data, double (*)(View)>(name + "/memcpy", yardstick, data, memcpySeconds);
-    for (const ScanPath path : kAllPaths) {
-      if (!isAvailable(path)) continue;
-      addAbsent(data, path);
-      addWildcards(data, path);
+    for (const ScanKernel* const kernel : quillmor::availableScanKernels()) {
+      addAbsent(data, kernel);
+      addWildcards(data, kernel);
     }
   }
-  for (const ScanPath path : kAllPaths) {
-    if (!isAvailable(path)) continue;
-    add<ScanPath>(std::string("frequent/") + nameOf(path), countFrequent, path);
-    add<ScanPath>(std::string("frequent/") + nameOf(path) + "/collected", collectFrequent, path);
+  for (const ScanKernel* const kernel : quillmor::availableScanKernels()) {
+    add<const ScanKernel*>(std::string("frequent/") + kernel->name, countFrequent, kernel);
+    add<const ScanKernel*>(std::string("frequent/") + kernel->name + "/collected", collectFrequent,
+                           kernel);
   }
   addHostileNeedles();
   addHostilePatterns();

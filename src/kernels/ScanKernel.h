@@ -2,17 +2,9 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace quillmor {
-
-/// The ways the bytes of a haystack can be scanned. All give the same answers.
-enum class ScanPath { portable, sse2, avx2 };
-
-/// The fastest path this machine has; found out once.
-ScanPath fastestScanPath();
-
-/// True if this program holds the path and this machine can run it.
-bool isAvailable(ScanPath path);
 
 /// How the bytes of a pattern are compared with those of a haystack.
 enum class PatternKind {
@@ -121,16 +113,19 @@ struct ScanTask {
 using ScanFunction = ScanResult (*)(const ScanTask& task, std::int64_t from, std::int64_t through,
                                     ScanState& state);
 
-/// The scan functions of one path, one per direction.
+/// The scan functions of one variant, one per direction. All variants give the same answers.
 struct ScanKernel {
+  const char* name = nullptr;  ///< null where the program was built for another processor
   ScanFunction forward = nullptr;
   ScanFunction backward = nullptr;
 };
 
-/// The kernel of a path that is available.
-const ScanKernel& scanKernel(ScanPath path);
+/// The fastest kernel that this processor runs; found out once.
+const ScanKernel& fastestScanKernel();
 
-/// The kernels themselves. Without functions where the program was built for another processor.
+/// All kernels that this processor runs, the portable one first.
+std::vector<const ScanKernel*> availableScanKernels();
+
 extern const ScanKernel portableScanKernel;
 extern const ScanKernel sse2ScanKernel;
 extern const ScanKernel avx2ScanKernel;

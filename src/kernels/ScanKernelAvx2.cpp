@@ -44,7 +44,7 @@ struct Avx2Lanes {
 
 }  // namespace
 
-constinit const ScanKernel avx2ScanKernel = ScanLoops<Avx2Lanes>::kKernel;
+constinit const ScanKernel avx2ScanKernel = ScanLoops<Avx2Lanes>::kernel("avx2");
 
 }  // namespace quillmor
 

@@ -33,6 +33,6 @@ struct WordLanes {
 
 }  // namespace
 
-constinit const ScanKernel portableScanKernel = ScanLoops<WordLanes>::kKernel;
+constinit const ScanKernel portableScanKernel = ScanLoops<WordLanes>::kernel("portable");
 
 }  // namespace quillmor

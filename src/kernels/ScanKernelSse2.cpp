@@ -40,7 +40,7 @@ struct Sse2Lanes {
 
 }  // namespace
 
-constinit const ScanKernel sse2ScanKernel = ScanLoops<Sse2Lanes>::kKernel;
+constinit const ScanKernel sse2ScanKernel = ScanLoops<Sse2Lanes>::kernel("sse2");
 
 }  // namespace quillmor
 

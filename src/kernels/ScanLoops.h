@@ -30,13 +30,13 @@ struct ByteWord {
   }
 };
 
-/// The scan of one haystack, the same for every path. `Lanes` has the path's operations on a block
-/// of neighbouring bytes. Every path has its own such type, known in its own file only: so no
-/// function compiled for one processor is linked in the place of that for another.
+/// The scan of one haystack, the same for every variant. `Lanes` has a variant's operations on a
+/// block of neighbouring bytes. Each variant has its own such type, known in its own file only: so
+/// no function compiled for one processor is linked in the place of that for another.
 ///
 /// A block is the comparison of one pattern position with `Lanes::kCount` neighbouring positions of
-/// the haystack. Lanes that are 0 fit. Blocks of several pattern positions are combined, so that
-/// only candidates that fit all the probes are ever compared byte by byte.
+/// the haystack. Lanes that are 0 fit. Blocks of several pattern positions are combined: only
+/// candidates that fit all the probes are compared.
 template <class Lanes, PatternKind kKind, bool kHasOneProbe>
 class Scan {
  public:
@@ -120,8 +120,7 @@ class Scan {
 
   Block difference(std::int64_t at) const { return difference(at, Lanes::load(firstAt_ + at)); }
 
-  /// How far before `at` the first probe's bytes lie as blocks are best loaded. Going there looks
-  /// again at a few positions that were passed already.
+  /// How far before `at` the first probe's bytes are aligned. A few positions are looked at twice.
   std::int64_t misalignment(std::int64_t at) const {
     return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(firstAt_ + at) %
                                      static_cast<std::uintptr_t>(Lanes::kCount));
@@ -367,7 +366,7 @@ class Scan {
   ScanResult result_;
 };
 
-/// The scan functions of one path.
+/// The scan functions of one variant.
 template <class Lanes>
 struct ScanLoops {
   template <PatternKind kKind, bool kIsForward>
@@ -394,7 +393,7 @@ struct ScanLoops {
     return scanKind<PatternKind::exact, kIsForward>(task, from, through, state);
   }
 
-  static constexpr ScanKernel kKernel = {.forward = scan<true>, .backward = scan<false>};
+  static constexpr ScanKernel kernel(const char* name) { return {name, scan<true>, scan<false>}; }
 };
 
 }  // namespace quillmor

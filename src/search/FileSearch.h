@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/ByteUnits.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
@@ -21,7 +22,7 @@ struct FileSearchStart {
 
 /// How many bytes of a file a thread reads and searches at a time: few enough to stay in a core's
 /// own cache in between.
-inline constexpr std::int64_t kSearchedFilePieceBytes = std::int64_t{512} * 1024;
+inline constexpr std::int64_t kSearchedFilePieceBytes = 512 * kKiB;
 
 /// Returns what `nextMatch` finds in a file of at most `maximumByteCount` bytes. Several threads
 /// read it as far as needed and keep nothing, so it takes a few MiB of memory. Fails as reading the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
@@ -11,10 +12,10 @@ namespace {
 
 /// Bytes looked at between two checks: a few milliseconds even where data and candidate are made to
 /// be slow to tell apart.
-constexpr std::int64_t kWorkBetweenChecks = std::int64_t{1024} * 1024;
+constexpr std::int64_t kWorkBetweenChecks = kMiB;
 
-constexpr std::int64_t kPieceOfOneCandidate = std::int64_t{4} * 1024 * 1024;
-constexpr std::int64_t kPieceOfSeveral = std::int64_t{256} * 1024;
+constexpr std::int64_t kPieceOfOneCandidate = 4 * kMiB;
+constexpr std::int64_t kPieceOfSeveral = 256 * kKiB;
 
 constexpr std::int64_t kNowhere = kMaxInt64;
 

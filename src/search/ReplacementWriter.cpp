@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ByteBlock.h"
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "base/SaturatingMath.h"
 
@@ -16,7 +17,7 @@ namespace {
 constexpr int kReplaceAllFailed = 2201;
 
 /// Bytes written between two questions whether to stop.
-constexpr std::int64_t kWorkBetweenReports = std::int64_t{1024} * 1024;
+constexpr std::int64_t kWorkBetweenReports = kMiB;
 
 }  // namespace
 

@@ -6,15 +6,13 @@ namespace quillmor {
 
 std::vector<SearchLimits> everyKernel() {
   std::vector<SearchLimits> all;
-  for (const ScanPath path : {ScanPath::portable, ScanPath::sse2, ScanPath::avx2}) {
-    if (isAvailable(path)) all.push_back({.kernel = &scanKernel(path)});
-  }
+  for (const ScanKernel* const kernel : availableScanKernels()) all.push_back({.kernel = kernel});
   return all;
 }
 
 std::vector<SearchLimits> everyKindOfLimits() {
   std::vector<SearchLimits> all = everyKernel();
-  all.push_back({.kernel = &scanKernel(ScanPath::portable), .workBudget = 40});
+  all.push_back({.kernel = &portableScanKernel, .workBudget = 40});
   all.push_back({.workBudget = 40});
   all.push_back({.workBudget = 0});
   return all;

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor {
 
 namespace {
@@ -106,7 +108,7 @@ ScanFilter filterOf(const PatternView& pattern, const std::vector<ScanProbe>& pr
 
 /// How many bytes of a pattern are looked at for values that are rare in the sample: what takes a
 /// few milliseconds.
-constexpr std::int64_t kExaminedBytes = std::int64_t{1024} * 1024;
+constexpr std::int64_t kExaminedBytes = kMiB;
 
 constexpr std::int64_t kSampledPositions = 1024;
 constexpr std::int64_t kPiece = 64;

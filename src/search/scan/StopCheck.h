@@ -4,6 +4,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "base/ByteUnits.h"
 #include "base/TaskProgress.h"
 
 namespace quillmor {
@@ -13,7 +14,7 @@ namespace quillmor {
 class StopCheck {
  public:
   /// How many bytes may be looked at between two checks: a few milliseconds even for hostile data.
-  static constexpr std::int64_t kInterval = std::int64_t{1024} * 1024;
+  static constexpr std::int64_t kInterval = kMiB;
 
   StopCheck() = default;
 

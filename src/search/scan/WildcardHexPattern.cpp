@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "base/ByteUnits.h"
 #include "base/HexText.h"
 #include "base/Unicode.h"
 
@@ -57,7 +58,7 @@ class PairCollector {
 
 using ByteCounts = std::array<std::int64_t, 256>;
 
-constexpr std::size_t kCountedPiece = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t kCountedPiece = 4 * kMiB;
 
 /// Four tables in turn, since counting the same byte twice in a row would wait for memory.
 void addCounts(std::span<const std::uint8_t> bytes, ByteCounts& counts) {

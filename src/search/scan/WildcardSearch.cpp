@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ByteUnits.h"
 #include "search/scan/ByteSearch.h"
 #include "search/scan/PatternScanner.h"
 #include "search/scan/SearchLimits.h"
@@ -13,7 +14,7 @@ namespace {
 
 using Outcome = ScanResult::Outcome;
 
-constexpr std::int64_t kPiece = std::int64_t{4} * 1024 * 1024;
+constexpr std::int64_t kPiece = 4 * kMiB;
 /// The kernels look at so many positions at a time.
 constexpr std::int64_t kScannedTogether = 64;
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/ByteUnits.h"
 #include "base/HexText.h"
 #include "base/HugePages.h"
 
@@ -16,7 +17,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 /// The separators skipped between two looks at the stop request.
-constexpr std::ptrdiff_t kMostSeparators = std::ptrdiff_t{1024} * 1024;
+constexpr std::ptrdiff_t kMostSeparators = kMiB;
 
 /// Marks what is no digit in the digit tables: beyond all bytes, whatever it is combined with.
 constexpr std::uint16_t kNoDigit = 0x100;

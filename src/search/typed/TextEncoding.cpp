@@ -1,19 +1,13 @@
 #include "search/typed/TextEncoding.h"
 
-#include <algorithm>
-
 #include "base/Unicode.h"
+#include "search/typed/AsciiHexBytes.h"
 
 namespace quillmor {
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
 
 void appendUnit(char32_t unit, bool isLittleEndian, Bytes& bytes) {
   const auto low = static_cast<std::uint8_t>(unit);
@@ -50,7 +44,7 @@ std::optional<Bytes> bytesForText(std::string_view text, SearchTextEncoding enco
     case SearchTextEncoding::utf16BigEndian:
       return utf16Bytes(text, false);
     case SearchTextEncoding::ascii:
-      if (!isAscii(text)) return std::nullopt;
+      if (!HexParser::isAscii(text)) return std::nullopt;
       break;
     case SearchTextEncoding::editor:
     case SearchTextEncoding::utf8:

@@ -51,11 +51,7 @@ class ByteSearchTest : public testing::TestWithParam<SearchLimits> {
 };
 
 std::string nameOfLimits(const testing::TestParamInfo<SearchLimits>& info) {
-  const ScanKernel* const kernel = info.param.kernel;
-  const std::string_view name = kernel == &avx2ScanKernel   ? "avx2"
-                                : kernel == &sse2ScanKernel ? "sse2"
-                                                            : "portable";
-  return std::string(name) + "Budget" + std::to_string(info.param.workBudget);
+  return std::string(info.param.kernel->name) + "Budget" + std::to_string(info.param.workBudget);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryWay, ByteSearchTest, testing::ValuesIn(everyKindOfLimits()),
