@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "base/ByteUnits.h"
+
 namespace quillmor::QuillmorResourceLimits {
 namespace {
 
@@ -24,7 +26,7 @@ std::int64_t maximumDocumentByteCount() {
 
 std::int64_t maximumDocumentByteCountFor(std::uint64_t physicalMemory) {
   constexpr std::uint64_t kLowMemoryLimit = 268435456;
-  constexpr std::uint64_t kHighestLimit = 1073741824;
+  constexpr std::uint64_t kHighestLimit = static_cast<std::uint64_t>(kGiB);
   if ((physicalMemory >> 32) == 0) return kLowMemoryLimit;
   return static_cast<std::int64_t>(std::min(physicalMemory >> 4, kHighestLimit));
 }

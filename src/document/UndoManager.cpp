@@ -3,6 +3,7 @@
 #include <iterator>
 #include <utility>
 
+#include "base/ByteUnits.h"
 #include "base/Check.h"
 
 namespace quillmor {
@@ -120,11 +121,9 @@ void UndoManager::notify(Event event) const {
 }
 
 int undoLevelCap(std::int64_t maximumDocumentByteCount) {
-  constexpr std::int64_t kBytesPerLevel = 67108864;
-  if (maximumDocumentByteCount >= 1073741824) return 16;
-  if (maximumDocumentByteCount > 268435455) {
-    return static_cast<int>(maximumDocumentByteCount / kBytesPerLevel);
-  }
+  if (maximumDocumentByteCount >= kGiB) return 16;
+  if (maximumDocumentByteCount >= 256 * kMiB)
+    return static_cast<int>(maximumDocumentByteCount / (64 * kMiB));
   return 4;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "document/Bookmarks.h"
 #include "document/HexSelection.h"
 #include "document/HexStorage.h"
@@ -61,7 +62,7 @@ class UndoRecordsEditor {
 class UndoRecords {
  public:
   /// The most bytes that one record may hold.
-  static constexpr std::int64_t maxUndoSnapshotBytes = 67108864;
+  static constexpr std::int64_t maxUndoSnapshotBytes = 64 * kMiB;
 
   /// `storage` returns the current storage, since a document may replace it. `manager` may be null
   /// for a document without undo. All references outlive this object.

@@ -33,12 +33,12 @@ std::string replacedText(std::int64_t count) {
                    : "No matches were replaced.";
 }
 
-std::string reasonForNoCandidates(const SearchRequest& request) {
+std::string refusalOfSearch(const SearchRequest& request) {
   if (request.searchText.empty()) return std::string(kNothingToSearchFor);
   return unreadableText("The search text", request.mode);
 }
 
-std::string reasonForNoReplacement(SearchMode mode) {
+std::string refusalOfReplacement(SearchMode mode) {
   const bool isNumber =
       mode == SearchMode::integerNumber || mode == SearchMode::floatingPointNumber;
   // A number of the right form may still need more bytes than the match has.

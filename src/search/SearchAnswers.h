@@ -25,10 +25,10 @@ inline constexpr std::string_view kNoMatch = "No match found.";
 inline constexpr std::string_view kNothingToSearchFor = "Nothing to search for was entered.";
 
 /// Says why a request has no candidates.
-std::string reasonForNoCandidates(const SearchRequest& request);
+std::string refusalOfSearch(const SearchRequest& request);
 
 /// Says why a match has no replacement in a search of this mode.
-std::string reasonForNoReplacement(SearchMode mode);
+std::string refusalOfReplacement(SearchMode mode);
 
 /// Says that `input` ("The search text") cannot be read in this mode.
 std::string unreadableText(std::string_view input, SearchMode mode);

@@ -74,7 +74,7 @@ std::vector<std::int64_t> EntropyCurve::offsetTicks() const {
 }
 
 std::string EntropyCurve::description(std::int64_t chunk) const {
-  return "0x" + uppercaseHex(offsetOf(chunk), 8) + ": " + bitsPerByteText(entropyOf(chunk));
+  return offsetText(offsetOf(chunk)) + ": " + bitsPerByteText(entropyOf(chunk));
 }
 
 std::string EntropyCurve::summary() const {

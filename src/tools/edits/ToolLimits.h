@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/ByteUnits.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
@@ -10,10 +11,10 @@ namespace quillmor {
 // The safety limits of the tools, wherever they are used. Sizes are bytes.
 
 /// The most bytes that are turned into clipboard text.
-inline constexpr std::int64_t maxClipboardTextSourceBytes = 16'777'216;
-inline constexpr std::int64_t maxBookmarkImportBytes = 8'388'608;
-inline constexpr std::int64_t maxPatchDataBytes = 16'777'216;
-inline constexpr std::int64_t maxJSONPresetBytes = 8'388'608;
+inline constexpr std::int64_t maxClipboardTextSourceBytes = 16 * kMiB;
+inline constexpr std::int64_t maxBookmarkImportBytes = 8 * kMiB;
+inline constexpr std::int64_t maxPatchDataBytes = 16 * kMiB;
+inline constexpr std::int64_t maxJSONPresetBytes = 8 * kMiB;
 
 /// The text around the numbers and bytes of a patch file.
 inline constexpr std::string_view kPatchTemplate = "QuillmorPatch 1\nOFFSET 0x\nDATA \n";

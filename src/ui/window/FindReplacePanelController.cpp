@@ -113,7 +113,7 @@ std::optional<SearchRequest> FindReplacePanelController::buildRequest() const {
   return request;
 }
 
-std::string FindReplacePanelController::reasonForNoRequest() const {
+std::string FindReplacePanelController::refusalOfRequest() const {
   if (searchField_->isFull() || (replaceField_ && replaceField_->isFull()))
     return "The text is too long to be entered whole.";
   return std::string(kNothingToSearchFor);
@@ -151,7 +151,7 @@ void FindReplacePanelController::handOver(Operation operation) {
   const auto owner = hexWindowController_.lock();
   if (!owner || !owner->hasWindow()) return;
   const auto request = buildRequest();
-  if (!request) return owner->context().messages().refuse(reasonForNoRequest());
+  if (!request) return owner->context().messages().refuse(refusalOfRequest());
   remember(*request);
   // An alert of the operation runs the event loop, in which the panel may go.
   operation(*owner, *request);

@@ -55,7 +55,7 @@ class FindReplacePanelController : public QDialog {
   /// only white space in the modes that read numbers.
   std::optional<SearchRequest> buildRequest() const;
   /// The reason why `buildRequest` returns nothing.
-  std::string reasonForNoRequest() const;
+  std::string refusalOfRequest() const;
 
   /// Fills the controls from a request; a find panel has none for the replacement.
   void apply(const SearchRequest& request);

@@ -40,7 +40,7 @@ std::span<const CommandRow<BookmarkCommands>> BookmarkCommands::rows() {
 
 void BookmarkCommands::addBookmark() {
   const std::int64_t offset = session_.editor().caretOffset();
-  const std::string shown = "0x" + uppercaseHex(offset, 8) + ".";
+  const std::string shown = offsetText(offset) + ".";
   switch (session_.bookmarks().add(offset)) {
     case Bookmarks::AddResult::alreadyPresent:
       return messages_.alert(kTitle, "Bookmark already exists at " + shown);

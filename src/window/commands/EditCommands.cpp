@@ -1,5 +1,6 @@
 #include "window/commands/EditCommands.h"
 
+#include "base/ByteUnits.h"
 #include "base/HexText.h"
 #include "search/typed/TypedInput.h"
 
@@ -8,7 +9,7 @@ namespace quillmor {
 namespace {
 
 /// Clipboard text from this size on is read off the main thread.
-constexpr std::int64_t kBackgroundPasteBytes = 1'048'576;
+constexpr std::int64_t kBackgroundPasteBytes = kMiB;
 
 constexpr const char* kCut = "Cut";
 constexpr const char* kCopy = "Copy";
@@ -174,14 +175,14 @@ void EditCommands::copySelectionAsText(ClipboardTextStyle style) {
 }
 
 void EditCommands::copyCurrentOffset() {
-  context_.platform().pasteboard.setText("0x" + uppercaseHex(session_.editor().caretOffset(), 8));
+  context_.platform().pasteboard.setText(offsetText(session_.editor().caretOffset()));
 }
 
 void EditCommands::copySelectionRange() {
   const HexSelection range = session_.selectedRange();
   if (range.length < 1) return messages_.alert(kCopyRange, "Select one or more bytes first.");
-  context_.platform().pasteboard.setText("0x" + uppercaseHex(range.start, 8) + " - 0x" +
-                                         uppercaseHex(range.start + range.length - 1, 8));
+  context_.platform().pasteboard.setText(offsetText(range.start) + " - " +
+                                         offsetText(range.start + range.length - 1));
 }
 
 void EditCommands::copyFilePath() {

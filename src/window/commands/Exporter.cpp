@@ -10,9 +10,9 @@ namespace quillmor {
 void Exporter::exportTo(const Texts& texts, Work work, const std::optional<FileLocation>& input) {
   const auto destination = context_.chooseDestination(texts.title, texts.suggestedName);
   if (!destination) return;
-  std::vector<FileLocation> protectedUrls = context_.documents().openDocumentURLs(nullptr);
-  if (input) protectedUrls.push_back(*input);
-  auto task = [work = std::move(work), target = ExportTarget{*destination, protectedUrls}](
+  std::vector<FileLocation> protectedURLs = context_.documents().openDocumentURLs(nullptr);
+  if (input) protectedURLs.push_back(*input);
+  auto task = [work = std::move(work), target = ExportTarget{*destination, protectedURLs}](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
     work(bytes, target, progress);
     return Done{};

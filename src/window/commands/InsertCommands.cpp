@@ -1,5 +1,6 @@
 #include "window/commands/InsertCommands.h"
 
+#include "base/ByteUnits.h"
 #include "fileaccess/StableReading.h"
 #include "search/typed/TypedInput.h"
 #include "tools/edits/RepeatedBytes.h"
@@ -19,10 +20,10 @@ constexpr const char* kInvalidRepeatCount = "Enter a valid repeat count.";
 constexpr const char* kNothingGenerated = "No bytes were generated.";
 
 /// Bytes made from this size on are made off the main thread.
-constexpr std::int64_t kBackgroundGenerationBytes = 1'048'576;
+constexpr std::int64_t kBackgroundGenerationBytes = kMiB;
 
 /// From this size on, bytes are inserted into a copy of the document off the main thread.
-constexpr std::int64_t kPreparedInsertionBytes = 1'048'576;
+constexpr std::int64_t kPreparedInsertionBytes = kMiB;
 
 /// A length beyond 64 bits is refused as the largest one is.
 std::int64_t repeatedLength(const PatternAndNumber& typed) {

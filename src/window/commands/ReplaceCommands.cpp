@@ -36,12 +36,12 @@ void ReplaceCommands::performReplace(const SearchRequest& request) {
 
 void ReplaceCommands::replaceAndFindNext(const SearchRequest& request) {
   const auto candidateList = candidates(request);
-  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(refusalOfSearch(request));
   bool advances = session_.selectedRange().length > 0;
   if (const auto match = selectionMatch(session_.bytes().span(), session_.selectedRange(), request,
                                         candidateList)) {
     const auto replacement = replacementBytes(request, match->candidate);
-    if (!replacement) return messages_.refuse(reasonForNoReplacement(request.mode));
+    if (!replacement) return messages_.refuse(refusalOfReplacement(request.mode));
     if (!applyReplacement(*match, *replacement)) return;
     // Going forward, what a deleted match leaves at the caret may itself begin the next match.
     advances =
@@ -54,14 +54,13 @@ void ReplaceCommands::replaceAndFindNext(const SearchRequest& request) {
 /// Puts `replacement` in the place of `match`; false when the document may not grow so far.
 bool ReplaceCommands::applyReplacement(const SearchMatch& match,
                                        std::span<const std::uint8_t> replacement) {
-  const auto length = static_cast<std::int64_t>(match.bytes.size());
+  const std::int64_t length = std::ssize(match.bytes);
   const HexSelection matched{match.offset, length};
   if (std::ranges::equal(match.bytes, replacement)) {
     session_.moveCaret({match.offset + length, matched});
     return true;
   }
-  if (!session_.editor().canApplyEdit(length, static_cast<std::int64_t>(replacement.size())))
-    return false;
+  if (!session_.editor().canApplyEdit(length, std::ssize(replacement))) return false;
   session_.moveCaret({match.offset, matched});
   session_.editor().replaceSelection(replacement);
   return true;
@@ -75,9 +74,9 @@ void ReplaceCommands::performReplaceAll(const SearchRequest& request) {
 
 void ReplaceCommands::startReplaceAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(refusalOfSearch(request));
   auto table = replacementTable(request, candidateList);
-  if (!table) return messages_.refuse(reasonForNoReplacement(request.mode));
+  if (!table) return messages_.refuse(refusalOfReplacement(request.mode));
   searching_.setLastSearchRequest(request);
   const std::int64_t room =
       std::max<std::int64_t>(session_.editor().maximumByteCount() - session_.byteCount(), 0);

@@ -99,7 +99,7 @@ void SearchCommands::startSearch(const SearchRequest& request, bool advanceFromC
                                 .selection = session_.selectedRange(),
                                 .byteCount = session_.byteCount()});
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(refusalOfSearch(request));
   if (!plan) return messages_.refuse(std::string(kNoMatch));
   using Match = std::optional<SearchMatch>;
   auto work = [request, plan = *plan, candidateList = std::move(candidateList)](
@@ -123,7 +123,7 @@ void SearchCommands::performSearchAll(const SearchRequest& request) {
 
 void SearchCommands::startSearchAll(const SearchRequest& request) {
   auto candidateList = candidates(request);
-  if (candidateList.empty()) return messages_.refuse(reasonForNoCandidates(request));
+  if (candidateList.empty()) return messages_.refuse(refusalOfSearch(request));
   lastSearchRequest_ = request;
   auto work = [request, candidateList = std::move(candidateList)](
                   const ByteBuffer& bytes, HexSelection, TaskProgress& progress) {
@@ -139,7 +139,7 @@ void SearchCommands::startSearchAll(const SearchRequest& request) {
 }
 
 void SearchCommands::selectMatch(const SearchMatch& match) {
-  session_.goTo({match.offset, {match.offset, static_cast<std::int64_t>(match.bytes.size())}});
+  session_.goTo({match.offset, {match.offset, std::ssize(match.bytes)}});
 }
 
 void SearchCommands::showCount(std::int64_t count, const std::string& title,

@@ -14,7 +14,7 @@ namespace {
 void copyPart(std::span<std::uint8_t> to, std::int64_t begin, std::int64_t end, std::int64_t place,
               std::span<const std::uint8_t> from) {
   const std::int64_t first = std::max(begin, place);
-  const std::int64_t last = std::min(end, place + static_cast<std::int64_t>(from.size()));
+  const std::int64_t last = std::min(end, place + std::ssize(from));
   if (first >= last) return;
   std::memcpy(to.data() + first, from.data() + (first - place),
               static_cast<std::size_t>(last - first));

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/ByteBuffer.h"
+#include "base/ByteUnits.h"
 #include "base/Error.h"
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
@@ -23,7 +24,7 @@ struct SelectionMutation {
 
 /// The largest range that is written into the document in place: a few milliseconds, where a copy
 /// of the whole document would take its memory once more.
-inline constexpr std::int64_t kLargestRangeWrittenInPlace = std::int64_t{32} * 1024 * 1024;
+inline constexpr std::int64_t kLargestRangeWrittenInPlace = 32 * kMiB;
 
 /// 411: the range that a command works on no longer exists.
 Error rangeChangedError();
