@@ -10,23 +10,21 @@ namespace quillmor {
 enum class PatternKind {
   exact,   ///< equal
   folded,  ///< equal, or the same ASCII letter in the other case
-  masked,  ///< equal at some positions, any byte at the others
+  masked,  ///< equal in the bits that the mask has
 };
 
 /// Bytes to be found, which somebody else owns.
 struct PatternView {
   const std::uint8_t* values = nullptr;
+  /// For `PatternKind::masked` one mask for each value, else unused: 0xFF for a byte that must be
+  /// equal; 0, with a value of 0, for one that may be any.
+  const std::uint8_t* masks = nullptr;
+  /// For a `PatternKind::masked` that asks for few bytes, the places of these, increasing; else
+  /// none.
+  const std::int64_t* sparseOffsets = nullptr;
+  std::int64_t sparseCount = 0;
   std::int64_t length = 0;  ///< 1 or more
   PatternKind kind = PatternKind::exact;
-  /// For `PatternKind::masked` the positions whose values are asked for, increasing; else unused.
-  const std::int64_t* offsets = nullptr;
-  std::int64_t offsetCount = 0;  ///< 1 or more
-
-  /// How many values are asked for, and where the one at `index` stands.
-  std::int64_t concreteCount() const { return kind == PatternKind::masked ? offsetCount : length; }
-  std::int64_t concreteOffset(std::int64_t index) const {
-    return kind == PatternKind::masked ? offsets[index] : index;
-  }
 };
 
 /// One position of a pattern, as looked for while scanning: `(byte & mask) == value`.
@@ -53,6 +51,16 @@ struct ScanFilter {
 /// The cost of beginning to compare a candidate, in comparisons of one byte.
 inline constexpr std::int64_t kCandidateCost = 16;
 
+/// Bits before the first one of a row of a `FitTable`: as many as there are positions that are
+/// looked at together.
+inline constexpr std::int64_t kFitMargin = 64;
+
+/// A byte of the haystack that has been in the way of a match.
+struct Culprit {
+  std::int64_t position = 0;
+  const std::uint64_t* fits = nullptr;  ///< the row of its value
+};
+
 /// What a scan has learnt from those before it, and how much it may still do.
 struct ScanState {
   /// Comparisons that may be made in vain beyond those that the credit pays for, in sixteenths.
@@ -62,8 +70,13 @@ struct ScanState {
   std::int64_t credit = 0;
   /// Where in the pattern the last comparison failed; it is compared first.
   std::int64_t failedOffset = 0;
-  /// The same for a masked pattern, whose bytes are compared in batches.
-  std::int64_t failedBatch = 0;
+  /// The bytes that comparisons with a masked pattern failed at, the newest last. Each ruins one
+  /// candidate after another, so they are looked at before these are compared.
+  Culprit* culprits = nullptr;
+  int culpritLimit = 0;  ///< how many there is room for
+  int culpritCount = 0;
+  /// With a limit of 1 or more the rows of the pattern's `FitTable`.
+  const std::uint64_t* const* fits = nullptr;
 };
 
 struct ScanResult {

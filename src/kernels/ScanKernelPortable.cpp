@@ -15,11 +15,7 @@ struct WordLanes {
   static Block both(Block a, Block b) { return a & b; }
   static Block either(Block a, Block b) { return a | b; }
   static Block differing(Block a, Block b) { return a ^ b; }
-  /// 0x80 in every byte that is 0, else 0. No byte's carry reaches its neighbour.
-  static Block zeros(Block block) {
-    constexpr Block kLowBits = ~ByteWord::kHighBits;
-    return ~(((block & kLowBits) + kLowBits) | block | kLowBits);
-  }
+  static Block zeros(Block block) { return ByteWord::zeroBytes(block); }
   static bool anyZero(Block a, Block b, Block c, Block d) {
     // Shorter than `zeros`, as it need not say which byte it is.
     const auto borrowed = [](Block block) { return (block - ByteWord::kOnes) & ~block; };

@@ -52,8 +52,25 @@ PatternScanner::PatternScanner(const PatternView& pattern)
   enterStage(0);
 }
 
+/// Makes room for culprits, which ordinary data has no need of.
+void PatternScanner::prepareForCulprits() {
+  if (fits_ || pattern_.kind != PatternKind::masked) return;
+  fits_ = std::make_unique<const FitTable>(pattern_);
+  // Looking at them takes a part of the time that comparing all bytes would take.
+  constexpr std::int64_t kBytesForEach = 4;
+  constexpr std::int64_t kMost = 1024;
+  std::int64_t bytes = 0;
+  for (std::int64_t at = 0; at < pattern_.length; ++at) bytes += isConcrete(pattern_, at) ? 1 : 0;
+  culprits_.resize(
+      static_cast<std::size_t>(std::clamp<std::int64_t>(bytes / kBytesForEach, 8, kMost)));
+  state_.culprits = culprits_.data();
+  state_.culpritLimit = static_cast<int>(culprits_.size());
+  state_.fits = fits_->rows();
+}
+
 void PatternScanner::enterStage(int stage) {
   stage_ = workBudget_ == 0 ? kLastStage : stage;
+  if (stage_ > 0) prepareForCulprits();
   std::int64_t comparisons = workBudget_;
   state_.credit = kLastCredit;
   if (stage_ < kLastStage) {

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "kernels/ScanKernel.h"
+#include "search/scan/FitTable.h"
 #include "search/scan/StopCheck.h"
 
 namespace quillmor {
@@ -54,12 +57,15 @@ class PatternScanner {
   ScanResult scan(std::span<const std::uint8_t> haystack, std::int64_t from, std::int64_t through,
                   StopCheck check, MatchList* list = nullptr);
   ScanTask taskFor(std::span<const std::uint8_t> haystack, MatchList* list) const;
+  void prepareForCulprits();
   void enterStage(int stage);
 
   PatternView pattern_;
   const ScanKernel* kernel_;
   std::int64_t workBudget_;
   ScanFilter filter_;
+  std::unique_ptr<const FitTable> fits_;
+  std::vector<Culprit> culprits_;  // what `state_` has room in
   ScanState state_;
   int stage_ = 0;
   std::int64_t greatestAllowance_ = 0;

@@ -46,9 +46,7 @@ constexpr Counts kUsualCounts = [] {
   return counts;
 }();
 
-/// The probe for the byte at `index` among those asked for.
-ScanProbe probeAt(const PatternView& pattern, std::int64_t index) {
-  const std::int64_t offset = pattern.concreteOffset(index);
+ScanProbe probeAt(const PatternView& pattern, std::int64_t offset) {
   const std::uint8_t value = pattern.values[offset];
   if (pattern.kind == PatternKind::folded && isLetter(value)) {
     return {offset, static_cast<std::uint8_t>(value & 0xDF), 0xDF};
@@ -64,11 +62,14 @@ std::uint32_t countOf(const ScanProbe& probe, const Counts& counts) {
 /// The first and the last positions that ask for a byte, up to `kEndPositions` of each.
 std::vector<ScanProbe> probesAtEnds(const PatternView& pattern) {
   std::vector<ScanProbe> probes;
-  const std::int64_t count = pattern.concreteCount();
-  const std::int64_t front = std::min(count, kEndPositions);
-  const std::int64_t back = std::max(front, count - kEndPositions);
-  for (std::int64_t i = 0; i < front; ++i) probes.push_back(probeAt(pattern, i));
-  for (std::int64_t i = count - 1; i >= back; --i) probes.push_back(probeAt(pattern, i));
+  std::int64_t front = 0;
+  for (; front < pattern.length && std::ssize(probes) < kEndPositions; ++front) {
+    if (isConcrete(pattern, front)) probes.push_back(probeAt(pattern, front));
+  }
+  for (std::int64_t back = pattern.length - 1;
+       back >= front && std::ssize(probes) < 2 * kEndPositions; --back) {
+    if (isConcrete(pattern, back)) probes.push_back(probeAt(pattern, back));
+  }
   return probes;
 }
 
@@ -102,13 +103,17 @@ ScanFilter filterOf(const PatternView& pattern, const std::vector<ScanProbe>& pr
   ScanFilter filter;
   filter.count = static_cast<int>(std::min(probes.size(), filter.probes.size()));
   std::copy_n(probes.begin(), filter.count, filter.probes.begin());
-  filter.provesMatch = pattern.concreteCount() <= filter.count;
+  std::int64_t concrete = 0;
+  for (std::int64_t at = 0; at < pattern.length && concrete <= kMaxProbes; ++at) {
+    if (isConcrete(pattern, at)) ++concrete;
+  }
+  filter.provesMatch = concrete <= filter.count;
   return filter;
 }
 
-/// How many bytes of a pattern are looked at for values that are rare in the sample: what takes a
-/// few milliseconds.
-constexpr std::int64_t kExaminedBytes = kMiB;
+/// The positions of a pattern that are examined for values that are rare in the sample: a few
+/// milliseconds of work.
+constexpr std::int64_t kExaminedPositions = kMiB;
 
 constexpr std::int64_t kSampledPositions = 1024;
 constexpr std::int64_t kPiece = 64;
@@ -157,37 +162,32 @@ Fits fitsOf(const ScanProbe& probe, const std::uint8_t* haystack,
   return fits;
 }
 
-/// The index of the byte asked for at `offset`, or of the next one.
-std::int64_t indexOf(const PatternView& pattern, std::int64_t offset) {
-  if (pattern.kind != PatternKind::masked) return offset;
-  const std::span offsets(pattern.offsets, static_cast<std::size_t>(pattern.offsetCount));
-  return std::ranges::lower_bound(offsets, offset) - offsets.begin();
-}
-
 /// The probes worth trying on a sample: the first position of each value that is rare in it, where
 /// the comparison failed, the ends and places between them.
 std::vector<ScanProbe> probesWorthTrying(const PatternView& pattern, const Counts& counts,
                                          std::int64_t failedOffset) {
   constexpr std::int64_t kRareValues = 10;
-  const std::int64_t count = pattern.concreteCount();
-  std::array<std::int64_t, 256> firstIndices{};
-  firstIndices.fill(-1);
-  for (std::int64_t i = std::min(count, kExaminedBytes) - 1; i >= 0; --i) {
-    firstIndices[probeAt(pattern, i).value] = i;
+  std::array<std::int64_t, 256> firstOffsets{};
+  firstOffsets.fill(-1);
+  for (std::int64_t at = std::min(pattern.length, kExaminedPositions) - 1; at >= 0; --at) {
+    if (isConcrete(pattern, at)) firstOffsets[probeAt(pattern, at).value] = at;
   }
   std::vector<ScanProbe> probes;
-  for (const std::int64_t index : firstIndices) {
-    if (index >= 0) probes.push_back(probeAt(pattern, index));
+  for (const std::int64_t offset : firstOffsets) {
+    if (offset >= 0) probes.push_back(probeAt(pattern, offset));
   }
   sortByCount(probes, counts);
   if (std::ssize(probes) > kRareValues) probes.resize(kRareValues);
-  const auto add = [&](const ScanProbe& probe) {
-    if (!hasOffset(probes, probe.offset)) probes.push_back(probe);
+  const auto add = [&](std::int64_t offset) {
+    while (offset < pattern.length && !isConcrete(pattern, offset)) ++offset;
+    if (offset < pattern.length && !hasOffset(probes, offset)) {
+      probes.push_back(probeAt(pattern, offset));
+    }
   };
-  add(probeAt(pattern, indexOf(pattern, failedOffset)));
+  add(failedOffset);
   for (std::int64_t i = 0; i < kMaxProbes; ++i) {
-    add(probeAt(pattern, (count - 1) / (kMaxProbes - 1) * i));
-    if (i < count && count <= std::int64_t{2} * kMaxProbes) add(probeAt(pattern, i));
+    add((pattern.length - 1) / (kMaxProbes - 1) * i);
+    if (pattern.length <= std::int64_t{2} * kMaxProbes) add(i);
   }
   return probes;
 }
@@ -227,6 +227,10 @@ std::vector<ScanProbe> mostSelective(std::vector<ScanProbe> probes, const std::u
 }
 
 }  // namespace
+
+bool isConcrete(const PatternView& pattern, std::int64_t offset) {
+  return pattern.kind != PatternKind::masked || pattern.masks[offset] != 0;
+}
 
 ScanFilter usualProbes(const PatternView& pattern) {
   std::vector<ScanProbe> probes = probesAtEnds(pattern);

@@ -7,6 +7,9 @@
 
 namespace quillmor {
 
+/// True if position `offset` of `pattern` asks for a certain byte.
+bool isConcrete(const PatternView& pattern, std::int64_t offset);
+
 /// Returns the best probes for data as it mostly is: positions of bytes that are rare in text,
 /// programs and images. Looks at a bounded number of positions.
 ScanFilter usualProbes(const PatternView& pattern);

@@ -96,12 +96,13 @@ std::optional<WildcardHexPattern> WildcardHexPattern::parse(std::string_view tex
 
 WildcardHexPattern::WildcardHexPattern(Bytes bytes) : bytes_(std::move(bytes)) {
   values_.reserve(bytes_.size());
+  masks_.reserve(bytes_.size());
   for (const auto& byte : bytes_) {
     values_.push_back(byte.value_or(0));
+    masks_.push_back(byte ? 0xFF : 0);
   }
   for (std::int64_t at = 0; at < length(); ++at) {
     if (!bytes_[static_cast<std::size_t>(at)]) continue;
-    offsets_.push_back(at);
     if (concreteRanges_.empty() || concreteRanges_.back().upperBound != at) {
       concreteRanges_.push_back({at, at});
     }
@@ -129,8 +130,11 @@ WildcardHexPattern::AnchorPlan WildcardHexPattern::anchorPlan(
                     .skippedRange = anchorRange_};
   }
   const ByteCounts counts = countsOf(haystack, progress);
-  const std::int64_t rarest = *std::ranges::min_element(
-      offsets_, {}, [&](std::int64_t offset) { return counts[byteAt(offset)]; });
+  std::int64_t rarest = anchorRange_->lowerBound;
+  for (std::int64_t at = length() - 1; at >= 0; --at) {
+    const auto index = static_cast<std::size_t>(at);
+    if (masks_[index] != 0 && counts[values_[index]] <= counts[byteAt(rarest)]) rarest = at;
+  }
   if (counts[byteAt(rarest)] == 0) return Impossible{};
   return Anchored{
       .exactBytes = {byteAt(rarest)}, .patternOffset = rarest, .skippedRange = std::nullopt};

@@ -91,8 +91,8 @@ class WildcardHexPattern {
   bool hasManyShortRuns() const;
 
   Bytes bytes_;
-  std::vector<std::uint8_t> values_;   ///< 0 for a wildcard
-  std::vector<std::int64_t> offsets_;  ///< the positions that are no wildcards
+  std::vector<std::uint8_t> values_;  ///< 0 for a wildcard
+  std::vector<std::uint8_t> masks_;   ///< 0 for a wildcard, else 0xFF
   std::vector<Range> concreteRanges_;
   std::optional<Range> anchorRange_;
 };

@@ -18,28 +18,36 @@ constexpr std::int64_t kPiece = 4 * kMiB;
 /// The kernels look at so many positions at a time.
 constexpr std::int64_t kScannedTogether = 64;
 
+/// The places of the bytes asked for, if there are few: comparing one of them at many positions
+/// takes about as long as comparing this many places at one.
+std::vector<std::int64_t> offsetsIfSparse(const std::vector<std::uint8_t>& masks) {
+  constexpr std::int64_t kPlacesForEachByte = 16;
+  const auto bytes = std::ranges::count_if(masks, [](std::uint8_t mask) { return mask != 0; });
+  std::vector<std::int64_t> offsets;
+  if (bytes * kPlacesForEachByte > std::ssize(masks)) return offsets;
+  for (std::int64_t at = 0; at < std::ssize(masks); ++at) {
+    if (masks[static_cast<std::size_t>(at)] != 0) offsets.push_back(at);
+  }
+  return offsets;
+}
+
 }  // namespace
 
-/// One search for a wildcard pattern that asks for at least one byte. Scans for the whole pattern.
-/// Where that goes badly, searches for the bytes of its anchor plan, if they are so many that they
-/// say more than the probes of the scan. Pattern, haystack and progress outlive the search. For one
-/// thread.
+/// One search for a wildcard pattern that asks for at least one byte. The whole pattern is scanned
+/// for. Where that goes badly, the bytes of its anchor plan are searched for, if they are so many
+/// that they say more than the probes of the scan. Pattern, haystack and progress outlive the
+/// search. For one thread.
 ///
-/// 64 positions are ruled out together: first by the probes, then by the bytes asked for, in
-/// batches. Hostile data can make a search compare all of these at every position, so its time is
-/// bounded by the haystack's length times a 64th of their number.
+/// No way is known to find such patterns that is both fast and linear whatever the data. Here 64
+/// positions are ruled out together: first by the probes, then by bytes of the haystack that have
+/// ruled out others before. What is left is compared, one by one in up to an eighth of the
+/// pattern's length of steps or, with a pattern that asks for few bytes, together in as many steps
+/// as these are. So hostile data may cost that much for each position. Chance does not do that:
+/// where bytes that do not fit are far apart, those known rule out nearly all positions.
 class WildcardSearch {
  public:
   WildcardSearch(const WildcardHexPattern& pattern, std::span<const std::uint8_t> haystack,
-                 TaskProgress& progress)
-      : pattern_(pattern),
-        haystack_(haystack),
-        progress_(progress),
-        scanner_({.values = pattern.values_.data(),
-                  .length = pattern.length(),
-                  .kind = PatternKind::masked,
-                  .offsets = pattern.offsets_.data(),
-                  .offsetCount = std::ssize(pattern.offsets_)}) {}
+                 TaskProgress& progress);
 
   /// The first match that starts in `from`...`through`; 0 <= `from`, and the pattern has room at
   /// `through`. Throws `Error::stopped()` within milliseconds of the wish to stop.
@@ -47,6 +55,8 @@ class WildcardSearch {
 
  private:
   std::optional<std::int64_t> firstInPiece(std::int64_t from, std::int64_t through);
+  void persist(std::int64_t position);
+  std::int64_t refillInterval() const;
   bool isImpossible() const;
   bool isAnchorWorthSearching() const;
   std::optional<std::int64_t> firstAnchored(std::int64_t from, std::int64_t through);
@@ -54,18 +64,32 @@ class WildcardSearch {
   const WildcardHexPattern& pattern_;
   std::span<const std::uint8_t> haystack_;
   TaskProgress& progress_;
+  std::vector<std::int64_t> sparseOffsets_;
   PatternScanner scanner_;
-  std::optional<WildcardHexPattern::AnchorPlan> plan_;  // made when scanning goes badly
+  std::optional<WildcardHexPattern::AnchorPlan> plan_;
+  /// The position from which on other probes may be chosen.
+  std::int64_t refillFrom_ = 0;
 };
 
+WildcardSearch::WildcardSearch(const WildcardHexPattern& pattern,
+                               std::span<const std::uint8_t> haystack, TaskProgress& progress)
+    : pattern_(pattern),
+      haystack_(haystack),
+      progress_(progress),
+      sparseOffsets_(offsetsIfSparse(pattern.masks_)),
+      scanner_({.values = pattern.values_.data(),
+                .masks = pattern.masks_.data(),
+                .sparseOffsets = sparseOffsets_.data(),
+                .sparseCount = std::ssize(sparseOffsets_),
+                .length = pattern.length(),
+                .kind = PatternKind::masked}) {}
+
 std::optional<std::int64_t> WildcardSearch::first(std::int64_t from, std::int64_t through) {
-  // Choosing probes anew takes a look at the whole pattern, so it is left to the next piece.
-  const std::int64_t piece = std::max(kPiece, 4 * pattern_.length());
+  refillFrom_ = from + refillInterval();
   while (from <= through && !isImpossible()) {
-    const std::int64_t end = from + std::min(piece - 1, through - from);
+    const std::int64_t end = from + std::min(kPiece - 1, through - from);
     if (const auto found = firstInPiece(from, end)) return found;
     progress_.advance(end - from + 1);
-    scanner_.refill();
     from = end + 1;
   }
   return std::nullopt;
@@ -79,10 +103,26 @@ std::optional<std::int64_t> WildcardSearch::firstInPiece(std::int64_t from, std:
     from = result.position;
     if (!plan_) plan_ = pattern_.anchorPlan(haystack_, progress_);
     if (isImpossible()) return std::nullopt;
-    if (isAnchorWorthSearching()) return firstAnchored(from, through);
-    scanner_.persist();
+    if (isAnchorWorthSearching()) {
+      const auto found = firstAnchored(from, through);
+      scanner_.refill();
+      return found;
+    }
+    persist(from);
   }
   return std::nullopt;
+}
+
+/// Has the scan go on from `position` though it goes badly. Choosing other probes takes a look at
+/// the whole pattern, so that is left to when many times its length have been passed.
+void WildcardSearch::persist(std::int64_t position) {
+  if (position < refillFrom_) return scanner_.persist();
+  refillFrom_ = position + refillInterval();
+  scanner_.refill();
+}
+
+std::int64_t WildcardSearch::refillInterval() const {
+  return std::max(kPiece, 4 * pattern_.length());
 }
 
 bool WildcardSearch::isImpossible() const {

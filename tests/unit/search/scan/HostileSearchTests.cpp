@@ -258,30 +258,20 @@ std::string shortRuns(int length, unsigned sparseness) {
   return text.append("41");
 }
 
-TEST(HostileSearch, patternsOfManyShortRunsCompareTheirBytesAtMostOnceForEachSpan) {
+TEST(HostileSearch, patternsOfManyShortRunsTakeLinearWork) {
   for (const int length : {1000, 5000, 50'000, 200'000}) {
     for (const unsigned sparseness : {2U, 16U, 64U}) {
       // So many faults that a match is unlikely, and so few that what does not match nearly does.
       const double faults = 20 * sparseness;
       if (faults > length / 2.0) continue;
-      const std::int64_t positions = length <= 5000 ? kMiB : kMiB / 16;
       const Bytes haystack =
-          withFaults(static_cast<std::size_t>(positions + length), 'A', length / faults);
+          withFaults(kMiB + static_cast<std::size_t>(length), 'A', length / faults);
       const auto pattern = *WildcardHexPattern::parse(shortRuns(length, sparseness));
-      const std::int64_t asked =
-          std::ranges::count_if(pattern.bytes(), [](const auto& byte) { return byte.has_value(); });
       for (const SearchLimits& limits : everyKernel()) {
         const WatchedKernel kernel(limits);
         TaskProgress progress;
-        EXPECT_EQ(pattern.firstMatch(haystack, {0, positions}, progress), std::nullopt);
-        // Eight for each byte, a whole batch of which is compared, and the cost of a candidate.
-        const std::int64_t mostOfSpan = 8 * (asked + 8) + kCandidateCost;
-        EXPECT_LE(kernel.comparisons(), (positions / 64 + kernel.callCount()) * mostOfSpan)
-            << length << " " << sparseness;
-        // Between two calls the search asks whether to stop.
-        for (const auto& call : kernel.calls()) {
-          ASSERT_LE(call.comparisons, 0x100000 + 4 * StopCheck::kInterval + mostOfSpan);
-        }
+        EXPECT_EQ(pattern.firstMatch(haystack, {0, kMiB + 1}, progress), std::nullopt);
+        EXPECT_LE(kernel.comparisons(), 16 * kMiB) << length << " " << sparseness;
       }
     }
   }

@@ -81,12 +81,9 @@ TEST(UsualProbes, proveAMatchWhenTheyAreAllThatIsAskedFor) {
 
 TEST(UsualProbes, leaveOutWhatMayBeAnyByte) {
   const Bytes values = {0, 0x80, 0, 0x81, 0};
-  const Offsets offsets = {1, 3};
-  const PatternView pattern = {.values = values.data(),
-                               .length = 5,
-                               .kind = PatternKind::masked,
-                               .offsets = offsets.data(),
-                               .offsetCount = 2};
+  const Bytes masks = {0, 0xFF, 0, 0xFF, 0};
+  const PatternView pattern = {
+      .values = values.data(), .masks = masks.data(), .length = 5, .kind = PatternKind::masked};
   EXPECT_EQ(offsetsOf(usualProbes(pattern)), (Offsets{1, 3}));
   EXPECT_TRUE(usualProbes(pattern).provesMatch);
 }
