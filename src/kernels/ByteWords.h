@@ -8,8 +8,8 @@
 namespace quillmor {
 
 /// Returns the 8 bytes at `from`, the first in the lowest byte, whatever the processor's byte
-/// order.
-inline std::uint64_t loadWord(const std::uint8_t* from) {
+/// order. Always inlined, so that no function built for one processor serves another.
+[[gnu::always_inline]] inline std::uint64_t loadWord(const std::uint8_t* from) {
   std::uint64_t word = 0;
   std::memcpy(&word, from, sizeof word);
   if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "kernels/ByteWords.h"
 #include "kernels/ScanKernel.h"
 #include "kernels/ScanWord.h"
 
@@ -325,12 +326,12 @@ class HaystackScan {
   /// What differs between eight bytes of the pattern and of the haystack. A pattern whose probes do
   /// not prove a match is longer than that.
   std::uint64_t wordDifference(std::int64_t position, std::int64_t offset) const {
-    const std::uint64_t bytes = ByteWord::load(haystack_ + position + offset);
-    const std::uint64_t wanted = ByteWord::load(pattern_.values + offset);
+    const std::uint64_t bytes = loadWord(haystack_ + position + offset);
+    const std::uint64_t wanted = loadWord(pattern_.values + offset);
     if constexpr (kKind == PatternKind::folded) {
       return ByteWord::foldedCase(bytes) ^ ByteWord::foldedCase(wanted);
     } else if constexpr (kKind == PatternKind::masked) {
-      return (bytes ^ wanted) & ByteWord::load(pattern_.masks + offset);
+      return (bytes ^ wanted) & loadWord(pattern_.masks + offset);
     }
     return bytes ^ wanted;
   }

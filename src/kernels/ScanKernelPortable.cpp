@@ -1,3 +1,4 @@
+#include "kernels/ByteWords.h"
 #include "kernels/ScanLoops.h"
 
 namespace quillmor {
@@ -10,7 +11,7 @@ struct WordLanes {
   using Block = std::uint64_t;
 
   static Block all(std::uint8_t value) { return value * ByteWord::kOnes; }
-  static Block load(const std::uint8_t* at) { return ByteWord::load(at); }
+  static Block load(const std::uint8_t* at) { return loadWord(at); }
   static Block loadAligned(const std::uint8_t* at) { return load(at); }
   static Block both(Block a, Block b) { return a & b; }
   static Block either(Block a, Block b) { return a | b; }

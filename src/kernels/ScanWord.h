@@ -1,22 +1,13 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 
 namespace quillmor {
 
-/// Words of eight bytes, the first byte in the lowest bits whatever the machine.
+/// Operations on words of eight bytes as `loadWord` returns them, and on words of 64 bits.
 struct ByteWord {
   static constexpr std::uint64_t kOnes = 0x0101010101010101;
   static constexpr std::uint64_t kHighBits = 0x80 * kOnes;
-
-  [[gnu::always_inline]] static std::uint64_t load(const std::uint8_t* at) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, sizeof word);
-    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-    return word;
-  }
 
   /// 0x80 in every byte of `word` that is 0, else 0. No byte's carry reaches its neighbour.
   [[gnu::always_inline]] static std::uint64_t zeroBytes(std::uint64_t word) {

@@ -199,6 +199,31 @@ TEST_F(WindowReplacing, byADroppedFileIsRefusedWhileBusy) {
   EXPECT_EQ(editor.text(), "old bytes");
 }
 
+TEST_F(WindowReplacing, opensNothingWhenTheWindowHasBecomeBusyDuringTheQuestion) {
+  for (const char* const answer : {"Don't Save", "Save"}) {
+    SCOPED_TRACE(answer);
+    type(editor, "x");
+    const std::string before = editor.text();
+    BusyScope busy;
+    platform.alerts.expect("Replace Current Document?",
+                           "The current document has unsaved changes. Save before opening another "
+                           "file in this window?",
+                           answer);
+    platform.alerts.expect(
+        "Open", "Another operation is already running. Wait for it to finish before editing.");
+    platform.alerts.duringNext(
+        [&] { busy = editor->context().frame().beginBusyStatus("Working…"); });
+    std::optional<OpenCurrentResult> ended;
+    editor->commands().replacement().openURLInCurrentWindow(next,
+                                                            [&](auto result) { ended = result; });
+    EXPECT_EQ(ended, OpenCurrentResult::failed);
+    EXPECT_TRUE(busy);
+    EXPECT_FALSE(platform.executor.hasWork());
+    EXPECT_EQ(editor.text(), before);
+    EXPECT_TRUE(editor.document->isDocumentEdited());
+  }
+}
+
 TEST_F(WindowReplacing, preparationReportsAReservedFileUnderTheGivenTitle) {
   type(editor, "x");
   const auto writing = SecureFileAccess::reserveOutputURL(next);
