@@ -23,30 +23,38 @@ void FaultySystemCalls::before(SystemCall kind, int nth, std::function<void()> a
 }
 
 int FaultySystemCalls::count(SystemCall kind) const {
+  const std::lock_guard lock(mutex_);
   const auto found = counts_.find(kind);
   return found == counts_.end() ? 0 : found->second;
 }
 
 template <typename Value>
-const Value* FaultySystemCalls::planned(const std::map<Place, Value>& plan, SystemCall kind) const {
-  auto found = plan.find({kind, count(kind)});
-  if (found == plan.end()) found = plan.find({kind, kEvery});
+const Value* FaultySystemCalls::planned(const std::map<Place, Value>& plan, Place place) {
+  auto found = plan.find(place);
+  if (found == plan.end()) found = plan.find({place.first, kEvery});
   return found == plan.end() ? nullptr : &found->second;
 }
 
-bool FaultySystemCalls::admits(SystemCall kind) {
+FaultySystemCalls::Turn FaultySystemCalls::begin(SystemCall kind) {
+  const std::lock_guard lock(mutex_);
   log_.push_back(kind);
-  ++counts_[kind];
-  if (const auto* action = planned(actions_, kind)) (*action)();
+  return {++counts_[kind], static_cast<int>(log_.size())};
+}
+
+bool FaultySystemCalls::admits(SystemCall kind) {
+  const Turn turn = begin(kind);
+  // The action may make calls of its own.
+  if (const auto* action = planned(actions_, {kind, turn.ofItsKind})) (*action)();
 
   std::optional<int> errorNumber;
   if (interruptsEveryCall_) {
+    const std::lock_guard lock(mutex_);
     // An interrupted close has closed, so it is the only call that must not come a second time.
     wasInterrupted_ = kind == SystemCall::close ? false : !wasInterrupted_;
     if (kind == SystemCall::close || wasInterrupted_) errorNumber = EINTR;
   }
-  if (const int* failure = planned(failures_, kind)) errorNumber = *failure;
-  const auto found = failuresOfAnyKind_.find(static_cast<int>(log_.size()));
+  if (const int* failure = planned(failures_, {kind, turn.ofItsKind})) errorNumber = *failure;
+  const auto found = failuresOfAnyKind_.find(turn.ofAll);
   if (found != failuresOfAnyKind_.end()) errorNumber = found->second;
   if (!errorNumber) return true;
   errno = *errorNumber;
@@ -54,8 +62,9 @@ bool FaultySystemCalls::admits(SystemCall kind) {
 }
 
 std::size_t FaultySystemCalls::allowedCount(SystemCall kind, std::size_t requested) {
+  const std::lock_guard lock(mutex_);
   requested_[kind].push_back(requested);
-  const std::size_t* limit = planned(limits_, kind);
+  const std::size_t* limit = planned(limits_, {kind, counts_[kind]});
   return limit == nullptr ? requested : std::min(requested, *limit);
 }
 
@@ -65,7 +74,10 @@ int FaultySystemCalls::altered(int result, struct stat* status) const {
 }
 
 int FaultySystemCalls::open(const char* path, int flags, mode_t mode) {
-  opened_.push_back({path, flags, mode});
+  {
+    const std::lock_guard lock(mutex_);
+    opened_.push_back({path, flags, mode});
+  }
   return admits(SystemCall::open) ? SystemCalls::open(path, flags, mode) : -1;
 }
 

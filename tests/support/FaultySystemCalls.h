@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -47,7 +48,8 @@ struct OpenedFile {
 };
 
 /// The real system calls, except where a test wants otherwise: any single call can fail, come back
-/// short, or be preceded by a change to the file. Calls are counted from 1. For one thread.
+/// short, or be preceded by a change to the file. Calls are counted from 1, and may come from any
+/// thread; what is to go wrong is said before they begin, and read when they have ended.
 class FaultySystemCalls final : public SystemCalls {
  public:
   static constexpr int kEvery = 0;
@@ -113,15 +115,22 @@ class FaultySystemCalls final : public SystemCalls {
 
  private:
   using Place = std::pair<SystemCall, int>;
+  /// Which call of its kind, and which of all, a call is.
+  struct Turn {
+    int ofItsKind;
+    int ofAll;
+  };
 
   /// Counts the call and sets `errno`; false when it is to fail.
   bool admits(SystemCall kind);
+  Turn begin(SystemCall kind);
   std::size_t allowedCount(SystemCall kind, std::size_t requested);
   int altered(int result, struct stat* status) const;
 
   template <typename Value>
-  const Value* planned(const std::map<Place, Value>& plan, SystemCall kind) const;
+  static const Value* planned(const std::map<Place, Value>& plan, Place place);
 
+  mutable std::mutex mutex_;
   std::map<Place, int> failures_;
   std::map<int, int> failuresOfAnyKind_;
   std::map<Place, std::size_t> limits_;
