@@ -27,6 +27,7 @@ const std::vector<std::vector<std::string>> kFloors = {
     {"kernels"},
     {"fileaccess"},
     {"document"},
+    {"recovery"},
     {"search/scan", "search/typed"},
     {"search"},
     {"tools/text"},

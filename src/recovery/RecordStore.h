@@ -1,0 +1,159 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/Error.h"
+#include "base/FileLocation.h"
+#include "base/TaskProgress.h"
+#include "fileaccess/FileDescriptor.h"
+#include "recovery/RecordHeader.h"
+
+namespace quillmor {
+
+/// A directory of records, open: every call on a record goes through its descriptor, so that it
+/// stays in this directory whatever becomes of the path. Any thread.
+class RecordDirectory {
+ public:
+  /// Opens the directory and makes it with mode 0700 where it is missing, its parents too. Throws a
+  /// POSIX error; EPERM for a directory of another user or one that others may use, ELOOP or
+  /// ENOTDIR for a link.
+  static std::shared_ptr<const RecordDirectory> openPrivate(const FileLocation& location);
+  /// Opens the directory of a document, which is as it is, for a record beside the file.
+  static std::shared_ptr<const RecordDirectory> openBeside(const FileLocation& file);
+
+  RecordDirectory(FileLocation location, FileDescriptor descriptor, bool isPrivate)
+      : location_(std::move(location)), descriptor_(std::move(descriptor)), isPrivate_(isPrivate) {}
+
+  const FileLocation& location() const { return location_; }
+  int descriptor() const { return descriptor_.get(); }
+  bool isPrivate() const { return isPrivate_; }
+  /// Makes the entries durable. Throws a POSIX error.
+  void synchronize() const { descriptor_.synchronize(); }
+
+ private:
+  FileLocation location_;
+  FileDescriptor descriptor_;
+  bool isPrivate_;
+};
+
+/// What a record is made of, apart from its payload.
+struct RecordContent {
+  /// Kind, file, path, caret, selection, untitled number and base; the rest is filled in when the
+  /// record is written.
+  RecordHeader header;
+  std::vector<std::int64_t> bookmarks = {};
+};
+
+/// A record that this process has written and still holds: complete, durable, and locked, so that
+/// other processes leave it alone. The destructor leaves the file where it is. One thread at a
+/// time.
+class HeldRecord {
+ public:
+  HeldRecord(std::shared_ptr<const RecordDirectory> directory, std::string fileName, std::string id,
+             FileDescriptor handle);
+  HeldRecord(const HeldRecord&) = delete;
+  HeldRecord& operator=(const HeldRecord&) = delete;
+
+  const std::string& id() const { return id_; }
+  FileLocation location() const;
+  /// Bytes on the disk.
+  std::int64_t byteCount() const { return byteCount_; }
+  void setByteCount(std::int64_t byteCount) { byteCount_ = byteCount; }
+  /// Open for writing; a journal appends to it.
+  const FileDescriptor& handle() const { return handle_; }
+
+  /// Removes the file and makes that durable. Throws a POSIX error; a file that has gone is none.
+  void remove();
+
+ private:
+  std::shared_ptr<const RecordDirectory> directory_;
+  std::string fileName_;
+  std::string id_;
+  FileDescriptor handle_;
+  std::int64_t byteCount_ = 0;
+};
+
+/// A record as a listing of the directory finds it.
+struct ListedRecord {
+  std::string id;
+  FileLocation location;
+  /// Absent when the file is no record, damaged, of a newer version, or may not be trusted.
+  std::optional<RecordHeader> header;
+  /// Why there is no header.
+  std::optional<Error> error;
+  /// Bytes of the file.
+  std::int64_t byteCount = 0;
+  /// A living process holds its lock.
+  bool belongsToRunningProcess = false;
+};
+
+/// A record that was read and found whole.
+struct ReadRecord {
+  RecordHeader header;
+  ByteBuffer payload;
+  std::vector<std::int64_t> bookmarks;
+};
+
+/// The records of one user: what is needed to have the bytes of documents again after a crash.
+///
+/// They lie in one private directory. When that has no room or cannot be written, a record lies
+/// beside its document. A record gets its name only when it is complete and durable; a reader
+/// believes nothing that it has not checked. Any thread; every call may wait for a disk.
+class RecordStore {
+ public:
+  /// The records below `$XDG_STATE_HOME`, or `~/.local/state` when that is not an absolute path.
+  static RecordStore ofThisUser();
+  explicit RecordStore(FileLocation directory) : directory_(std::move(directory)) {}
+
+  const FileLocation& directory() const { return directory_; }
+
+  /// Writes a record and makes it durable before it returns. Goes beside `content.header.path` when
+  /// the private directory fails with ENOSPC, EDQUOT, EROFS, EACCES or EPERM and there is a path.
+  /// Throws a POSIX error; nothing remains then. A stop request of `progress` ends it.
+  std::unique_ptr<HeldRecord> write(RecordContent content, std::span<const std::uint8_t> payload,
+                                    TaskProgress* progress = nullptr) const;
+
+  /// Makes an empty journal in the same way: the header, and a handle to append to.
+  std::unique_ptr<HeldRecord> createJournal(RecordContent content) const;
+
+  /// The records of the private directory, and those beside `documents`. Removes ".tmp" files that
+  /// are older than a day and locked by nobody. A directory that does not exist has no records.
+  /// Throws a POSIX error when it cannot be read.
+  std::vector<ListedRecord> list(std::span<const FileLocation> documents = {}) const;
+
+  /// Reads a record whole and checks it: a regular file of this user with mode 0600 and one link,
+  /// of the size that its header says, with a payload that has the digest, and bookmarks within it.
+  /// Throws codes 2801, 2802, 2803 (of another user, or open to others), 2804 (no such record) and
+  /// POSIX errors. Takes no memory for what a header only claims.
+  ReadRecord read(const ListedRecord& record, TaskProgress* progress = nullptr) const;
+
+  /// The bytes of a journal's file, header included, checked like a record but for payload and
+  /// digest.
+  ByteBuffer readJournal(const ListedRecord& record) const;
+
+  /// Removes a record that no process holds. Throws 2805 ("This record belongs to a running
+  /// Quillmor."), 2804 and POSIX errors.
+  void discard(const ListedRecord& record) const;
+
+  /// Renames a damaged record so that it is kept and not looked at again. Ignores failures.
+  void setAside(const ListedRecord& record) const noexcept;
+
+ private:
+  FileLocation directory_;
+};
+
+/// Code 2803.
+Error untrustedRecordError();
+/// Code 2804.
+Error missingRecordError();
+/// Code 2805.
+Error runningRecordError();
+
+}  // namespace quillmor
