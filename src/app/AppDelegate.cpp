@@ -9,8 +9,12 @@
 
 namespace quillmor {
 
-AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
-    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {}
+AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+                         const RecordStore* records)
+    : platform_(platform),
+      surface_(surface),
+      safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
+      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {}
 
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
+#include "recovery/SaveRecords.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {
@@ -22,7 +24,10 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface);
+  /// `records`, which outlive the delegate, are where saves are made safe; null where no document
+  /// is saved.
+  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+              const RecordStore* records = nullptr);
 
   // AppDelegate.cpp: windows and commands.
 
@@ -120,6 +125,8 @@ class AppDelegate {
   PlatformServices platform_;
   ApplicationSurface& surface_;
   DocumentController documents_;
+  /// Absent without records.
+  std::optional<SaveRecords> safetyCopies_;
   DocumentSaver saver_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
