@@ -54,8 +54,9 @@ class SafetyCopies {
                                            const EditorPlaces& places, TaskProgress* progress) = 0;
 };
 
-/// True if an error of `SafetyCopies::keep` says that there is no place for a copy: no room, or no
-/// directory that may be written. Anything else is a failure of the disk or of this program.
+/// True if an error of `SafetyCopies::keep` says that there is no place for a copy: no room, a
+/// limit on the sizes of files, or no directory that may be written. Anything else is a failure of
+/// the disk or of this program.
 bool hasNoPlaceForSafetyCopy(const Error& error);
 
 }  // namespace quillmor
