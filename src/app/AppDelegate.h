@@ -24,8 +24,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// `records`, which outlive the delegate, are where saves are made safe; null where no document
-  /// is saved.
+  /// `records`, which outlive the delegate, are where saves are made safe and unsaved changes kept;
+  /// null for neither.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 
@@ -124,6 +124,7 @@ class AppDelegate {
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
+  const RecordStore* records_;
   DocumentController documents_;
   /// Absent without records.
   std::optional<SaveRecords> safetyCopies_;
