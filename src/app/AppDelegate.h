@@ -70,6 +70,14 @@ class AppDelegate {
   /// Quits unless an editor is busy or the user keeps a document with unsaved changes.
   void requestQuit();
 
+  /// The same questions for a session that is to end: tells whether it may. The application stays.
+  void reviewForSessionEnd(std::function<void(bool mayEnd)> completion);
+
+  /// Ends the application without asking, because nobody may be asked: keeps the unsaved changes of
+  /// all documents for the next start, then closes the windows. When changes cannot be kept, alerts
+  /// and stays; the second time ends it in any case.
+  void endSession();
+
   /// False, with an alert, while an editor is busy.
   bool applicationShouldTerminate();
 
@@ -118,9 +126,12 @@ class AppDelegate {
   /// The states of documents whose unsaved changes the user wants to lose.
   using DiscardedStates = std::map<std::shared_ptr<HexWindowController>, ChangeCount::Token>;
 
+  struct Review;
+
+  void beginReview(std::function<void(bool)> completion);
   /// Asks for one document after another. While one is being saved, others can be edited; in the
   /// end the user has been asked about every unsaved state.
-  void reviewUnsavedDocuments(DiscardedStates discarded, const std::shared_ptr<void>& review);
+  void reviewUnsavedDocuments(DiscardedStates discarded, const std::shared_ptr<Review>& review);
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
@@ -135,7 +146,9 @@ class AppDelegate {
   /// that completion, the application does not wait for it.
   std::weak_ptr<RequestEnd> opening_;
   /// The same for the review before quitting.
-  std::weak_ptr<void> review_;
+  std::weak_ptr<Review> review_;
+  /// Changes that could not be kept have held up the end of the session once.
+  bool hasRefusedSessionEnd_ = false;
   std::vector<PendingNewWindowDocumentLoad> pendingLoads_;
   /// Destroyed first, so that pending callbacks see that the delegate has gone.
   std::shared_ptr<Done> life_ = std::make_shared<Done>();

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/AppDelegate.h"
+#include "platform/RunInBackground.h"
 
 namespace quillmor {
 
@@ -19,16 +20,62 @@ bool AppDelegate::applicationShouldTerminate() {
   return !anyBusy;
 }
 
+/// The questions before the end. When an error drops them on the way, the answer is no.
+struct AppDelegate::Review {
+  explicit Review(std::function<void(bool)> whenDone) : completion(std::move(whenDone)) {}
+  ~Review() {
+    resultOf([&] { return end(false), Done(); });
+  }
+  Review(const Review&) = delete;
+  Review& operator=(const Review&) = delete;
+
+  void end(bool mayEnd) {
+    if (const auto once = std::exchange(completion, nullptr)) once(mayEnd);
+  }
+
+  std::function<void(bool)> completion;
+};
+
 void AppDelegate::requestQuit() {
+  beginReview([this](bool mayEnd) {
+    if (mayEnd) surface_.terminate();
+  });
+}
+
+void AppDelegate::reviewForSessionEnd(std::function<void(bool)> completion) {
+  beginReview(std::move(completion));
+}
+
+void AppDelegate::beginReview(std::function<void(bool)> completion) {
   // The review saves in the background; a second request while it runs changes nothing.
-  if (!review_.expired() || !applicationShouldTerminate()) return;
-  const auto review = std::make_shared<Done>();
+  if (!review_.expired() || !applicationShouldTerminate()) return completion(false);
+  const auto review = std::make_shared<Review>(std::move(completion));
   review_ = review;
   reviewUnsavedDocuments({}, review);
 }
 
+void AppDelegate::endSession() {
+  std::string names;
+  for (const auto& controller : editorControllers()) {
+    if (controller->unsavedChanges().keepNow()) continue;
+    names += (names.empty() ? "" : ", ") + controller->document().displayName();
+  }
+  if (!names.empty() && !std::exchange(hasRefusedSessionEnd_, true)) {
+    platform_.alerts.runModal(
+        {.messageText = "Unsaved Changes Cannot Be Kept",
+         .informativeText = "Quillmor was asked to end, but the unsaved changes of " + names +
+                            " could not be recorded. Save them, or they will be lost."});
+    return;
+  }
+  for (const auto& controller : editorControllers()) {
+    controller->leaveRecordsBehind();
+    controller->stopCurrentOperation();
+  }
+  surface_.terminate();
+}
+
 void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded,
-                                         const std::shared_ptr<void>& review) {
+                                         const std::shared_ptr<Review>& review) {
   const auto controllers = editorControllers();
   const auto needsReview = [&](const std::shared_ptr<HexWindowController>& controller) {
     const HexDocument& document = controller->document();
@@ -40,15 +87,17 @@ void AppDelegate::reviewUnsavedDocuments(DiscardedStates discarded,
   if (next == controllers.end()) {
     review_.reset();
     // Another window may have started something while a save of this review was running.
-    if (applicationShouldTerminate()) surface_.terminate();
-    return;
+    return review->end(applicationShouldTerminate());
   }
   const auto& controller = *next;
-  if (controller->isBusy() && !applicationShouldTerminate()) return;
+  if (controller->isBusy() && !applicationShouldTerminate()) return review->end(false);
   controller->activate();
   controller->requestClose(
       [this, controller, review, discarded = std::move(discarded)](bool mayClose) mutable {
-        if (!mayClose) return review_.reset();
+        if (!mayClose) {
+          review_.reset();
+          return review->end(false);
+        }
         const HexDocument& document = controller->document();
         if (document.isDocumentEdited()) discarded[controller] = document.changeCountToken();
         reviewUnsavedDocuments(std::move(discarded), review);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "base/FileLocation.h"
@@ -16,6 +17,11 @@ class Workspace {
 
   /// Opens a web address, ASCII with everything else percent-encoded, in the user's browser.
   virtual void openLink(const std::string& url) = 0;
+
+  /// Asks the desktop to wait with the end of the session as long as the returned object lives.
+  /// `reason` is shown to a user who wants to log out. A desktop that cannot be asked changes
+  /// nothing; the object is never null.
+  virtual std::shared_ptr<void> holdSessionEnd(const std::string& reason) = 0;
 };
 
 }  // namespace quillmor

@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
   }
   // A test that reaches for the desktop must fail, not change the desktop.
   qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.path().toLocal8Bit() + "/no-bus");
+  qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + home.path().toLocal8Bit() + "/no-bus");
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", screens(home));
   const quillmor::GuardedApplication application(argc, argv);
   testing::InitGoogleTest(&argc, argv);

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Result.h"
 #include "platform/PlatformServices.h"
 
 namespace quillmor::test {
@@ -112,8 +114,16 @@ class FakeWorkspace : public Workspace {
  public:
   std::vector<FileLocation> revealed;
   std::vector<std::string> openedLinks;
+  /// The reasons for which the end of the session was put off, and how many of them still hold.
+  std::vector<std::string> holdReasons;
+  std::shared_ptr<Done> holds = std::make_shared<Done>();
+  std::int64_t holdCount() const { return holds.use_count() - 1; }
   void revealInFileManager(const FileLocation& location) override { revealed.push_back(location); }
   void openLink(const std::string& url) override { openedLinks.push_back(url); }
+  std::shared_ptr<void> holdSessionEnd(const std::string& reason) override {
+    holdReasons.push_back(reason);
+    return holds;
+  }
 };
 
 /// Runs background work and posted functions only when told, on a second thread and on the calling

@@ -30,7 +30,9 @@ void DocumentSaving::performDocumentSave(const FileLocation& destination,
     BusyScope busy = context_.frame().beginBusyStatus(statusTitle + "…");
     isRefused = !busy;
     if (isRefused) return Done();
-    run = std::make_shared<Run>(Run{std::move(busy), completion});
+    run = std::make_shared<Run>(Run{.busy = std::move(busy), .completion = completion});
+    run->sessionHold =
+        context_.platform().workspace.holdSessionEnd("Saving " + destination.shownName());
     context_.saver().save(context_.session().sharedDocument(), destination, operation,
                           hooks(destination, run));
     return Done();
@@ -94,6 +96,7 @@ bool DocumentSaving::confirmsSavingWithoutSafetyCopy() {
 void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {
   const Completion onlyOnce = std::exchange(run.completion, nullptr);
   run.busy.end();
+  run.sessionHold.reset();
   // The waiting caller gets the result even when the alert cannot be shown.
   auto shown = resultOf([&] {
     if (outcome.result == DocumentSaveResult::failed)

@@ -33,6 +33,8 @@ class DocumentSaving {
   struct Run {
     BusyScope busy;
     Completion completion;
+    /// Asks the desktop to wait.
+    std::shared_ptr<void> sessionHold = {};
   };
 
   DocumentSaver::Hooks hooks(const FileLocation& destination, const std::shared_ptr<Run>& run);
