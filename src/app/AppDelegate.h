@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -72,6 +73,10 @@ class AppDelegate {
 
   /// The same questions for a session that is to end: tells whether it may. The application stays.
   void reviewForSessionEnd(std::function<void(bool mayEnd)> completion);
+
+  /// Makes the unsaved changes of all documents durable, so that the next start can recover them.
+  /// Returns the names of those for which that has failed, to be shown; empty for none.
+  std::string keepUnsavedChanges();
 
   /// Ends the application without asking, because nobody may be asked: keeps the unsaved changes of
   /// all documents for the next start, then closes the windows. When changes cannot be kept, alerts

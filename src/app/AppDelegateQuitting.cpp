@@ -54,12 +54,18 @@ void AppDelegate::beginReview(std::function<void(bool)> completion) {
   reviewUnsavedDocuments({}, review);
 }
 
-void AppDelegate::endSession() {
+std::string AppDelegate::keepUnsavedChanges() {
   std::string names;
   for (const auto& controller : editorControllers()) {
-    if (controller->unsavedChanges().keepNow()) continue;
-    names += (names.empty() ? "" : ", ") + controller->document().displayName();
+    UnsavedChanges& changes = controller->unsavedChanges();
+    if (changes.keepNow() || !changes.failure()) continue;
+    names += (names.empty() ? "\"" : ", \"") + controller->document().displayName() + "\"";
   }
+  return names;
+}
+
+void AppDelegate::endSession() {
+  const std::string names = keepUnsavedChanges();
   if (!names.empty() && !std::exchange(hasRefusedSessionEnd_, true)) {
     platform_.alerts.runModal(
         {.messageText = "Unsaved Changes Cannot Be Kept",

@@ -40,9 +40,9 @@ struct SessionHold {
 /// The call of the freedesktop.org login manager that puts off a shutdown; `mode` is "block", or
 /// "delay" for the few seconds that everybody may ask for.
 QDBusMessage inhibitMessage(const QString& reason, const QString& mode) {
-  QDBusMessage message = QDBusMessage::createMethodCall(
-      "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
-      "Inhibit");
+  QDBusMessage message =
+      QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                     "org.freedesktop.login1.Manager", "Inhibit");
   message << "shutdown"
           << "Quillmor" << reason << mode;
   return message;

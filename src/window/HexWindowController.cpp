@@ -83,11 +83,11 @@ void HexWindowController::windowWillClose() {
   session().setEditRecorder(nullptr);
   if (unwantedState_ == document().changeCountToken()) {
     unsavedChanges_.discard();
+    context_.saver().forgetUnfinishedSave(document());
   } else {
     unsavedChanges_.keepNow();
   }
   session().close();
-  context_.saver().forgetUnfinishedSave(document());
   document().removeWindowController(this);
   if (document().windowControllers().empty()) context_.documents().close(&document());
 }

@@ -15,6 +15,7 @@
 #include "ui/app/DarkAppearance.h"
 #include "ui/app/GuardedApplication.h"
 #include "ui/app/Screenshot.h"
+#include "ui/app/TerminationSignals.h"
 
 namespace {
 
@@ -67,6 +68,10 @@ int run(const CommandLine& line, GuardedApplication& application) {
     saveScreenshot(line, delegate, windows);
     return EXIT_SUCCESS;
   }
+  const TerminationSignals signals(
+      {.endNow = [&delegate] { delegate.endSession(); },
+       .review = [&delegate](auto completion) { delegate.reviewForSessionEnd(completion); },
+       .keep = [&delegate] { delegate.keepUnsavedChanges(); }});
   if (line.files.empty()) {
     delegate.openUntitledDocumentIfNeeded();
   } else {
@@ -103,7 +108,9 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(QUILLMOR_VERSION);
   applyDarkAppearance(application);
   try {
-    return run(line, application);
+    const int status = run(line, application);
+    if (const int signal = TerminationSignals::received()) dieOf(signal);
+    return status;
   } catch (const Error& error) {
     std::fprintf(stderr, "quillmor: %s\n", visibleText(error.messageWithReason()).c_str());
     return kFailureStatus;
