@@ -147,6 +147,12 @@ constexpr std::string_view kPresetsItems[] = {
     "forwardApplyJSONPreset:",
 };
 
+constexpr std::string_view kContextItems[] = {
+    "forwardCut:",       "forwardCopy:",         "forwardPaste:", kSeparator,
+    "forwardSelectAll:", "forwardSelectRange:",  kSeparator,      "forwardAddBookmark:",
+    kSeparator,          "forwardShowLastSave:",
+};
+
 Menu menu(std::string_view title, std::span<const std::string_view> actions) {
   Menu made{title, {}};
   for (const std::string_view action : actions) {
@@ -180,6 +186,11 @@ const std::vector<Menu>& mainMenu() {
       menu("Presets", kPresetsItems),
   };
   return menus;
+}
+
+const std::vector<MenuItem>& contextMenu() {
+  static const Menu made = menu({}, kContextItems);
+  return made.items;
 }
 
 std::string commandTitle(std::string_view action) {

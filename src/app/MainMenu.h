@@ -36,6 +36,10 @@ inline constexpr std::string_view kMenuBarTitle = "MainMenu";
 /// The menus in the order of the menu bar, the application menu first.
 const std::vector<Menu>& mainMenu();
 
+/// The context menu of the hex view: what acts on the selection, and what has no place in the menu
+/// bar.
+const std::vector<MenuItem>& contextMenu();
+
 /// The name of the command with `action` as alerts show it: its menu title without the ellipsis;
 /// the action itself when there is no such command.
 std::string commandTitle(std::string_view action);

@@ -165,6 +165,8 @@ void requireSense(const Command& command, const Arguments& arguments) {
     requireChoice(arguments, option.name, option.value);
   if (command.changesBytes() && arguments.has("-o") == arguments.has("--in-place"))
     throw UsageError(kPlaceRule);
+  if (arguments.has("--verify") && !arguments.has("--in-place"))
+    throw UsageError("--verify goes with --in-place.");
 }
 
 CommandLine parseWithoutCommand(const std::vector<std::string>& arguments) {

@@ -75,7 +75,8 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
     } else if (changed == document.bytes()) {
       printText();
     } else {
-      saveInPlace(document.location, document.snapshot, changed, progress, printText);
+      saveInPlace(document.location, document.snapshot, changed, progress, printText,
+                  arguments.has("--verify"));
     }
   });
 }

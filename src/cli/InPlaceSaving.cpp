@@ -4,6 +4,7 @@
 
 #include "document/FileSave.h"
 #include "platform/RunInBackground.h"
+#include "recovery/ReadBack.h"
 #include "recovery/SaveRecords.h"
 
 namespace quillmor::cli {
@@ -20,21 +21,23 @@ Error noSafetyCopyError(const Error& reason) {
 }
 
 void save(FileSave& fileSave, const ByteBuffer& changed, TaskProgress& progress,
-          const std::function<void()>& beforeWriting) {
+          const std::function<void()>& beforeWriting, bool verifies) {
   fileSave.prepare(changed.size(), {}, &progress);
   if (fileSave.overwritesOtherChanges()) throw changedFileError();
   fileSave.secure(changed, {}, &progress);
   if (beforeWriting) beforeWriting();
   // From here on the save has its effect, and is not reported as stopped any more.
   progress.passPointOfNoReturn();
-  fileSave.write(changed, &progress);
+  const FileSave::Written written = fileSave.write(changed, &progress);
+  if (verifies && readBack(written.realLocation).sha256 != written.receipt.sha256)
+    throw Error::quillmor(2007, "The bytes read back from the disk are not those that were saved.");
 }
 
 }  // namespace
 
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
                  const ByteBuffer& changed, TaskProgress& progress,
-                 const std::function<void()>& beforeWriting) {
+                 const std::function<void()>& beforeWriting, bool verifies) {
   SaveRecords safetyCopies(RecordStore::ofThisUser());
   FileSave fileSave({.destination = location,
                      .ownFile = location,
@@ -43,7 +46,7 @@ void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
                      .ownBytes = snapshot.bytes,
                      .safetyCopies = &safetyCopies});
   const auto saved =
-      resultOf([&] { return save(fileSave, changed, progress, beforeWriting), Done(); });
+      resultOf([&] { return save(fileSave, changed, progress, beforeWriting, verifies), Done(); });
   if (saved.isOk()) return;
   // Another program was faster than the write.
   if (SecureFileAccess::isChangedDestination(saved.error())) throw changedFileError();

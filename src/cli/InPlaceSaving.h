@@ -13,9 +13,10 @@ namespace quillmor::cli {
 /// Fails as that does, and with code 2001 when the file is no longer what was read. After a failure
 /// half way the file has its old bytes again, or the message says what it holds. `beforeWriting` is
 /// called after all checks and before the file is touched; what it throws is passed on. A request
-/// to stop comes too late after that.
+/// to stop comes too late after that. With `verifies` the file is then read back from the disk;
+/// code 2007 when it has other bytes than were saved.
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
                  const ByteBuffer& changed, TaskProgress& progress,
-                 const std::function<void()>& beforeWriting = {});
+                 const std::function<void()>& beforeWriting = {}, bool verifies = false);
 
 }  // namespace quillmor::cli

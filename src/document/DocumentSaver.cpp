@@ -103,6 +103,7 @@ void DocumentSaver::written(const std::shared_ptr<Job>& job, Overwriting overwri
   if (outcome.isOk()) {
     FileSave::Written& written = outcome.value();
     forgetUnfinishedSave(*job->document);
+    job->document->setLastSave(std::move(written.receipt));
     job->document->didSave(std::move(written.realLocation), written.file, job->token);
     return job->end(DocumentSaveResult::success);
   }

@@ -1,6 +1,7 @@
 #include "document/FileSave.h"
 
 #include <cerrno>
+#include <ctime>
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
@@ -75,14 +76,33 @@ void FileSave::secure(const ByteBuffer& bytes, const EditorPlaces& places, TaskP
     throw kept.error();
   }
   safetyCopy_ = std::move(kept.value());
+  receipt_.sha256 = safetyCopy_->sha256();
+  note("The new bytes were kept and flushed as " + safetyCopy_->location().shownPath() + " (" +
+       std::to_string(safetyCopy_->byteCount()) + " bytes).");
 }
 
 FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progress) {
   // Found and taken before the write, because nothing may fail after it.
   FileLocation realLocation = SecureFileAccess::realLocation(request_.destination);
   const ContentDigest digest = contentDigest(bytes.span());
-  const StableFileStatus status = writeBytes(bytes, progress);
-  return {.file = {.status = status, .digest = digest}, .realLocation = std::move(realLocation)};
+  const bool hasCopy = safetyCopy_ != nullptr;
+  if (!hasCopy) note("No copy of the new bytes was kept.");
+  // Also taken before: a save that has happened must not fail for want of memory.
+  const bool isNew = !destination_.found;
+  receipt_.steps.reserve(receipt_.steps.size() + 2);
+  std::string writing = isNew ? "The file was made, written and flushed, and its folder too."
+                              : "The file was locked, compared with what was known of it, "
+                                "rewritten in place and flushed.";
+  std::string removal = "The kept bytes were removed.";
+  std::string failedRemoval = "The kept bytes could not be removed; the next start does it.";
+  receipt_.status = writeBytes(bytes, progress);
+  receipt_.byteCount = bytes.size();
+  receipt_.time = std::time(nullptr);
+  note(std::move(writing));
+  if (hasCopy) note(std::move(copyIsGone_ ? removal : failedRemoval));
+  return {.file = {.status = receipt_.status, .digest = digest},
+          .realLocation = std::move(realLocation),
+          .receipt = std::move(receipt_)};
 }
 
 StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* progress) {
@@ -97,15 +117,16 @@ StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* pro
   destination_.oldBytes.reset();
   const bool isIncomplete = effect == SecureFileAccess::FileEffect::incomplete;
   if (isIncomplete) neededCopy_ = std::move(safetyCopy_);
-  removeSafetyCopy();
+  copyIsGone_ = removeSafetyCopy();
   if (written.isOk()) return written.value();
   if (effect != SecureFileAccess::FileEffect::untouched && isOwnFile_) noteTornFile();
   throw written.error();
 }
 
 /// A copy that cannot be removed does no harm: it goes when it is found to be what the file has.
-void FileSave::removeSafetyCopy() noexcept {
-  if (const auto copy = std::move(safetyCopy_)) resultOf([&] { return copy->remove(), Done(); });
+bool FileSave::removeSafetyCopy() noexcept {
+  const auto copy = std::move(safetyCopy_);
+  return !copy || resultOf([&] { return copy->remove(), Done(); }).isOk();
 }
 
 void FileSave::noteTornFile() {

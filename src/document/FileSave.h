@@ -4,12 +4,15 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
+#include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "document/KnownFile.h"
 #include "document/SafetyCopy.h"
+#include "document/SaveReceipt.h"
 #include "fileaccess/DocumentOutput.h"
 #include "fileaccess/Reservations.h"
 
@@ -51,6 +54,7 @@ class FileSave {
     KnownFile file;
     /// Saving must never have to follow a link, so this becomes the document's location.
     FileLocation realLocation;
+    SaveReceipt receipt;
   };
 
   explicit FileSave(Request request);
@@ -105,8 +109,10 @@ class FileSave {
 
  private:
   StableFileStatus writeBytes(const ByteBuffer& bytes, TaskProgress* progress);
-  void removeSafetyCopy() noexcept;
+  /// True if there is none any more.
+  bool removeSafetyCopy() noexcept;
   void noteTornFile();
+  void note(std::string step) { receipt_.steps.push_back(std::move(step)); }
 
   Request request_;
   std::shared_ptr<OutputReservation> reservation_;
@@ -117,6 +123,8 @@ class FileSave {
   std::unique_ptr<SafetyCopy> safetyCopy_;
   /// The copy that was left behind because the file is incomplete.
   std::unique_ptr<SafetyCopy> neededCopy_;
+  SaveReceipt receipt_;
+  bool copyIsGone_ = true;
   std::optional<KnownFile> tornOwnFile_;
 };
 

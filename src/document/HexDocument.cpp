@@ -82,6 +82,7 @@ void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage>
   location_ = std::move(location);
   modificationDate_ = modificationDate;
   knownFile_ = file;
+  lastSave_.reset();
   changeCount_.update(ChangeCount::Change::cleared);
   showIdentity();
 }

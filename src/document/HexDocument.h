@@ -18,6 +18,7 @@
 #include "document/HexStorage.h"
 #include "document/KnownFile.h"
 #include "document/SafetyCopy.h"
+#include "document/SaveReceipt.h"
 #include "document/UndoManager.h"
 #include "fileaccess/DocumentOutput.h"
 #include "fileaccess/Reservations.h"
@@ -113,6 +114,10 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   /// before the windows are told, which may fail.
   void didSave(FileLocation realLocation, const KnownFile& file, ChangeCount::Token token);
 
+  /// What the last successful save of this document into its file has done; absent before.
+  const std::optional<SaveReceipt>& lastSave() const { return lastSave_; }
+  void setLastSave(SaveReceipt receipt) { lastSave_ = std::move(receipt); }
+
   // Changes.
 
   bool isDocumentEdited() const { return changeCount_.isEdited(); }
@@ -150,6 +155,7 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   ReadReservationHolder openingReadReservationHolder_;
   AsyncWriteSnapshotHolder asyncWriteSnapshotHolder_;
   std::shared_ptr<SafetyCopy> unfinishedSave_;
+  std::optional<SaveReceipt> lastSave_;
   std::vector<std::shared_ptr<DocumentWindow>> windows_;
 };
 

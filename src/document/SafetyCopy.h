@@ -31,6 +31,9 @@ class SafetyCopy {
   /// The name by which the user gets the bytes back.
   virtual std::string name() const = 0;
 
+  /// The SHA-256 of the bytes in lowercase hexadecimal.
+  virtual std::string sha256() const = 0;
+
   /// Where it is and how many bytes it takes on the disk.
   virtual FileLocation location() const = 0;
   virtual std::int64_t byteCount() const = 0;

@@ -96,6 +96,10 @@ StableFile StableFile::reservedByCaller(const FileLocation& location,
   return {location, maximumByteCount, nullptr};
 }
 
+void StableFile::forgetCachedBytes() const {
+  SystemCalls::current().posix_fadvise(opened_.handle.get(), 0, 0, POSIX_FADV_DONTNEED);
+}
+
 void StableFile::read(std::int64_t offset, std::span<std::uint8_t> room) const {
   while (!room.empty()) {
     const std::size_t count = readSome(opened_.handle, offset, room);

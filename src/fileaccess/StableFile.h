@@ -59,6 +59,10 @@ class StableFile {
   /// What the file looked like when it was opened.
   const StableFileStatus& status() const { return opened_.status; }
 
+  /// Asks the system to forget what it holds of the file in memory, so that the next read is from
+  /// the disk. Bytes that have been flushed only; a system that cannot do so reads as ever.
+  void forgetCachedBytes() const;
+
   /// Fills `room` with the bytes from `offset` on, all of which lie within the size. Code 1204 when
   /// the file has become shorter, else a POSIX error. Any thread, several at a time.
   void read(std::int64_t offset, std::span<std::uint8_t> room) const;

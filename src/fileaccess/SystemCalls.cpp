@@ -49,6 +49,10 @@ int SystemCalls::close(int descriptor) {
   return ::close(descriptor);
 }
 
+int SystemCalls::posix_fadvise(int descriptor, off_t offset, off_t length, int advice) {
+  return ::posix_fadvise(descriptor, offset, length, advice);
+}
+
 int SystemCalls::fstat(int descriptor, struct stat* status) {
   return ::fstat(descriptor, status);
 }

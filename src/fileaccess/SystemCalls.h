@@ -33,6 +33,8 @@ class SystemCalls {
   virtual ssize_t write(int descriptor, const void* buffer, std::size_t count);
   virtual ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset);
   virtual int close(int descriptor);
+  /// 0, or the error's number, as the call of this name.
+  virtual int posix_fadvise(int descriptor, off_t offset, off_t length, int advice);
 
   virtual int fstat(int descriptor, struct stat* status);
   virtual int fstatat(int directory, const char* path, struct stat* status, int flags);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -41,6 +42,9 @@ class HeldRecord {
   /// Bytes on the disk.
   std::int64_t byteCount() const { return byteCount_; }
   void setByteCount(std::int64_t byteCount) { byteCount_ = byteCount; }
+  /// SHA-256 of the payload; zeros for a journal.
+  const std::array<std::uint8_t, 32>& payloadDigest() const { return payloadDigest_; }
+  void setPayloadDigest(const std::array<std::uint8_t, 32>& digest) { payloadDigest_ = digest; }
   /// Open for writing; a journal appends to it.
   const FileDescriptor& handle() const { return handle_; }
 
@@ -54,6 +58,7 @@ class HeldRecord {
   std::string id_;
   FileDescriptor handle_;
   std::int64_t byteCount_ = 0;
+  std::array<std::uint8_t, 32> payloadDigest_{};
 };
 
 /// A record as a listing of the directory finds it.

@@ -130,6 +130,7 @@ std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> dir
   writeHeader(header, record.handle());
   if (progress != nullptr) progress->checkpoint();
   auto held = record.finished(id, byteCount);
+  held->setPayloadDigest(header.payloadDigest);
   if (progress != nullptr) progress->restart();
   return held;
 }

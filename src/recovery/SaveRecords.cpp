@@ -1,5 +1,7 @@
 #include "recovery/SaveRecords.h"
 
+#include "base/HexText.h"
+
 namespace quillmor {
 
 namespace {
@@ -9,6 +11,7 @@ class SaveRecord : public SafetyCopy {
   explicit SaveRecord(std::unique_ptr<HeldRecord> record) : record_(std::move(record)) {}
 
   std::string name() const override { return record_->id(); }
+  std::string sha256() const override { return lowercaseHex(record_->payloadDigest()); }
   FileLocation location() const override { return record_->location(); }
   std::int64_t byteCount() const override { return record_->byteCount(); }
   void remove() override { record_->remove(); }

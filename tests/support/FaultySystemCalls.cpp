@@ -110,6 +110,11 @@ int FaultySystemCalls::close(int descriptor) {
   return -1;
 }
 
+int FaultySystemCalls::posix_fadvise(int descriptor, off_t offset, off_t length, int advice) {
+  if (!admits(SystemCall::posix_fadvise)) return errno;
+  return SystemCalls::posix_fadvise(descriptor, offset, length, advice);
+}
+
 int FaultySystemCalls::fstat(int descriptor, struct stat* status) {
   if (!admits(SystemCall::fstat)) return -1;
   return altered(SystemCalls::fstat(descriptor, status), status);

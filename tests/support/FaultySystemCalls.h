@@ -20,6 +20,7 @@ enum class SystemCall {
   pwrite,
   write,
   close,
+  posix_fadvise,
   fstat,
   fstatat,
   access,
@@ -98,6 +99,7 @@ class FaultySystemCalls final : public SystemCalls {
   ssize_t write(int descriptor, const void* buffer, std::size_t count) override;
   ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset) override;
   int close(int descriptor) override;
+  int posix_fadvise(int descriptor, off_t offset, off_t length, int advice) override;
   int fstat(int descriptor, struct stat* status) override;
   int fstatat(int directory, const char* path, struct stat* status, int flags) override;
   int access(const char* path, int mode) override;

@@ -12,6 +12,7 @@
 #include "platform/RunInBackground.h"
 #include "ui/app/AboutWindowController.h"
 #include "ui/app/WindowMenus.h"
+#include "ui/editor/HexEditorView.h"
 #include "ui/window/EditorWindow.h"
 #include "ui/window/ReportWindow.h"
 
@@ -108,6 +109,13 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
   addMenus(*window, owner, window->menuBar());
+  HexEditorView& view = window->editorView();
+  view.setContextMenuPolicy(Qt::CustomContextMenu);
+  QObject::connect(&view, &QWidget::customContextMenuRequested, window,
+                   [window, &view](const QPoint& place) {
+                     if (auto* menus = menusOf(*window))
+                       menus->showContextMenu(view.viewport()->mapToGlobal(place));
+                   });
   window->show();
   window->activateWindow();
 }

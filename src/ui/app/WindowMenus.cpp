@@ -68,6 +68,24 @@ QAction* WindowMenus::makeItem(std::string_view title, std::string_view action,
   return item;
 }
 
+void WindowMenus::showContextMenu(const QPoint& place) {
+  auto* shown = new QMenu(&window_);
+  shown->setAttribute(Qt::WA_DeleteOnClose);
+  shown->setAccessibleName("Context Menu");
+  for (const MenuItem& item : contextMenu()) {
+    if (item.isSeparator()) {
+      shown->addSeparator();
+      continue;
+    }
+    QAction* action = find(item.action);
+    // What has no place in the menu bar is made when it is first shown.
+    if (!action) action = makeItem(item.title, item.action, keySequenceFor(item));
+    shown->addAction(action);
+  }
+  revalidate();
+  shown->popup(place);
+}
+
 void WindowMenus::revalidateLater() {
   if (revalidationIsDue_) return;
   revalidationIsDue_ = true;

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QObject>
+#include <QPoint>
 #include <QWidget>
 #include <functional>
 #include <string_view>
@@ -23,6 +24,9 @@ class WindowMenus : public QObject {
 
   /// Belongs to `window` and is destroyed with it. Fills `menuBar`; null for shortcuts alone.
   WindowMenus(QWidget& window, QMenuBar* menuBar, Handlers handlers);
+
+  /// Shows the context menu of the hex view at a place on the screen. Returns at once.
+  void showContextMenu(const QPoint& place);
 
   /// Enables and disables the items after the current event.
   void revalidateLater();

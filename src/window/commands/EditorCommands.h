@@ -15,6 +15,7 @@
 #include "window/commands/NavigationCommands.h"
 #include "window/commands/ReplaceCommands.h"
 #include "window/commands/ReportCommands.h"
+#include "window/commands/SafetyCommands.h"
 #include "window/commands/SearchCommands.h"
 #include "window/commands/TransformCommands.h"
 #include "window/commands/ValueCommands.h"
@@ -44,9 +45,10 @@ class EditorCommands {
 
  private:
   /// The families with rows, in the order in which they are asked.
-  using Families = std::tuple<DocumentCommands, EditCommands, NavigationCommands, SearchCommands,
-                              BookmarkCommands, ExportCommands, ReportCommands, FormatCommands,
-                              FirmwareCommands, InsertCommands, TransformCommands, ValueCommands>;
+  using Families =
+      std::tuple<DocumentCommands, EditCommands, NavigationCommands, SearchCommands,
+                 BookmarkCommands, ExportCommands, ReportCommands, FormatCommands, FirmwareCommands,
+                 InsertCommands, TransformCommands, ValueCommands, SafetyCommands>;
 
   template <class Family>
   bool performIn(Family& family, std::string_view action);

@@ -78,5 +78,31 @@ TEST_F(CliInPlaceTest, aFileThatPassesTheSizeLimitAlreadyIsLeftAlone) {
   EXPECT_TRUE(stateOf("in.bin") == before);
 }
 
+TEST_F(CliInPlaceTest, theFileIsReadBackOnRequest) {
+  expectOutput({"transform", "invert", "in.bin", "--in-place", "--verify"}, 0,
+               "Changed 4 byte(s)\n");
+  EXPECT_EQ(folder.read("in.bin"), "\xBE\xBD\xBC\xBB");
+  EXPECT_TRUE(fs::is_empty(state.path() / "quillmor/recovery"));
+}
+
+TEST_F(CliInPlaceTest, readingBackIsForFilesSavedInPlace) {
+  const CliRun ended = run({"transform", "invert", "in.bin", "-o", "out.bin", "--verify"});
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_THAT(ended.errors, testing::HasSubstr("--verify goes with --in-place."));
+  EXPECT_THAT(names(), testing::ElementsAre("in.bin"));
+}
+
+TEST_F(CliInPlaceTest, nothingIsSavedWithoutASafetyCopy) {
+  const CliRun ended = runShell(
+      "ulimit -f 4; head -c 3000 /dev/zero > big.bin; "
+      "$CLI transform invert big.bin --in-place");
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_EQ(ended.errors,
+            "quillmor-cli: There is no place for a safety copy of the new bytes. Nothing was "
+            "saved. (File too large)\n");
+  EXPECT_EQ(folder.read("big.bin"), std::string(3000, '\0'));
+  EXPECT_THAT(names(), testing::ElementsAre("big.bin", "in.bin"));
+}
+
 }  // namespace
 }  // namespace quillmor::test

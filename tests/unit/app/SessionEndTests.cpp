@@ -14,6 +14,11 @@ namespace {
 
 class SessionEnd : public ApplicationFixture {
  protected:
+  ~SessionEnd() override {
+    // Before the delegate that they belong to.
+    for (const auto& shown : application.windows) shown.controller->windowWillClose();
+  }
+
   /// The documents as the records that were left have them.
   std::vector<std::string> recovered() const {
     std::vector<std::string> texts;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <span>
+
+#include "window/commands/CommandFamily.h"
+
+namespace quillmor {
+
+/// What keeps the bytes of the document safe, for the user to see.
+class SafetyCommands : private CommandFamily {
+ public:
+  explicit SafetyCommands(CommandContext& context) : CommandFamily(context) {}
+  static std::span<const CommandRow<SafetyCommands>> rows();
+
+ private:
+  void showLastSave();
+};
+
+}  // namespace quillmor

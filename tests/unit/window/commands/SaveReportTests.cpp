@@ -1,0 +1,95 @@
+#include "window/commands/SaveReport.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "support/ErrorMatchers.h"
+#include "support/WindowFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+class SaveReport : public WindowFixture {
+ protected:
+  SaveReport() {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+  }
+
+  const FileLocation file = FileLocation::fromPath("/folder/data.bin");
+  const SaveReceipt receipt{.status = {.inode = 7, .size = 3},
+                            .byteCount = 3,
+                            .time = 1700000000,
+                            .sha256 = "aa11",
+                            .steps = {"First.", "Second."}};
+};
+
+TEST_F(SaveReport, showsWhatWasSavedAndWhatTheDiskHas) {
+  EXPECT_EQ(saveReport(file, receipt, ReadBack{.sha256 = "aa11", .status = receipt.status}),
+            "File: /folder/data.bin\n"
+            "Saved: 2023-11-14 22:13:20\n"
+            "Size: 3 bytes\n\n"
+            "SHA-256 saved:   aa11\n"
+            "SHA-256 on disk: aa11\n"
+            "The disk has the bytes that were saved.\n\n"
+            "Steps:\n"
+            "1. First.\n"
+            "2. Second.\n");
+}
+
+TEST_F(SaveReport, tellsADefectiveDiskFromALaterChange) {
+  const auto text = [&](const ReadBack& read) { return saveReport(file, receipt, read); };
+  EXPECT_THAT(text({.sha256 = "bb", .status = receipt.status}),
+              testing::HasSubstr("THE DISK HAS OTHER BYTES THAN WERE SAVED."));
+  StableFileStatus changed = receipt.status;
+  changed.changeSeconds = 1;
+  EXPECT_THAT(text({.sha256 = "bb", .status = changed}),
+              testing::HasSubstr("The file has been changed since it was saved."));
+  EXPECT_THAT(text({.sha256 = "aa11", .status = changed}),
+              testing::HasSubstr("The disk has the bytes that were saved."));
+}
+
+TEST_F(SaveReport, saysWhyAFileCannotBeReadBack) {
+  EXPECT_THAT(saveReport(file, receipt, Error::posix(5, "No reading.")),
+              testing::HasSubstr("SHA-256 on disk: -\n"
+                                 "The file could not be read back: No reading."));
+  EXPECT_THROW(saveReport(file, receipt, Error::stopped()), Error);
+}
+
+TEST_F(SaveReport, saysWhenNoDigestWasTaken) {
+  SaveReceipt without = receipt;
+  without.sha256.clear();
+  EXPECT_THAT(saveReport(file, without, ReadBack{.sha256 = "bb", .status = receipt.status}),
+              testing::HasSubstr("SHA-256 saved:   -\n"));
+}
+
+TEST_F(SaveReport, isShownByTheCommand) {
+  const auto location = folder.write("data.bin", "hello");
+  auto editor = openEdited(location);
+  platform.alerts.expect("Last Save", "This document has not been saved since it was opened.");
+  editor->perform("forwardShowLastSave:");
+  editor->perform("forwardSaveDocument:");
+  platform.executor.runAll();
+  editor->perform("forwardShowLastSave:");
+  platform.executor.runAll();
+  ASSERT_EQ(editor.window->reports.size(), 1u);
+  EXPECT_EQ(editor.window->reports[0].first, "Last Save");
+  EXPECT_THAT(editor.window->reports[0].second,
+              testing::AllOf(testing::HasSubstr("Size: 5 bytes"),
+                             testing::HasSubstr("rewritten in place and flushed.")));
+}
+
+TEST_F(SaveReport, isOfThisDocumentOnly) {
+  auto editor = openEdited(folder.write("data.bin", "hello"));
+  editor->perform("forwardSaveDocument:");
+  platform.executor.runAll();
+  editor->commands().replacement().openURLInCurrentWindow(folder.write("other.bin", "x"),
+                                                          [](auto) {});
+  platform.executor.runAll();
+  EXPECT_FALSE(editor.document->lastSave());
+}
+
+}  // namespace
+}  // namespace quillmor::test
