@@ -22,7 +22,9 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface);
+  /// Everything outlives the delegate. Without `records` nothing is kept there.
+  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+              const RecordStore* records = nullptr);
 
   // AppDelegate.cpp: windows and commands.
 
@@ -121,6 +123,7 @@ class AppDelegate {
   ApplicationSurface& surface_;
   DocumentController documents_;
   DocumentSaver saver_;
+  const RecordStore* const records_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
   /// The end of the request that is being carried out, held by its completion: when an error drops

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "document/DocumentWindow.h"
+#include "window/OutsideChanges.h"
 #include "window/commands/CommandContext.h"
 #include "window/commands/EditorCommands.h"
 
@@ -36,6 +37,7 @@ class HexWindowController : public DocumentWindow,
 
   CommandContext& context() { return context_; }
   EditorCommands& commands() { return commands_; }
+  OutsideChanges& outsideChanges() { return outsideChanges_; }
 
   /// Carries out the command of this menu action ("forwardGoToOffset:").
   void perform(std::string_view action) { commands_.perform(action); }
@@ -65,8 +67,11 @@ class HexWindowController : public DocumentWindow,
   void activate() override;
 
  private:
+  void followFileWithLock();
+
   CommandContext context_;
   EditorCommands commands_{context_};
+  OutsideChanges outsideChanges_{context_};
 };
 
 }  // namespace quillmor

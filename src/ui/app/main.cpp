@@ -57,7 +57,9 @@ int run(const CommandLine& line, GuardedApplication& application) {
   QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
-  AppDelegate delegate(services, windows);
+  const RecordStore records = RecordStore::ofThisUser();
+  // A picture leaves no trace but itself.
+  AppDelegate delegate(services, windows, line.picture ? nullptr : &records);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
   const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);

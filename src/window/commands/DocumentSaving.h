@@ -33,10 +33,19 @@ class DocumentSaving {
   struct Run {
     BusyScope busy;
     Completion completion;
+    /// That of the destination, if it was not held already.
+    std::shared_ptr<const OpenFileLock> lock = {};
   };
+
+  void lockAndSave(const FileLocation& destination, DocumentSaveOperation operation,
+                   const std::shared_ptr<Run>& run);
+  bool mayReplaceOpenFile(const Run& run);
+  void save(const FileLocation& destination, DocumentSaveOperation operation,
+            const std::shared_ptr<Run>& run);
 
   DocumentSaver::Hooks hooks(const FileLocation& destination, const std::shared_ptr<Run>& run);
   bool confirmsOverwritingChangedFile();
+  void keepOrLetGo(std::shared_ptr<const OpenFileLock> lock, DocumentSaveResult result);
   void saveDidEnd(const DocumentSaveOutcome& outcome, Run& run);
 
   CommandContext& context_;
