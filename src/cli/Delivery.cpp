@@ -6,6 +6,8 @@
 #include "cli/InPlaceSaving.h"
 #include "cli/SpooledText.h"
 #include "fileaccess/OutputDestination.h"
+#include "recovery/OpenFileLock.h"
+#include "recovery/RecordStore.h"
 
 namespace quillmor::cli {
 
@@ -75,6 +77,9 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
     } else if (changed == document.bytes()) {
       printText();
     } else {
+      const auto lock =
+          OpenFileLock::take(RecordStore::ofThisUser().directory(), document.location);
+      if (lock->isHeldByAnother()) throw openInAnotherProcessError();
       saveInPlace(document.location, document.snapshot, changed, progress, printText);
     }
   });
