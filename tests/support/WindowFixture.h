@@ -119,6 +119,8 @@ class WindowFixture : public testing::Test {
   TestPlatform platform;
   DocumentController documents;
   DocumentSaver saver{platform.executor, documents};
+  /// What editors made from now on get.
+  const RecordStore* records = nullptr;
 
  private:
   std::vector<std::shared_ptr<FakeEditorWindow>> windows_;  ///< outlive the controllers
