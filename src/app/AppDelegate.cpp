@@ -13,8 +13,9 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
                          const RecordStore* records)
     : platform_(platform),
       surface_(surface),
-      saver_(platform_.executor, documents_),
-      records_(records) {}
+      records_(records),
+      safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
+      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {}
 
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;

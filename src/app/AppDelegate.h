@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
+#include "recovery/SaveRecords.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {
@@ -22,7 +24,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// Everything outlives the delegate. Without `records` nothing is kept there.
+  /// `records`, which outlive the delegate, are where saves are made safe, unsaved changes kept and
+  /// open files locked; null for none of that.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 
@@ -121,9 +124,11 @@ class AppDelegate {
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
+  const RecordStore* records_;
   DocumentController documents_;
+  /// Absent without records.
+  std::optional<SaveRecords> safetyCopies_;
   DocumentSaver saver_;
-  const RecordStore* const records_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
   /// The end of the request that is being carried out, held by its completion: when an error drops

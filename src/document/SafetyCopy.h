@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "base/Error.h"
@@ -26,6 +27,9 @@ struct EditorPlaces {
 class SafetyCopy {
  public:
   virtual ~SafetyCopy() = default;
+
+  /// The name by which the user gets the bytes back.
+  virtual std::string name() const = 0;
 
   /// Where it is and how many bytes it takes on the disk.
   virtual FileLocation location() const = 0;
@@ -50,8 +54,9 @@ class SafetyCopies {
                                            const EditorPlaces& places, TaskProgress* progress) = 0;
 };
 
-/// True if an error of `SafetyCopies::keep` says that there is no place for a copy: no room, or no
-/// directory that may be written. Anything else is a failure of the disk or of this program.
+/// True if an error of `SafetyCopies::keep` says that there is no place for a copy: no room, a
+/// limit on the sizes of files, or no directory that may be written. Anything else is a failure of
+/// the disk or of this program.
 bool hasNoPlaceForSafetyCopy(const Error& error);
 
 }  // namespace quillmor

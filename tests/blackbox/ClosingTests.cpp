@@ -137,7 +137,18 @@ TEST_F(FullDiskTest, aFileThatMayNotGrowFailsToSaveUntilTheDocumentFits) {
   insertOneByteAndFailToSaveIt("File too large");
   press({"Delete"});
   expectStatus(Status{.size = 4096, .offset = 1, .mode = "Insert"});
-  saveAndQuit();
+  // A copy of these bytes is larger than a file may be.
+  press({"ctrl+s"});
+  const ShownAlert question = expectAlert("Save Without a Safety Copy?");
+  EXPECT_THAT(question.buttons, UnorderedElementsAre("Cancel", "Save Anyway"));
+  press({"Return"});
+  expectNoAlert();
+  expectTitle("data.bin*");
+  press({"ctrl+s"});
+  expectAlert("Save Without a Safety Copy?");
+  clickButton("Save Anyway");
+  expectTitle("data.bin");
+  expectQuitBy({"ctrl+q"});
   EXPECT_EQ(TemporaryFolder::read(file), "z" + content.substr(1));
 }
 

@@ -119,7 +119,7 @@ class WindowFixture : public testing::Test {
   TestPlatform platform;
   DocumentController documents;
   DocumentSaver saver{platform.executor, documents};
-  /// What editors made from now on get.
+  /// Where the editors made from now on keep unsaved changes.
   const RecordStore* records = nullptr;
 
  private:

@@ -91,6 +91,14 @@ DocumentSaver::Hooks DocumentSaving::hooks(const FileLocation& destination,
     const auto held = owner.lock();
     return held && confirmsOverwritingChangedFile();
   };
+  hooks.confirmSavingWithoutSafetyCopy = [this, owner = context_.owner()] {
+    const auto held = owner.lock();
+    return held && confirmsSavingWithoutSafetyCopy();
+  };
+  hooks.places = [this, owner = context_.owner()] {
+    const auto held = owner.lock();
+    return held ? context_.session().places() : EditorPlaces{};
+  };
   hooks.willWrite = [this, owner = context_.owner(), name = destination.shownName()] {
     if (const auto held = owner.lock()) context_.frame().updateBusyStatus("Saving " + name);
   };
@@ -118,6 +126,18 @@ void DocumentSaving::keepOrLetGo(std::shared_ptr<const OpenFileLock> lock,
   if (lock && location && context_.hasWindow() && result == DocumentSaveResult::success)
     return context_.documentLock().hold(*location, std::move(lock));
   DocumentLock::letGo(context_.platform().executor, std::move(lock));
+}
+
+bool DocumentSaving::confirmsSavingWithoutSafetyCopy() {
+  const auto response = context_.platform().alerts.runModal(
+      {.messageText = "Save Without a Safety Copy?",
+       .informativeText =
+           "There is no room for a copy of the new bytes, neither in Quillmor's own folder nor "
+           "beside the file. If saving is interrupted, the old and the new bytes can be lost.",
+       .style = AlertStyle::warning,
+       .buttons = {"Cancel", "Save Anyway"},
+       .cancelButton = 0});
+  return response.button == 1;
 }
 
 void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {

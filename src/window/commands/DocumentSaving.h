@@ -46,6 +46,7 @@ class DocumentSaving {
   DocumentSaver::Hooks hooks(const FileLocation& destination, const std::shared_ptr<Run>& run);
   bool confirmsOverwritingChangedFile();
   void keepOrLetGo(std::shared_ptr<const OpenFileLock> lock, DocumentSaveResult result);
+  bool confirmsSavingWithoutSafetyCopy();
   void saveDidEnd(const DocumentSaveOutcome& outcome, Run& run);
 
   CommandContext& context_;

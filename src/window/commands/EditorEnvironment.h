@@ -19,7 +19,7 @@ struct EditorEnvironment {
   PlatformServices platform;
   DocumentController& documents;
   DocumentSaver& saver;
-  /// The user's recovery records; null for none of what is kept there.
+  /// Where unsaved changes are kept and open files locked; null for neither.
   const RecordStore* records = nullptr;
 };
 
