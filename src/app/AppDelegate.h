@@ -25,8 +25,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// `records`, which outlive the delegate, are where saves are made safe and unsaved changes kept;
-  /// null for neither.
+  /// `records`, which outlive the delegate, are where saves are made safe, unsaved changes kept and
+  /// open files locked; null for none of that.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 

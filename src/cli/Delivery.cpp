@@ -6,6 +6,8 @@
 #include "cli/InPlaceSaving.h"
 #include "cli/SpooledText.h"
 #include "fileaccess/OutputDestination.h"
+#include "recovery/OpenFileLock.h"
+#include "recovery/SaveRecords.h"
 
 namespace quillmor::cli {
 
@@ -75,8 +77,12 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
     } else if (changed == document.bytes()) {
       printText();
     } else {
-      saveInPlace(document.location, document.snapshot, changed, progress, printText,
-                  arguments.has("--verify"));
+      const RecordStore records = RecordStore::ofThisUser();
+      const auto lock = OpenFileLock::take(records.directory(), document.location);
+      if (lock->isHeldByAnother()) throw openInAnotherProcessError();
+      SaveRecords safetyCopies(records);
+      saveInPlace(document.location, document.snapshot, changed, safetyCopies, progress,
+                  {.beforeWriting = printText, .verifies = arguments.has("--verify")});
     }
   });
 }

@@ -5,7 +5,6 @@
 #include "document/FileSave.h"
 #include "platform/RunInBackground.h"
 #include "recovery/ReadBack.h"
-#include "recovery/SaveRecords.h"
 
 namespace quillmor::cli {
 
@@ -21,32 +20,30 @@ Error noSafetyCopyError(const Error& reason) {
 }
 
 void save(FileSave& fileSave, const ByteBuffer& changed, TaskProgress& progress,
-          const std::function<void()>& beforeWriting, bool verifies) {
+          const InPlaceOptions& options) {
   fileSave.prepare(changed.size(), {}, &progress);
   if (fileSave.overwritesOtherChanges()) throw changedFileError();
   fileSave.secure(changed, {}, &progress);
-  if (beforeWriting) beforeWriting();
+  if (options.beforeWriting) options.beforeWriting();
   // From here on the save has its effect, and is not reported as stopped any more.
   progress.passPointOfNoReturn();
   const FileSave::Written written = fileSave.write(changed, &progress);
-  if (verifies && readBack(written.realLocation).sha256 != written.receipt.sha256)
+  if (options.verifies && readBack(written.realLocation).sha256 != written.receipt.sha256)
     throw Error::quillmor(2007, "The bytes read back from the disk are not those that were saved.");
 }
 
 }  // namespace
 
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
-                 const ByteBuffer& changed, TaskProgress& progress,
-                 const std::function<void()>& beforeWriting, bool verifies) {
-  SaveRecords safetyCopies(RecordStore::ofThisUser());
+                 const ByteBuffer& changed, SafetyCopies& safetyCopies, TaskProgress& progress,
+                 const InPlaceOptions& options) {
   FileSave fileSave({.destination = location,
                      .ownFile = location,
                      .known = KnownFile::of(snapshot.status, snapshot.bytes.span()),
                      // Nobody has a window in which to try again.
                      .ownBytes = snapshot.bytes,
                      .safetyCopies = &safetyCopies});
-  const auto saved =
-      resultOf([&] { return save(fileSave, changed, progress, beforeWriting, verifies), Done(); });
+  const auto saved = resultOf([&] { return save(fileSave, changed, progress, options), Done(); });
   if (saved.isOk()) return;
   // Another program was faster than the write.
   if (SecureFileAccess::isChangedDestination(saved.error())) throw changedFileError();

@@ -4,6 +4,12 @@
 
 namespace quillmor::SecureFileAccess {
 
+namespace {
+
+constexpr int kChangedWhileReadingCode = 1204;
+
+}  // namespace
+
 Error inputIsNotALocalFileError() {
   return Error::quillmor(1200, "The selected item is not a local file URL.");
 }
@@ -23,7 +29,12 @@ Error exceedsLimitError(std::int64_t limit) {
 }
 
 Error changedWhileReadingError() {
-  return Error::quillmor(1204, "The file changed while it was being read. Try again.");
+  return Error::quillmor(kChangedWhileReadingCode,
+                         "The file changed while it was being read. Try again.");
+}
+
+bool isChangedWhileReading(const Error& error) {
+  return error.domain() == ErrorDomain::quillmor && error.code() == kChangedWhileReadingCode;
 }
 
 }  // namespace quillmor::SecureFileAccess

@@ -23,5 +23,6 @@ Error exceedsLimitError(std::int64_t limit);
 
 /// Code 1204: the file grew, shrank, was replaced or was modified during the read.
 Error changedWhileReadingError();
+bool isChangedWhileReading(const Error& error);
 
 }  // namespace quillmor::SecureFileAccess

@@ -4,6 +4,7 @@
 #include "platform/BackgroundExecutor.h"
 #include "platform/Beeper.h"
 #include "platform/FilePanels.h"
+#include "platform/FileWatcher.h"
 #include "platform/Pasteboard.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
@@ -20,6 +21,7 @@ struct PlatformServices {
   Beeper& beeper;
   Workspace& workspace;
   BackgroundExecutor& executor;
+  FileWatcher& fileWatcher;
 };
 
 }  // namespace quillmor

@@ -8,6 +8,7 @@
 #include "platform_qt/QtBackgroundExecutor.h"
 #include "platform_qt/QtBeeper.h"
 #include "platform_qt/QtFilePanels.h"
+#include "platform_qt/QtFileWatcher.h"
 #include "platform_qt/QtPasteboard.h"
 #include "platform_qt/QtWorkspace.h"
 
@@ -21,7 +22,8 @@ class QtPlatform {
   explicit QtPlatform(std::unique_ptr<UserDefaults> defaults) : defaults_(std::move(defaults)) {}
 
   PlatformServices services() {
-    return {alerts_, filePanels_, pasteboard_, *defaults_, beeper_, workspace_, executor_};
+    return {alerts_, filePanels_, pasteboard_, *defaults_,
+            beeper_, workspace_,  executor_,   fileWatcher_};
   }
 
  private:
@@ -31,6 +33,7 @@ class QtPlatform {
   std::unique_ptr<UserDefaults> defaults_;
   QtBeeper beeper_;
   QtWorkspace workspace_;
+  QtFileWatcher fileWatcher_;
   QtBackgroundExecutor executor_;
 };
 

@@ -76,6 +76,8 @@ void HexWindowController::windowWillClose() {
   // function.
   const auto self = shared_from_this();
   commands_.navigation().saveSessionOffset();
+  outsideChanges_.stop();
+  context_.documentLock().release();
   window->unregisterDrags();
   commands_.searching().setLastSearchRequest({});
   window->closeFindReplacePanels();
@@ -104,6 +106,24 @@ void HexWindowController::documentIdentityDidChange() {
   context_.window()->setIdentity(document().displayName(), document().location(),
                                  document().isDocumentEdited());
   context_.window()->revalidateMenus();
+  outsideChanges_.documentDidChange();
+  followFileWithLock();
+}
+
+/// Tells other processes which file is open here, and the user when another process has it open.
+void HexWindowController::followFileWithLock() {
+  const auto& location = document().location();
+  if (!context_.documentLock().follow(location)) return;
+  auto didTake = [this, weak = weak_from_this(), &executor = context_.platform().executor,
+                  taken = *location](std::shared_ptr<const OpenFileLock> lock) {
+    const auto self = weak.lock();
+    if (!self || !hasWindow() || document().location() != taken)
+      return DocumentLock::letGo(executor, std::move(lock));
+    const bool isOpenElsewhere = lock && lock->isHeldByAnother();
+    context_.documentLock().hold(taken, std::move(lock));
+    if (isOpenElsewhere) context_.messages().showNotice(openInAnotherProcessError().message());
+  };
+  context_.documentLock().take(*location, std::move(didTake));
 }
 
 void HexWindowController::activate() {

@@ -8,6 +8,7 @@
 
 #include "document/DocumentWindow.h"
 #include "recovery/UnsavedChanges.h"
+#include "window/OutsideChanges.h"
 #include "window/commands/CommandContext.h"
 #include "window/commands/EditorCommands.h"
 
@@ -39,6 +40,7 @@ class HexWindowController : public DocumentWindow,
 
   CommandContext& context() { return context_; }
   EditorCommands& commands() { return commands_; }
+  OutsideChanges& outsideChanges() { return outsideChanges_; }
 
   /// Carries out the command of this menu action ("forwardGoToOffset:").
   void perform(std::string_view action) { commands_.perform(action); }
@@ -73,9 +75,11 @@ class HexWindowController : public DocumentWindow,
 
  private:
   UnsavedChanges::Owner ownerOfChanges();
+  void followFileWithLock();
 
   CommandContext context_;
   EditorCommands commands_{context_};
+  OutsideChanges outsideChanges_{context_};
   UnsavedChanges unsavedChanges_;
   /// The state of the document that the user does not want to be saved.
   std::optional<ChangeCount::Token> unwantedState_;

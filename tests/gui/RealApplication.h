@@ -100,7 +100,8 @@ class RealApplication : public testing::Test {
             scripted.defaults,
             scripted.beeper,
             scripted.workspace,
-            scripted.executor};
+            scripted.executor,
+            scripted.fileWatcher};
   }
 
   TemporaryFolder folder;

@@ -132,6 +132,39 @@ std::optional<Pasteboard::BoundedText> FakePasteboard::text(std::int64_t maximum
   return BoundedText{.text = *heldText};
 }
 
+struct FakeFileWatcher::Watch : FileWatch {
+  Watch(FakeFileWatcher& owner, FileLocation file, std::function<void()> function)
+      : watcher(owner), location(std::move(file)), mayHaveChanged(std::move(function)) {
+    watcher.watches_.push_back(this);
+  }
+  ~Watch() override { std::erase(watcher.watches_, this); }
+
+  FakeFileWatcher& watcher;
+  const FileLocation location;
+  const std::function<void()> mayHaveChanged;
+};
+
+std::unique_ptr<FileWatch> FakeFileWatcher::watch(const FileLocation& location,
+                                                  std::function<void()> mayHaveChanged) {
+  return std::make_unique<Watch>(*this, location, std::move(mayHaveChanged));
+}
+
+bool FakeFileWatcher::tell(const FileLocation& location) const {
+  bool isWatched = false;
+  for (const Watch* watch : std::vector(watches_)) {
+    if (watch->location != location) continue;
+    isWatched = true;
+    watch->mayHaveChanged();
+  }
+  return isWatched;
+}
+
+std::vector<FileLocation> FakeFileWatcher::watched() const {
+  std::vector<FileLocation> locations;
+  for (const Watch* watch : watches_) locations.push_back(watch->location);
+  return locations;
+}
+
 void ManualExecutor::runDetached(std::function<void()> work) {
   if (std::exchange(failsNextWork_, false)) throw std::bad_alloc();
   const std::lock_guard guard(lock_);

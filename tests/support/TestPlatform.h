@@ -126,6 +126,21 @@ class FakeWorkspace : public Workspace {
   }
 };
 
+/// Watches nothing: files change for it when a test says so.
+class FakeFileWatcher : public FileWatcher {
+ public:
+  std::unique_ptr<FileWatch> watch(const FileLocation& location,
+                                   std::function<void()> mayHaveChanged) override;
+
+  /// Calls everyone who watches `location`; false when nobody does.
+  bool tell(const FileLocation& location) const;
+  std::vector<FileLocation> watched() const;
+
+ private:
+  struct Watch;
+  std::vector<Watch*> watches_;
+};
+
 /// Runs background work and posted functions only when told, on a second thread and on the calling
 /// thread; so that "busy", "window closed meanwhile" and "bytes changed" happen when a test says.
 class ManualExecutor : public BackgroundExecutor {
@@ -186,10 +201,11 @@ class TestPlatform {
   FakeUserDefaults defaults;
   CountingBeeper beeper;
   FakeWorkspace workspace;
+  FakeFileWatcher fileWatcher;
   ManualExecutor executor;
 
   PlatformServices services() {
-    return {alerts, filePanels, pasteboard, defaults, beeper, workspace, executor};
+    return {alerts, filePanels, pasteboard, defaults, beeper, workspace, executor, fileWatcher};
   }
 };
 

@@ -25,6 +25,9 @@ class FakeEditorWindow : public EditorWindowSurface {
   std::vector<std::string> statusHistory;
   std::string inspectorText;
   std::string notice;
+  std::string outsideChange;
+  OutsideChangeChoices outsideChoices;
+  int outsideChangesShown = 0;
   bool toolbarEnabled = true;
   bool progressVisible = false;
   bool canStop = false;
@@ -51,6 +54,12 @@ class FakeEditorWindow : public EditorWindowSurface {
   void setToolbarEnabled(bool enabled) override { toolbarEnabled = enabled; }
   void showProgress(double part, bool stoppable) override;
   void hideProgress() override { progressVisible = false; }
+  void showOutsideChange(const std::string& text, OutsideChangeChoices choices) override {
+    outsideChange = text;
+    outsideChoices = choices;
+    ++outsideChangesShown;
+  }
+  void hideOutsideChange() override { outsideChange.clear(); }
   void revalidateMenus() override { ++revalidations; }
   void bringToFront() override { ++broughtToFront; }
   void closeWindow() override;

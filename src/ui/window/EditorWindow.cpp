@@ -18,6 +18,7 @@
 #include "ui/window/ElidedLabel.h"
 #include "ui/window/EntropyWindow.h"
 #include "ui/window/FrequencyWindowController.h"
+#include "ui/window/OutsideChangeRow.h"
 #include "ui/window/ReportWindow.h"
 
 namespace quillmor {
@@ -68,6 +69,8 @@ void EditorWindow::setupUI() {
   auto* lines = new QVBoxLayout;
   lines->setContentsMargins(12, 4, 12, 8);
   lines->setSpacing(4);
+  outsideChange_ = makeOutsideChangeRow();
+  lines->addWidget(outsideChange_);
   lines->addWidget(makeStatusRow());
   lines->addLayout(makeInspectorRow());
 
@@ -78,6 +81,15 @@ void EditorWindow::setupUI() {
   layout->addWidget(editorView_, 1);
   layout->addLayout(lines);
   acceptDrops();
+}
+
+OutsideChangeRow* EditorWindow::makeOutsideChangeRow() {
+  OutsideChangeRow::Handlers handlers;
+  handlers.show = [this] { controller_->outsideChanges().showReport(); };
+  handlers.reload = [this] { handlers_.perform(*this, "forwardReloadFromDisk:"); };
+  handlers.keepMine = [this] { controller_->outsideChanges().keepMine(); };
+  handlers.giveFocusBack = [this] { editorView_->setFocus(); };
+  return new OutsideChangeRow(std::move(handlers), content_);
 }
 
 QWidget* EditorWindow::makeStatusRow() {
@@ -171,6 +183,14 @@ void EditorWindow::showProgress(double fraction, bool canStop) {
 void EditorWindow::hideProgress() {
   progress_->hide();
   stop_->hide();
+}
+
+void EditorWindow::showOutsideChange(const std::string& text, OutsideChangeChoices choices) {
+  outsideChange_->showText(QString::fromStdString(text), choices);
+}
+
+void EditorWindow::hideOutsideChange() {
+  outsideChange_->hideLine();
 }
 
 void EditorWindow::revalidateMenus() {
@@ -299,6 +319,8 @@ void EditorWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
   makeRoomForFrame();
+  // Not every file system tells of every change.
+  controller_->outsideChanges().lookSoon();
   handlers_.didBecomeKey(*this);
 }
 

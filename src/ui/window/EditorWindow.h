@@ -21,6 +21,7 @@ class EditorToolbar;
 class ElidedLabel;
 class HexEditorView;
 class HexFileDropView;
+class OutsideChangeRow;
 class ReportWindow;
 
 /// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows what its
@@ -54,6 +55,8 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   void setToolbarEnabled(bool enabled) override;
   void showProgress(double fraction, bool canStop) override;
   void hideProgress() override;
+  void showOutsideChange(const std::string& text, OutsideChangeChoices choices) override;
+  void hideOutsideChange() override;
   void revalidateMenus() override;
   void bringToFront() override;
   void closeWindow() override;
@@ -75,6 +78,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
 
  private:
   void setupUI();
+  OutsideChangeRow* makeOutsideChangeRow();
   QWidget* makeStatusRow();
   QLayout* makeInspectorRow();
   void acceptDrops();
@@ -94,6 +98,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   HexFileDropView* content_ = nullptr;
   EditorToolbar* toolbar_ = nullptr;
   HexEditorView* editorView_ = nullptr;
+  OutsideChangeRow* outsideChange_ = nullptr;
   ElidedLabel* status_ = nullptr;
   ElidedLabel* inspector_ = nullptr;
   ElidedLabel* notice_ = nullptr;

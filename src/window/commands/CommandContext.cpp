@@ -18,6 +18,7 @@ CommandContext::CommandContext(std::shared_ptr<HexDocument> document,
     : platform_(environment.platform),
       documents_(environment.documents),
       saver_(environment.saver),
+      documentLock_(platform_.executor, environment.records),
       owner_(std::move(owner)),
       session_(std::move(document), platform_.beeper, *this),
       frame_(platform_.executor, platform_.alerts, *this) {}

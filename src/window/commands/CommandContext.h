@@ -12,6 +12,7 @@
 #include "base/Result.h"
 #include "editor/EditSession.h"
 #include "window/commands/BackgroundTaskFrame.h"
+#include "window/commands/DocumentLock.h"
 #include "window/commands/EditorEnvironment.h"
 #include "window/commands/EditorWindowSurface.h"
 #include "window/commands/WindowLimits.h"
@@ -36,6 +37,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   const PlatformServices& platform() const { return platform_; }
   DocumentController& documents() { return documents_; }
   DocumentSaver& saver() { return saver_; }
+  DocumentLock& documentLock() { return documentLock_; }
 
   // The window.
 
@@ -156,6 +158,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   PlatformServices platform_;
   DocumentController& documents_;
   DocumentSaver& saver_;
+  DocumentLock documentLock_;
   const std::function<std::weak_ptr<void>()> owner_;
   EditorWindowSurface* window_ = nullptr;
   EditSession session_;

@@ -33,8 +33,7 @@ void DocumentSaving::performDocumentSave(const FileLocation& destination,
     run = std::make_shared<Run>(Run{.busy = std::move(busy), .completion = completion});
     run->sessionHold =
         context_.platform().workspace.holdSessionEnd("Saving " + destination.shownName());
-    context_.saver().save(context_.session().sharedDocument(), destination, operation,
-                          hooks(destination, run));
+    lockAndSave(destination, operation, run);
     return Done();
   });
   if (isRefused) return completion(DocumentSaveResult::failed);
@@ -43,6 +42,47 @@ void DocumentSaving::performDocumentSave(const FileLocation& destination,
   if (run && !run->completion) throw std::move(begun.error());
   Run unstarted{.busy = {}, .completion = std::move(completion)};
   saveDidEnd({DocumentSaveResult::failed, std::move(begun.error())}, run ? *run : unstarted);
+}
+
+/// Finds out whether another process has the destination open, where that is not known, and asks.
+void DocumentSaving::lockAndSave(const FileLocation& destination, DocumentSaveOperation operation,
+                                 const std::shared_ptr<Run>& run) {
+  DocumentLock& lock = context_.documentLock();
+  if (!lock.mayBeOpenElsewhere(destination)) return save(destination, operation, run);
+  lock.take(destination, [this, owner = context_.owner(), &executor = context_.platform().executor,
+                          destination, operation, run](std::shared_ptr<const OpenFileLock> taken) {
+    const auto held = owner.lock();
+    if (!held) {
+      DocumentLock::letGo(executor, std::move(taken));
+      return std::exchange(run->completion, nullptr)(DocumentSaveResult::failed);
+    }
+    run->lock = std::move(taken);
+    const auto begun = resultOf([&] {
+      if (mayReplaceOpenFile(*run)) return save(destination, operation, run), Done();
+      return saveDidEnd({DocumentSaveResult::cancelled, {}}, *run), Done();
+    });
+    if (begun.isOk()) return;
+    if (!run->completion) throw begun.error();
+    saveDidEnd({DocumentSaveResult::failed, begun.error()}, *run);
+  });
+}
+
+/// True unless another process has the destination open and the user does not want to overwrite it.
+bool DocumentSaving::mayReplaceOpenFile(const Run& run) {
+  if (!run.lock || !run.lock->isHeldByAnother()) return true;
+  const auto response = context_.platform().alerts.runModal(
+      {.messageText = openInAnotherProcessError().message(),
+       .informativeText = "Saving now replaces the bytes that the other Quillmor has read.",
+       .style = AlertStyle::warning,
+       .buttons = {"Cancel", "Save Anyway"},
+       .cancelButton = 0});
+  return response.button == 1;
+}
+
+void DocumentSaving::save(const FileLocation& destination, DocumentSaveOperation operation,
+                          const std::shared_ptr<Run>& run) {
+  context_.saver().save(context_.session().sharedDocument(), destination, operation,
+                        hooks(destination, run));
 }
 
 DocumentSaver::Hooks DocumentSaving::hooks(const FileLocation& destination,
@@ -81,6 +121,15 @@ bool DocumentSaving::confirmsOverwritingChangedFile() {
   return response.button == 1;
 }
 
+/// The file of a save is the document's file after it.
+void DocumentSaving::keepOrLetGo(std::shared_ptr<const OpenFileLock> lock,
+                                 DocumentSaveResult result) {
+  const auto& location = context_.document().location();
+  if (lock && location && context_.hasWindow() && result == DocumentSaveResult::success)
+    return context_.documentLock().hold(*location, std::move(lock));
+  DocumentLock::letGo(context_.platform().executor, std::move(lock));
+}
+
 bool DocumentSaving::confirmsSavingWithoutSafetyCopy() {
   const auto response = context_.platform().alerts.runModal(
       {.messageText = "Save Without a Safety Copy?",
@@ -95,6 +144,7 @@ bool DocumentSaving::confirmsSavingWithoutSafetyCopy() {
 
 void DocumentSaving::saveDidEnd(const DocumentSaveOutcome& outcome, Run& run) {
   const Completion onlyOnce = std::exchange(run.completion, nullptr);
+  keepOrLetGo(std::exchange(run.lock, nullptr), outcome.result);
   run.busy.end();
   run.sessionHold.reset();
   // The waiting caller gets the result even when the alert cannot be shown.

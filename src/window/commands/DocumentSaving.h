@@ -35,10 +35,19 @@ class DocumentSaving {
     Completion completion;
     /// Asks the desktop to wait.
     std::shared_ptr<void> sessionHold = {};
+    /// That of the destination, if it was not held already.
+    std::shared_ptr<const OpenFileLock> lock = {};
   };
+
+  void lockAndSave(const FileLocation& destination, DocumentSaveOperation operation,
+                   const std::shared_ptr<Run>& run);
+  bool mayReplaceOpenFile(const Run& run);
+  void save(const FileLocation& destination, DocumentSaveOperation operation,
+            const std::shared_ptr<Run>& run);
 
   DocumentSaver::Hooks hooks(const FileLocation& destination, const std::shared_ptr<Run>& run);
   bool confirmsOverwritingChangedFile();
+  void keepOrLetGo(std::shared_ptr<const OpenFileLock> lock, DocumentSaveResult result);
   bool confirmsSavingWithoutSafetyCopy();
   void saveDidEnd(const DocumentSaveOutcome& outcome, Run& run);
 

@@ -19,7 +19,7 @@ struct EditorEnvironment {
   PlatformServices platform;
   DocumentController& documents;
   DocumentSaver& saver;
-  /// Where unsaved changes are kept; null to keep none.
+  /// Where unsaved changes are kept and open files locked; null for neither.
   const RecordStore* records = nullptr;
 };
 

@@ -33,6 +33,15 @@ class EditorWindowSurface {
   virtual void showProgress(double fraction, bool canStop) = 0;
   virtual void hideProgress() = 0;
 
+  /// A line above the status line about what another program has done to the document's file, with
+  /// buttons; each call announces it to assistive technology.
+  struct OutsideChangeChoices {
+    bool canShow = false;    ///< there is a report of it
+    bool canReload = false;  ///< there is a file
+  };
+  virtual void showOutsideChange(const std::string& text, OutsideChangeChoices choices) = 0;
+  virtual void hideOutsideChange() = 0;
+
   /// The state of the menus may have changed.
   virtual void revalidateMenus() = 0;
 
