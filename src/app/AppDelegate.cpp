@@ -9,8 +9,12 @@
 
 namespace quillmor {
 
-AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
-    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {}
+AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+                         const RecordStore* records)
+    : platform_(platform),
+      surface_(surface),
+      records_(records),
+      saver_(platform_.executor, documents_) {}
 
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;
@@ -107,7 +111,7 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
   try {
     document->makeWindowControllers([&](HexDocument&) {
       controller = std::make_shared<HexWindowController>(
-          document, EditorEnvironment{platform_, documents_, saver_});
+          document, EditorEnvironment{platform_, documents_, saver_, records_});
       return controller;
     });
     windowOrder_.insert(windowOrder_.begin(), controller);

@@ -22,7 +22,9 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface);
+  /// Unsaved changes are kept in `records`, which outlive this object; null to keep none.
+  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+              const RecordStore* records = nullptr);
 
   // AppDelegate.cpp: windows and commands.
 
@@ -119,6 +121,7 @@ class AppDelegate {
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
+  const RecordStore* records_;
   DocumentController documents_;
   DocumentSaver saver_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back

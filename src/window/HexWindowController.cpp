@@ -8,8 +8,25 @@ namespace quillmor {
 
 HexWindowController::HexWindowController(std::shared_ptr<HexDocument> document,
                                          const EditorEnvironment& environment)
-    : context_(std::move(document), environment, [this] { return weak_from_this(); }) {
+    : context_(std::move(document), environment, [this] { return weak_from_this(); }),
+      unsavedChanges_(session().sharedDocument(), context_.platform().executor, environment.records,
+                      ownerOfChanges()) {
+  session().setEditRecorder(&unsavedChanges_);
   commands_.navigation().applyUserDefaults();
+}
+
+UnsavedChanges::Owner HexWindowController::ownerOfChanges() {
+  return {.places =
+              [this] {
+                return EditorPlaces{.caretOffset = editor().caretOffset(),
+                                    .selection = session().selectedRange(),
+                                    .bookmarks = bookmarks().offsets()};
+              },
+          .didFail =
+              [this](const Error& error) {
+                context_.messages().showNotice("Unsaved changes cannot be kept for a recovery: " +
+                                               error.messageWithReason());
+              }};
 }
 
 void HexWindowController::attachWindow(EditorWindowSurface& window) {
@@ -37,7 +54,10 @@ void HexWindowController::requestClose(std::function<void(bool)> completion) {
        .informativeText = "Your changes will be lost if you don't save them.",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
-  if (response.button == 1) return completion(true);
+  if (response.button == 1) {
+    unwantedState_ = document().changeCountToken();
+    return completion(true);
+  }
   if (response.button != 0) return completion(false);
   commands_.saving().saveCurrentDocument(
       [completion = std::move(completion)](DocumentSaveResult result) {
@@ -60,6 +80,12 @@ void HexWindowController::windowWillClose() {
   commands_.searching().setLastSearchRequest({});
   window->closeFindReplacePanels();
   window->closeUtilityWindows();
+  session().setEditRecorder(nullptr);
+  if (unwantedState_ == document().changeCountToken()) {
+    unsavedChanges_.discard();
+  } else {
+    unsavedChanges_.keepNow();
+  }
   session().close();
   document().removeWindowController(this);
   if (document().windowControllers().empty()) context_.documents().close(&document());
@@ -67,10 +93,12 @@ void HexWindowController::windowWillClose() {
 
 void HexWindowController::documentStorageDidReload() {
   session().takeStorage(document().storage(), /*preservingEditorState=*/true);
+  unsavedChanges_.contentWasReplaced();
   session().showStorage();
 }
 
 void HexWindowController::documentIdentityDidChange() {
+  unsavedChanges_.documentDidChange();
   if (!hasWindow()) return;
   context_.window()->setIdentity(document().displayName(), document().location(),
                                  document().isDocumentEdited());
