@@ -21,15 +21,15 @@ namespace quillmor {
 struct JournalEntry {
   /// Entries are numbered from 1 without holes.
   std::uint64_t number = 0;
-  RecordTime time;
+  RecordTime time = {};
   /// As the Edit menu names it; what is longer than `kMaximumNameByteCount` is cut off.
-  std::string_view actionName;
+  std::string_view actionName = {};
   std::int64_t offset = 0;
   std::int64_t removedCount = 0;
-  std::span<const std::uint8_t> inserted;
+  std::span<const std::uint8_t> inserted = {};
   /// After the edit, within the document as it is then.
   std::int64_t caretOffset = 0;
-  HexSelection selection;
+  HexSelection selection = {};
 
   static constexpr std::size_t kMaximumNameByteCount = 255;
   /// The bytes of an entry without name and inserted bytes.
