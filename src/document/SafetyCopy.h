@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/Error.h"
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "document/HexSelection.h"
@@ -48,5 +49,9 @@ class SafetyCopies {
                                            std::span<const std::uint8_t> bytes,
                                            const EditorPlaces& places, TaskProgress* progress) = 0;
 };
+
+/// True if an error of `SafetyCopies::keep` says that there is no place for a copy: no room, or no
+/// directory that may be written. Anything else is a failure of the disk or of this program.
+bool hasNoPlaceForSafetyCopy(const Error& error);
 
 }  // namespace quillmor

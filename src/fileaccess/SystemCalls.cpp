@@ -29,12 +29,20 @@ int SystemCalls::open(const char* path, int flags, mode_t mode) {
   return ::open(path, flags, mode);
 }
 
+int SystemCalls::openat(int directory, const char* path, int flags, mode_t mode) {
+  return ::openat(directory, path, flags, mode);
+}
+
 ssize_t SystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
   return ::pread(descriptor, buffer, count, offset);
 }
 
 ssize_t SystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
   return ::write(descriptor, buffer, count);
+}
+
+ssize_t SystemCalls::pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset) {
+  return ::pwrite(descriptor, buffer, count, offset);
 }
 
 int SystemCalls::close(int descriptor) {
@@ -61,6 +69,14 @@ int SystemCalls::ftruncate(int descriptor, off_t length) {
   return ::ftruncate(descriptor, length);
 }
 
+int SystemCalls::fallocate(int descriptor, int mode, off_t offset, off_t length) {
+  return ::fallocate(descriptor, mode, offset, length);
+}
+
+int SystemCalls::statvfs(const char* path, struct statvfs* status) {
+  return ::statvfs(path, status);
+}
+
 int SystemCalls::fchmod(int descriptor, mode_t mode) {
   return ::fchmod(descriptor, mode);
 }
@@ -84,6 +100,14 @@ int SystemCalls::link(const char* from, const char* to) {
 
 int SystemCalls::unlink(const char* path) {
   return ::unlink(path);
+}
+
+int SystemCalls::unlinkat(int directory, const char* path, int flags) {
+  return ::unlinkat(directory, path, flags);
+}
+
+int SystemCalls::mkdir(const char* path, mode_t mode) {
+  return ::mkdir(path, mode);
 }
 
 ssize_t SystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) {

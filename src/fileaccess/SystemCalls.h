@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/types.h>
 
 #include <cerrno>
@@ -27,8 +28,10 @@ class SystemCalls {
   SystemCalls& operator=(const SystemCalls&) = delete;
 
   virtual int open(const char* path, int flags, mode_t mode);
+  virtual int openat(int directory, const char* path, int flags, mode_t mode);
   virtual ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset);
   virtual ssize_t write(int descriptor, const void* buffer, std::size_t count);
+  virtual ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset);
   virtual int close(int descriptor);
 
   virtual int fstat(int descriptor, struct stat* status);
@@ -38,6 +41,8 @@ class SystemCalls {
   virtual char* realpath(const char* path, char* resolved);
 
   virtual int ftruncate(int descriptor, off_t length);
+  virtual int fallocate(int descriptor, int mode, off_t offset, off_t length);
+  virtual int statvfs(const char* path, struct statvfs* status);
   virtual int fchmod(int descriptor, mode_t mode);
   virtual int fsync(int descriptor);
 
@@ -46,6 +51,8 @@ class SystemCalls {
                         unsigned flags);
   virtual int link(const char* from, const char* to);
   virtual int unlink(const char* path);
+  virtual int unlinkat(int directory, const char* path, int flags);
+  virtual int mkdir(const char* path, mode_t mode);
 
   virtual ssize_t getrandom(void* buffer, std::size_t count, unsigned flags);
 

@@ -13,35 +13,10 @@
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "fileaccess/FileDescriptor.h"
+#include "recovery/RecordDirectory.h"
 #include "recovery/RecordHeader.h"
 
 namespace quillmor {
-
-/// A directory of records, open: every call on a record goes through its descriptor, so that it
-/// stays in this directory whatever becomes of the path. Any thread.
-class RecordDirectory {
- public:
-  /// Opens the directory and makes it with mode 0700 where it is missing, its parents too. Throws a
-  /// POSIX error; EPERM for a directory of another user or one that others may use, ELOOP or
-  /// ENOTDIR for a link.
-  static std::shared_ptr<const RecordDirectory> openPrivate(const FileLocation& location);
-  /// Opens the directory of a document, which is as it is, for a record beside the file.
-  static std::shared_ptr<const RecordDirectory> openBeside(const FileLocation& file);
-
-  RecordDirectory(FileLocation location, FileDescriptor descriptor, bool isPrivate)
-      : location_(std::move(location)), descriptor_(std::move(descriptor)), isPrivate_(isPrivate) {}
-
-  const FileLocation& location() const { return location_; }
-  int descriptor() const { return descriptor_.get(); }
-  bool isPrivate() const { return isPrivate_; }
-  /// Makes the entries durable. Throws a POSIX error.
-  void synchronize() const { descriptor_.synchronize(); }
-
- private:
-  FileLocation location_;
-  FileDescriptor descriptor_;
-  bool isPrivate_;
-};
 
 /// What a record is made of, apart from its payload.
 struct RecordContent {
@@ -69,7 +44,8 @@ class HeldRecord {
   /// Open for writing; a journal appends to it.
   const FileDescriptor& handle() const { return handle_; }
 
-  /// Removes the file and makes that durable. Throws a POSIX error; a file that has gone is none.
+  /// Removes the file and makes that durable. Throws a POSIX error; a file that has gone is no
+  /// failure.
   void remove();
 
  private:
@@ -114,7 +90,8 @@ class RecordStore {
 
   const FileLocation& directory() const { return directory_; }
 
-  /// Writes a record and makes it durable before it returns. Goes beside `content.header.path` when
+  /// Writes a record whose payload and bookmarks lie within the limits, and makes it durable before
+  /// it returns. Goes beside `content.header.path` when
   /// the private directory fails with ENOSPC, EDQUOT, EROFS, EACCES or EPERM and there is a path.
   /// Throws a POSIX error; nothing remains then. A stop request of `progress` ends it.
   std::unique_ptr<HeldRecord> write(RecordContent content, std::span<const std::uint8_t> payload,
@@ -123,9 +100,10 @@ class RecordStore {
   /// Makes an empty journal in the same way: the header, and a handle to append to.
   std::unique_ptr<HeldRecord> createJournal(RecordContent content) const;
 
-  /// The records of the private directory, and those beside `documents`. Removes ".tmp" files that
-  /// are older than a day and locked by nobody. A directory that does not exist has no records.
-  /// Throws a POSIX error when it cannot be read.
+  /// The records of the private directory, and those beside `documents`, in the order of their IDs.
+  /// Removes what was left unfinished in the private directory for more than a day and is locked by
+  /// nobody. A directory that does not exist has no records. Throws a POSIX error when the private
+  /// directory cannot be read; one of a document that cannot be read counts as empty.
   std::vector<ListedRecord> list(std::span<const FileLocation> documents = {}) const;
 
   /// Reads a record whole and checks it: a regular file of this user with mode 0600 and one link,
@@ -146,6 +124,9 @@ class RecordStore {
   void setAside(const ListedRecord& record) const noexcept;
 
  private:
+  /// The directory that holds the record, open.
+  std::shared_ptr<const RecordDirectory> directoryOf(const ListedRecord& record) const;
+
   FileLocation directory_;
 };
 

@@ -81,6 +81,10 @@ int FaultySystemCalls::open(const char* path, int flags, mode_t mode) {
   return admits(SystemCall::open) ? SystemCalls::open(path, flags, mode) : -1;
 }
 
+int FaultySystemCalls::openat(int directory, const char* path, int flags, mode_t mode) {
+  return admits(SystemCall::openat) ? SystemCalls::openat(directory, path, flags, mode) : -1;
+}
+
 ssize_t FaultySystemCalls::pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
   if (!admits(SystemCall::pread)) return -1;
   return SystemCalls::pread(descriptor, buffer, allowedCount(SystemCall::pread, count), offset);
@@ -89,6 +93,12 @@ ssize_t FaultySystemCalls::pread(int descriptor, void* buffer, std::size_t count
 ssize_t FaultySystemCalls::write(int descriptor, const void* buffer, std::size_t count) {
   if (!admits(SystemCall::write)) return -1;
   return SystemCalls::write(descriptor, buffer, allowedCount(SystemCall::write, count));
+}
+
+ssize_t FaultySystemCalls::pwrite(int descriptor, const void* buffer, std::size_t count,
+                                  off_t offset) {
+  if (!admits(SystemCall::pwrite)) return -1;
+  return SystemCalls::pwrite(descriptor, buffer, allowedCount(SystemCall::pwrite, count), offset);
 }
 
 int FaultySystemCalls::close(int descriptor) {
@@ -122,6 +132,15 @@ int FaultySystemCalls::ftruncate(int descriptor, off_t length) {
   return admits(SystemCall::ftruncate) ? SystemCalls::ftruncate(descriptor, length) : -1;
 }
 
+int FaultySystemCalls::fallocate(int descriptor, int mode, off_t offset, off_t length) {
+  if (!admits(SystemCall::fallocate)) return -1;
+  return SystemCalls::fallocate(descriptor, mode, offset, length);
+}
+
+int FaultySystemCalls::statvfs(const char* path, struct statvfs* status) {
+  return admits(SystemCall::statvfs) ? SystemCalls::statvfs(path, status) : -1;
+}
+
 int FaultySystemCalls::fchmod(int descriptor, mode_t mode) {
   return admits(SystemCall::fchmod) ? SystemCalls::fchmod(descriptor, mode) : -1;
 }
@@ -146,6 +165,14 @@ int FaultySystemCalls::link(const char* from, const char* to) {
 
 int FaultySystemCalls::unlink(const char* path) {
   return admits(SystemCall::unlink) ? SystemCalls::unlink(path) : -1;
+}
+
+int FaultySystemCalls::unlinkat(int directory, const char* path, int flags) {
+  return admits(SystemCall::unlinkat) ? SystemCalls::unlinkat(directory, path, flags) : -1;
+}
+
+int FaultySystemCalls::mkdir(const char* path, mode_t mode) {
+  return admits(SystemCall::mkdir) ? SystemCalls::mkdir(path, mode) : -1;
 }
 
 ssize_t FaultySystemCalls::getrandom(void* buffer, std::size_t count, unsigned flags) {

@@ -15,7 +15,9 @@ namespace quillmor::test {
 
 enum class SystemCall {
   open,
+  openat,
   pread,
+  pwrite,
   write,
   close,
   fstat,
@@ -23,12 +25,16 @@ enum class SystemCall {
   access,
   realpath,
   ftruncate,
+  fallocate,
+  statvfs,
   fchmod,
   fsync,
   rename,
   renameat2,
   link,
   unlink,
+  unlinkat,
+  mkdir,
   getrandom,
   getrlimit,
   fcntl,
@@ -64,7 +70,7 @@ class FaultySystemCalls final : public SystemCalls {
   /// Every call is interrupted once before it is carried out.
   void interruptEveryCall() { interruptsEveryCall_ = true; }
 
-  /// The `nth` pread, write, getrandom or getdents64 (or every one) moves at most `count`
+  /// The `nth` pread, pwrite, write, getrandom or getdents64 (or every one) moves at most `count`
   /// bytes; none when 0.
   void limitCount(SystemCall kind, int nth, std::size_t count);
 
@@ -87,14 +93,18 @@ class FaultySystemCalls final : public SystemCalls {
   const std::vector<std::size_t>& requestedCounts(SystemCall kind) { return requested_[kind]; }
 
   int open(const char* path, int flags, mode_t mode) override;
+  int openat(int directory, const char* path, int flags, mode_t mode) override;
   ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset) override;
   ssize_t write(int descriptor, const void* buffer, std::size_t count) override;
+  ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset) override;
   int close(int descriptor) override;
   int fstat(int descriptor, struct stat* status) override;
   int fstatat(int directory, const char* path, struct stat* status, int flags) override;
   int access(const char* path, int mode) override;
   char* realpath(const char* path, char* resolved) override;
   int ftruncate(int descriptor, off_t length) override;
+  int fallocate(int descriptor, int mode, off_t offset, off_t length) override;
+  int statvfs(const char* path, struct statvfs* status) override;
   int fchmod(int descriptor, mode_t mode) override;
   int fsync(int descriptor) override;
   int rename(const char* from, const char* to) override;
@@ -102,6 +112,8 @@ class FaultySystemCalls final : public SystemCalls {
                 unsigned flags) override;
   int link(const char* from, const char* to) override;
   int unlink(const char* path) override;
+  int unlinkat(int directory, const char* path, int flags) override;
+  int mkdir(const char* path, mode_t mode) override;
   ssize_t getrandom(void* buffer, std::size_t count, unsigned flags) override;
   int getrlimit(int resource, struct rlimit* limit) override;
   int fcntl(int descriptor, int command, int argument) override;
