@@ -9,8 +9,18 @@
 
 namespace quillmor {
 
-AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface)
-    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {}
+AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+                         const RecordStore* records)
+    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {
+  if (records == nullptr) return;
+  recovery_ = std::make_unique<RecoveryController>(
+      platform_, documents_, surface_, *records,
+      RecoveryController::Editors{
+          .current = [this] { return currentHexWindowController(); },
+          .makeNew = [this] { return showNewEditorWindow(/*isPendingInitialLoad=*/false); }});
+  documents_.setOpenObserver(
+      [this](const FileLocation& location) { recovery_->offerFor(location); });
+}
 
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;

@@ -9,6 +9,7 @@
 
 #include "app/ApplicationSurface.h"
 #include "app/MenuEnabling.h"
+#include "app/RecoveryController.h"
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
@@ -22,7 +23,9 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface);
+  /// `records` are what is recovered from; null for no recovery. All arguments outlive this object.
+  AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
+              const RecordStore* records = nullptr);
 
   // AppDelegate.cpp: windows and commands.
 
@@ -59,6 +62,9 @@ class AppDelegate {
 
   /// Reads the file at once and shows it in a new window. Throws the reading layer's errors.
   std::shared_ptr<HexWindowController> openNow(const FileLocation& location);
+
+  /// Looks for documents that can be recovered, once at the start, and shows their list.
+  void offerRecovery();
 
   // AppDelegateQuitting.cpp
 
@@ -121,6 +127,8 @@ class AppDelegate {
   ApplicationSurface& surface_;
   DocumentController documents_;
   DocumentSaver saver_;
+  /// Null without recovery.
+  std::unique_ptr<RecoveryController> recovery_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
   /// The end of the request that is being carried out, held by its completion: when an error drops

@@ -29,6 +29,7 @@ bool HexWindowController::windowShouldClose() {
 }
 
 void HexWindowController::requestClose(std::function<void(bool)> completion) {
+  givenUp_.reset();
   if (!windowShouldClose()) return completion(false);
   if (!document().isDocumentEdited()) return completion(true);
   const auto response = context_.platform().alerts.runModal(
@@ -37,7 +38,10 @@ void HexWindowController::requestClose(std::function<void(bool)> completion) {
        .informativeText = "Your changes will be lost if you don't save them.",
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
-  if (response.button == 1) return completion(true);
+  if (response.button == 1) {
+    givenUp_ = document().changeCountToken();
+    return completion(true);
+  }
   if (response.button != 0) return completion(false);
   commands_.saving().saveCurrentDocument(
       [completion = std::move(completion)](DocumentSaveResult result) {
@@ -62,7 +66,9 @@ void HexWindowController::windowWillClose() {
   window->closeUtilityWindows();
   session().close();
   document().removeWindowController(this);
-  if (document().windowControllers().empty()) context_.documents().close(&document());
+  if (!document().windowControllers().empty()) return;
+  context_.documents().close(&document());
+  if (givenUp_ == document().changeCountToken()) document().changesWereGivenUp();
 }
 
 void HexWindowController::documentStorageDidReload() {

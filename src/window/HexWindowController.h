@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -67,6 +68,8 @@ class HexWindowController : public DocumentWindow,
  private:
   CommandContext context_;
   EditorCommands commands_{context_};
+  /// The unsaved state that the user has given up, if the window closes in it.
+  std::optional<ChangeCount::Token> givenUp_;
 };
 
 }  // namespace quillmor
