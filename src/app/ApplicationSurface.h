@@ -42,7 +42,7 @@ class ApplicationSurface {
   /// controller has now. The controller outlives the list.
   virtual void showRecoveryList(RecoveryController& recovery) = 0;
 
-  /// The list that is shown, if one is, follows its controller; without entries it closes.
+  /// The list that is shown, if one is, follows its controller; without content it closes.
   virtual void refreshRecoveryList() = 0;
 
   /// Closes every window without asking and ends the event loop.

@@ -13,6 +13,8 @@ namespace quillmor {
 namespace {
 
 constexpr const char* kRecoverFailed = "Recover Failed";
+/// The most names in a sentence about records that are not offered.
+constexpr std::size_t kMaximumListedNames = 3;
 
 std::string quoted(const RecoveryEntry& entry) {
   return "\"" + entry.shownName() + "\"";
@@ -112,7 +114,14 @@ std::vector<std::string> RecoveryController::messages() const {
   const auto add = [&](const std::set<std::string>& names, const std::string& fact) {
     if (names.empty()) return;
     std::string sentence = countText(names.size(), "record", "records") + " " + fact;
-    for (const std::string& name : names) sentence += (name == *names.begin() ? " " : ", ") + name;
+    std::size_t listed = 0;
+    for (const std::string& name : names) {
+      if (++listed > kMaximumListedNames) {
+        sentence += " …";
+        break;
+      }
+      sentence += (listed == 1 ? " " : ", ") + name;
+    }
     sentences.push_back(std::move(sentence));
   };
   const std::string folder = records_.directory().shownPath();
@@ -130,6 +139,18 @@ const RecoveryEntry* RecoveryController::find(const std::string& id) const {
 
 void RecoveryController::removeEntry(const std::string& id) {
   std::erase_if(entries_, [&](const RecoveryEntry& entry) { return entry.id() == id; });
+  if (entries_.empty()) clear();
+}
+
+void RecoveryController::clear() {
+  entries_.clear();
+  damaged_.clear();
+  newer_.clear();
+  refused_.clear();
+}
+
+bool RecoveryController::hasContent() const {
+  return !entries_.empty() || !damaged_.empty();
 }
 
 void RecoveryController::doWithEach(const std::vector<std::string>& ids, Step step) {
@@ -285,10 +306,7 @@ void RecoveryController::showDifferencesOf(const RecoveryEntry& entry) {
 void RecoveryController::later() {
   progress_->requestStop();
   waiting_.clear();
-  entries_.clear();
-  damaged_.clear();
-  newer_.clear();
-  refused_.clear();
+  clear();
   surface_.refreshRecoveryList();
 }
 

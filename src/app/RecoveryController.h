@@ -50,6 +50,8 @@ class RecoveryController {
   const std::vector<RecoveryEntry>& entries() const { return entries_; }
   /// Sentences about records that are not offered.
   std::vector<std::string> messages() const;
+  /// False when the user is done with the list.
+  bool hasContent() const;
   /// What is being done, "Recovering data.bin"; empty when the list waits for the user.
   const std::string& activity() const { return activity_; }
 
@@ -73,6 +75,7 @@ class RecoveryController {
   void addOffer(RecoveryOffer offer);
   const RecoveryEntry* find(const std::string& id) const;
   void removeEntry(const std::string& id);
+  void clear();
 
   void doWithEach(const std::vector<std::string>& ids, Step step);
   void doNext();

@@ -39,7 +39,7 @@ class FakeApplication : public ApplicationSurface {
     ++recoveryListsShown;
   }
   void refreshRecoveryList() override {
-    if (recovery != nullptr && recovery->entries().empty()) recovery = nullptr;
+    if (recovery != nullptr && !recovery->hasContent()) recovery = nullptr;
   }
   void terminate() override { ++terminations; }
 };

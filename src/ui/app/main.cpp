@@ -9,6 +9,7 @@
 #include "platform/MemoryUserDefaults.h"
 #include "platform_qt/QtPlatform.h"
 #include "platform_qt/QtUserDefaults.h"
+#include "recovery/RecordStore.h"
 #include "ui/app/ApplicationWindows.h"
 #include "ui/app/CommandLine.h"
 #include "ui/app/DarkAppearance.h"
@@ -57,7 +58,8 @@ int run(const CommandLine& line, GuardedApplication& application) {
   QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
-  AppDelegate delegate(services, windows);
+  const RecordStore records = RecordStore::ofThisUser();
+  AppDelegate delegate(services, windows, line.picture ? nullptr : &records);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
   const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);
@@ -70,6 +72,7 @@ int run(const CommandLine& line, GuardedApplication& application) {
   } else {
     delegate.openFiles(line.files, [](bool) {});
   }
+  delegate.offerRecovery();
   return GuardedApplication::exec();
 }
 
