@@ -11,7 +11,10 @@ namespace quillmor {
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
                          const RecordStore* records)
-    : platform_(platform), surface_(surface), saver_(platform_.executor, documents_) {
+    : platform_(platform),
+      surface_(surface),
+      safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
+      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {
   if (records == nullptr) return;
   recovery_ = std::make_unique<RecoveryController>(
       platform_, documents_, surface_, *records,

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
+#include "recovery/SaveRecords.h"
 #include "window/HexWindowController.h"
 
 namespace quillmor {
@@ -23,7 +25,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// `records` are what is recovered from; null for no recovery. All arguments outlive this object.
+  /// `records` are where saves are made safe, and what is recovered from; null where no document is
+  /// saved. All arguments outlive this object.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 
@@ -126,6 +129,8 @@ class AppDelegate {
   PlatformServices platform_;
   ApplicationSurface& surface_;
   DocumentController documents_;
+  /// Absent without records.
+  std::optional<SaveRecords> safetyCopies_;
   DocumentSaver saver_;
   /// Null without recovery.
   std::unique_ptr<RecoveryController> recovery_;

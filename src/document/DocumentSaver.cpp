@@ -14,6 +14,9 @@ struct DocumentSaver::Job {
   /// The other open documents that the destination has been compared with.
   std::vector<FileLocation> otherDocuments = {};
   bool hasEnded = false;
+  /// The user wants the save even without a safety copy.
+  bool goesWithoutCopy = false;
+  EditorPlaces places = {};
   ChangeCount::Token token{};
 
   void end(DocumentSaveResult result, std::optional<Error> error = std::nullopt) {
@@ -33,8 +36,11 @@ void DocumentSaver::save(const std::shared_ptr<HexDocument>& document,
                          const FileLocation& destination, DocumentSaveOperation operation,
                          Hooks hooks) {
   auto job = resultOf([&] {
-    return std::make_shared<Job>(Job{
-        document, FileSave({destination, operation, document->location(), document->knownFile()})});
+    return std::make_shared<Job>(Job{document, FileSave({.destination = destination,
+                                                         .operation = operation,
+                                                         .ownFile = document->location(),
+                                                         .known = document->knownFile(),
+                                                         .safetyCopies = safetyCopies_})});
   });
   if (!job.isOk()) return hooks.completion({DocumentSaveResult::failed, job.error()});
   job.value()->hooks = std::move(hooks);
@@ -76,33 +82,57 @@ void DocumentSaver::askAndWrite(const std::shared_ptr<Job>& job) {
 
 void DocumentSaver::write(const std::shared_ptr<Job>& job, Overwriting overwriting) {
   job->hooks.willWrite();
+  if (job->hooks.places) job->places = job->hooks.places();
   job->token = job->document->changeCountToken();
   job->document->canAsynchronouslyWrite();
   auto work = [job, overwriting] {
     if (overwriting == Overwriting::whatIsThereNow) job->save.acceptChanges();
     TaskProgress* const progress = job->hooks.progress.get();
-    const auto writeBytes = [&](const DocumentDestination& destination, bool* wasTouched) {
-      return job->document->write(destination, progress, wasTouched);
-    };
-    return job->save.write(writeBytes, progress);
+    const ByteBuffer bytes = job->document->bytesToWrite();
+    if (!job->goesWithoutCopy) job->save.secure(bytes, job->places, progress);
+    return job->save.write(bytes, progress);
   };
-  runInBackground(executor_, std::move(work), [this, job](Result<FileSave::Written> outcome) {
-    endIfItFails(*job, [&] { written(job, std::move(outcome)); });
-  });
+  runInBackground(executor_, std::move(work),
+                  [this, job, overwriting](Result<FileSave::Written> outcome) {
+                    endIfItFails(*job, [&] { written(job, overwriting, std::move(outcome)); });
+                  });
 }
 
-void DocumentSaver::written(const std::shared_ptr<Job>& job, Result<FileSave::Written> outcome) {
+void DocumentSaver::written(const std::shared_ptr<Job>& job, Overwriting overwriting,
+                            Result<FileSave::Written> outcome) {
   if (outcome.isOk()) {
     FileSave::Written& written = outcome.value();
+    forgetUnfinishedSave(*job->document);
     job->document->didSave(std::move(written.realLocation), written.file, job->token);
     return job->end(DocumentSaveResult::success);
+  }
+  if (job->save.lacksSafetyCopy()) {
+    if (!job->hooks.confirmSavingWithoutSafetyCopy || !job->hooks.confirmSavingWithoutSafetyCopy())
+      return job->end(DocumentSaveResult::cancelled);
+    job->goesWithoutCopy = true;
+    return write(job, overwriting);
   }
   // Another program was faster than the write, after the question or instead of it.
   if (job->save.isOwnFile() && SecureFileAccess::isChangedDestination(outcome.error()))
     return askAndWrite(job);
   // What a failed write of ours left is no other program's change: the next try does not ask.
   if (const auto& torn = job->save.tornOwnFile()) job->document->setKnownFile(*torn);
+  if (auto copy = job->save.takeSafetyCopy()) {
+    forgetUnfinishedSave(*job->document);
+    job->document->setUnfinishedSave(std::move(copy));
+  }
   throw outcome.error();
+}
+
+void DocumentSaver::forgetUnfinishedSave(HexDocument& document) noexcept {
+  if (!document.unfinishedSave()) return;
+  // What cannot be removed is found again when the program starts, and the user is asked.
+  resultOf([&] {
+    executor_.runDetached(
+        [copy = document.unfinishedSave()] { resultOf([&] { return copy->remove(), Done(); }); });
+    return Done();
+  });
+  document.setUnfinishedSave(nullptr);
 }
 
 }  // namespace quillmor

@@ -30,6 +30,10 @@ class DocumentSaver {
   struct Hooks {
     /// Asked when the file is no longer the one that was read or saved; true overwrites it.
     std::function<bool()> confirmOverwritingChangedFile;
+    /// Asked when there is no place for a safety copy; true saves without one.
+    std::function<bool()> confirmSavingWithoutSafetyCopy;
+    /// What the editor adds to the bytes of a safety copy.
+    std::function<EditorPlaces()> places;
     /// Called right before the bytes are written.
     std::function<void()> willWrite;
     std::function<void(const DocumentSaveOutcome&)> completion;
@@ -37,13 +41,19 @@ class DocumentSaver {
     std::shared_ptr<TaskProgress> progress = {};
   };
 
-  DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents)
-      : executor_(executor), documents_(documents) {}
+  /// `safetyCopies`, which outlives the saver, is null only where no save is to be safe.
+  DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents,
+                SafetyCopies* safetyCopies = nullptr)
+      : executor_(executor), documents_(documents), safetyCopies_(safetyCopies) {}
 
   /// Saves `document` to `destination`. Main thread; the hooks are called later, or at once when
   /// the save cannot even begin: the completion always is. The saver outlives them.
   void save(const std::shared_ptr<HexDocument>& document, const FileLocation& destination,
             DocumentSaveOperation operation, Hooks hooks);
+
+  /// Removes the safety copy of a save that has left the document's file incomplete, because the
+  /// user gives those bytes up.
+  void forgetUnfinishedSave(HexDocument& document) noexcept;
 
  private:
   struct Job;
@@ -57,10 +67,12 @@ class DocumentSaver {
   /// Asks whether to overwrite what another program made of the document's own file.
   void askAndWrite(const std::shared_ptr<Job>& job);
   void write(const std::shared_ptr<Job>& job, Overwriting overwriting);
-  void written(const std::shared_ptr<Job>& job, Result<FileSave::Written> outcome);
+  void written(const std::shared_ptr<Job>& job, Overwriting overwriting,
+               Result<FileSave::Written> outcome);
 
   BackgroundExecutor& executor_;
   const DocumentController& documents_;
+  SafetyCopies* const safetyCopies_;
 };
 
 }  // namespace quillmor

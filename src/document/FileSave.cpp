@@ -40,6 +40,10 @@ std::optional<ByteBuffer> bytesToKeep(const DocumentDestination& destination,
 FileSave::FileSave(Request request)
     : request_(std::move(request)), destination_{request_.destination} {}
 
+FileSave::~FileSave() {
+  removeSafetyCopy();
+}
+
 void FileSave::prepare(std::int64_t byteCount, std::span<const FileLocation> openDocuments,
                        TaskProgress* progress) {
   const FileLocation& destination = request_.destination;
@@ -57,21 +61,51 @@ void FileSave::acceptChanges() {
   destination_ = SecureFileAccess::documentDestination(request_.destination);
 }
 
-FileSave::Written FileSave::write(const WriteBytes& writeBytes, TaskProgress* progress) {
-  bool wasTouched = false;
+void FileSave::secure(const ByteBuffer& bytes, const EditorPlaces& places, TaskProgress* progress) {
+  lacksSafetyCopy_ = false;
+  if (request_.safetyCopies == nullptr) return;
+  removeSafetyCopy();
+  auto kept = resultOf([&] {
+    return request_.safetyCopies->keep(SecureFileAccess::realLocation(request_.destination),
+                                       destination_.found, bytes.span(), places, progress);
+  });
+  if (progress != nullptr) progress->restart();
+  if (!kept.isOk()) {
+    lacksSafetyCopy_ = hasNoPlaceForSafetyCopy(kept.error());
+    throw kept.error();
+  }
+  safetyCopy_ = std::move(kept.value());
+}
+
+FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progress) {
+  // Found and taken before the write, because nothing may fail after it.
+  FileLocation realLocation = SecureFileAccess::realLocation(request_.destination);
+  const ContentDigest digest = contentDigest(bytes.span());
+  const StableFileStatus status = writeBytes(bytes, progress);
+  return {.file = {.status = status, .digest = digest}, .realLocation = std::move(realLocation)};
+}
+
+StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* progress) {
+  auto effect = SecureFileAccess::FileEffect::untouched;
   tornOwnFile_.reset();
-  auto written = resultOf([&] {
-    // Found before the write, because nothing may fail after it.
-    FileLocation realLocation = SecureFileAccess::realLocation(request_.destination);
+  const auto written = resultOf([&] {
     const bool isFile = destination_.found && destination_.found->isRegularFile();
     if (isOwnFile_) destination_.oldBytes = request_.ownBytes;
     if (!isOwnFile_ && isFile) destination_.oldBytes = bytesToKeep(destination_, progress);
-    return Written{writeBytes(destination_, &wasTouched), std::move(realLocation)};
+    return SecureFileAccess::writeDocumentBytes(bytes.span(), destination_, progress, &effect);
   });
   destination_.oldBytes.reset();
-  if (written.isOk()) return std::move(written.value());
-  if (wasTouched && isOwnFile_) noteTornFile();
+  const bool isIncomplete = effect == SecureFileAccess::FileEffect::incomplete;
+  if (isIncomplete) neededCopy_ = std::move(safetyCopy_);
+  removeSafetyCopy();
+  if (written.isOk()) return written.value();
+  if (effect != SecureFileAccess::FileEffect::untouched && isOwnFile_) noteTornFile();
   throw written.error();
+}
+
+/// A copy that cannot be removed does no harm: it goes when it is found to be what the file has.
+void FileSave::removeSafetyCopy() noexcept {
+  if (const auto copy = std::move(safetyCopy_)) resultOf([&] { return copy->remove(), Done(); });
 }
 
 void FileSave::noteTornFile() {
@@ -84,13 +118,6 @@ void FileSave::noteTornFile() {
 
 void FileSave::release() {
   if (reservation_) reservation_->release();
-}
-
-KnownFile writeDocument(const ByteBuffer& bytes, const DocumentDestination& destination,
-                        TaskProgress* progress, bool* wasTouched) {
-  const StableFileStatus status =
-      SecureFileAccess::writeDocumentBytes(bytes.span(), destination, progress, wasTouched);
-  return KnownFile::of(status, bytes.span());
 }
 
 }  // namespace quillmor

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -10,6 +9,7 @@
 #include "base/FileLocation.h"
 #include "base/TaskProgress.h"
 #include "document/KnownFile.h"
+#include "document/SafetyCopy.h"
 #include "fileaccess/DocumentOutput.h"
 #include "fileaccess/Reservations.h"
 
@@ -18,10 +18,13 @@ namespace quillmor {
 /// `save` goes to the document's own file, `saveAs` to any place, which may be that file too.
 enum class DocumentSaveOperation { save, saveAs };
 
-/// One save of a document into a file: `prepare`, a question to the user where that is needed, and
-/// `write`. The only code that writes a document's bytes to its file. Every step may wait for a
-/// disk. Any thread, one step at a time. The destination stays reserved from the first step until
-/// `release` or the end of this object.
+/// One save of a document into a file, in steps: `prepare`, a question to the user where that is
+/// needed, `secure`, and `write`. The only code that writes a document's bytes to its file. Every
+/// step may wait for a disk. Any thread, one step at a time. The destination stays reserved from
+/// the first step until `release` or the end of this object.
+///
+/// Between `secure` and the end of a successful `write` a safety copy has the new bytes, so that
+/// neither a crash nor a failing disk loses both them and the old ones.
 ///
 /// A failed save to another place than the document's own file leaves that place as it was: no file
 /// where there was none, the old bytes where there was one. A file that may not be read, or that
@@ -39,6 +42,9 @@ class FileSave {
     /// The bytes of that file, to be put back into it when the write fails; absent where a window
     /// holds what was to be saved for another try.
     std::optional<ByteBuffer> ownBytes = {};
+    /// Where the new bytes are kept during the write; outlives the save. Null where nothing is
+    /// written to a file.
+    SafetyCopies* safetyCopies = nullptr;
   };
 
   struct Written {
@@ -47,11 +53,13 @@ class FileSave {
     FileLocation realLocation;
   };
 
-  /// Writes the bytes to a destination and returns the file as it is after the write. Sets
-  /// `wasTouched` as `SecureFileAccess::writeDocumentBytes` does.
-  using WriteBytes = std::function<KnownFile(const DocumentDestination&, bool* wasTouched)>;
-
   explicit FileSave(Request request);
+  /// Removes a safety copy of bytes that were never begun to be written.
+  ~FileSave();
+  FileSave(FileSave&&) = default;
+  FileSave& operator=(FileSave&&) = delete;
+  FileSave(const FileSave&) = delete;
+  FileSave& operator=(const FileSave&) = delete;
 
   /// Reserves the destination, looks at it and checks what can be known before it is touched: that
   /// `byteCount` bytes may be written there, and that it is none of `openDocuments`. Compares the
@@ -71,9 +79,23 @@ class FileSave {
   /// Looks at the destination again, so that `write` overwrites what is there by now.
   void acceptChanges();
 
-  /// Writes the file. Throws what `write` does; with an error of `isChangedDestination` nothing was
-  /// overwritten.
-  Written write(const WriteBytes& writeBytes, TaskProgress* progress = nullptr);
+  /// Keeps a safety copy of `bytes`, with what the editor adds to them. Throws a POSIX error or
+  /// `Error::stopped()`; nothing has changed then.
+  void secure(const ByteBuffer& bytes, const EditorPlaces& places,
+              TaskProgress* progress = nullptr);
+
+  /// True if there was no place for a safety copy, the only failure after which the user may choose
+  /// to do without.
+  bool lacksSafetyCopy() const { return lacksSafetyCopy_; }
+
+  /// Writes the file. After `secure`, unless the user chose otherwise. Throws what
+  /// `SecureFileAccess::writeDocumentBytes` does; with an error of `isChangedDestination` nothing
+  /// was overwritten. The safety copy goes when it is not needed any more: the file has the new
+  /// bytes, or its old ones.
+  Written write(const ByteBuffer& bytes, TaskProgress* progress = nullptr);
+
+  /// The safety copy of a write that has left the file incomplete; null after any other.
+  std::unique_ptr<SafetyCopy> takeSafetyCopy() { return std::move(neededCopy_); }
 
   /// What a failed write has made of the document's own file; absent when it touched nothing, when
   /// another file has taken its place, and when that cannot be told.
@@ -82,6 +104,8 @@ class FileSave {
   void release();
 
  private:
+  StableFileStatus writeBytes(const ByteBuffer& bytes, TaskProgress* progress);
+  void removeSafetyCopy() noexcept;
   void noteTornFile();
 
   Request request_;
@@ -89,12 +113,11 @@ class FileSave {
   DocumentDestination destination_;
   bool isOwnFile_ = false;
   bool isChanged_ = false;
+  bool lacksSafetyCopy_ = false;
+  std::unique_ptr<SafetyCopy> safetyCopy_;
+  /// The copy that was left behind because the file is incomplete.
+  std::unique_ptr<SafetyCopy> neededCopy_;
   std::optional<KnownFile> tornOwnFile_;
 };
-
-/// Writes `bytes` to `destination`, as `SecureFileAccess::writeDocumentBytes` does, and returns the
-/// file as it is then.
-KnownFile writeDocument(const ByteBuffer& bytes, const DocumentDestination& destination,
-                        TaskProgress* progress = nullptr, bool* wasTouched = nullptr);
 
 }  // namespace quillmor

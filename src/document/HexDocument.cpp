@@ -112,19 +112,11 @@ bool HexDocument::canAsynchronouslyWrite() {
   return true;
 }
 
-KnownFile HexDocument::write(const DocumentDestination& destination, TaskProgress* progress,
-                             bool* wasTouched) {
-  const auto writeAll = [&](const ByteBuffer& bytes) {
-    return writeDocument(bytes, destination, progress, wasTouched);
-  };
-  if (wasTouched != nullptr) *wasTouched = false;
-  if (std::this_thread::get_id() == mainThread_) return writeAll(storage_->bytes);
-  const std::optional<ByteBuffer> snapshot = asyncWriteSnapshotHolder_.take();
-  if (!snapshot) {
-    throw Error::quillmor(1210,
-                          "The asynchronous document save did not have a valid content snapshot.");
-  }
-  return writeAll(*snapshot);
+ByteBuffer HexDocument::bytesToWrite() {
+  if (std::this_thread::get_id() == mainThread_) return storage_->bytes;
+  if (auto snapshot = asyncWriteSnapshotHolder_.take()) return *std::move(snapshot);
+  throw Error::quillmor(1210,
+                        "The asynchronous document save did not have a valid content snapshot.");
 }
 
 void HexDocument::didSave(FileLocation realLocation, const KnownFile& file,

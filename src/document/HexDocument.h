@@ -17,6 +17,7 @@
 #include "document/DocumentWindow.h"
 #include "document/HexStorage.h"
 #include "document/KnownFile.h"
+#include "document/SafetyCopy.h"
 #include "document/UndoManager.h"
 #include "fileaccess/DocumentOutput.h"
 #include "fileaccess/Reservations.h"
@@ -25,7 +26,8 @@
 namespace quillmor {
 
 /// One open file, or an untitled one: its bytes, where they live on disk, what has changed since,
-/// and the windows that show them. Main thread only, except `write` during a background save.
+/// and the windows that show them. Main thread only, except `bytesToWrite` and `write` during a
+/// background save.
 class HexDocument : public std::enable_shared_from_this<HexDocument> {
  public:
   using WindowMaker = std::function<std::shared_ptr<DocumentWindow>(HexDocument&)>;
@@ -103,18 +105,21 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   /// The document's bytes, shared with it.
   ByteBuffer data() const { return storage_->bytes; }
 
-  /// Takes the snapshot that the next `write` off the main thread will write; always true.
+  /// Takes the snapshot for the next `bytesToWrite` off the main thread; always true.
   bool canAsynchronouslyWrite();
 
   /// Drops a snapshot that will not be written, so that edits need not copy the bytes.
   void dropSnapshot() { asyncWriteSnapshotHolder_.take(); }
 
-  /// Writes the current bytes on the main thread, and the snapshot taken before on any other.
-  /// Returns the file as it is after the write. Throws 1210 when there is no snapshot, else the
-  /// writer's errors. Sets `wasTouched`, when given, to whether the file was touched, even when
-  /// that fails.
-  KnownFile write(const DocumentDestination& destination, TaskProgress* progress = nullptr,
-                  bool* wasTouched = nullptr);
+  /// The bytes to be written: the current ones on the main thread, and the snapshot taken before,
+  /// which is gone then, on any other. Throws 1210 when there is no snapshot.
+  ByteBuffer bytesToWrite();
+
+  /// Keeps the safety copy of a save that has left the file incomplete until a later save succeeds
+  /// or the document is closed.
+  void setUnfinishedSave(std::shared_ptr<SafetyCopy> copy) { unfinishedSave_ = std::move(copy); }
+  /// Null when no save has left its file incomplete.
+  const std::shared_ptr<SafetyCopy>& unfinishedSave() const { return unfinishedSave_; }
 
   /// Notes a finished save: the real location and the file there. There are no unsaved changes if
   /// the bytes are still those of `token`, taken when the save began. All of that has happened
@@ -159,6 +164,7 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   int untitledNumber_ = 1;
   ReadReservationHolder openingReadReservationHolder_;
   AsyncWriteSnapshotHolder asyncWriteSnapshotHolder_;
+  std::shared_ptr<SafetyCopy> unfinishedSave_;
   std::vector<std::shared_ptr<DocumentWindow>> windows_;
   std::function<void()> settled_;
 };

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "base/Error.h"
@@ -26,6 +27,9 @@ struct EditorPlaces {
 class SafetyCopy {
  public:
   virtual ~SafetyCopy() = default;
+
+  /// The name by which the user gets the bytes back.
+  virtual std::string name() const = 0;
 
   /// Where it is and how many bytes it takes on the disk.
   virtual FileLocation location() const = 0;

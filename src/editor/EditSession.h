@@ -10,6 +10,7 @@
 #include "base/ByteBuffer.h"
 #include "document/Bookmarks.h"
 #include "document/HexDocument.h"
+#include "document/SafetyCopy.h"
 #include "document/UndoRecords.h"
 #include "editor/HexEditorState.h"
 
@@ -78,6 +79,13 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   /// Caret and selection as they are.
   EditPlace place() const {
     return {.caretOffset = editor_.caretOffset(), .selection = editor_.selection()};
+  }
+
+  /// Caret and selection with the bookmarks, for a copy that can be recovered.
+  EditorPlaces places() const {
+    return {.caretOffset = editor_.caretOffset(),
+            .selection = selectedRange(),
+            .bookmarks = bookmarks_.offsets()};
   }
 
   void moveCaret(const EditPlace& place);

@@ -1,10 +1,13 @@
 #include "fileaccess/DocumentOutput.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,9 +28,6 @@ constexpr WriteMessages kWriteMessages = {
 constexpr int kChangedDestinationCode = 1214;
 constexpr mode_t kNewFileMode = 0666;
 constexpr int kOpenFlags = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
-
-/// What a write has made of the file so far.
-enum class FileState { untouched, incomplete, complete };
 
 void requireLocalFile(const FileLocation& location) {
   if (!location.isLocalFile())
@@ -55,20 +55,54 @@ void requireWhatWasFound(const StableFileStatus& opened, const DocumentDestinati
   if (destination.found && opened != *destination.found) throw changedDestinationError();
 }
 
-void makeEmpty(const FileDescriptor& handle, FileState& state) {
+/// While the file is being written, no other Quillmor writes it. Where the file system has no
+/// locks, the comparison with what was found has to do.
+void lock(const FileDescriptor& handle) {
+  const int locked = retryingInterrupted(
+      [&] { return SystemCalls::current().flock(handle.get(), LOCK_EX | LOCK_NB); });
+  if (locked != 0 && errno == EWOULDBLOCK) throw changedDestinationError();
+}
+
+/// Takes room for `byteCount` bytes without changing the file's size. A file system that cannot do
+/// so will say of each write whether there is room.
+void reserveRoom(const FileDescriptor& handle, std::int64_t byteCount) {
+  if (byteCount == 0) return;
+  const int reserved = retryingInterrupted([&] {
+    return SystemCalls::current().fallocate(handle.get(), FALLOC_FL_KEEP_SIZE, 0, byteCount);
+  });
+  if (reserved == 0) return;
+  if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)
+    throw lastSystemError(kWriteMessages.couldNotWrite);
+}
+
+void makeEmpty(const FileDescriptor& handle, FileEffect& effect) {
   const int result =
       retryingInterrupted([&] { return SystemCalls::current().ftruncate(handle.get(), 0); });
   if (result != 0) throw lastSystemError("Could not prepare the document output file.");
-  state = FileState::incomplete;
+  effect = FileEffect::incomplete;
 }
 
-/// Writes all of the file that `handle` has just opened.
-void rewrite(std::span<const std::uint8_t> bytes, const FileDescriptor& handle, FileState& state,
+/// Writes all of the file that `handle` has just opened. Emptying the file gives its room back, so
+/// that it is taken again.
+void rewrite(std::span<const std::uint8_t> bytes, const FileDescriptor& handle, FileEffect& effect,
              TaskProgress* progress) {
-  makeEmpty(handle, state);
+  makeEmpty(handle, effect);
+  reserveRoom(handle, std::ssize(bytes));
   writeAll(bytes, handle, kWriteMessages, progress);
   handle.synchronize();
-  state = FileState::complete;
+  effect = FileEffect::complete;
+}
+
+/// The status of a file that has been written whole. A look that fails leaves the times open, which
+/// makes the next save compare the bytes.
+StableFileStatus statusAfterWrite(const FileDescriptor& handle, const StableFileStatus& opened,
+                                  std::int64_t byteCount) {
+  const auto looked = resultOf([&] { return documentStatus(handle); });
+  if (looked.isOk()) return looked.value();
+  StableFileStatus status = opened;
+  status.size = byteCount;
+  status.changeSeconds = std::numeric_limits<std::int64_t>::min();
+  return status;
 }
 
 /// A second descriptor of a file that was made for a write. While it lives, no other file can have
@@ -85,35 +119,60 @@ void removeNewFile(const FileLocation& location, const FileDescriptor& handle,
                    std::optional<FileIdentity> identity) {
   if (!identity) identity = fileStatus(handle).identity();
   const auto now = fileStatusIfExists(location, FollowSymlinks::no);
-  if (now && now->identity() == *identity)
-    retryingInterrupted([&] { return SystemCalls::current().unlink(location.path().c_str()); });
+  if (!now || now->identity() != *identity) return;
+  const int removed =
+      retryingInterrupted([&] { return SystemCalls::current().unlink(location.path().c_str()); });
+  if (removed != 0) throw lastSystemError();
 }
 
-/// Puts the old bytes back, unless the name leads to another file by now.
-void putBack(const DocumentDestination& destination, FileState& state) {
+/// Puts the old bytes back. False when the name leads to another file by now.
+bool putBack(const DocumentDestination& destination, FileEffect& effect) {
   const int descriptor = openFile(destination.location, kOpenFlags);
-  if (descriptor < 0 && errno == ENOENT) return;
+  if (descriptor < 0 && errno == ENOENT) return false;
   if (descriptor < 0) throw lastSystemError(kCouldNotOpen);
   FileDescriptor handle(descriptor);
-  if (documentStatus(handle).identity() != destination.found->identity()) return;
-  rewrite(destination.oldBytes->span(), handle, state, nullptr);
+  if (documentStatus(handle).identity() != destination.found->identity()) return false;
+  rewrite(destination.oldBytes->span(), handle, effect, nullptr);
   handle.close();
+  return true;
 }
 
 /// Undoes what a failed write has done. Returns what there is to say of the file when that fails.
 std::string_view undo(const DocumentDestination& destination, const FileDescriptor& handle,
-                      std::optional<FileIdentity> identity, FileState state) {
+                      std::optional<FileIdentity> identity, FileEffect& effect) {
   if (!destination.found) {
-    resultOf([&] { return removeNewFile(destination.location, handle, identity), Done(); });
+    const auto removed =
+        resultOf([&] { return removeNewFile(destination.location, handle, identity), Done(); });
+    effect = removed.isOk() ? FileEffect::undone : FileEffect::incomplete;
     return {};
   }
-  if (state == FileState::untouched || !destination.oldBytes) return {};
-  FileState oldBytesState = FileState::untouched;
-  const auto undone = resultOf([&] { return putBack(destination, oldBytesState), Done(); });
-  if (undone.isOk() || oldBytesState == FileState::complete) return {};
-  // What failed may have been no more than a look at a file that was complete.
-  const bool holdsNewBytes = state == FileState::complete && oldBytesState == FileState::untouched;
-  return holdsNewBytes ? " The file has the new bytes." : " The file is incomplete now.";
+  if (effect == FileEffect::untouched || !destination.oldBytes) return {};
+  FileEffect oldBytesEffect = FileEffect::untouched;
+  const auto undone = resultOf([&] { return putBack(destination, oldBytesEffect); });
+  if (oldBytesEffect == FileEffect::complete) effect = FileEffect::undone;
+  if (undone.isOk() || effect == FileEffect::undone) return {};
+  // What failed may have been no more than closing a file that was complete.
+  if (effect == FileEffect::complete && oldBytesEffect == FileEffect::untouched)
+    return " The file has the new bytes.";
+  effect = FileEffect::incomplete;
+  return " The file is incomplete now.";
+}
+
+/// The room that a file system has for this user; absent when it does not say.
+std::optional<std::uint64_t> freeByteCount(const std::string& directory) {
+  struct statvfs status {};
+  const int known = retryingInterrupted(
+      [&] { return SystemCalls::current().statvfs(directory.c_str(), &status); });
+  if (known != 0 || status.f_blocks == 0) return std::nullopt;
+  return std::uint64_t{status.f_bavail} * status.f_frsize;
+}
+
+/// Opening a regular file for writing says all that can be said before it is touched.
+void requireOpening(const DocumentDestination& destination) {
+  if (!destination.found || !destination.found->isRegularFile()) return;
+  const int descriptor = openFile(destination.location, kOpenFlags);
+  if (descriptor < 0) throw lastSystemError(kCouldNotOpen);
+  FileDescriptor(descriptor).close();
 }
 
 }  // namespace
@@ -138,23 +197,24 @@ DocumentDestination documentDestination(const FileLocation& location) {
 }
 
 void requireWritable(const DocumentDestination& destination, std::int64_t byteCount) {
-  const std::string& path = destination.location.path();
-  SystemCalls& calls = SystemCalls::current();
-  if (destination.found &&
-      retryingInterrupted([&] { return calls.access(path.c_str(), W_OK); }) != 0) {
-    throw lastSystemError(kCouldNotOpen);
-  }
+  requireOpening(destination);
+  const std::string couldNotWrite(kWriteMessages.couldNotWrite);
   struct rlimit limit {};
-  const bool isLimited =
-      calls.getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+  const bool isLimited = SystemCalls::current().getrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                         limit.rlim_cur != RLIM_INFINITY;
   if (isLimited && std::cmp_greater(byteCount, limit.rlim_cur))
-    throw Error::posix(EFBIG, std::string(kWriteMessages.couldNotWrite));
+    throw Error::posix(EFBIG, couldNotWrite);
+  const std::int64_t growth = byteCount - (destination.found ? destination.found->size : 0);
+  const auto room = freeByteCount(destination.location.directory().path());
+  if (room && growth > 0 && std::cmp_greater(growth, *room))
+    throw Error::posix(ENOSPC, couldNotWrite);
 }
 
 StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
                                     const DocumentDestination& destination, TaskProgress* progress,
-                                    bool* wasTouched) {
-  if (wasTouched != nullptr) *wasTouched = false;
+                                    FileEffect* effectOut) {
+  FileEffect effect = FileEffect::untouched;
+  if (effectOut != nullptr) *effectOut = effect;
   requireLocalFile(destination.location);
   if (progress != nullptr) {
     progress->checkpoint();
@@ -164,22 +224,25 @@ StableFileStatus writeDocumentBytes(std::span<const std::uint8_t> bytes,
   // Held until the outcome is known.
   std::optional<FileDescriptor> pin;
   std::optional<FileIdentity> identity;
-  FileState state = FileState::untouched;
   const auto write = [&] {
+    lock(handle);
     const StableFileStatus opened = documentStatus(handle);
     identity = opened.identity();
     if (!destination.found) pin.emplace(pinned(handle));
     requireWhatWasFound(opened, destination);
-    rewrite(bytes, handle, state, progress);
-    const StableFileStatus status = documentStatus(handle);
+    if (destination.found && std::ssize(bytes) > opened.size)
+      reserveRoom(handle, std::ssize(bytes));
+    rewrite(bytes, handle, effect, progress);
+    const StableFileStatus status = statusAfterWrite(handle, opened, std::ssize(bytes));
     handle.close();
     if (!destination.found) synchronizeDirectory(destination.location.directory());
     return status;
   };
   const auto written = resultOf(write);
-  if (wasTouched != nullptr) *wasTouched = !destination.found || state != FileState::untouched;
+  const std::string_view consequence =
+      written.isOk() ? std::string_view() : undo(destination, handle, identity, effect);
+  if (effectOut != nullptr) *effectOut = effect;
   if (written.isOk()) return written.value();
-  const std::string_view consequence = undo(destination, handle, identity, state);
   const Error& error = written.error();
   if (consequence.empty()) throw error;
   throw error.withMessage(error.message() + std::string(consequence));

@@ -65,6 +65,7 @@ void HexWindowController::windowWillClose() {
   window->closeFindReplacePanels();
   window->closeUtilityWindows();
   session().close();
+  context_.saver().forgetUnfinishedSave(document());
   document().removeWindowController(this);
   if (!document().windowControllers().empty()) return;
   context_.documents().close(&document());

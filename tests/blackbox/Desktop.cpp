@@ -48,7 +48,7 @@ Desktop::Desktop() {
                   {"LC_ALL", "C.UTF-8"},
                   {"QT_QPA_PLATFORM", "xcb"}};
   for (const char* name :
-       {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"}) {
+       {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
     environment_[name] = home_.path().native();
   }
   startServer();

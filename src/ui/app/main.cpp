@@ -59,6 +59,7 @@ int run(const CommandLine& line, GuardedApplication& application) {
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
   const RecordStore records = RecordStore::ofThisUser();
+  // A picture leaves no trace but itself, and saves nothing.
   AppDelegate delegate(services, windows, line.picture ? nullptr : &records);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.

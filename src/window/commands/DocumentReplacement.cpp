@@ -166,6 +166,7 @@ OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState
   if (!preservingEditorState) willReplace_();
   // From here on nothing fails but showing what has happened, which is tried again.
   document.isPendingInitialLoad = false;
+  context_.saver().forgetUnfinishedSave(document);
   EditSession& session = context_.session();
   session.takeStorage(storage, preservingEditorState);
   showingInAnyCase(

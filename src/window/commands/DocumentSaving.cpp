@@ -51,6 +51,14 @@ DocumentSaver::Hooks DocumentSaving::hooks(const FileLocation& destination,
     const auto held = owner.lock();
     return held && confirmsOverwritingChangedFile();
   };
+  hooks.confirmSavingWithoutSafetyCopy = [this, owner = context_.owner()] {
+    const auto held = owner.lock();
+    return held && confirmsSavingWithoutSafetyCopy();
+  };
+  hooks.places = [this, owner = context_.owner()] {
+    const auto held = owner.lock();
+    return held ? context_.session().places() : EditorPlaces{};
+  };
   hooks.willWrite = [this, owner = context_.owner(), name = destination.shownName()] {
     if (const auto held = owner.lock()) context_.frame().updateBusyStatus("Saving " + name);
   };
@@ -67,6 +75,18 @@ bool DocumentSaving::confirmsOverwritingChangedFile() {
        .informativeText = "Saving now replaces those changes by the bytes in this window.",
        .style = AlertStyle::warning,
        .buttons = {"Cancel", "Overwrite"},
+       .cancelButton = 0});
+  return response.button == 1;
+}
+
+bool DocumentSaving::confirmsSavingWithoutSafetyCopy() {
+  const auto response = context_.platform().alerts.runModal(
+      {.messageText = "Save Without a Safety Copy?",
+       .informativeText =
+           "There is no room for a copy of the new bytes, neither in Quillmor's own folder nor "
+           "beside the file. If saving is interrupted, the old and the new bytes can be lost.",
+       .style = AlertStyle::warning,
+       .buttons = {"Cancel", "Save Anyway"},
        .cancelButton = 0});
   return response.button == 1;
 }

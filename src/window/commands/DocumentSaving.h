@@ -37,6 +37,7 @@ class DocumentSaving {
 
   DocumentSaver::Hooks hooks(const FileLocation& destination, const std::shared_ptr<Run>& run);
   bool confirmsOverwritingChangedFile();
+  bool confirmsSavingWithoutSafetyCopy();
   void saveDidEnd(const DocumentSaveOutcome& outcome, Run& run);
 
   CommandContext& context_;

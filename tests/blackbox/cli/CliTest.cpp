@@ -10,23 +10,29 @@ namespace quillmor::test {
 
 namespace {
 
-CliRun runToEnd(const std::vector<std::string>& command, const TemporaryFolder& folder) {
-  ChildProcess process(command, {{"PATH", std::getenv("PATH")}, {"CLI", QUILLMOR_CLI}},
-                       folder.path().string());
+CliRun runToEnd(const std::vector<std::string>& command,
+                const ChildProcess::Environment& environment, const TemporaryFolder& folder) {
+  ChildProcess process(command, environment, folder.path().string());
   const auto status = process.waitForExit();
   return {status.value_or(-1), process.output(), process.errors(), process.peakMemory()};
 }
 
 }  // namespace
 
+ChildProcess::Environment CliTest::environment() const {
+  return {{"PATH", std::getenv("PATH")},
+          {"CLI", QUILLMOR_CLI},
+          {"XDG_STATE_HOME", state.path().string()}};
+}
+
 CliRun CliTest::run(const std::vector<std::string>& arguments) const {
   std::vector<std::string> command = {QUILLMOR_CLI};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  return runToEnd(command, folder);
+  return runToEnd(command, environment(), folder);
 }
 
 CliRun CliTest::runShell(const std::string& command) const {
-  return runToEnd({"bash", "-c", command}, folder);
+  return runToEnd({"bash", "-c", command}, environment(), folder);
 }
 
 void CliTest::expectOutput(const std::vector<std::string>& arguments, int status,

@@ -42,10 +42,15 @@ class CliTest : public testing::Test {
   /// program's name in front.
   void expectFailure(const std::vector<std::string>& arguments, const std::string& message) const;
 
+  /// What the program finds in its environment.
+  ChildProcess::Environment environment() const;
+
   /// The names in the folder, sorted.
   std::vector<std::string> names() const;
 
   TemporaryFolder folder;
+  /// Where the program keeps what is to outlive it.
+  TemporaryFolder state;
 };
 
 /// `message` about `file` as `command` gives it: a command that takes several files names the file.

@@ -47,10 +47,8 @@ void Fifo::close() {
 }
 
 std::unique_ptr<ChildProcess> RunningCliTest::start(const std::string& command) const {
-  return std::make_unique<ChildProcess>(
-      std::vector<std::string>{"bash", "-c", command},
-      ChildProcess::Environment{{"PATH", std::getenv("PATH")}, {"CLI", QUILLMOR_CLI}},
-      folder.path().string());
+  return std::make_unique<ChildProcess>(std::vector<std::string>{"bash", "-c", command},
+                                        environment(), folder.path().string());
 }
 
 void RunningCliTest::writeLongWork() const {

@@ -25,9 +25,7 @@ class FileSaveTest : public test::FileAccessTest {
   }
 
   FileSave::Written write(FileSave& save) const {
-    return save.write([this](const DocumentDestination& destination, bool* wasTouched) {
-      return writeDocument(bytes, destination, nullptr, wasTouched);
-    });
+    return save.write(bytes);
   }
 
   const ByteBuffer old = ByteBuffer(test::bytesOf("old bytes"));

@@ -152,21 +152,22 @@ TEST_F(DocumentOutputGuard, keepsHoldOfANewFileUntilItIsRemoved) {
   }
 }
 
-TEST_F(DocumentOutputGuard, tellsWhetherTheFileWasTouched) {
-  const auto expectTouched = [&](SystemCall kind, bool expected) {
+TEST_F(DocumentOutputGuard, tellsWhatAFailedWriteHasMadeOfTheFile) {
+  const auto expectEffect = [&](SystemCall kind, FileEffect expected) {
     FaultySystemCalls faulty;
     faulty.fail(kind, 1, EIO);
     const ScopedSystemCalls scope(faulty);
-    bool wasTouched = !expected;
+    FileEffect effect = FileEffect::undone;
     EXPECT_ANY_THROW(
-        writeDocumentBytes(test::bytesOf("new"), documentDestination(data), nullptr, &wasTouched));
-    EXPECT_EQ(wasTouched, expected);
+        writeDocumentBytes(test::bytesOf("new"), documentDestination(data), nullptr, &effect));
+    EXPECT_EQ(effect, expected);
   };
-  expectTouched(SystemCall::open, false);
-  expectTouched(SystemCall::fstat, false);
-  expectTouched(SystemCall::ftruncate, false);
-  expectTouched(SystemCall::write, true);
-  expectTouched(SystemCall::fsync, true);
+  expectEffect(SystemCall::open, FileEffect::untouched);
+  expectEffect(SystemCall::fstat, FileEffect::untouched);
+  expectEffect(SystemCall::ftruncate, FileEffect::untouched);
+  expectEffect(SystemCall::write, FileEffect::incomplete);
+  expectEffect(SystemCall::fsync, FileEffect::incomplete);
+  expectEffect(SystemCall::close, FileEffect::complete);
 }
 
 TEST_F(DocumentOutputGuard, undoesNothingOfAFileThatCouldNotBeEmptied) {

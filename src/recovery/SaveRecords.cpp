@@ -1,0 +1,35 @@
+#include "recovery/SaveRecords.h"
+
+namespace quillmor {
+
+namespace {
+
+class SaveRecord : public SafetyCopy {
+ public:
+  explicit SaveRecord(std::unique_ptr<HeldRecord> record) : record_(std::move(record)) {}
+
+  std::string name() const override { return record_->id(); }
+  FileLocation location() const override { return record_->location(); }
+  std::int64_t byteCount() const override { return record_->byteCount(); }
+  void remove() override { record_->remove(); }
+
+ private:
+  const std::unique_ptr<HeldRecord> record_;
+};
+
+}  // namespace
+
+std::unique_ptr<SafetyCopy> SaveRecords::keep(const FileLocation& destination,
+                                              const std::optional<StableFileStatus>& found,
+                                              std::span<const std::uint8_t> bytes,
+                                              const EditorPlaces& places, TaskProgress* progress) {
+  RecordContent content{.header = {}, .bookmarks = places.bookmarks};
+  content.header.kind = RecordKind::save;
+  content.header.file = found;
+  content.header.path = destination.path();
+  content.header.caretOffset = places.caretOffset;
+  content.header.selection = places.selection;
+  return std::make_unique<SaveRecord>(store_.write(std::move(content), bytes, progress));
+}
+
+}  // namespace quillmor
