@@ -13,6 +13,7 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
                          const RecordStore* records)
     : platform_(platform),
       surface_(surface),
+      records_(records),
       safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
       saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {
   if (records == nullptr) return;
@@ -120,7 +121,7 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
   try {
     document->makeWindowControllers([&](HexDocument&) {
       controller = std::make_shared<HexWindowController>(
-          document, EditorEnvironment{platform_, documents_, saver_});
+          document, EditorEnvironment{platform_, documents_, saver_, records_});
       return controller;
     });
     windowOrder_.insert(windowOrder_.begin(), controller);

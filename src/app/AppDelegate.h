@@ -25,8 +25,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// `records` are where saves are made safe, and what is recovered from; null where no document is
-  /// saved. All arguments outlive this object.
+  /// `records` are where saves are made safe, unsaved changes kept, and what is recovered from;
+  /// null for none of that. All arguments outlive this object.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 
@@ -128,6 +128,7 @@ class AppDelegate {
 
   PlatformServices platform_;
   ApplicationSurface& surface_;
+  const RecordStore* records_;
   DocumentController documents_;
   /// Absent without records.
   std::optional<SaveRecords> safetyCopies_;

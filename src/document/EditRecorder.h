@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "document/HexSelection.h"
+
 namespace quillmor {
 
 /// One change of a document's bytes that has happened.
@@ -13,15 +15,22 @@ struct RecordedEdit {
   std::int64_t offset = 0;
   std::int64_t removedCount = 0;
   std::int64_t insertedCount = 0;
+  /// After the edit, within the document.
+  std::int64_t caretOffset = 0;
+  HexSelection selection = {};
 };
 
-/// Told of every change of a document's bytes, once it has happened and caret and selection are in
-/// their new place. Main thread.
+/// Told of every change of a document's bytes, before and after it. Main thread.
 class EditRecorder {
  public:
   virtual ~EditRecorder() = default;
 
-  /// Cannot refuse the edit and must not fail: a recorder that has no memory for it falls back on
+  /// Bytes are about to change: the moment to let go of a copy that shares their memory. The change
+  /// may still fail; then nothing more is said of it.
+  virtual void willEdit() noexcept = 0;
+
+  /// The change has happened and is accounted for; caret and selection are in their new place. It
+  /// cannot be refused, and this must not fail: a recorder that has no memory for it falls back on
   /// something that needs none.
   virtual void didEdit(const RecordedEdit& edit) noexcept = 0;
 };

@@ -76,6 +76,9 @@ void UndoRecords::restoreEditRecord(const UndoEditRecord& record, const std::str
   storage.bytes.replace(range.start, range.length, record.restoreBytes.span());
   if (bookmarks) restoreBookmarks(*std::move(bookmarks));
   restoreCaretAndSelection(record.caretOffset, record.selection);
+  editor_.didRestore({.offset = range.start,
+                      .removedCount = range.length,
+                      .insertedCount = record.restoreBytes.size()});
 }
 
 void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
@@ -84,9 +87,10 @@ void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
   auto bookmarks = snapshot.bookmarks;
   if (storage.count() <= maxUndoSnapshotBytes)
     manager_->commit(stepOf(captureSnapshot(), actionName));
-  storage.bytes = snapshot.bytes;
+  const ByteBuffer before = std::exchange(storage.bytes, snapshot.bytes);
   restoreBookmarks(std::move(bookmarks));
   restoreCaretAndSelection(snapshot.caretOffset, snapshot.selection);
+  editor_.didRestore(replacedRange(before.span(), storage.bytes.span()));
 }
 
 UndoEditRecord UndoRecords::captureEdit(HexSelection range, std::int64_t replacementLength,

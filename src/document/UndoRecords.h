@@ -11,6 +11,7 @@
 #include "document/Bookmarks.h"
 #include "document/HexSelection.h"
 #include "document/HexStorage.h"
+#include "document/ReplacedRange.h"
 #include "document/UndoManager.h"
 
 namespace quillmor {
@@ -48,6 +49,8 @@ class UndoRecordsEditor {
   /// Takes over a caret and a selection that lie within the changed bytes. Shows nothing yet,
   /// because showing can fail and the step is not complete.
   virtual void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept = 0;
+  /// The last of a step: these bytes have been put back.
+  virtual void didRestore(const ReplacedRange& range) noexcept = 0;
 };
 
 /// Registers the changes of one editor with its document's undo manager, and undoes them. A record

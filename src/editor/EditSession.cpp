@@ -8,6 +8,20 @@
 
 namespace quillmor {
 
+namespace {
+
+constexpr const char* kTyping = "Edit";
+
+/// The smallest change where it is found at once; larger documents count as changed all over.
+ReplacedRange replacedByInstalling(const ByteBuffer& before, const ByteBuffer& after) {
+  constexpr std::int64_t kMost = UndoRecords::maxUndoSnapshotBytes;
+  if (before.size() <= kMost && after.size() <= kMost)
+    return replacedRange(before.span(), after.span());
+  return {.offset = 0, .removedCount = before.size(), .insertedCount = after.size()};
+}
+
+}  // namespace
+
 EditSession::EditSession(std::shared_ptr<HexDocument> document, Beeper& beeper,
                          EditSessionObserver& observer)
     : document_(std::move(document)),
@@ -40,6 +54,7 @@ void EditSession::goTo(const EditPlace& place) {
 }
 
 void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> bytes) {
+  willEdit();
   ByteBuffer& content = document_->storage()->bytes;
   // An overwrite needs no memory once the bytes are the document's own.
   if (edit.range.length == std::ssize(bytes)) content.mutableSpan();
@@ -49,6 +64,7 @@ void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> byt
 }
 
 void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
+  willEdit();
   const std::int64_t insertedCount = wholeDocument.size() - (byteCount() - edit.range.length);
   AnnouncedEdit announced = announcementOf(edit, insertedCount);
   document_->storage()->bytes = std::move(wholeDocument);
@@ -57,7 +73,10 @@ void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
 
 void EditSession::installDocument(ByteBuffer bytes, std::vector<std::int64_t> bookmarks,
                                   const std::string& actionName, const EditPlace& after) {
-  AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size())};
+  willEdit();
+  AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size()),
+                          .actionName = actionName,
+                          .replaced = replacedByInstalling(this->bytes(), bytes)};
   document_->storage()->bytes = std::move(bytes);
   bookmarks_.replaceAll(std::move(bookmarks));
   finish(std::move(announced), after);
@@ -66,15 +85,25 @@ void EditSession::installDocument(ByteBuffer bytes, std::vector<std::int64_t> bo
 bool EditSession::undo() {
   UndoManager& manager = document_->undoManager();
   if (!manager.canUndo()) return false;
-  showingInAnyCase([&] { manager.undo(); }, [&] { showStorage(); });
+  restore("Undo " + manager.undoActionName(), [&] { manager.undo(); });
   return true;
 }
 
 bool EditSession::redo() {
   UndoManager& manager = document_->undoManager();
   if (!manager.canRedo()) return false;
-  showingInAnyCase([&] { manager.redo(); }, [&] { showStorage(); });
+  restore("Redo " + manager.redoActionName(), [&] { manager.redo(); });
   return true;
+}
+
+template <class Step>
+void EditSession::restore(const std::string& actionName, Step step) {
+  willEdit();
+  restored_.reset();
+  const auto tellRecorder = [&] {
+    if (restored_) didEdit(actionName, *restored_);
+  };
+  showingInAnyCase([&] { showingInAnyCase(step, tellRecorder); }, [&] { showStorage(); });
 }
 
 void EditSession::takeStorage(std::shared_ptr<HexStorage> storage,
@@ -103,7 +132,8 @@ void EditSession::close() {
 
 void EditSession::announceEdit(std::int64_t start, std::int64_t removedCount,
                                std::int64_t insertedCount) {
-  RangeEdit typed{.range = {start, removedCount}, .actionName = "Edit", .after = {}};
+  RangeEdit typed{.range = {start, removedCount}, .actionName = kTyping, .after = {}};
+  willEdit();
   announcedEdit_.reset();
   announcedEdit_ = announcementOf(typed, insertedCount);
 }
@@ -129,7 +159,8 @@ EditSession::AnnouncedEdit EditSession::announcementOf(RangeEdit& edit,
   return {.undo = undoRecords_.prepareUndoEdit(edit.range.start, edit.range.length, insertedCount,
                                                edit.actionName, std::move(edit.removed)),
           .inserted = HexSelection{edit.range.start, insertedCount},
-          .removedCount = edit.range.length};
+          .removedCount = edit.range.length,
+          .actionName = std::move(edit.actionName)};
 }
 
 /// The bytes have changed: places the caret, accounts for the edit and shows it.
@@ -148,15 +179,24 @@ void EditSession::finish(AnnouncedEdit edit, const EditPlace& after) {
   });
 }
 
-/// Takes no memory until the change count has been told, which comes last.
+/// Takes no memory until the change count has been told. The recorder comes last, in any case.
 void EditSession::account(AnnouncedEdit edit) {
   newestRecordedEdit_.reset();
   if (edit.inserted) {
     if (edit.undo.isRecorded) newestRecordedEdit_ = edit.inserted;
     bookmarks_.adjustForEdit(edit.inserted->start, edit.removedCount, edit.inserted->length);
   }
-  if (!undoRecords_.commit(std::move(edit.undo)))
-    document_->updateChangeCount(ChangeCount::Change::done);
+  const HexSelection inserted = edit.inserted.value_or(HexSelection{});
+  const ReplacedRange replaced =
+      edit.replaced.value_or(ReplacedRange{.offset = inserted.start,
+                                           .removedCount = edit.removedCount,
+                                           .insertedCount = inserted.length});
+  showingInAnyCase(
+      [&] {
+        if (!undoRecords_.commit(std::move(edit.undo)))
+          document_->updateChangeCount(ChangeCount::Change::done);
+      },
+      [&] { didEdit(edit.actionName, replaced); });
 }
 
 /// A second digit was typed without an announcement of its own. When it completes the byte of the
@@ -166,7 +206,26 @@ void EditSession::accountForSecondDigit() {
   const std::int64_t changed = editor_.caretOffset() - 1;
   const bool undoTakesItBack = newestRecordedEdit_ && changed >= newestRecordedEdit_->start &&
                                changed - newestRecordedEdit_->start < newestRecordedEdit_->length;
-  if (!document_->isDocumentEdited() || !undoTakesItBack) document_->makeSavedStateUnreachable();
+  showingInAnyCase(
+      [&] {
+        if (!document_->isDocumentEdited() || !undoTakesItBack)
+          document_->makeSavedStateUnreachable();
+      },
+      [&] { didEdit(kTyping, {.offset = changed, .removedCount = 1, .insertedCount = 1}); });
+}
+
+void EditSession::willEdit() noexcept {
+  if (recorder_ != nullptr) recorder_->willEdit();
+}
+
+void EditSession::didEdit(std::string_view actionName, const ReplacedRange& range) noexcept {
+  if (recorder_ == nullptr) return;
+  recorder_->didEdit({.actionName = actionName,
+                      .offset = range.offset,
+                      .removedCount = range.removedCount,
+                      .insertedCount = range.insertedCount,
+                      .caretOffset = editor_.caretOffset(),
+                      .selection = selectedRange()});
 }
 
 }  // namespace quillmor

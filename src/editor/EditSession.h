@@ -5,10 +5,12 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/ByteBuffer.h"
 #include "document/Bookmarks.h"
+#include "document/EditRecorder.h"
 #include "document/HexDocument.h"
 #include "document/SafetyCopy.h"
 #include "document/UndoRecords.h"
@@ -88,6 +90,9 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
             .bookmarks = bookmarks_.offsets()};
   }
 
+  /// Null for none. The recorder outlives its use.
+  void setEditRecorder(EditRecorder* recorder) { recorder_ = recorder; }
+
   void moveCaret(const EditPlace& place);
   /// The same for a place to go to: shows a few rows around it too.
   void goTo(const EditPlace& place);
@@ -127,10 +132,14 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
     /// bookmarks.
     std::optional<HexSelection> inserted = {};
     std::int64_t removedCount = 0;
+    std::string actionName = {};
+    /// What the recorder is told; without it, `inserted` says it.
+    std::optional<ReplacedRange> replaced = {};
   };
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void willTypeSecondDigit() noexcept override { willEdit(); }
   void editDidNotHappen() noexcept override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { observer_.updateStatus(); }
@@ -139,6 +148,12 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
   HexSelection selection() const override { return editor_.selection(); }
   void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept override;
+  void didRestore(const ReplacedRange& range) noexcept override { restored_ = range; }
+
+  template <class Step>
+  void restore(const std::string& actionName, Step step);
+  void willEdit() noexcept;
+  void didEdit(std::string_view actionName, const ReplacedRange& range) noexcept;
 
   AnnouncedEdit announcementOf(RangeEdit& edit, std::int64_t insertedCount);
   void finish(AnnouncedEdit edit, const EditPlace& after);
@@ -155,6 +170,9 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   std::optional<AnnouncedEdit> announcedEdit_;
   /// Where the newest undo step left its bytes, as long as it is the last change.
   std::optional<HexSelection> newestRecordedEdit_;
+  EditRecorder* recorder_ = nullptr;
+  /// What the step of undo or redo that runs has put back.
+  std::optional<ReplacedRange> restored_;
 };
 
 }  // namespace quillmor

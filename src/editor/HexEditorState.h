@@ -27,6 +27,9 @@ class HexEditorViewDelegate {
   virtual void announceEdit(std::int64_t start, std::int64_t removedCount,
                             std::int64_t insertedCount) = 0;
 
+  /// A digit is about to complete a byte whose first digit was announced.
+  virtual void willTypeSecondDigit() noexcept = 0;
+
   /// The announced edit failed because memory ran out; the storage is unchanged.
   virtual void editDidNotHappen() noexcept = 0;
 

@@ -8,8 +8,25 @@ namespace quillmor {
 
 HexWindowController::HexWindowController(std::shared_ptr<HexDocument> document,
                                          const EditorEnvironment& environment)
-    : context_(std::move(document), environment, [this] { return weak_from_this(); }) {
+    : context_(std::move(document), environment, [this] { return weak_from_this(); }),
+      unsavedChanges_(session().sharedDocument(), context_.platform().executor, environment.records,
+                      ownerOfChanges()) {
+  session().setEditRecorder(&unsavedChanges_);
   commands_.navigation().applyUserDefaults();
+}
+
+UnsavedChanges::Owner HexWindowController::ownerOfChanges() {
+  return {.places =
+              [this] {
+                return EditorPlaces{.caretOffset = editor().caretOffset(),
+                                    .selection = session().selectedRange(),
+                                    .bookmarks = bookmarks().offsets()};
+              },
+          .didFail =
+              [this](const Error& error) {
+                context_.messages().showNotice("Unsaved changes cannot be kept for a recovery: " +
+                                               error.messageWithReason());
+              }};
 }
 
 void HexWindowController::attachWindow(EditorWindowSurface& window) {
@@ -29,7 +46,6 @@ bool HexWindowController::windowShouldClose() {
 }
 
 void HexWindowController::requestClose(std::function<void(bool)> completion) {
-  givenUp_.reset();
   if (!windowShouldClose()) return completion(false);
   if (!document().isDocumentEdited()) return completion(true);
   const auto response = context_.platform().alerts.runModal(
@@ -39,7 +55,7 @@ void HexWindowController::requestClose(std::function<void(bool)> completion) {
        .style = AlertStyle::warning,
        .buttons = {"Save", "Don't Save", "Cancel"}});
   if (response.button == 1) {
-    givenUp_ = document().changeCountToken();
+    unwantedState_ = document().changeCountToken();
     return completion(true);
   }
   if (response.button != 0) return completion(false);
@@ -64,20 +80,28 @@ void HexWindowController::windowWillClose() {
   commands_.searching().setLastSearchRequest({});
   window->closeFindReplacePanels();
   window->closeUtilityWindows();
+  session().setEditRecorder(nullptr);
+  if (unwantedState_ == document().changeCountToken()) {
+    unsavedChanges_.discard();
+  } else {
+    unsavedChanges_.keepNow();
+  }
   session().close();
   context_.saver().forgetUnfinishedSave(document());
   document().removeWindowController(this);
   if (!document().windowControllers().empty()) return;
   context_.documents().close(&document());
-  if (givenUp_ == document().changeCountToken()) document().changesWereGivenUp();
+  if (unwantedState_ == document().changeCountToken()) document().changesWereGivenUp();
 }
 
 void HexWindowController::documentStorageDidReload() {
   session().takeStorage(document().storage(), /*preservingEditorState=*/true);
+  unsavedChanges_.contentWasReplaced();
   session().showStorage();
 }
 
 void HexWindowController::documentIdentityDidChange() {
+  unsavedChanges_.documentDidChange();
   if (!hasWindow()) return;
   context_.window()->setIdentity(document().displayName(), document().location(),
                                  document().isDocumentEdited());

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "document/DocumentWindow.h"
+#include "recovery/UnsavedChanges.h"
 #include "window/commands/CommandContext.h"
 #include "window/commands/EditorCommands.h"
 
@@ -32,6 +33,7 @@ class HexWindowController : public DocumentWindow,
   HexDocument& document() { return context_.document(); }
   HexEditorState& editor() { return context_.editor(); }
   const Bookmarks& bookmarks() { return context_.session().bookmarks(); }
+  UnsavedChanges& unsavedChanges() { return unsavedChanges_; }
 
   // Commands.
 
@@ -56,8 +58,12 @@ class HexWindowController : public DocumentWindow,
   /// Closes the window without asking, because its document could not be opened.
   void closeUnusedWindow();
 
-  /// To be called when the window has closed or is about to.
+  /// To be called when the window has closed or is about to. Unsaved changes that the user did not
+  /// decide to lose stay in their records.
   void windowWillClose();
+
+  /// The process ends without asking: whatever the user has answered before, the records stay.
+  void leaveRecordsBehind() { unwantedState_.reset(); }
 
   // DocumentWindow
 
@@ -66,10 +72,13 @@ class HexWindowController : public DocumentWindow,
   void activate() override;
 
  private:
+  UnsavedChanges::Owner ownerOfChanges();
+
   CommandContext context_;
   EditorCommands commands_{context_};
-  /// The unsaved state that the user has given up, if the window closes in it.
-  std::optional<ChangeCount::Token> givenUp_;
+  UnsavedChanges unsavedChanges_;
+  /// The state of the document that the user does not want to be saved.
+  std::optional<ChangeCount::Token> unwantedState_;
 };
 
 }  // namespace quillmor

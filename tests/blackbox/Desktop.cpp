@@ -47,8 +47,8 @@ Desktop::Desktop() {
   environment_ = {{"PATH", path != nullptr ? path : "/usr/bin:/bin"},
                   {"LC_ALL", "C.UTF-8"},
                   {"QT_QPA_PLATFORM", "xcb"}};
-  for (const char* name :
-       {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
+  for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+                           "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"}) {
     environment_[name] = home_.path().native();
   }
   startServer();

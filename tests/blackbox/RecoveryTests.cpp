@@ -30,7 +30,7 @@ class KilledProgramTest : public BlackBoxTest {
 
   bool hasRecords() const {
     const std::filesystem::path records =
-        desktop().home().path() / ".local/state/quillmor/recovery";
+        desktop().home().path() / "quillmor/recovery";
     if (!std::filesystem::exists(records)) return false;
     for (const auto& entry : std::filesystem::directory_iterator(records)) {
       // A journal without an edit is nothing to recover.

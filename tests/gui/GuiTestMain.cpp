@@ -28,8 +28,8 @@ QByteArray screens(const QTemporaryDir& folder) {
 int main(int argc, char** argv) {
   const QTemporaryDir home;
   if (!home.isValid()) return 1;
-  for (const char* name :
-       {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
+  for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+                           "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"}) {
     qputenv(name, home.path().toLocal8Bit());
   }
   // A test that reaches for the desktop must fail, not change the desktop.

@@ -33,6 +33,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
+  void willTypeSecondDigit() noexcept override { ++secondDigits; }
   void editDidNotHappen() noexcept override { isAnnounced_ = false; }
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { ++statusUpdates; }
@@ -45,6 +46,7 @@ class RecordingDelegate : public HexEditorViewDelegate {
   std::vector<AnnouncedEdit> announced;
   int edits = 0;
   int unannouncedEdits = 0;
+  int secondDigits = 0;
   int statusUpdates = 0;
   std::vector<std::string> refusals;
   /// Whether accounting for an edit runs out of memory in the end.

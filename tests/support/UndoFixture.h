@@ -26,9 +26,13 @@ class PlainUndoRecordsEditor : public UndoRecordsEditor {
     ++restores;
   }
 
+  void didRestore(const ReplacedRange& range) noexcept override { restored = range; }
+
   std::int64_t caret = 0;
   HexSelection selected;
   int restores = 0;
+  /// What the last step has put back.
+  ReplacedRange restored;
 };
 
 /// A document and its editor as far as undo sees them, with the two kinds of edit.

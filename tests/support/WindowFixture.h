@@ -110,6 +110,8 @@ class WindowFixture : public testing::Test {
   TestPlatform platform;
   DocumentController documents;
   DocumentSaver saver{platform.executor, documents};
+  /// Where the editors made from now on keep unsaved changes.
+  const RecordStore* records = nullptr;
 
  private:
   std::vector<std::shared_ptr<FakeEditorWindow>> windows_;  ///< outlive the controllers

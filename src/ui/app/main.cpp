@@ -55,11 +55,10 @@ std::unique_ptr<UserDefaults> defaultsFor(const CommandLine& line) {
 }
 
 int run(const CommandLine& line, GuardedApplication& application) {
+  const RecordStore records = RecordStore::ofThisUser();
   QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
-  const RecordStore records = RecordStore::ofThisUser();
-  // A picture leaves no trace but itself, and saves nothing.
   AppDelegate delegate(services, windows, line.picture ? nullptr : &records);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.

@@ -3,6 +3,7 @@
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
+#include "recovery/RecordStore.h"
 
 namespace quillmor {
 
@@ -18,6 +19,8 @@ struct EditorEnvironment {
   PlatformServices platform;
   DocumentController& documents;
   DocumentSaver& saver;
+  /// Where unsaved changes are kept; null to keep none.
+  const RecordStore* records = nullptr;
 };
 
 }  // namespace quillmor

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "base/Result.h"
+#include "document/EditRecorder.h"
+#include "document/HexDocument.h"
+#include "document/SafetyCopy.h"
+#include "platform/BackgroundExecutor.h"
+#include "recovery/SnapshotRun.h"
+#include "recovery/SnapshotSchedule.h"
+#include "recovery/UnsavedRecords.h"
+
+namespace quillmor {
+
+/// Keeps the unsaved changes of one document in records, so that they outlive this process.
+///
+/// Edits go to a journal, at most once a second; from time to time the whole document goes to a
+/// snapshot, which takes the place of the older records (`SnapshotSchedule`). Both are written on
+/// other threads, and an edit stops a snapshot under way rather than wait for it. The records go
+/// when nothing is unsaved any more, and with `discard`; else they stay, whatever this process ends
+/// with.
+///
+/// Main thread only. Nothing here throws: a failure is told to the owner, once for each file.
+class UnsavedChanges : public EditRecorder {
+ public:
+  using Time = SnapshotSchedule::Time;
+
+  /// Entries wait for so long after the journal was written.
+  static constexpr std::chrono::milliseconds kBetweenFlushes{1000};
+  /// An edit waits no longer for the share of a snapshot under way.
+  static constexpr std::chrono::milliseconds kPatience{16};
+
+  /// What its owner does for it.
+  struct Owner {
+    /// Caret, selection and bookmarks as they are now.
+    std::function<EditorPlaces()> places;
+    /// Changes could not be recorded. Called once for each file of the document.
+    std::function<void(const Error&)> didFail = [](const Error&) {};
+    std::function<Time()> now = std::chrono::steady_clock::now;
+  };
+
+  /// `executor` outlives this object and its work. Without a `store` nothing is recorded.
+  UnsavedChanges(std::shared_ptr<HexDocument> document, BackgroundExecutor& executor,
+                 const RecordStore* store, Owner owner);
+
+  // EditRecorder
+  void willEdit() noexcept override;
+  void didEdit(const RecordedEdit& edit) noexcept override;
+
+  /// Name, file or edited state of the document may have changed, or it is that of another file.
+  void documentDidChange() noexcept;
+  /// The document has other bytes, by no edit.
+  void contentWasReplaced() noexcept;
+
+  /// The user does not want the unsaved changes: their records go.
+  void discard() noexcept;
+
+  /// Makes everything that is unsaved durable before it returns, for the end of the process. False
+  /// when that is not possible; `failure` has the reason, or none where nothing is to be recorded.
+  bool keepNow() noexcept;
+  const std::optional<Error>& failure() const { return failure_; }
+
+  /// What the records of the document take on the disk.
+  std::int64_t bytesOnDisk() const { return records_ ? records_->bytesOnDisk() : 0; }
+
+ private:
+  void beginRecording(bool hasBase);
+  void startAnew() noexcept;
+  bool isOriginalFile() const;
+  std::optional<StableFileStatus> knownStatus() const;
+  RecordHeader header(const EditorPlaces& places) const;
+  RecordContent snapshotContent() const;
+
+  void proceed() noexcept;
+  void beginDue();
+  void flush();
+  void flushDidEnd(const Result<Done>& outcome);
+  void beginSnapshot();
+  void snapshotDidEnd(const Result<bool>& outcome);
+  void keep();
+  void wakeAt(Time due);
+  void report(const Error& error) noexcept;
+  template <class Step>
+  void recording(Step step) noexcept;
+
+  const std::shared_ptr<HexDocument> document_;
+  BackgroundExecutor& executor_;
+  const Owner owner_;
+  /// Null when nothing is recorded.
+  std::shared_ptr<UnsavedRecords> records_;
+  SnapshotSchedule schedule_;
+
+  /// True until the first change since the document was as it is on disk.
+  bool isAnew_ = true;
+  /// The file that the records belong to, as the document last knew it.
+  std::optional<FileLocation> location_;
+  std::optional<StableFileStatus> status_;
+  /// Between `willEdit` and `didEdit`; whether the document was as it is on disk before.
+  bool isEditing_ = false;
+  bool wasUnedited_ = false;
+
+  bool isFlushing_ = false;
+  std::optional<Time> lastFlush_;
+  /// The snapshot under way.
+  std::shared_ptr<SnapshotRun> run_;
+  /// The earliest wake-up that was asked for.
+  std::optional<Time> wake_;
+  bool hasReported_ = false;
+  std::optional<FileLocation> reportedFor_;
+  std::optional<Error> failure_;
+  /// Destroyed first, so that callbacks see that this object has gone.
+  std::shared_ptr<Done> life_ = std::make_shared<Done>();
+};
+
+}  // namespace quillmor
