@@ -219,18 +219,20 @@ void RecoveryController::install(const RecoveryEntry& entry, RecoveredDocument d
   editor->commands().replacement().showRecovered(std::move(document));
   inUse_.insert(entry.id());
   removeEntry(entry.id());
-  editor->document().whenChangesAreSettled(
-      [store = records_, entry, &executor = platform_.executor] {
-        auto work = [store, entry] {
-          Recovery(store).discard(entry);
-          return Done();
-        };
-        // A record that stays is removed at a later start, when its bytes are those of the file.
-        resultOf([&] {
-          runInBackground(executor, std::move(work), [](const Result<Done>&) {});
-          return Done();
-        });
-      });
+  // The document needs its record until it has another one, or needs none any more.
+  const auto removeRecord = [store = records_, entry, &executor = platform_.executor] {
+    auto work = [store, entry] {
+      Recovery(store).discard(entry);
+      return Done();
+    };
+    // A record that stays does no harm: it is offered at the next start, or found to be saved.
+    resultOf([&] {
+      runInBackground(executor, std::move(work), [](const Result<Done>&) {});
+      return Done();
+    });
+  };
+  editor->document().whenChangesAreSettled(removeRecord);
+  editor->unsavedChanges().whenKept(removeRecord);
   editor->activate();
 }
 

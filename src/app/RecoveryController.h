@@ -21,8 +21,8 @@ namespace quillmor {
 /// with them. Records are read, compared and removed off the main thread; everything else is main
 /// thread only.
 ///
-/// The record of a recovered document stays until its changes are in a file or the user has given
-/// them up.
+/// The record of a recovered document stays until the document has a durable one of its own, until
+/// its changes are in a file, or until the user has given them up.
 class RecoveryController {
  public:
   /// Where recovered documents are shown.

@@ -137,6 +137,21 @@ TEST_F(AppRecovery, theRecordGoesWhenTheDocumentIsSaved) {
   EXPECT_FALSE(records.exists(id));
 }
 
+TEST_F(AppRecovery, theRecordGoesWhenTheDocumentHasOneOfItsOwn) {
+  const std::string id = records.leaveUnsaved(file, "unsaved", {.caretOffset = 3});
+  start();
+  recover({id});
+  EXPECT_EQ(records.store.list().size(), 1U);
+  platform.executor.advance(std::chrono::seconds(30));
+  platform.executor.runAll();
+  EXPECT_FALSE(records.exists(id));
+  const auto kept = records.store.list();
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_TRUE(kept[0].belongsToRunningProcess);
+  EXPECT_EQ(textOf(records.store.read(kept[0]).payload.span()), "unsaved");
+  EXPECT_EQ(kept[0].header->caretOffset, 3);
+}
+
 TEST_F(AppRecovery, theRecordStaysWhenTheSaveFails) {
   const std::string id = records.leaveUnsaved(file, "unsaved");
   start();
