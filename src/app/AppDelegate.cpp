@@ -15,7 +15,16 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
       surface_(surface),
       records_(records),
       safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
-      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {}
+      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {
+  if (records == nullptr) return;
+  recovery_ = std::make_unique<RecoveryController>(
+      platform_, documents_, surface_, *records,
+      RecoveryController::Editors{
+          .current = [this] { return currentHexWindowController(); },
+          .makeNew = [this] { return showNewEditorWindow(/*isPendingInitialLoad=*/false); }});
+  documents_.setOpenObserver(
+      [this](const FileLocation& location) { recovery_->offerFor(location); });
+}
 
 std::vector<std::shared_ptr<HexWindowController>> AppDelegate::editorControllers() const {
   std::vector<std::shared_ptr<HexWindowController>> controllers;

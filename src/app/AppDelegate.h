@@ -11,6 +11,7 @@
 
 #include "app/ApplicationSurface.h"
 #include "app/MenuEnabling.h"
+#include "app/RecoveryController.h"
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
 #include "platform/PlatformServices.h"
@@ -25,8 +26,8 @@ class AppDelegate {
  public:
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
-  /// `records`, which outlive the delegate, are where saves are made safe, unsaved changes kept and
-  /// open files locked; null for none of that.
+  /// `records` are where saves are made safe, unsaved changes kept, open files locked, and what is
+  /// recovered from; null for none of that. All arguments outlive this object.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
               const RecordStore* records = nullptr);
 
@@ -65,6 +66,9 @@ class AppDelegate {
 
   /// Reads the file at once and shows it in a new window. Throws the reading layer's errors.
   std::shared_ptr<HexWindowController> openNow(const FileLocation& location);
+
+  /// Looks for documents that can be recovered, once at the start, and shows their list.
+  void offerRecovery();
 
   // AppDelegateQuitting.cpp
 
@@ -145,6 +149,8 @@ class AppDelegate {
   /// Absent without records.
   std::optional<SaveRecords> safetyCopies_;
   DocumentSaver saver_;
+  /// Null without recovery.
+  std::unique_ptr<RecoveryController> recovery_;
   std::vector<std::weak_ptr<HexWindowController>> windowOrder_;  ///< front to back
   std::deque<OpenRequest> openRequests_;
   /// The end of the request that is being carried out, held by its completion: when an error drops

@@ -101,6 +101,10 @@ std::shared_ptr<HexWindowController> AppDelegate::openNow(const FileLocation& lo
   return showEditorWindow(document);
 }
 
+void AppDelegate::offerRecovery() {
+  if (recovery_) recovery_->offerAll();
+}
+
 void AppDelegate::openInWindowOf(std::shared_ptr<HexWindowController> controller,
                                  const FileLocation& location, NewWindowCompletion completion) {
   if (!controller || !controller->hasWindow()) controller = currentHexWindowController();

@@ -8,6 +8,8 @@
 
 namespace quillmor {
 
+class RecoveryController;
+
 /// The place where a command was chosen.
 struct CommandOrigin {
   /// The editor that the window of the menu belongs to; null for the current one.
@@ -35,6 +37,13 @@ class ApplicationSurface {
   virtual void performClose(const CommandOrigin& origin) = 0;
 
   virtual void showAboutWindow() = 0;
+
+  /// Shows the list of documents that can be recovered, or brings it to the front, with what the
+  /// controller has now. The controller outlives the list.
+  virtual void showRecoveryList(RecoveryController& recovery) = 0;
+
+  /// The list that is shown, if one is, follows its controller; without content it closes.
+  virtual void refreshRecoveryList() = 0;
 
   /// Closes every window without asking and ends the event loop.
   virtual void terminate() = 0;

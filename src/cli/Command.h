@@ -18,6 +18,7 @@ struct ValueDescription {
   std::string_view description;  ///< a phrase without a full stop
   ValueKind kind = ValueKind::text;
   std::span<const std::string_view> choices = {};  ///< of `ValueKind::choice`
+  bool isOptional = false;                         ///< an argument that may be left out
 };
 
 /// An option; without a value it is a switch.

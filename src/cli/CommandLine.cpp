@@ -90,7 +90,7 @@ class CommandParser {
     options_[name] =
         app_.add_option(name, values_[name], shownDescription(argument, /*isOption=*/false))
             ->type_name("")
-            ->required();
+            ->required(!argument.isOptional);
   }
 
   void addOption(const OptionDescription& option) {

@@ -12,14 +12,15 @@ namespace quillmor::cli {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kGroups = {"Reports",   "Exports",  "Comparing",
-                                                     "Searching", "Firmware", "Changing bytes"};
+constexpr std::array<std::string_view, 7> kGroups = {
+    "Reports", "Exports", "Comparing", "Searching", "Firmware", "Changing bytes", "Recovery"};
 constexpr std::string_view kReports = kGroups[0];
 constexpr std::string_view kExports = kGroups[1];
 constexpr std::string_view kComparing = kGroups[2];
 constexpr std::string_view kSearching = kGroups[3];
 constexpr std::string_view kFirmware = kGroups[4];
 constexpr std::string_view kChanging = kGroups[5];
+constexpr std::string_view kRecovery = kGroups[6];
 
 constexpr auto kModes = namesOf(kSearchModes);
 constexpr auto kEncodings = namesOf(kSearchEncodings);
@@ -325,6 +326,26 @@ std::vector<Command> changes() {
   };
 }
 
+std::vector<Command> recoveries() {
+  constexpr std::string_view kRecord = "ID";
+  return {
+      {.name = "recover",
+       .group = kRecovery,
+       .summary = "List, write or discard what the editor could not save",
+       .no = "there is none or bytes differ",
+       .arguments = {{.name = kRecord,
+                      .description = "The record to write to OUT, as --list names it",
+                      .isOptional = true}},
+       .options = {{"--list", {"", "Print ID, kind, time, size and file of every record"}},
+                   {"--show", {kRecord, "Print what differs from the file"}},
+                   {"-o", {"OUT", "Write the recovered bytes to this file", ValueKind::file}},
+                   {"--discard", {kRecord, "Remove the record"}}},
+       .example = {"Keep what a crash of the editor left",
+                   "quillmor-cli recover \"$ID\" -o rescued.bin"},
+       .run = recover},
+  };
+}
+
 }  // namespace
 
 bool Command::changesBytes() const {
@@ -340,7 +361,8 @@ bool Command::takesSeveralFiles() const {
 const std::vector<Command>& commands() {
   static const std::vector<Command> all = [] {
     std::vector<Command> list;
-    for (const auto makeGroup : {reports, exports, comparisons, searches, firmwareTools, changes}) {
+    for (const auto makeGroup :
+         {reports, exports, comparisons, searches, firmwareTools, changes, recoveries}) {
       std::ranges::copy(makeGroup(), std::back_inserter(list));
     }
     return list;

@@ -57,4 +57,7 @@ Outcome patchApply(const Arguments& arguments, Session& session);
 Outcome presetDryRun(const Arguments& arguments, Session& session);
 Outcome presetApply(const Arguments& arguments, Session& session);
 
+// Recovery.
+Outcome recover(const Arguments& arguments, Session& session);
+
 }  // namespace quillmor::cli

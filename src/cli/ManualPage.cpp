@@ -90,7 +90,9 @@ bool isPlaceOfChangedBytes(const OptionDescription& option) {
 std::string usage(const Command& command) {
   std::string text = ".SY " + manualText(command.name) + "\n";
   for (const ValueDescription& argument : command.arguments)
-    text += ".I " + manualText(argument.name) + "\n";
+    text += (argument.isOptional ? ".RI [ " + manualText(argument.name) + " ]"
+                                 : ".I " + manualText(argument.name)) +
+            "\n";
   for (const OptionDescription& option : command.options) {
     if (command.changesBytes() && (option.name == "-o" || option.name == "--in-place")) continue;
     text += ".OP " + manualText(option.name) + " " + manualText(option.value.name) + "\n";

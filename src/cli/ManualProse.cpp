@@ -83,12 +83,26 @@ is the safer way.
 .PP
 When interrupted, the program leaves no temporary file behind, and a file that is being saved in
 place is saved to its end.
+.PP
+The editor keeps what is not saved in records, which
+.B recover
+reads; it leaves those of running programs alone.
+Each line of its list has the ID, the kind, the time in UTC, the number of bytes and the file, with
+tabs between them.
+The number is a dash where edits cannot be recovered; a message says why.
 .SH ENVIRONMENT
 .TP
 .B TMPDIR
 The folder where a difference report of more than 16 MiB is kept until it is known to be good and
 printed; by default
 .IR /tmp .
+.TP
+.B XDG_STATE_HOME
+The folder in which the records lie, in
+.IR quillmor/recovery ;
+by default
+.I .local/state
+in the home folder.
 .SH NOTES
 Offsets and lengths are decimal (4096), hexadecimal with a prefix (0x1000) or a suffix (1000h), or
 hexadecimal because a letter makes them so (F00).

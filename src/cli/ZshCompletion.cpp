@@ -55,7 +55,7 @@ std::string action(const ValueDescription& value) {
 }
 
 std::string argumentSpecification(std::size_t position, const ValueDescription& argument) {
-  return singleQuoted(std::to_string(position) + ":" +
+  return singleQuoted(std::to_string(position) + (argument.isOptional ? "::" : ":") +
                       withBackslashes(argument.description, "\\:") + ":" + action(argument));
 }
 

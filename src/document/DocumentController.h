@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,6 +20,15 @@ class DocumentController {
 
   const std::vector<std::shared_ptr<HexDocument>>& documents() const { return documents_; }
 
+  /// `didOpen` is called with each file that the user has opened.
+  void setOpenObserver(std::function<void(const FileLocation&)> didOpen) {
+    didOpen_ = std::move(didOpen);
+  }
+  /// To be called when a document has become that of another file.
+  void noteOpened(const FileLocation& location) const {
+    if (didOpen_) didOpen_(location);
+  }
+
   /// Returns the locations of all open documents except `excluded`; no output may overwrite them.
   std::vector<FileLocation> openDocumentURLs(const HexDocument* excluded) const;
 
@@ -31,6 +41,7 @@ class DocumentController {
   int freeUntitledNumber() const;
 
   std::vector<std::shared_ptr<HexDocument>> documents_;
+  std::function<void(const FileLocation&)> didOpen_;
 };
 
 }  // namespace quillmor

@@ -26,6 +26,14 @@ HexDocument::HexDocument(BackgroundExecutor& executor) : executor_(executor) {
 
 HexDocument::~HexDocument() = default;
 
+void requireDocumentByteCount(std::int64_t byteCount) {
+  const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
+  if (byteCount <= limit) return;
+  throw Error::quillmor(1205,
+                        "The selected file exceeds Quillmor's safe in-memory document limit of " +
+                            std::to_string(limit) + " bytes.");
+}
+
 std::string HexDocument::displayName() const {
   if (location_) return location_->shownName();
   return untitledNumber_ > 1 ? "Untitled " + std::to_string(untitledNumber_) : "Untitled";
@@ -40,12 +48,7 @@ void HexDocument::read(const FileLocation& location) {
 }
 
 void HexDocument::readData(ByteBuffer data) {
-  const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
-  if (data.size() > limit) {
-    throw Error::quillmor(1205,
-                          "The selected file exceeds Quillmor's safe in-memory document limit of " +
-                              std::to_string(limit) + " bytes.");
-  }
+  requireDocumentByteCount(data.size());
   installBytesAfterRead(std::move(data), std::nullopt);
 }
 
@@ -84,7 +87,25 @@ void HexDocument::replaceContentsForSingleWindowOpen(std::shared_ptr<HexStorage>
   knownFile_ = file;
   lastSave_.reset();
   changeCount_.update(ChangeCount::Change::cleared);
+  settleChanges();
   showIdentity();
+}
+
+void HexDocument::installRecovered(std::shared_ptr<HexStorage> storage,
+                                   std::optional<FileLocation> location,
+                                   std::optional<KnownFile> file) {
+  storage_ = std::move(storage);
+  location_ = std::move(location);
+  knownFile_ = file;
+  modificationDate_.reset();
+  if (file) modificationDate_ = file->status.modificationDate();
+  changeCount_.makeSavedStateUnreachable();
+  showIdentity();
+}
+
+void HexDocument::settleChanges() {
+  // What it does must not be done again, whatever it leads to.
+  if (const auto settled = std::exchange(settled_, nullptr)) settled();
 }
 
 bool HexDocument::canAsynchronouslyWrite() {
@@ -105,6 +126,7 @@ void HexDocument::didSave(FileLocation realLocation, const KnownFile& file,
   knownFile_ = file;
   modificationDate_ = file.status.modificationDate();
   changeCount_.didSave(token);
+  if (!isDocumentEdited()) settleChanges();
   showIdentity();
 }
 

@@ -88,6 +88,19 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
                                           std::optional<KnownFile> file = std::nullopt);
   void setKnownFile(const KnownFile& file) { knownFile_ = file; }
 
+  /// Makes this a document with unsaved changes, as they were recovered: new storage, the file they
+  /// are to be saved to, if there is one, and that file as they were based on it. Otherwise as
+  /// `replaceContentsForSingleWindowOpen`.
+  void installRecovered(std::shared_ptr<HexStorage> storage, std::optional<FileLocation> location,
+                        std::optional<KnownFile> file);
+
+  /// `settled` is called once: when all changes of the document are in a file, or the user has
+  /// given them up. Takes the place of the one before.
+  void whenChangesAreSettled(std::function<void()> settled) { settled_ = std::move(settled); }
+
+  /// To be called when the user has given up the unsaved changes and the document has closed.
+  void changesWereGivenUp() { settleChanges(); }
+
   // Writing.
 
   /// The document's bytes, shared with it.
@@ -143,6 +156,8 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   void showIdentity();
 
  private:
+  void settleChanges();
+
   BackgroundExecutor& executor_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
   std::shared_ptr<HexStorage> storage_ = std::make_shared<HexStorage>();
@@ -157,6 +172,10 @@ class HexDocument : public std::enable_shared_from_this<HexDocument> {
   std::shared_ptr<SafetyCopy> unfinishedSave_;
   std::optional<SaveReceipt> lastSave_;
   std::vector<std::shared_ptr<DocumentWindow>> windows_;
+  std::function<void()> settled_;
 };
+
+/// Throws 1205 when a document may not have so many bytes.
+void requireDocumentByteCount(std::int64_t byteCount);
 
 }  // namespace quillmor

@@ -89,6 +89,7 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
             .selection = selectedRange(),
             .bookmarks = bookmarks_.offsets()};
   }
+
   /// Null for none. The recorder outlives its use.
   void setEditRecorder(EditRecorder* recorder) { recorder_ = recorder; }
 

@@ -82,6 +82,7 @@ void UnsavedChanges::beginRecording(bool hasBase) {
 void UnsavedChanges::startAnew() noexcept {
   if (std::exchange(isAnew_, true)) return;
   schedule_.forgetEdits();
+  kept_ = nullptr;
   if (run_) run_->stop(std::chrono::milliseconds(0));
   records_->forget();
   const auto removing = resultOf([&] { return flush(), Done(); });

@@ -57,6 +57,10 @@ class UnsavedChanges : public EditRecorder {
   /// The document has other bytes, by no edit.
   void contentWasReplaced() noexcept;
 
+  /// `kept` is called once, on the main thread, when a durable snapshot has all that is unsaved.
+  /// Takes the place of the one before.
+  void whenKept(std::function<void()> kept) { kept_ = std::move(kept); }
+
   /// The user does not want the unsaved changes: their records go.
   void discard() noexcept;
 
@@ -113,6 +117,7 @@ class UnsavedChanges : public EditRecorder {
   bool hasReported_ = false;
   std::optional<FileLocation> reportedFor_;
   std::optional<Error> failure_;
+  std::function<void()> kept_;
   /// Destroyed first, so that callbacks see that this object has gone.
   std::shared_ptr<Done> life_ = std::make_shared<Done>();
 };

@@ -65,6 +65,8 @@ void UnsavedChanges::snapshotDidEnd(const Result<bool>& outcome) {
                                  : isStopped ? Outcome::stopped
                                              : Outcome::failed);
   if (!isRecorded && !isStopped) report(outcome.error());
+  const auto kept = isRecorded ? std::exchange(kept_, nullptr) : nullptr;
+  if (kept) resultOf([&] { return kept(), Done(); });
   proceed();
 }
 

@@ -91,7 +91,9 @@ void HexWindowController::windowWillClose() {
   }
   session().close();
   document().removeWindowController(this);
-  if (document().windowControllers().empty()) context_.documents().close(&document());
+  if (!document().windowControllers().empty()) return;
+  context_.documents().close(&document());
+  if (unwantedState_ == document().changeCountToken()) document().changesWereGivenUp();
 }
 
 void HexWindowController::documentStorageDidReload() {

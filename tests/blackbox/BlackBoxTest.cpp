@@ -1,6 +1,7 @@
 #include "blackbox/BlackBoxTest.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <stdexcept>
 
@@ -250,6 +251,11 @@ void BlackBoxTest::expectSaved(const FileLocation& file, const std::string& cont
 void BlackBoxTest::expectQuitBy(const std::vector<std::string>& keys) {
   press(keys);
   expectQuit();
+}
+
+void BlackBoxTest::killProgram() {
+  ::kill(program_->id(), SIGKILL);
+  EXPECT_EQ(program_->waitForExit(), 128 + SIGKILL);
 }
 
 void BlackBoxTest::expectQuit() {

@@ -76,6 +76,8 @@ class BlackBoxTest : public testing::Test {
   void expectSaved(const FileLocation& file, const std::string& content);
   /// Waits for the program's end.
   void expectQuit();
+  /// Ends the program at once, as a crash would.
+  void killProgram();
   /// Presses `keys` and waits for the program's end.
   void expectQuitBy(const std::vector<std::string>& keys);
 

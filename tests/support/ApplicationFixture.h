@@ -25,12 +25,22 @@ class FakeApplication : public ApplicationSurface {
   int closesPerformed = 0;
   int aboutWindowsShown = 0;
   int terminations = 0;
+  /// What the list of documents to recover shows; null while there is none.
+  RecoveryController* recovery = nullptr;
+  int recoveryListsShown = 0;
 
   void showEditorWindow(const std::shared_ptr<HexWindowController>& controller) override;
   std::optional<TextFocus> focusedTextView(const CommandOrigin&) const override { return focus; }
   bool sendTextAction(TextAction action, const CommandOrigin& origin) override;
   void performClose(const CommandOrigin&) override { ++closesPerformed; }
   void showAboutWindow() override { ++aboutWindowsShown; }
+  void showRecoveryList(RecoveryController& controller) override {
+    recovery = &controller;
+    ++recoveryListsShown;
+  }
+  void refreshRecoveryList() override {
+    if (recovery != nullptr && !recovery->hasContent()) recovery = nullptr;
+  }
   void terminate() override { ++terminations; }
 };
 

@@ -5,12 +5,16 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <algorithm>
+#include <utility>
 
 #include "app/AppDelegate.h"
 #include "app/MainMenu.h"
+#include "app/RecoveryController.h"
 #include "platform/RunInBackground.h"
 #include "ui/app/AboutWindowController.h"
+#include "ui/app/RecoveryWindow.h"
 #include "ui/app/WindowMenus.h"
 #include "ui/editor/HexEditorView.h"
 #include "ui/window/EditorWindow.h"
@@ -179,6 +183,36 @@ void ApplicationWindows::showAboutWindow() {
   aboutWindowController_->activateWindow();
 }
 
+void ApplicationWindows::showRecoveryList(RecoveryController& recovery) {
+  recovery_ = &recovery;
+  const bool isNew = !recoveryWindow_;
+  if (isNew) {
+    recoveryWindow_ = new RecoveryWindow(
+        recovery, [this](std::string_view action) { delegate_->perform(action); });
+    if (const QWidget* active = QApplication::activeWindow()) {
+      QRect frame = recoveryWindow_->geometry();
+      frame.moveCenter(active->geometry().center());
+      const QRect room = active->screen()->availableGeometry();
+      frame.moveLeft(std::max(frame.left(), room.left()));
+      frame.moveTop(std::max(frame.top(), room.top()));
+      recoveryWindow_->setGeometry(frame);
+    }
+  }
+  refreshRecoveryList();
+  if (!recoveryWindow_) return;
+  recoveryWindow_->show();
+  recoveryWindow_->raise();
+  if (isNew) recoveryWindow_->activateWindow();
+}
+
+void ApplicationWindows::refreshRecoveryList() {
+  if (!recoveryWindow_) return;
+  if (recovery_->hasContent()) return recoveryWindow_->showContent();
+  recoveryWindow_->hide();
+  // One of its buttons may have led here.
+  std::exchange(recoveryWindow_, nullptr)->deleteLater();
+}
+
 void ApplicationWindows::terminate() {
   for (EditorWindow* window : editorWindows()) window->closeWindow();
   QApplication::closeAllWindows();
@@ -189,6 +223,7 @@ void ApplicationWindows::destroyWindows() {
   for (EditorWindow* window : editorWindows()) delete window;
   for (const auto& window : reportWindows_) delete window;
   delete aboutWindowController_;
+  delete recoveryWindow_;
 }
 
 std::vector<EditorWindow*> ApplicationWindows::editorWindows() const {

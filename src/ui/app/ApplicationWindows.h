@@ -19,6 +19,7 @@ namespace quillmor {
 class AboutWindowController;
 class AppDelegate;
 class EditorWindow;
+class RecoveryWindow;
 class ReportWindow;
 class WindowMenus;
 
@@ -37,6 +38,8 @@ class ApplicationWindows : public ApplicationSurface {
   bool sendTextAction(TextAction action, const CommandOrigin& origin) override;
   void performClose(const CommandOrigin& origin) override;
   void showAboutWindow() override;
+  void showRecoveryList(RecoveryController& recovery) override;
+  void refreshRecoveryList() override;
   void terminate() override;
 
   /// Destroys every window at once. Call it before the delegate is destroyed and outside any event
@@ -62,6 +65,8 @@ class ApplicationWindows : public ApplicationSurface {
   std::vector<QPointer<ReportWindow>> reportWindows_;
   QPointer<AboutWindowController> aboutWindowController_;
   std::optional<QRect> aboutWindowFrame_;
+  QPointer<RecoveryWindow> recoveryWindow_;
+  RecoveryController* recovery_ = nullptr;
 };
 
 }  // namespace quillmor

@@ -77,6 +77,7 @@ int run(const CommandLine& line, GuardedApplication& application) {
   } else {
     delegate.openFiles(line.files, [](bool) {});
   }
+  delegate.offerRecovery();
   return GuardedApplication::exec();
 }
 

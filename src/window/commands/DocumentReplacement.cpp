@@ -175,7 +175,30 @@ OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState
                                                     loaded.snapshot.modificationDate, loaded.known);
       },
       [&] { retryingWithoutMemory([&] { session.showStorage(); }); });
+  if (!preservingEditorState) context_.documents().noteOpened(*document.location());
   return OpenCurrentResult::opened;
+}
+
+void DocumentReplacement::showRecovered(RecoveredDocument recovered) {
+  requireDocumentByteCount(recovered.bytes.size());
+  auto storage = std::make_shared<HexStorage>();
+  storage->bytes = std::move(recovered.bytes);
+  willReplace_();
+  context_.document().isPendingInitialLoad = false;
+  EditSession& session = context_.session();
+  session.takeStorage(storage, /*preservingEditorState=*/false);
+  session.bookmarks().replaceAll(std::move(recovered.places.bookmarks));
+  showingInAnyCase(
+      [&] {
+        context_.document().installRecovered(std::move(storage), std::move(recovered.location),
+                                             recovered.knownFile);
+      },
+      [&] {
+        retryingWithoutMemory([&] {
+          session.showStorage();
+          session.goTo({recovered.places.caretOffset, recovered.places.selection});
+        });
+      });
 }
 
 }  // namespace quillmor

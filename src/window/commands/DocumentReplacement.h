@@ -5,6 +5,7 @@
 #include <string>
 
 #include "document/DocumentLoader.h"
+#include "recovery/RecoveryEntry.h"
 #include "window/commands/CommandContext.h"
 #include "window/commands/DocumentSaving.h"
 
@@ -28,6 +29,10 @@ class DocumentReplacement {
 
   /// A file was dropped on the window.
   void openDroppedFile(const FileLocation& location);
+
+  /// Makes the window's document one with unsaved changes that were recovered. Throws 1205 when it
+  /// has more bytes than a document may have.
+  void showRecovered(RecoveredDocument recovered);
 
   /// The titles of the alerts of one replacement.
   struct Titles {

@@ -68,7 +68,8 @@ TEST_F(CliPagesTest, manualPageExplainsEveryCommand) {
     const std::string entry = unfolded(entryOf.at(name));
     std::string usage = name;
     for (const auto& argument : command.arguments) {
-      usage += " " + std::string(argument.name);
+      const std::string shown(argument.name);
+      usage += argument.isOptional ? " [" + shown + "]" : " " + shown;
       EXPECT_THAT(page, HasSubstr(argument.description)) << name;
       for (const auto choice : argument.choices) EXPECT_THAT(entry, HasSubstr(choice)) << name;
     }

@@ -1,0 +1,163 @@
+#include "recovery/Recovery.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/RunInBackground.h"
+#include "recovery/EntryReading.h"
+
+namespace quillmor {
+
+namespace {
+
+constexpr int kUntrustedCode = 2803;
+constexpr int kMissingCode = 2804;
+
+bool hasCode(const Error& error, int code) {
+  return error.domain() == ErrorDomain::quillmor && error.code() == code;
+}
+
+std::vector<std::string> namesOf(std::span<const ListedRecord> records) {
+  std::vector<std::string> names;
+  for (const ListedRecord& record : records) names.push_back(record.location.shownName());
+  return names;
+}
+
+/// True if the document is in its file already.
+bool isSaved(const RecoveryEntry& entry, const EntryContent& content, TaskProgress* progress) {
+  return entry.file &&
+         compareBeside(*entry.file, content.bytes.span(), progress).found == FileBeside::same;
+}
+
+/// The journal as an entry of its own, when the record that it continues is damaged.
+RecoveryEntry orphanOf(const RecoveryEntry& entry) {
+  RecoveryEntry orphan{.record = *entry.journal};
+  orphan.file = entry.file;
+  orphan.untitledNumber = entry.untitledNumber;
+  orphan.time = entry.journal->header->created;
+  orphan.problem = missingBaseRecordError();
+  return orphan;
+}
+
+}  // namespace
+
+RecoveryOffer Recovery::offer(std::span<const FileLocation> documents,
+                              TaskProgress* progress) const {
+  return look(documents, Cleaning::yes, progress);
+}
+
+RecoveryOffer Recovery::list(TaskProgress* progress) const {
+  return look({}, Cleaning::no, progress);
+}
+
+RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning cleaning,
+                             TaskProgress* progress) const {
+  RecordGroups groups = groupRecords(store_.list(documents));
+  RecoveryOffer offer;
+  offer.newer = namesOf(groups.newer);
+  offer.refused = namesOf(groups.refused);
+  for (const ListedRecord& record : groups.damaged) noteDamaged(record, cleaning, offer);
+  for (RecoveryEntry& entry : groups.entries) {
+    if (progress != nullptr) progress->checkpoint();
+    examine(std::move(entry), cleaning, offer, progress);
+  }
+  sortEntries(offer.entries);
+  return offer;
+}
+
+void Recovery::examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& offer,
+                       TaskProgress* progress) const {
+  if (entry.problem) return offer.entries.push_back(std::move(entry));
+  const auto read = resultOf([&] { return readEntry(store_, entry, progress); });
+  if (read.isOk()) {
+    entry.byteCount = read.value().bytes.size();
+    entry.time = read.value().time;
+    if (cleaning == Cleaning::yes && isSaved(entry, read.value(), progress)) {
+      // Whoever cannot remove it now can do so the next time.
+      resultOf([&] { return discard(entry), Done(); });
+      return;
+    }
+    return offer.entries.push_back(std::move(entry));
+  }
+  const Error& error = read.error();
+  if (error.isStopped()) throw error;
+  if (hasCode(error, kMissingCode)) return;
+  const bool isUnreadable = isDamagedRecord(error) || isNewerRecord(error);
+  if (entry.journal && isUnreadable)
+    return examineWithoutJournal(entry, error, cleaning, offer, progress);
+  if (isDamagedRecord(error)) return noteDamaged(entry.record, cleaning, offer);
+  if (isNewerRecord(error)) return offer.newer.push_back(entry.record.location.shownName());
+  if (hasCode(error, kUntrustedCode))
+    return offer.refused.push_back(entry.record.location.shownName());
+  entry.problem = error;
+  entry.byteCount.reset();
+  offer.entries.push_back(std::move(entry));
+}
+
+/// One of both records is damaged, or of a newer version; the record may be whole.
+void Recovery::examineWithoutJournal(const RecoveryEntry& entry, const Error& error,
+                                     Cleaning cleaning, RecoveryOffer& offer,
+                                     TaskProgress* progress) const {
+  RecoveryEntry alone = entry;
+  alone.journal.reset();
+  alone.time = entry.header().created;
+  const auto read = resultOf([&] { return readEntry(store_, alone, progress); });
+  if (!read.isOk()) {
+    offer.entries.push_back(orphanOf(entry));
+  } else if (isDamagedRecord(error)) {
+    noteDamaged(*entry.journal, cleaning, offer);
+  } else {
+    offer.newer.push_back(entry.journal->location.shownName());
+  }
+  examine(std::move(alone), cleaning, offer, progress);
+}
+
+void Recovery::noteDamaged(const ListedRecord& record, Cleaning cleaning,
+                           RecoveryOffer& offer) const {
+  offer.damaged.push_back(record.location.shownName());
+  if (cleaning == Cleaning::yes) store_.setAside(record);
+}
+
+RecoveryEntry Recovery::find(std::string_view id) const {
+  std::vector<ListedRecord> records = store_.list();
+  const auto record = std::ranges::find(records, id, &ListedRecord::id);
+  if (record == records.end()) throw missingRecordError();
+  if (record->belongsToRunningProcess) throw runningRecordError();
+  if (!record->header) throw record->error.value_or(damagedRecordError());
+  RecordGroups groups = groupRecords(std::move(records));
+  const auto entry =
+      std::ranges::find_if(groups.entries, [id](const auto& each) { return each.id() == id; });
+  // A journal that has joined its record is no entry of its own.
+  if (entry == groups.entries.end()) throw missingRecordError();
+  return std::move(*entry);
+}
+
+RecoveredDocument Recovery::recover(const RecoveryEntry& entry, TaskProgress* progress) const {
+  EntryContent content = readEntry(store_, entry, progress);
+  RecoveredDocument document{.bytes = std::move(content.bytes),
+                             .places = std::move(content.places)};
+  if (!entry.file) return document;
+  const ComparedBeside beside = compareBeside(*entry.file, document.bytes.span(), progress);
+  if (beside.found == FileBeside::nothing) return document;
+  document.location = entry.file;
+  // A status that no file has: a file that the changes were not based on is another program's.
+  document.knownFile = KnownFile{entry.header().file.value_or(StableFileStatus())};
+  // What an interrupted save has left is no change by another program.
+  const bool isOurs = beside.found == FileBeside::same ||
+                      (entry.isInterruptedSave && beside.found == FileBeside::beginning);
+  if (isOurs && beside.status) document.knownFile = KnownFile{*beside.status};
+  return document;
+}
+
+void Recovery::discard(const RecoveryEntry& entry) const {
+  // The record alone is still a document; the journal alone is not.
+  if (entry.journal) discardIfThere(*entry.journal);
+  discardIfThere(entry.record);
+}
+
+void Recovery::discardIfThere(const ListedRecord& record) const {
+  const auto removed = resultOf([&] { return store_.discard(record), Done(); });
+  if (!removed.isOk() && !hasCode(removed.error(), kMissingCode)) throw removed.error();
+}
+
+}  // namespace quillmor
