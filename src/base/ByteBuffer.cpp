@@ -1,17 +1,23 @@
 #include "base/ByteBuffer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <utility>
 
 #include "base/ByteBlock.h"
+#include "base/ByteMove.h"
+#include "base/HugePageMove.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
 namespace {
 
 constexpr std::int64_t kMinSlackAfterEdit = 32;
+
+/// How much longer moving the gap takes than closing it, per byte, when the way is long.
+constexpr std::int64_t kFarMoveWeight = 3;
 
 /// Free room on either side of a small buffer that is being edited: a share of its size, so that
 /// repeated insertions copy each byte a constant number of times on average.
@@ -229,7 +235,7 @@ bool ByteBuffer::editInPlace(const Edit& edit) noexcept {
     return false;
   }
   const std::int64_t nearEnd = std::min(content_.gapOffset, size() - content_.gapOffset);
-  if (content_.gapSize > kMaxGap || nearEnd < kMinGapDistance) content_.closeGap();
+  if (content_.gapSize > kMaxGap || nearEnd < kMinGapDistance) closeGap();
   block_->contentMoved(content_.begin, content_.extent());
   return true;
 }
@@ -247,22 +253,30 @@ bool ByteBuffer::editAtGap(const Edit& edit) noexcept {
   const bool movesHead = edit.head < edit.tail;
   const std::int64_t lacking = edit.delta() - content_.gapSize;
   if (lacking > room(movesHead)) return false;
-  if (lacking > 0) {
-    content_.widenGap(std::min(std::max(lacking, kGapRoom), room(movesHead)), movesHead);
-  }
+  if (lacking > 0) content_.widenGap(wideningFor(lacking, movesHead), movesHead);
   content_.replaceAtGap(edit.head, edit.removed, edit.inserted);
   return true;
 }
 
+/// By how much the gap is widened where `lacking` bytes are needed, which there is room for.
+std::int64_t ByteBuffer::wideningFor(std::int64_t lacking, bool movesHead) const noexcept {
+  const std::int64_t moved = movesHead ? content_.gapOffset : size() - content_.gapOffset;
+  const bool movesPages = moved >= kPageMoveThreshold && lacking <= kHugePageSize;
+  if (movesPages && kHugePageSize <= room(movesHead)) return kHugePageSize;
+  return std::min(std::max(lacking, kGapRoom), room(movesHead));
+}
+
+/// Leaves the gap where the edit is, or no gap and its offset there.
 void ByteBuffer::bringGapTo(const Edit& edit) noexcept {
   if (content_.hasGap()) {
     const std::int64_t distance = content_.distanceToGap(edit.head, edit.removed);
     if (distance == 0) return;
     const std::int64_t toClose = std::min(content_.gapOffset, size() - content_.gapOffset);
-    if (distance <= toClose + std::min(edit.head, edit.tail)) {
+    const std::int64_t weight = content_.gapSize > kNearMoveDistance ? kFarMoveWeight : 1;
+    if (content_.gapSize == kHugePageSize || distance * weight <= toClose) {
       return content_.moveGap(std::clamp(content_.gapOffset, edit.head, edit.head + edit.removed));
     }
-    content_.closeGap();
+    closeGap();
   }
   content_.gapOffset = edit.head;
 }
@@ -285,7 +299,13 @@ std::int64_t ByteBuffer::room(bool before) const noexcept {
   return block_->memory + block_->capacity - (content_.begin + content_.extent());
 }
 
+/// Where that is near, the gap is first brought to the size with which whole pages move.
 void ByteBuffer::closeOpenGap() const noexcept {
+  const bool movesHead = content_.gapOffset < size() - content_.gapOffset;
+  const std::int64_t moved = std::min(content_.gapOffset, size() - content_.gapOffset);
+  const std::int64_t lacking = kHugePageSize - content_.gapSize;
+  const bool isNear = std::abs(lacking) <= kNearMoveDistance && lacking <= room(movesHead);
+  if (moved >= kPageMoveThreshold && isNear) content_.widenGap(lacking, movesHead);
   content_.closeGap();
   block_->contentMoved(content_.begin, size());
 }

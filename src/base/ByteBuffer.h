@@ -40,7 +40,7 @@ class ByteBuffer {
  public:
   /// Edits nearer to an end move the bytes between, which takes some 0.1 ms at most.
   static constexpr std::int64_t kMinGapDistance = kMiB;
-  /// The room of a new gap: so many bytes can be typed before the shorter side moves again.
+  /// The least room of a new gap: so many bytes can be typed before the shorter side moves again.
   static constexpr std::int64_t kGapRoom = 16 * kKiB;
   /// A larger gap would keep memory from the system.
   static constexpr std::int64_t kMaxGap = 4 * kMiB;
@@ -139,6 +139,7 @@ class ByteBuffer {
   bool editAtGap(const Edit& edit) noexcept;
   bool editMovingAnEnd(const Edit& edit) noexcept;
   void bringGapTo(const Edit& edit) noexcept;
+  std::int64_t wideningFor(std::int64_t lacking, bool movesHead) const noexcept;
   std::int64_t room(bool before) const noexcept;
 
   void closeGap() const noexcept {

@@ -15,8 +15,7 @@ namespace {
 constexpr std::int64_t kMaxPieces = 64;
 /// As many bytes of each piece as they move have to be set aside; all together no more than this.
 constexpr std::int64_t kMaxSetAside = kMiB;
-/// The farthest move that is shared; there are enough pieces for two threads to finish together.
-constexpr std::int64_t kMaxSharedDistance = kMaxSetAside / 8;
+static_assert(kMaxSetAside / kNearMoveDistance >= 8, "enough pieces for two threads");
 
 void moveAlone(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) noexcept {
   std::memmove(to, from, static_cast<std::size_t>(count));
@@ -101,7 +100,7 @@ void moveShared(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) 
 void moveBytes(std::uint8_t* to, const std::uint8_t* from, std::int64_t count) noexcept {
   if (count <= 0 || to == from) return;
   const std::int64_t distance = to > from ? to - from : from - to;
-  if (count >= kParallelMoveThreshold && distance <= kMaxSharedDistance &&
+  if (count >= kParallelMoveThreshold && distance <= kNearMoveDistance &&
       std::thread::hardware_concurrency() > 1) {
     moveShared(to, from, count);
   } else {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/ByteMove.h"
+#include "base/HugePageMove.h"
 
 namespace quillmor {
 namespace {
@@ -11,6 +12,14 @@ namespace {
 /// memcpy must not be given null, not even for no bytes.
 void copyBytes(std::uint8_t* to, std::span<const std::uint8_t> from) noexcept {
   if (!from.empty()) std::memcpy(to, from.data(), from.size());
+}
+
+/// For moves into the gap or into as much room at an end.
+void moveRun(std::uint8_t* to, std::uint8_t* from, std::int64_t count) noexcept {
+  const bool isWorthPages = count >= kPageMoveThreshold;
+  if (isWorthPages && from - to == kHugePageSize) return moveDownByHugePage(from, count);
+  if (isWorthPages && to - from == kHugePageSize) return moveUpByHugePage(from, count);
+  moveBytes(to, from, count);
 }
 
 }  // namespace
@@ -30,9 +39,9 @@ std::int64_t GappedBytes::distanceToGap(std::int64_t offset, std::int64_t length
 
 void GappedBytes::moveGap(std::int64_t offset) noexcept {
   if (offset < gapOffset) {
-    moveBytes(begin + offset + gapSize, begin + offset, gapOffset - offset);
+    moveRun(begin + offset + gapSize, begin + offset, gapOffset - offset);
   } else {
-    moveBytes(begin + gapOffset, begin + gapOffset + gapSize, offset - gapOffset);
+    moveRun(begin + gapOffset, begin + gapOffset + gapSize, offset - gapOffset);
   }
   gapOffset = offset;
 }
@@ -47,11 +56,11 @@ void GappedBytes::closeGap() noexcept {
 
 void GappedBytes::widenGap(std::int64_t by, bool movesHead) noexcept {
   if (movesHead) {
-    moveBytes(begin - by, begin, gapOffset);
+    moveRun(begin - by, begin, gapOffset);
     begin -= by;
   } else {
     std::uint8_t* const tail = begin + gapOffset + gapSize;
-    moveBytes(tail + by, tail, size - gapOffset);
+    moveRun(tail + by, tail, size - gapOffset);
   }
   gapSize += by;
 }
