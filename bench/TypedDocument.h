@@ -33,7 +33,7 @@ class NoObserver : public EditSessionObserver {
  public:
   void updateStatus() override {}
   void sessionDidEdit(bool /*canBeUndone*/) override {}
-  void didRefuse(const std::string& /*reason*/) override {}
+  void didRefuse(const std::string& /*reason*/) override { std::abort(); }
 };
 
 /// A large document in an edit session with undo, in insert mode.
@@ -45,9 +45,12 @@ class TypedDocument {
     ByteBuffer bytes = ByteBuffer::uninitialized(std::max<std::int64_t>(mib, 16) * kMiB);
     const auto all = bytes.mutableSpan();
     std::memset(all.data(), 0x5A, all.size());
+    const std::int64_t byteCount = bytes.size();
     document_->readData(std::move(bytes));
     session_.takeStorage(document_->storage(), /*preservingEditorState=*/false);
     editor().setInsertMode(true);
+    // The document may be as large as documents get.
+    editor().setMaximumByteCount(2 * byteCount);
   }
 
   HexEditorState& editor() { return session_.editor(); }
