@@ -6,13 +6,13 @@
 #include <new>
 
 #include "base/ByteUnits.h"
+#include "base/HugePageMove.h"
 #include "base/SaturatingMath.h"
 
 namespace quillmor {
 namespace {
 
 constexpr std::int64_t kPageSize = 64 * kKiB;  // a multiple of every page size in use
-constexpr std::int64_t kHugePageSize = 2 * kMiB;
 constexpr std::int64_t kMinMappedSlack = 16 * kMiB;
 /// Used when the system refuses the usual slack (a limit on address space, strict overcommit).
 constexpr std::int64_t kModestMappedSlack = kMiB;

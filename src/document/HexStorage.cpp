@@ -1,7 +1,5 @@
 #include "document/HexStorage.h"
 
-#include <cstring>
-
 namespace quillmor {
 
 ByteBuffer HexStorage::slice(HexSelection selection) const {
@@ -17,8 +15,7 @@ void HexStorage::delete_(HexSelection selection) {
 bool HexStorage::bytesEqual(HexSelection selection, std::span<const std::uint8_t> other) const {
   const HexSelection range = selection.normalized(count());
   if (static_cast<std::size_t>(range.length) != other.size()) return false;
-  if (other.empty()) return true;
-  return std::memcmp(bytes.span(range.start, range.length).data(), other.data(), other.size()) == 0;
+  return bytes.hasAt(range.start, other);
 }
 
 }  // namespace quillmor

@@ -57,7 +57,7 @@ void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> byt
   willEdit();
   ByteBuffer& content = document_->storage()->bytes;
   // An overwrite needs no memory once the bytes are the document's own.
-  if (edit.range.length == std::ssize(bytes)) content.mutableSpan();
+  if (edit.range.length == std::ssize(bytes)) content.makeUnique();
   AnnouncedEdit announced = announcementOf(edit, std::ssize(bytes));
   content.replace(edit.range.start, edit.range.length, bytes);
   finish(std::move(announced), edit.after);

@@ -26,7 +26,8 @@ std::string HexRowsText::offsetText(std::int64_t rowStart) {
 void HexRowsText::appendLine(const HexStorage& storage, std::int64_t rowStart) {
   Line line{.begin = length()};
   line.byteCount = std::clamp<std::int64_t>(shape_.byteCount - rowStart, 0, shape_.bytesPerRow);
-  const auto bytes = storage.bytes.span(std::min(rowStart, shape_.byteCount), line.byteCount);
+  const ByteBuffer row = storage.bytes.slice(std::min(rowStart, shape_.byteCount), line.byteCount);
+  const auto bytes = row.span();
   text_ += offsetText(rowStart);
   text_ += kColumnGap;
   line.hexBegin = length();

@@ -9,6 +9,9 @@
 /// The bytes at an offset read as numbers. Pure functions, safe from any thread.
 namespace quillmor::DataInspector {
 
+/// `inspectorText` looks at so many bytes at most.
+inline constexpr std::int64_t kInspectedByteCount = 4;
+
 /// Returns the bytes from `offset` on as numbers of 8, 16 and 32 bits in one line. Wider numbers
 /// are left out when too few bytes follow. "EOF" when there is no byte at `offset`.
 std::string inspectorText(std::span<const std::uint8_t> bytes, std::int64_t offset);

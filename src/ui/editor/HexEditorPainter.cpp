@@ -158,8 +158,11 @@ void HexEditorPainter::collectRow(const Pass& pass, std::int64_t row) {
   const ByteBuffer& bytes = pass.state.storage()->bytes;
   const std::int64_t length = std::min(pass.state.bytesPerRow(), bytes.size() - rowStart);
   if (length < 1) return;
+  std::array<std::uint8_t, kMaxColumns> copied;
+  const auto rowBytes = std::span(copied).first(static_cast<std::size_t>(length));
+  bytes.copyTo(rowStart, rowBytes);
   std::size_t column = 0;
-  for (const std::uint8_t byte : bytes.span(rowStart, length)) {
+  for (const std::uint8_t byte : rowBytes) {
     const std::string_view digits = uppercaseHexByteStrings[byte];
     byteText_.add(digits[0], pass.highDigitX[column], y);
     byteText_.add(digits[1], pass.lowDigitX[column], y);

@@ -45,6 +45,9 @@ class HexEditorPainter {
   void paint(QPainter& painter, const QRectF& dirty, const HexEditorState& state, View view);
 
  private:
+  /// The most bytes of a row.
+  static constexpr std::size_t kMaxColumns = 32;
+
   /// The painter's device pixels; only translated and scaled painters are snapped.
   struct PixelGrid {
     double scaleX = 1;
@@ -69,9 +72,9 @@ class HexEditorPainter {
     double dirtyBottom = 0;
     HexSelection selection{};
     /// Where the characters of the byte columns begin, in viewport coordinates.
-    std::array<double, 32> highDigitX{};
-    std::array<double, 32> lowDigitX{};
-    std::array<double, 32> asciiX{};
+    std::array<double, kMaxColumns> highDigitX{};
+    std::array<double, kMaxColumns> lowDigitX{};
+    std::array<double, kMaxColumns> asciiX{};
 
     double x(double documentX) const { return grid.x(documentX - scroll.x); }
     double y(double documentY) const { return grid.y(documentY - scroll.y); }

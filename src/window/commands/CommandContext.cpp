@@ -1,6 +1,9 @@
 #include "window/commands/CommandContext.h"
 
+#include <algorithm>
+
 #include "base/HexText.h"
+#include "base/SaturatingMath.h"
 #include "tools/analysis/DataInspector.h"
 #include "window/commands/UtilityReport.h"
 
@@ -31,12 +34,19 @@ std::string CommandContext::statusText() const {
          "  |  Selection: " + std::to_string(editor.selection().length);
 }
 
+/// Looks at the bytes at the caret only: all of them in one piece may be expensive at every key.
+std::string CommandContext::inspectorText() const {
+  const std::int64_t caret = clampedToCount(session_.editor().caretOffset(), session_.byteCount());
+  const std::int64_t length =
+      std::min(session_.byteCount() - caret, DataInspector::kInspectedByteCount);
+  return DataInspector::inspectorText(session_.bytes().slice(caret, length).span(), 0);
+}
+
 void CommandContext::updateStatus() {
   messages_.clearNoticeAfterMove();
   if (!window_ || isBusy()) return;
   window_->setStatusText(statusText());
-  window_->setInspectorText(
-      DataInspector::inspectorText(session_.bytes().span(), session_.editor().caretOffset()));
+  window_->setInspectorText(inspectorText());
   window_->revalidateMenus();
 }
 

@@ -149,6 +149,8 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   void sessionDidEdit(bool canBeUndone) override;
   void didRefuse(const std::string& reason) override { messages_.showNotice(reason); }
 
+  std::string inspectorText() const;
+
   void busyStateDidBegin() override;
   void showBusyStatus(const std::string& statusText) override;
   void busyStateDidEnd() override;
