@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -32,6 +33,11 @@ const char* modeOf(Fault::Kind kind) {
 
 }  // namespace
 
+std::string judgedCli() {
+  const char* const other = std::getenv("QUILLMOR_FAULTS_CLI");
+  return other != nullptr ? other : QUILLMOR_CLI;
+}
+
 std::string CountedCall::description() const {
   return std::to_string(number) + " " + name + " " +
          std::filesystem::path(path).filename().native();
@@ -52,7 +58,7 @@ ChildProcess::Environment faultEnvironment(const WatchedFolders& watched, const 
       {"LD_PRELOAD", QUILLMOR_FAULT_SHIM},
       {FaultVariables::kFolders, folders},
       {FaultVariables::kCalls, watched.callList},
-      {FaultVariables::kEffects, watched.effectLog},
+      {FaultVariables::kEffects, fault.isLogged ? watched.effectLog : ""},
       {FaultVariables::kArmed, watched.armed},
       {FaultVariables::kMode, modeOf(fault.kind)},
       {FaultVariables::kCall, std::to_string(fault.call)},

@@ -21,8 +21,12 @@ struct Fault {
   bool isLasting = false;
   /// The most bytes of a short write.
   std::size_t most = 0;
+  /// The effects of the calls are logged.
+  bool isLogged = false;
 
   static Fault none() { return {}; }
+  /// Nothing happens, and the effects are logged.
+  static Fault logged() { return {.isLogged = true}; }
   /// SIGKILL before the call.
   static Fault killBefore(std::int64_t call) { return {.kind = Kind::kill, .call = call}; }
   /// SIGKILL in the call, of which no more than `most` bytes have been written.
@@ -57,11 +61,14 @@ struct WatchedFolders {
   std::vector<std::string> folders;
   /// Where the library lists the calls; outside of the folders.
   std::string callList;
-  /// Where it logs the effects; empty when nobody needs them.
-  std::string effectLog = {};
+  /// Where it logs the effects when asked to; outside too.
+  std::string effectLog;
   /// The calls count from the moment this file exists; empty for all.
   std::string armed = {};
 };
+
+/// The program that is judged: QUILLMOR_FAULTS_CLI in the environment, or the one that was built.
+std::string judgedCli();
 
 /// The variables that make a program run with the library and meet `fault`.
 ChildProcess::Environment faultEnvironment(const WatchedFolders& watched, const Fault& fault);

@@ -7,6 +7,9 @@
 namespace quillmor::test {
 namespace {
 
+/// The most bytes that the program writes at once.
+constexpr std::int64_t kSlice = 8 * kOneMiB;
+
 /// A call that only reads leaves the files as they are, so that nothing new is to be seen.
 std::vector<Fault> killsOf(const std::vector<CountedCall>& calls) {
   constexpr std::size_t kFewBytes = 1000;
@@ -39,7 +42,9 @@ TEST_P(KillTest, aSaveInPlaceLosesNothing) {
   }
 }
 
-TEST_P(KillTest, anExportReplacesItsDestinationOrNot) {
+class KilledExportTest : public KillTest {};
+
+TEST_P(KilledExportTest, anExportReplacesItsDestinationOrNot) {
   Score score("kill -9 at each call, export");
   for (const bool isThere : {true, false}) {
     trial.resetWithExport(isThere);
@@ -65,15 +70,23 @@ TEST_P(KillTest, anExportReplacesItsDestinationOrNot) {
 
 std::vector<SaveChoice> choices() {
   auto all = allChanges({kOneByte, kOnePage, kOneMiB});
-  all.push_back({Change::longer, kManyMiB});
+  all.push_back({Change::longer, 2 * kSlice});
   if (!triesEverything()) return all;
+  all.push_back({Change::longer, kManyMiB});
   all.push_back({Change::equal, kManyMiB});
   all.push_back({Change::shorter, kManyMiB});
   all.push_back({Change::longer, kHugeMiB});
   return all;
 }
 
+std::vector<SaveChoice> exportChoices() {
+  if (triesEverything()) return choices();
+  return {{Change::longer, kOneByte}, {Change::shorter, kOnePage}, {Change::longer, kOneMiB}};
+}
+
 INSTANTIATE_TEST_SUITE_P(, KillTest, testing::ValuesIn(choices()),
+                         [](const auto& test) { return test.param.name(); });
+INSTANTIATE_TEST_SUITE_P(, KilledExportTest, testing::ValuesIn(exportChoices()),
                          [](const auto& test) { return test.param.name(); });
 
 }  // namespace

@@ -81,7 +81,7 @@ ChildProcess::Environment SaveUnderFaults::environment(const std::string& state)
 EndedRun SaveUnderFaults::run(const std::vector<std::string>& target, const Fault& fault,
                               std::vector<std::string> through) const {
   std::vector<std::string> command = std::move(through);
-  command.emplace_back(QUILLMOR_CLI);
+  command.push_back(judgedCli());
   command.insert(command.end(), save_.command.begin(), save_.command.end());
   command.push_back(places_.file());
   command.insert(command.end(), save_.operands.begin(), save_.operands.end());
@@ -90,7 +90,7 @@ EndedRun SaveUnderFaults::run(const std::vector<std::string>& target, const Faul
   std::filesystem::remove(effectLog());
   const WatchedFolders watched{.folders = {places_.files, places_.state},
                                .callList = (scratch_.path() / "calls").native(),
-                               .effectLog = fault.kind == Fault::Kind::none ? effectLog() : ""};
+                               .effectLog = effectLog()};
   return runWithFault(command, environment(places_.state), watched, fault, places_.files);
 }
 
@@ -104,7 +104,7 @@ EndedRun SaveUnderFaults::exportBeside(const Fault& fault) const {
 
 std::vector<std::string> SaveUnderFaults::recordsIn(const Places& places) const {
   std::vector<std::string> records;
-  ChildProcess list({QUILLMOR_CLI, "recover", "--list"}, environment(places.state), places.files);
+  ChildProcess list({judgedCli(), "recover", "--list"}, environment(places.state), places.files);
   if (list.waitForExit() == 0) {
     std::istringstream lines(list.output());
     for (std::string line; std::getline(lines, line);) records.push_back(firstField(line));
@@ -124,7 +124,7 @@ Outcome SaveUnderFaults::outcomeIn(const Places& places) const {
   const std::string output = (scratch_.path() / "recovered").native();
   for (const std::string& record : recordsIn(places)) {
     fs::remove(output);
-    ChildProcess recover({QUILLMOR_CLI, "recover", record, "-o", output}, environment(places.state),
+    ChildProcess recover({judgedCli(), "recover", record, "-o", output}, environment(places.state),
                          places.files);
     if (recover.waitForExit() == 0 && contentIfAny(output) == save_.newBytes)
       return Outcome::recovered;
@@ -150,7 +150,7 @@ bool SaveUnderFaults::savesAgain() const {
   // A user has put something whole there before.
   if (content != save_.oldBytes && content != save_.newBytes) content.clear();
   if (content.empty()) writeFile(places_.file(), content = "ABCD");
-  ChildProcess again({QUILLMOR_CLI, "transform", "invert", places_.file(), "--in-place"},
+  ChildProcess again({judgedCli(), "transform", "invert", places_.file(), "--in-place"},
                      environment(places_.state), places_.files);
   if (again.waitForExit() != 0) return false;
   for (char& byte : content) byte = static_cast<char>(~byte);

@@ -28,9 +28,9 @@ int flush(const char* name, int descriptor) {
 }
 
 /// Logs that a call may have changed the size of a file.
-void logNewSize(int descriptor, const WatchedFile& before) {
+void logNewSize(int descriptor, const WatchedFile& before, const std::string& path) {
   const WatchedFile after = fileOf(descriptor);
-  if (after.size != before.size) logSize(after.inode, after.size);
+  if (after.size != before.size) logSize(after.inode, path, after.size);
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ ssize_t write(int descriptor, const void* data, size_t count) {
   const std::int64_t offset = call.isLogged() ? positionOf(descriptor) : 0;
   const ssize_t written = real(descriptor, data, call.shortened(count));
   if (call.isLogged() && written > 0)
-    logData(fileOf(descriptor).inode, offset, data, static_cast<std::size_t>(written));
+    logData(fileOf(descriptor).inode, call.path(), offset, data, static_cast<std::size_t>(written));
   return written;
 }
 
@@ -54,7 +54,7 @@ ssize_t pwrite(int descriptor, const void* data, size_t count, off_t offset) {
   if (call.fails()) return -1;
   const ssize_t written = real(descriptor, data, call.shortened(count), offset);
   if (call.isLogged() && written > 0)
-    logData(fileOf(descriptor).inode, offset, data, static_cast<std::size_t>(written));
+    logData(fileOf(descriptor).inode, call.path(), offset, data, static_cast<std::size_t>(written));
   return written;
 }
 
@@ -71,7 +71,8 @@ ssize_t writev(int descriptor, const iovec* parts, int count) {
     const ssize_t written = nextFunction<ssize_t(int, const void*, size_t)>("write")(
         descriptor, data.data(), call.shortened(data.size()));
     if (call.isLogged() && written > 0)
-      logData(fileOf(descriptor).inode, offset, data.data(), static_cast<std::size_t>(written));
+      logData(fileOf(descriptor).inode, call.path(), offset, data.data(),
+              static_cast<std::size_t>(written));
     return written;
   }
   return real(descriptor, parts, count);
@@ -82,7 +83,7 @@ int ftruncate(int descriptor, off_t size) noexcept {
   const WatchedCall call("ftruncate", descriptor, Changes::something);
   if (call.fails()) return -1;
   const int result = real(descriptor, size);
-  if (call.isLogged() && result == 0) logSize(fileOf(descriptor).inode, size);
+  if (call.isLogged() && result == 0) logSize(fileOf(descriptor).inode, call.path(), size);
   return result;
 }
 
@@ -91,7 +92,7 @@ int truncate(const char* path, off_t size) noexcept {
   const WatchedCall call("truncate", AT_FDCWD, path, Changes::something);
   if (call.fails()) return -1;
   const int result = real(path, size);
-  if (call.isLogged() && result == 0) logSize(fileAt(call.path()).inode, size);
+  if (call.isLogged() && result == 0) logSize(fileAt(call.path()).inode, call.path(), size);
   return result;
 }
 
@@ -104,7 +105,7 @@ int fallocate(int descriptor, int mode, off_t offset, off_t length) {
   if (!call.isLogged() || result != 0) return result;
   if ((mode & ~FALLOC_FL_KEEP_SIZE) != 0)
     logEffect(EffectKind::notUnderstood, before.inode, "fallocate");
-  logNewSize(descriptor, before);
+  logNewSize(descriptor, before, call.path());
   return result;
 }
 
@@ -114,7 +115,7 @@ int posix_fallocate(int descriptor, off_t offset, off_t length) {
   if (call.fails()) return call.error();
   const WatchedFile before = call.isLogged() ? fileOf(descriptor) : WatchedFile{};
   const int result = real(descriptor, offset, length);
-  if (call.isLogged() && result == 0) logNewSize(descriptor, before);
+  if (call.isLogged() && result == 0) logNewSize(descriptor, before, call.path());
   return result;
 }
 

@@ -9,13 +9,13 @@ namespace quillmor::test {
 enum class EffectKind : std::uint32_t {
   create,         ///< a regular file: inode, path
   makeFolder,     ///< inode, path
-  write,          ///< inode, offset, data
-  setSize,        ///< inode, offset is the new size
+  write,          ///< inode, path, offset, data
+  setSize,        ///< inode, path, offset is the new size
   rename,         ///< inode, path to otherPath
   link,           ///< inode, path gets a second name, otherPath
   unlink,         ///< inode, path
   removeFolder,   ///< inode, path
-  synchronize,    ///< inode of a file or a folder
+  synchronize,    ///< inode and path of a file or a folder
   notUnderstood,  ///< an effect that the log cannot tell; path is the name of the call
 };
 

@@ -29,7 +29,7 @@ void logOpening(const WatchedFile& before, int descriptor, int flags, const std:
   } else if (!before.exists) {
     logEffect(EffectKind::create, now.inode, path);
   } else if ((flags & O_TRUNC) != 0) {
-    logSize(now.inode, 0);
+    logSize(now.inode, path, 0);
   }
 }
 

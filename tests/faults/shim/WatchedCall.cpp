@@ -211,13 +211,14 @@ void logEffect(EffectKind kind, std::uint64_t inode, const std::string& path,
   logEntry({.kind = kind, .inode = inode}, path, otherPath, nullptr);
 }
 
-void logSize(std::uint64_t inode, std::int64_t size) {
-  logEntry({.kind = EffectKind::setSize, .inode = inode, .offset = size}, {}, {}, nullptr);
+void logSize(std::uint64_t inode, const std::string& path, std::int64_t size) {
+  logEntry({.kind = EffectKind::setSize, .inode = inode, .offset = size}, path, {}, nullptr);
 }
 
-void logData(std::uint64_t inode, std::int64_t offset, const void* data, std::size_t length) {
-  logEntry({.kind = EffectKind::write, .inode = inode, .offset = offset, .dataLength = length}, {},
-           {}, data);
+void logData(std::uint64_t inode, const std::string& path, std::int64_t offset, const void* data,
+             std::size_t length) {
+  logEntry({.kind = EffectKind::write, .inode = inode, .offset = offset, .dataLength = length},
+           path, {}, data);
 }
 
 }  // namespace quillmor::test

@@ -76,7 +76,8 @@ std::int64_t positionOf(int descriptor);
 /// Appends to the log of effects.
 void logEffect(EffectKind kind, std::uint64_t inode, const std::string& path,
                const std::string& otherPath = {});
-void logSize(std::uint64_t inode, std::int64_t size);
-void logData(std::uint64_t inode, std::int64_t offset, const void* data, std::size_t length);
+void logSize(std::uint64_t inode, const std::string& path, std::int64_t size);
+void logData(std::uint64_t inode, const std::string& path, std::int64_t offset, const void* data,
+             std::size_t length);
 
 }  // namespace quillmor::test
