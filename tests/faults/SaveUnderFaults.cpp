@@ -40,8 +40,8 @@ std::string firstField(const std::string& line) {
 
 }  // namespace
 
-SaveUnderFaults::SaveUnderFaults(const SaveChoice& choice)
-    : save_(choice.make()), places_(placesBelow(scratch_.path())) {}
+SaveUnderFaults::SaveUnderFaults(Save save)
+    : save_(std::move(save)), places_(placesBelow(scratch_.path())) {}
 
 SaveUnderFaults::SaveUnderFaults(const SaveChoice& choice, Places places)
     : save_(choice.make()), places_(std::move(places)) {}
@@ -49,7 +49,7 @@ SaveUnderFaults::SaveUnderFaults(const SaveChoice& choice, Places places)
 void SaveUnderFaults::reset() const {
   makeEmptyFolder(places_.files);
   makeEmptyFolder(places_.state);
-  writeFile(places_.file(), save_.oldBytes);
+  if (save_.oldBytes) writeFile(places_.file(), *save_.oldBytes);
   if (!save_.patch.empty()) scratch_.write("patch.txt", save_.patch);
 }
 
@@ -71,11 +71,11 @@ void SaveUnderFaults::makeStrayFilesOld() const {
     fs::last_write_time(path, fs::last_write_time(path) - std::chrono::minutes(2));
 }
 
-ChildProcess::Environment SaveUnderFaults::environment(const std::string& state) const {
+ChildProcess::Environment SaveUnderFaults::environment(const Places& places) const {
   const char* const path = std::getenv("PATH");
   return {{"PATH", path != nullptr ? path : "/usr/bin:/bin"},
           {"HOME", scratch_.path().native()},
-          {"XDG_STATE_HOME", state}};
+          {"XDG_STATE_HOME", places.state}};
 }
 
 EndedRun SaveUnderFaults::run(const std::vector<std::string>& target, const Fault& fault,
@@ -88,10 +88,25 @@ EndedRun SaveUnderFaults::run(const std::vector<std::string>& target, const Faul
   if (!save_.patch.empty()) command.push_back((scratch_.path() / "patch.txt").native());
   command.insert(command.end(), target.begin(), target.end());
   std::filesystem::remove(effectLog());
-  const WatchedFolders watched{.folders = {places_.files, places_.state},
-                               .callList = (scratch_.path() / "calls").native(),
-                               .effectLog = effectLog()};
-  return runWithFault(command, environment(places_.state), watched, fault, places_.files);
+  return runWithFault(command, environment(places_), watched(places_), fault, places_.files);
+}
+
+WatchedFolders SaveUnderFaults::watched(const Places& places) const {
+  return {.folders = {places.files, places.state},
+          .callList = (scratch_.path() / "calls").native(),
+          .effectLog = effectLog()};
+}
+
+std::unique_ptr<ChildProcess> SaveUnderFaults::runPlainly(const std::vector<std::string>& arguments,
+                                                          const Places& places) const {
+  std::vector<std::string> command = {judgedCli()};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  // With the library all the same, which spares the waiting for the disk.
+  ChildProcess::Environment all = environment(places);
+  all.merge(faultEnvironment(watched(places), Fault::none()));
+  auto process = std::make_unique<ChildProcess>(command, all, places.files);
+  process->waitForExit();
+  return process;
 }
 
 EndedRun SaveUnderFaults::saveInPlace(const Fault& fault, std::vector<std::string> through) const {
@@ -104,9 +119,9 @@ EndedRun SaveUnderFaults::exportBeside(const Fault& fault) const {
 
 std::vector<std::string> SaveUnderFaults::recordsIn(const Places& places) const {
   std::vector<std::string> records;
-  ChildProcess list({judgedCli(), "recover", "--list"}, environment(places.state), places.files);
-  if (list.waitForExit() == 0) {
-    std::istringstream lines(list.output());
+  const auto list = runPlainly({"recover", "--list"}, places);
+  if (list->exitStatus() == 0) {
+    std::istringstream lines(list->output());
     for (std::string line; std::getline(lines, line);) records.push_back(firstField(line));
   }
   for (const auto& entry : fs::directory_iterator(places.files)) {
@@ -124,9 +139,8 @@ Outcome SaveUnderFaults::outcomeIn(const Places& places) const {
   const std::string output = (scratch_.path() / "recovered").native();
   for (const std::string& record : recordsIn(places)) {
     fs::remove(output);
-    ChildProcess recover({judgedCli(), "recover", record, "-o", output}, environment(places.state),
-                         places.files);
-    if (recover.waitForExit() == 0 && contentIfAny(output) == save_.newBytes)
+    if (runPlainly({"recover", record, "-o", output}, places)->exitStatus() == 0 &&
+        contentIfAny(output) == save_.newBytes)
       return Outcome::recovered;
   }
   return Outcome::lost;
@@ -150,9 +164,8 @@ bool SaveUnderFaults::savesAgain() const {
   // A user has put something whole there before.
   if (content != save_.oldBytes && content != save_.newBytes) content.clear();
   if (content.empty()) writeFile(places_.file(), content = "ABCD");
-  ChildProcess again({judgedCli(), "transform", "invert", places_.file(), "--in-place"},
-                     environment(places_.state), places_.files);
-  if (again.waitForExit() != 0) return false;
+  const auto again = runPlainly({"transform", "invert", places_.file(), "--in-place"}, places_);
+  if (again->exitStatus() != 0) return false;
   for (char& byte : content) byte = static_cast<char>(~byte);
   return contentIfAny(places_.file()) == content;
 }

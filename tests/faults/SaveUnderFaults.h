@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -11,9 +12,10 @@
 
 namespace quillmor::test {
 
-/// A change of one file by quillmor-cli.
+/// A change of one file, by quillmor-cli where there is a command.
 struct Save {
-  std::string oldBytes;
+  /// None where there was no file.
+  std::optional<std::string> oldBytes;
   std::string newBytes;
   /// The arguments before and behind the file.
   std::vector<std::string> command;
@@ -70,7 +72,8 @@ struct Places {
 class SaveUnderFaults {
  public:
   /// In two new folders.
-  explicit SaveUnderFaults(const SaveChoice& choice);
+  explicit SaveUnderFaults(Save save);
+  explicit SaveUnderFaults(const SaveChoice& choice) : SaveUnderFaults(choice.make()) {}
   SaveUnderFaults(const SaveChoice& choice, Places places);
 
   const Save& save() const { return save_; }
@@ -78,7 +81,7 @@ class SaveUnderFaults {
   /// For what is no part of a trial.
   const TemporaryFolder& scratch() const { return scratch_; }
 
-  /// Makes the file what it was and removes everything else.
+  /// Makes the file what it was, or removes it, and removes everything else.
   void reset() const;
 
   /// Runs the save in place, maybe through another command, like "prlimit".
@@ -113,8 +116,12 @@ class SaveUnderFaults {
  private:
   EndedRun run(const std::vector<std::string>& target, const Fault& fault,
                std::vector<std::string> through) const;
+  /// Runs the program at some places without a fault.
+  std::unique_ptr<ChildProcess> runPlainly(const std::vector<std::string>& arguments,
+                                           const Places& places) const;
   std::vector<std::string> recordsIn(const Places& places) const;
-  ChildProcess::Environment environment(const std::string& state) const;
+  WatchedFolders watched(const Places& places) const;
+  ChildProcess::Environment environment(const Places& places) const;
 
   Save save_;
   TemporaryFolder scratch_;
