@@ -84,6 +84,7 @@ class BlackBoxTest : public testing::Test {
   /// The rows that the active editor window shows.
   std::string shownRows() const;
   bool isRunning() { return program_->isRunning(); }
+  pid_t processId() const { return program_->id(); }
   const Desktop& desktop() const { return *desktop_; }
 
   TemporaryFolder folder;

@@ -1,0 +1,82 @@
+// Saves in the window under kills and failing calls.
+
+#include <cerrno>
+#include <cstring>
+
+#include "faults/window/WindowUnderFaults.h"
+
+namespace quillmor::test {
+namespace {
+
+class WindowSavingTest : public WindowUnderFaults {
+ protected:
+  /// The calls of a whole save that change something, in the short form only some of them.
+  std::vector<CountedCall> points() {
+    startAndChange(Fault::none());
+    save();
+    EXPECT_TRUE(isSaved());
+    EXPECT_EQ(trial().outcome(), Outcome::newBytes);
+    const auto all = calls();
+    takeAway();
+    const std::size_t every = triesEverything() ? 1 : 3;
+    std::vector<CountedCall> chosen;
+    std::size_t count = 0;
+    for (const CountedCall& call : all)
+      if (call.changes && count++ % every == 0) chosen.push_back(call);
+    return chosen;
+  }
+};
+
+TEST_P(WindowSavingTest, aKilledEditorLosesNothing) {
+  Score score("kill -9 at calls of a save in the window");
+  for (const CountedCall& call : points()) {
+    startAndChange(Fault::killBefore(call.number));
+    save();
+    // The file panel makes calls of its own, not always as many.
+    if (isRunning()) {
+      takeAway();
+      continue;
+    }
+    score.countPoint();
+    const std::string where = nameOf(GetParam()) + ", " + call.description();
+    if (trial().outcome() == Outcome::lost) score.countLost(where);
+    if (!trial().savesAgain()) score.countWrong("no second save after " + where);
+  }
+}
+
+TEST_P(WindowSavingTest, aCallThatFailsLosesNothing) {
+  Score score("calls of a save in the window fail once");
+  std::vector<int> errors = {ENOSPC};
+  if (triesEverything()) errors = {ENOSPC, EIO, EINTR};
+  for (const CountedCall& call : points()) {
+    for (const int error : errors) {
+      startAndChange(Fault::failure(call.number, error));
+      save();
+      score.countPoint();
+      const std::string where =
+          nameOf(GetParam()) + ", " + call.description() + ": " + std::strerror(error);
+      const Outcome outcome = trial().outcome();
+      if (outcome == Outcome::lost) score.countLost(where);
+      if (!isRunning() || (isSaved() && outcome != Outcome::newBytes)) score.countWrong(where);
+      // The document is still there, and so is the disk.
+      saveAgain();
+      if (!isSaved() || trial().outcome() != Outcome::newBytes)
+        score.countWrong("no second save after " + where);
+      const bool wasKeptFromRemoving = call.name.starts_with("unlink");
+      for (const std::string& path : trial().strayFiles())
+        if (!wasKeptFromRemoving) score.countLeftBehind(path + ": " + where);
+      takeAway();
+    }
+  }
+}
+
+std::vector<Way> ways() {
+  if (triesEverything()) return {Way::equal, Way::longer, Way::saveAsNew};
+  return {Way::longer};
+}
+
+INSTANTIATE_TEST_SUITE_P(, WindowSavingTest, testing::ValuesIn(ways()),
+                         [](const auto& test) { return nameOf(test.param); });
+
+}  // namespace
+}  // namespace quillmor::test
