@@ -6,9 +6,14 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "gui/RealApplication.h"
 
@@ -218,6 +223,32 @@ TEST_F(WindowMenusTest, theFieldOfAnEditablePopUpIsATextField) {
   popUp.setEditable(false);
   popUp.setFocus();
   EXPECT_FALSE(windows.focusedTextView({}).has_value());
+}
+
+TEST_F(WindowMenusTest, theHexViewHasAContextMenu) {
+  EditorWindow& window = open("first");
+  HexEditorView& view = window.editorView();
+  QContextMenuEvent wanted(QContextMenuEvent::Keyboard, QPoint(5, 5),
+                           view.viewport()->mapToGlobal(QPoint(5, 5)));
+  QApplication::sendEvent(view.viewport(), &wanted);
+  QPointer<QMenu> menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_TRUE(menu);
+  EXPECT_FALSE(menu->accessibleName().isEmpty());
+  std::vector<std::string> titles;
+  for (const QAction* item : menu->actions())
+    if (!item->isSeparator()) titles.push_back(item->text().toStdString());
+  EXPECT_THAT(titles, testing::IsSupersetOf({"Cut", "Copy", "Paste", "Select All", "Last Save"}));
+  const auto item = [&](const char* title) {
+    const auto actions = menu->actions();
+    return *std::ranges::find_if(actions,
+                                 [&](const QAction* action) { return action->text() == title; });
+  };
+  EXPECT_FALSE(item("Copy")->isEnabled()) << "nothing is selected";
+  item("Select All")->trigger();
+  EXPECT_EQ(window.controller().editor().selection().length, 5);
+  menu->close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_FALSE(menu);
 }
 
 }  // namespace

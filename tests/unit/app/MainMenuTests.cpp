@@ -192,6 +192,16 @@ TEST(MainMenu, repeatsTwoItemsWithTheSameAction) {
                                                        {"forwardExportDifferenceReport:", 2}}));
 }
 
+TEST(ContextMenu, holdsCommandsOfEditorsOnly) {
+  for (const MenuItem& item : contextMenu()) {
+    if (item.isSeparator()) continue;
+    EXPECT_TRUE(isForwarded(item.action)) << item.action;
+    EXPECT_EQ(findCommand(item.action)->title, item.title);
+  }
+  EXPECT_FALSE(contextMenu().front().isSeparator());
+  EXPECT_FALSE(contextMenu().back().isSeparator());
+}
+
 TEST(MainMenu, findsCommandsOfTheApplicationAndOfEditors) {
   ASSERT_NE(findCommand("requestQuit:"), nullptr);
   EXPECT_EQ(findCommand("requestQuit:")->title, "Quit Quillmor");

@@ -214,7 +214,8 @@ TEST_F(DocumentSavingGuard, asTouchesNoFileThatCouldNotBeRestored) {
 
 TEST_F(DocumentSavingGuard, asOverwritesAFileThatMayNotBeRead) {
   folder.write("chosen.bin", "what was chosen");
-  calls.fail(SystemCall::open, 1, EACCES);
+  // The first one looks whether it may be written.
+  calls.fail(SystemCall::open, 2, EACCES);
   const ScopedSystemCalls scope(calls);
   saveAs("chosen.bin");
   EXPECT_EQ(folder.read("chosen.bin"), "Jello");
@@ -260,7 +261,7 @@ TEST_F(DocumentSavingGuard, looksAtTheLimitOfFileSizesBeforeItTouchesTheFile) {
 TEST_F(DocumentSavingGuard, looksAtTheRightToWriteBeforeItAsksOrTouchesAnything) {
   renameIntoPlace("data.bin");
   const ScopedSystemCalls scope(calls);
-  calls.fail(SystemCall::access, 1, EROFS);
+  calls.fail(SystemCall::open, 1, EROFS);
   platform.alerts.expect("Save Failed", kCouldNotOpen);
   save();
   EXPECT_EQ(TemporaryFolder::read(file), "another program's");
