@@ -20,6 +20,8 @@ void fuzzPolaris(std::span<const std::uint8_t> input);
 void fuzzHexPatch(std::span<const std::uint8_t> input);
 void fuzzJSONPreset(std::span<const std::uint8_t> input);
 void fuzzBookmarkFile(std::span<const std::uint8_t> input);
+void fuzzRecord(std::span<const std::uint8_t> input);
+void fuzzJournal(std::span<const std::uint8_t> input);
 
 struct Target {
   std::string_view name;  ///< of its folder in corpus/
@@ -37,6 +39,8 @@ inline constexpr std::array kTargets{
     Target{"hex-patch", fuzzHexPatch},
     Target{"json-preset", fuzzJSONPreset},
     Target{"bookmark-file", fuzzBookmarkFile},
+    Target{"record", fuzzRecord},
+    Target{"journal", fuzzJournal},
 };
 
 }  // namespace quillmor::fuzz
