@@ -73,13 +73,7 @@ void RecoveryController::offerFor(const FileLocation& file) {
 /// Offers what belongs to `documents`, or everything when there are none.
 void RecoveryController::lookFor(std::vector<FileLocation> documents) {
   auto work = [store = records_, documents, progress = lookProgress_] {
-    RecoveryOffer offer = Recovery(store).offer(documents, progress.get());
-    const auto isOfOthers = [&](const RecoveryEntry& entry) {
-      return !documents.empty() &&
-             (!entry.file || std::ranges::find(documents, *entry.file) == documents.end());
-    };
-    std::erase_if(offer.entries, isOfOthers);
-    return offer;
+    return Recovery(store).offer(documents, progress.get());
   };
   // A document is open whether or not its records can be looked for.
   resultOf([&] {

@@ -29,6 +29,10 @@ bool isSaved(const RecoveryEntry& entry, const EntryContent& content, TaskProgre
          compareBeside(*entry.file, content.bytes.span(), progress).found == FileBeside::same;
 }
 
+bool belongsTo(const RecoveryEntry& entry, std::span<const FileLocation> documents) {
+  return entry.file && std::ranges::find(documents, *entry.file) != documents.end();
+}
+
 /// The journal as an entry of its own, when the record that it continues is damaged.
 RecoveryEntry orphanOf(const RecoveryEntry& entry) {
   RecoveryEntry orphan{.record = *entry.journal};
@@ -58,6 +62,7 @@ RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning c
   offer.refused = namesOf(groups.refused);
   for (const ListedRecord& record : groups.damaged) noteDamaged(record, cleaning, offer);
   for (RecoveryEntry& entry : groups.entries) {
+    if (!documents.empty() && !belongsTo(entry, documents)) continue;
     if (progress != nullptr) progress->checkpoint();
     examine(std::move(entry), cleaning, offer, progress);
   }

@@ -33,8 +33,8 @@ class Recovery {
   explicit Recovery(const RecordStore& store) : store_(store) {}
 
   /// What can be recovered, after cleaning up: records whose documents are in their files already
-  /// are removed, and damaged ones set aside. Looks beside `documents` too. Throws a POSIX error
-  /// when the records cannot be listed.
+  /// are removed, and damaged ones set aside. With `documents` only what belongs to these, beside
+  /// them too. Throws a POSIX error when the records cannot be listed.
   RecoveryOffer offer(std::span<const FileLocation> documents = {},
                       TaskProgress* progress = nullptr) const;
 

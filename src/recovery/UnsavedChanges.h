@@ -87,6 +87,7 @@ class UnsavedChanges : public EditRecorder {
   void beginSnapshot();
   void snapshotDidEnd(const Result<bool>& outcome);
   void keep();
+  void tellKept() noexcept;
   void wakeAt(Time due);
   void report(const Error& error) noexcept;
   template <class Step>

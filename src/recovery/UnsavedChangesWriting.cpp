@@ -65,8 +65,7 @@ void UnsavedChanges::snapshotDidEnd(const Result<bool>& outcome) {
                                  : isStopped ? Outcome::stopped
                                              : Outcome::failed);
   if (!isRecorded && !isStopped) report(outcome.error());
-  const auto kept = isRecorded ? std::exchange(kept_, nullptr) : nullptr;
-  if (kept) resultOf([&] { return kept(), Done(); });
+  if (isRecorded) tellKept();
   proceed();
 }
 
@@ -89,8 +88,13 @@ void UnsavedChanges::keep() {
   if (run_) run_->stop(std::chrono::milliseconds(0));
   const std::uint64_t generation = records_->generation();
   auto snapshot = records_->store().write(snapshotContent(), document_->storage()->bytes.span());
-  records_->install(std::move(snapshot), generation);
+  const bool isRecorded = records_->install(std::move(snapshot), generation);
   schedule_.forgetEdits();
+  if (isRecorded) tellKept();
+}
+
+void UnsavedChanges::tellKept() noexcept {
+  if (const auto kept = std::exchange(kept_, nullptr)) resultOf([&] { return kept(), Done(); });
 }
 
 void UnsavedChanges::wakeAt(Time due) {

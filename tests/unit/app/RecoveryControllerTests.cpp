@@ -58,6 +58,14 @@ class AppRecovery : public ApplicationFixture {
     platform.executor.runAll();
   }
 
+  /// The bytes in all records that there are.
+  std::vector<std::string> keptPayloads() const {
+    std::vector<std::string> payloads;
+    for (const ListedRecord& record : records.store.list())
+      payloads.push_back(textOf(records.store.read(record).payload.span()));
+    return payloads;
+  }
+
   /// Closes the window as the user does, who answers the question so.
   void close(const EditorUnderTest& editor, const std::string& name, const std::string& answer) {
     expectSaveQuestion(name, answer);
@@ -138,11 +146,12 @@ TEST_F(AppRecovery, theRecordGoesWhenTheDocumentIsSaved) {
 }
 
 TEST_F(AppRecovery, theRecordGoesWhenTheDocumentHasOneOfItsOwn) {
-  const std::string id = records.leaveUnsaved(file, "unsaved", {.caretOffset = 3});
+  const std::string id =
+      records.leaveUnsaved(file, "unsaved", {.caretOffset = 3, .selection = {3, 0}});
   start();
   recover({id});
   EXPECT_EQ(records.store.list().size(), 1U);
-  platform.executor.advance(std::chrono::seconds(30));
+  EXPECT_TRUE(editorAt(0)->unsavedChanges().keepNow());
   platform.executor.runAll();
   EXPECT_FALSE(records.exists(id));
   const auto kept = records.store.list();
@@ -175,13 +184,13 @@ TEST_F(AppRecovery, theRecordGoesWhenTheUserGivesTheChangesUp) {
   EXPECT_EQ(TemporaryFolder::read(file), "on disk");
 }
 
-TEST_F(AppRecovery, theRecordStaysWhenTheWindowGoesWithoutAnAnswer) {
+TEST_F(AppRecovery, theChangesStayWhenTheWindowGoesWithoutAnAnswer) {
   const std::string id = records.leaveUnsaved(file, "unsaved");
   start();
   recover({id});
   editorAt(0).window->closeWindow();
   platform.executor.runAll();
-  EXPECT_TRUE(records.exists(id));
+  EXPECT_THAT(keptPayloads(), ElementsAre("unsaved"));
 }
 
 TEST_F(AppRecovery, anAnswerThatWasFollowedByAnEditCountsNoMore) {
@@ -193,7 +202,7 @@ TEST_F(AppRecovery, anAnswerThatWasFollowedByAnEditCountsNoMore) {
   editorAt(0).editor().handleTextInput("4");
   editorAt(0).window->closeWindow();
   platform.executor.runAll();
-  EXPECT_TRUE(records.exists(id));
+  EXPECT_THAT(keptPayloads(), ElementsAre("Ensaved"));
 }
 
 TEST_F(AppRecovery, revertingARecoveredDocumentGivesItsChangesUp) {

@@ -233,6 +233,14 @@ TEST_F(RecoveryTest, aRecordBesideItsFileIsFoundWithTheFile) {
   EXPECT_THAT(offeredIDs(documents), IsEmpty());
 }
 
+TEST_F(RecoveryTest, otherDocumentsAreLeftOutWhereOneIsAskedFor) {
+  records.leaveUnsaved(folder.write("other", ""), "unsaved");
+  records.leaveUnsaved(std::nullopt, "unsaved");
+  const std::string id = records.leaveUnsaved(file, "unsaved");
+  EXPECT_THAT(offeredIDs(std::vector{file}), ElementsAre(id));
+  EXPECT_EQ(offeredIDs().size(), 3U);
+}
+
 TEST_F(RecoveryTest, discardingRemovesTheRecord) {
   const std::string id = records.leaveUnsaved(file, "unsaved");
   const RecoveryEntry entry = recovery.find(id);
