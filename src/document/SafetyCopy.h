@@ -18,7 +18,7 @@ namespace quillmor {
 /// What a document has besides its bytes, and what a recovered one gets back.
 struct EditorPlaces {
   std::int64_t caretOffset = 0;
-  HexSelection selection;
+  HexSelection selection = {};
   std::vector<std::int64_t> bookmarks = {};
 };
 

@@ -1,7 +1,9 @@
 #include "blackbox/BlackBoxTest.h"
 
+#include <signal.h>
+
 #include <algorithm>
-#include <csignal>
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
 
@@ -35,6 +37,7 @@ BlackBoxTest::BlackBoxTest()
 BlackBoxTest::~BlackBoxTest() {
   if (HasFailure()) std::fputs(outline().c_str(), stderr);
   program_.reset();
+  earlierPrograms_.clear();
   bus_.reset();
   QDBusConnection::disconnectFromBus(kBusName);
 }
@@ -48,6 +51,7 @@ void BlackBoxTest::startThrough(std::vector<std::string> command,
                                 std::size_t windowCount) {
   command.emplace_back(QUILLMOR_PROGRAM);
   command.insert(command.end(), arguments.begin(), arguments.end());
+  if (program_) earlierPrograms_.push_back(std::move(program_));
   program_ = std::make_unique<ChildProcess>(command, desktop_->environment());
   const bool isShown = waitUntil([&] {
     return !program_->isRunning() || (windows().size() >= windowCount && activeWindow());
@@ -105,11 +109,11 @@ std::string BlackBoxTest::status() const {
   return "";
 }
 
-std::string BlackBoxTest::notice() const {
+std::string BlackBoxTest::alertLine(const std::string& purpose) const {
   const auto window = activeWindow();
   if (!window) return "";
   for (const Accessible& alert : window->allWithRole("alert message")) {
-    if (alert.isVisible()) return alert.name();
+    if (alert.isVisible() && alert.description() == purpose) return alert.name();
   }
   return "";
 }
@@ -192,8 +196,21 @@ void BlackBoxTest::expectStatus(const std::string& expected) {
 }
 
 void BlackBoxTest::expectNotice(const std::string& expected) {
-  EXPECT_TRUE(waitUntil([&] { return notice() == expected; })) << "expected: " << expected << "\n"
-                                                               << outline();
+  EXPECT_TRUE(waitUntil([&] { return alertLine("Notice") == expected; }))
+      << "expected: " << expected << "\n"
+      << outline();
+}
+
+void BlackBoxTest::expectOutsideChange(const std::string& text) {
+  EXPECT_TRUE(waitUntil([&] { return alertLine("Change on disk") == text; }))
+      << "expected: " << text << "\n"
+      << outline();
+}
+
+void BlackBoxTest::expectNoOutsideChangeForAWhile() {
+  using namespace std::chrono_literals;
+  const auto end = std::chrono::steady_clock::now() + 1500ms;
+  while (std::chrono::steady_clock::now() < end) ASSERT_EQ(alertLine("Change on disk"), "");
 }
 
 void BlackBoxTest::expectTitle(const std::string& title) {
@@ -246,6 +263,11 @@ void BlackBoxTest::expectSaved(const FileLocation& file, const std::string& cont
       return window.name() == file.lastPathComponent();
     });
   })) << outline();
+}
+
+void BlackBoxTest::killProgram() {
+  ::kill(program_->id(), SIGKILL);
+  EXPECT_TRUE(program_->waitForExit());
 }
 
 void BlackBoxTest::expectQuitBy(const std::vector<std::string>& keys) {

@@ -35,7 +35,7 @@ class BlackBoxTest : public testing::Test {
   ~BlackBoxTest() override;
 
   /// Starts the editor and waits until it shows at least `windowCount` windows, one of them with
-  /// the keys.
+  /// the keys. An editor that was started before goes on; what follows is about the new one.
   void start(const std::vector<std::string>& arguments, std::size_t windowCount = 1);
   /// Starts the editor as the last argument of another command, like "prlimit".
   void startThrough(std::vector<std::string> command, const std::vector<std::string>& arguments,
@@ -62,6 +62,10 @@ class BlackBoxTest : public testing::Test {
   void expectStatus(const std::string& status);
   /// Waits for the notice in the status area of the active editor window; "" for none.
   void expectNotice(const std::string& notice);
+  /// Waits for the line about a change on disk in the active editor window; "" for none.
+  void expectOutsideChange(const std::string& text);
+  /// Looks for such a line for longer than one takes to come.
+  void expectNoOutsideChangeForAWhile();
   /// Waits for the title of the active window; "*" is the mark of unsaved changes.
   void expectTitle(const std::string& title);
   /// Waits for the titles of all windows, in any order.
@@ -74,6 +78,8 @@ class BlackBoxTest : public testing::Test {
   /// Waits until the file has this content and its window knows that it is saved: the bytes are in
   /// the file some time before the disk has them.
   void expectSaved(const FileLocation& file, const std::string& content);
+  /// Ends the program without its help.
+  void killProgram();
   /// Waits for the program's end.
   void expectQuit();
   /// Ends the program at once, as a crash would.
@@ -96,7 +102,7 @@ class BlackBoxTest : public testing::Test {
   std::optional<Accessible> dialog() const;
   std::optional<Accessible> hexView() const;
   std::string status() const;
-  std::string notice() const;
+  std::string alertLine(const std::string& purpose) const;
   void waitForFocus();
   ScreenPoint characterPlace(int row, int columnInLine) const;
   ScreenPoint placeOf(HexCell cell) const;
@@ -105,6 +111,7 @@ class BlackBoxTest : public testing::Test {
   std::unique_ptr<Desktop> desktop_;
   std::unique_ptr<QDBusConnection> bus_;
   std::unique_ptr<ChildProcess> program_;
+  std::vector<std::unique_ptr<ChildProcess>> earlierPrograms_;
 };
 
 /// The status line of an editor window.

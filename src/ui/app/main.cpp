@@ -68,7 +68,7 @@ int run(const CommandLine& line, GuardedApplication& application) {
     saveScreenshot(line, delegate, windows);
     return EXIT_SUCCESS;
   }
-  const TerminationSignals signals(
+  const TerminationSignals termination(
       {.endNow = [&delegate] { delegate.endSession(); },
        .review = [&delegate](auto completion) { delegate.reviewForSessionEnd(completion); },
        .keep = [&delegate] { delegate.keepUnsavedChanges(); }});

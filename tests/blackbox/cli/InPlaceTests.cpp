@@ -1,11 +1,14 @@
 // What --in-place does to the file itself.
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 
 #include "blackbox/cli/ChangeTest.h"
+#include "recovery/RecordNames.h"
 
 namespace quillmor::test {
 namespace {
@@ -102,6 +105,39 @@ TEST_F(CliInPlaceTest, nothingIsSavedWithoutASafetyCopy) {
             "saved. (File too large)\n");
   EXPECT_EQ(folder.read("big.bin"), std::string(3000, '\0'));
   EXPECT_THAT(names(), testing::ElementsAre("big.bin", "in.bin"));
+}
+
+/// The lock by which a running editor says that it has a file open, in a home of the test's own.
+class CliOpenFileTest : public CliInPlaceTest {
+ protected:
+  CliOpenFileTest() {
+    const fs::path directory = folder.path() / "home/.local/state/quillmor/recovery";
+    fs::create_directories(directory);
+    fs::permissions(directory, fs::perms::owner_all);
+    lockPath = directory / (pathHash((folder.path() / "in.bin").native()) + ".lock");
+  }
+
+  CliRun invertInPlace() const {
+    return runShell(
+        "unset XDG_STATE_HOME; HOME=$PWD/home \"$CLI\" transform invert in.bin --in-place");
+  }
+
+  fs::path lockPath;
+};
+
+TEST_F(CliOpenFileTest, aFileThatIsOpenInAnEditorIsRefused) {
+  const int descriptor = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(::flock(descriptor, LOCK_EX | LOCK_NB), 0);
+  const FileState before = stateOf("in.bin");
+  const CliRun ended = invertInPlace();
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_EQ(ended.output, "");
+  EXPECT_EQ(ended.errors, "quillmor-cli: This file is open in another Quillmor.\n");
+  EXPECT_TRUE(stateOf("in.bin") == before);
+  ::close(descriptor);
+  EXPECT_EQ(invertInPlace().status, 0);
+  EXPECT_EQ(folder.read("in.bin"), "\xBE\xBD\xBC\xBB");
+  EXPECT_FALSE(fs::exists(lockPath));
 }
 
 }  // namespace

@@ -125,7 +125,9 @@ TEST_F(DocumentLockTest, isTakenByASaveOnceTheOtherProcessHasEnded) {
 }
 
 TEST_F(DocumentLockTest, isNotAskedForAgainWhileItIsHeld) {
-  auto editor = openEdited(file);
+  auto editor = openEditor(file);
+  EXPECT_FALSE(editor->context().documentLock().mayBeOpenElsewhere(file));
+  EXPECT_TRUE(editor->context().documentLock().mayBeOpenElsewhere(folder.location("copy.bin")));
   editor->perform("forwardSaveDocument:");
   platform.executor.runOneWork();
   platform.executor.runPosted();

@@ -127,9 +127,10 @@ class WindowClosedDuringPanels : public WindowFixture {
     made.window = std::make_shared<FakeEditorWindow>();
     made.document->makeWindowControllers([&](HexDocument&) {
       const PlatformServices scripted = platform.services();
-      const PlatformServices services{scripted.alerts,   panels,          scripted.pasteboard,
-                                      scripted.defaults, scripted.beeper, scripted.workspace,
-                                      scripted.executor};
+      const PlatformServices services{scripted.alerts,     panels,
+                                      scripted.pasteboard, scripted.defaults,
+                                      scripted.beeper,     scripted.workspace,
+                                      scripted.executor,   scripted.fileWatcher};
       made.controller = std::make_shared<HexWindowController>(
           made.document, EditorEnvironment{services, documents, saver});
       return made.controller;

@@ -86,7 +86,8 @@ class WindowQuestionGuards : public WindowFixture {
                                     scripted.defaults,
                                     scripted.beeper,
                                     scripted.workspace,
-                                    scripted.executor};
+                                    scripted.executor,
+                                    scripted.fileWatcher};
     made.document->makeWindowControllers([&](HexDocument&) {
       made.controller = std::make_shared<HexWindowController>(
           made.document, EditorEnvironment{services, documents, saver});
