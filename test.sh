@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the tests. `./test.sh` runs all tests on the developer
 # build; `./test.sh all` adds the same under the address and undefined-behaviour sanitizers, and the
-# core under the thread sanitizer. `./test.sh dev` (or asan, tsan, or several) runs those builds only.
+# core under the thread sanitizer, and tries all faults of a save instead of some. `./test.sh dev`
+# (or asan, tsan, or several) runs those builds only.
 # `./test.sh bare` runs both commands of the README on a bare Debian made for it, which needs root.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -9,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 presets=("$@")
 case ${1:-dev} in
 bare) exec packaging/bare-machine.sh "${@:2}" ;;
-all) presets=(dev asan tsan) ;;
+all) presets=(dev asan tsan) && export QUILLMOR_FAULTS=all ;;
 dev | asan | tsan) presets=("${@:-dev}") ;;
 *) echo "usage: $0 [all | bare [all] | dev | asan | tsan]" >&2 && exit 2 ;;
 esac
