@@ -96,6 +96,8 @@ void WindowUnderFaults::saveAgain() {
   for (int i = 0; i < 3 && desktop().activeWindowTitle() == kAlertTitle; ++i) {
     press({"Return"});
     expectNoAlert();
+    // The window manager may need a moment more.
+    waitUntil([this] { return desktop().activeWindowTitle() != kAlertTitle; });
   }
   save();
 }
