@@ -16,12 +16,12 @@ constexpr const char* kExplanation =
 
 class KilledProgramTest : public BlackBoxTest {
  protected:
-  /// Opens the file, overwrites its first byte with "z", and kills the program once it has kept
-  /// that.
+  /// Opens the file, makes its first byte a "q" with one key, and kills the program once it has
+  /// kept that.
   void editAndKill() {
     start({file.path()});
     expectStatus(Status{.size = 4});
-    type("7a");
+    type("7");
     expectTitle("data.bin*");
     EXPECT_TRUE(waitUntil([this] { return hasRecords(); }));
     killProgram();
@@ -53,7 +53,7 @@ TEST_F(KilledProgramTest, theEditsComeBackWithReturnInTheList) {
   expectTitle("data.bin*");
   EXPECT_EQ(TemporaryFolder::read(file), "ABCD");
   press({"ctrl+s"});
-  expectSaved(file, "zBCD");
+  expectSaved(file, "qBCD");
   expectQuitBy({"ctrl+q"});
   EXPECT_FALSE(hasRecords());
 }

@@ -40,7 +40,7 @@ TEST_P(FailingWindowTest, aFailedCallLosesNothing) {
       score.countPoint();
       const std::string where =
           nameOf(GetParam()) + ", " + call.description() + ": " + std::strerror(error);
-      const Outcome outcome = trial().outcome();
+      const Outcome outcome = outcomeWithoutEditor();
       if (outcome == Outcome::lost) score.countLost(where);
       if (!isRunning() || (isSaved() && outcome != Outcome::newBytes)) score.countWrong(where);
       // The document is still there, and so is the disk.

@@ -96,8 +96,24 @@ void WindowUnderFaults::saveAgain() {
   for (int i = 0; i < 3 && desktop().activeWindowTitle() == kAlertTitle; ++i) {
     press({"Return"});
     expectNoAlert();
+    // The window manager may need a moment more.
+    waitUntil([this] { return desktop().activeWindowTitle() != kAlertTitle; });
   }
   save();
+}
+
+Outcome WindowUnderFaults::outcomeWithoutEditor() const {
+  namespace fs = std::filesystem;
+  const Places copy{.files = (folder.path() / "copied-files").native(),
+                    .state = (folder.path() / "copied-state").native()};
+  fs::remove_all(copy.files);
+  fs::remove_all(copy.state);
+  fs::copy(trial_.places().files, copy.files, fs::copy_options::recursive);
+  fs::copy(trial_.places().state, copy.state, fs::copy_options::recursive);
+  // The copy gets no permissions of folders along.
+  for (const auto& entry : fs::recursive_directory_iterator(copy.state))
+    if (entry.is_directory()) fs::permissions(entry.path(), fs::perms::owner_all);
+  return trial_.outcomeIn(copy);
 }
 
 void WindowUnderFaults::takeAway() {

@@ -39,7 +39,9 @@ class WindowUnderFaults : public BlackBoxTest, public testing::WithParamInterfac
 
   /// The calls of the last save that count.
   std::vector<CountedCall> calls() const { return readCalls(watched_.callList); }
-  /// What can be had of the file.
+  /// What can be had of a copy of the disk, as if the editor were gone: its own records are nobody
+  /// else's while it lives.
+  Outcome outcomeWithoutEditor() const;
   const SaveUnderFaults& trial() const { return trial_; }
 
  private:
