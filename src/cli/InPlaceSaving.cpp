@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/VisibleText.h"
 #include "document/FileSave.h"
 #include "platform/RunInBackground.h"
 #include "recovery/ReadBack.h"
@@ -49,8 +50,9 @@ void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
   if (SecureFileAccess::isChangedDestination(saved.error())) throw changedFileError();
   if (fileSave.lacksSafetyCopy()) throw noSafetyCopyError(saved.error());
   if (const auto copy = fileSave.takeSafetyCopy())
-    throw saved.error().withMessage(saved.error().message() + " The new bytes are kept as " +
-                                    copy->name() + "; see \"quillmor-cli recover --list\".");
+    throw saved.error().withMessage(saved.error().message() +
+                                    " The new bytes are kept: \"quillmor-cli recover " +
+                                    visibleText(copy->name()) + " -o OUT\" writes them.");
   throw saved.error();
 }
 

@@ -93,6 +93,10 @@ int SystemCalls::rename(const char* from, const char* to) {
   return ::rename(from, to);
 }
 
+int SystemCalls::renameat(int fromDirectory, const char* from, int toDirectory, const char* to) {
+  return ::renameat(fromDirectory, from, toDirectory, to);
+}
+
 int SystemCalls::renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
                            unsigned flags) {
   return ::renameat2(fromDirectory, from, toDirectory, to, flags);

@@ -49,6 +49,7 @@ class SystemCalls {
   virtual int fsync(int descriptor);
 
   virtual int rename(const char* from, const char* to);
+  virtual int renameat(int fromDirectory, const char* from, int toDirectory, const char* to);
   virtual int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
                         unsigned flags);
   virtual int link(const char* from, const char* to);

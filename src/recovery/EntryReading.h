@@ -13,8 +13,8 @@ struct EntryContent {
   RecordTime time;
 };
 
-/// Reads the records of an entry and replays its journal. Throws the entry's `problem`, 2801 and
-/// 2802 for damaged and newer records, 2803, 2804, 2810 to 2812, and POSIX errors. Any thread.
+/// Reads the records of an entry and replays its journal. Throws the entry's `problem`, 3101 and
+/// 3102 for damaged and newer records, 3103, 3104, 2810 to 2812, and POSIX errors. Any thread.
 EntryContent readEntry(const RecordStore& store, const RecoveryEntry& entry,
                        TaskProgress* progress);
 

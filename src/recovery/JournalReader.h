@@ -25,7 +25,7 @@ struct ReplayedJournal {
 
 /// Applies the edits of a journal to the bytes that it begins with. `file` is the journal's whole
 /// file, header included, and is not trusted: an entry that does not fit the document or the chain
-/// of checks ends the replay. Throws codes 2801 and 2802 for the header. Any thread.
+/// of checks ends the replay. Throws codes 3101 and 3102 for the header. Any thread.
 ReplayedJournal replayJournal(std::span<const std::uint8_t> file, ByteBuffer base,
                               std::vector<std::int64_t> bookmarks);
 

@@ -110,8 +110,8 @@ std::vector<std::string> RecordDirectory::names() const {
 
 void RecordDirectory::rename(const std::string& from, const std::string& to) const {
   const int renamed = retryingInterrupted([&] {
-    return SystemCalls::current().renameat2(descriptor_.get(), from.c_str(), descriptor_.get(),
-                                            to.c_str(), 0);
+    return SystemCalls::current().renameat(descriptor_.get(), from.c_str(), descriptor_.get(),
+                                           to.c_str());
   });
   if (renamed != 0) throw lastSystemError();
   synchronize();

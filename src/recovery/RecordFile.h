@@ -16,8 +16,8 @@ namespace quillmor {
 /// is all that is known of its content. One thread at a time.
 class RecordFile {
  public:
-  /// Throws code 2803 for anything but a regular file of the effective user, with one link, closed
-  /// to others; 2804 when there is none; POSIX errors.
+  /// Throws code 3103 for anything but a regular file of the effective user, with one link, closed
+  /// to others; 3104 when there is none; POSIX errors.
   static RecordFile open(const RecordDirectory& directory, const std::string& name);
 
   std::int64_t byteCount() const { return byteCount_; }
@@ -27,11 +27,11 @@ class RecordFile {
   /// True if the process that wrote it still lives.
   bool isHeld() const;
 
-  /// Fills `room` with the bytes from `offset` on. Throws code 2801 when the file ends before, else
+  /// Fills `room` with the bytes from `offset` on. Throws code 3101 when the file ends before, else
   /// POSIX errors and `Error::stopped()`.
   void read(std::int64_t offset, std::span<std::uint8_t> room, TaskProgress* progress) const;
 
-  /// The header, if the file has the size that it says. Throws codes 2801 and 2802, EFBIG for a
+  /// The header, if the file has the size that it says. Throws codes 3101 and 3102, EFBIG for a
   /// payload larger than a document can be, and other POSIX errors.
   RecordHeader header() const;
 

@@ -13,8 +13,8 @@ namespace quillmor {
 
 namespace {
 
-constexpr int kDamagedCode = 2801;
-constexpr int kNewerCode = 2802;
+constexpr int kDamagedCode = 3101;
+constexpr int kNewerCode = 3102;
 constexpr std::string_view kMagic = "QUILLREC";
 
 // Where the fields stand.

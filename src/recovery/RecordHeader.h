@@ -76,7 +76,7 @@ struct RecordHeader {
   std::array<std::uint8_t, kByteCount> encoded() const;
 
   /// Reads a header from the first `kByteCount` bytes of a file, which are not trusted. Throws code
-  /// 2801 when they are no header, damaged, or hold values that no header has, and code 2802 for a
+  /// 3101 when they are no header, damaged, or hold values that no header has, and code 3102 for a
   /// header of a newer version.
   static RecordHeader decoded(std::span<const std::uint8_t> bytes);
 };
@@ -84,9 +84,9 @@ struct RecordHeader {
 /// True if this is the ID of a record: 16 lowercase hexadecimal digits, "-" and a UUID.
 bool isRecordID(std::string_view text);
 
-/// Code 2801: not a record, or a damaged one.
+/// Code 3101: not a record, or a damaged one.
 Error damagedRecordError();
-/// Code 2802: a record that a newer version has written.
+/// Code 3102: a record that a newer version has written.
 Error newerRecordError();
 bool isDamagedRecord(const Error& error);
 bool isNewerRecord(const Error& error);

@@ -19,9 +19,9 @@ namespace quillmor {
 
 namespace {
 
-constexpr int kUntrustedCode = 2803;
-constexpr int kMissingCode = 2804;
-constexpr int kRunningCode = 2805;
+constexpr int kUntrustedCode = 3103;
+constexpr int kMissingCode = 3104;
+constexpr int kRunningCode = 3105;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
 
@@ -115,6 +115,18 @@ std::vector<ListedRecord> RecordStore::list(std::span<const FileLocation> docume
   std::sort(records.begin(), records.end(),
             [](const ListedRecord& a, const ListedRecord& b) { return a.id < b.id; });
   return records;
+}
+
+ListedRecord RecordStore::at(const FileLocation& location) const {
+  const auto directory = RecordDirectory::openShared(location.directory());
+  const std::string name = location.lastPathComponent();
+  ListedRecord record = listed(*directory, name, {});
+  const std::string path = record.header ? record.header->path : std::string();
+  auto id = recordIDOfName(name);
+  if (!id) id = recordIDBeside(name, path);
+  if (!id) throw record.error.value_or(missingRecordError());
+  record.id = *std::move(id);
+  return record;
 }
 
 void RecordStore::discard(const ListedRecord& record) const {

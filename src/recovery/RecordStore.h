@@ -38,6 +38,8 @@ class HeldRecord {
   HeldRecord& operator=(const HeldRecord&) = delete;
 
   const std::string& id() const { return id_; }
+  /// What leads to the record later: the ID, or the path of one that lies beside its document.
+  std::string name() const { return directory_->isPrivate() ? id_ : location().path(); }
   FileLocation location() const;
   /// Bytes on the disk.
   std::int64_t byteCount() const { return byteCount_; }
@@ -111,9 +113,13 @@ class RecordStore {
   /// directory cannot be read; one of a document that cannot be read counts as empty.
   std::vector<ListedRecord> list(std::span<const FileLocation> documents = {}) const;
 
+  /// The record in this file, wherever it lies. Throws 3104 when that is no file of a record, and
+  /// POSIX errors.
+  ListedRecord at(const FileLocation& location) const;
+
   /// Reads a record whole and checks it: a regular file of this user with mode 0600 and one link,
   /// of the size that its header says, with a payload that has the digest, and bookmarks within it.
-  /// Throws codes 2801, 2802, 2803 (of another user, or open to others), 2804 (no such record) and
+  /// Throws codes 3101, 3102, 3103 (of another user, or open to others), 3104 (no such record) and
   /// POSIX errors. Takes no memory for what a header only claims.
   ReadRecord read(const ListedRecord& record, TaskProgress* progress = nullptr) const;
 
@@ -121,8 +127,8 @@ class RecordStore {
   /// digest.
   ByteBuffer readJournal(const ListedRecord& record) const;
 
-  /// Removes a record that no process holds. Throws 2805 ("This record belongs to a running
-  /// Quillmor."), 2804 and POSIX errors.
+  /// Removes a record that no process holds. Throws 3105 ("This record belongs to a running
+  /// Quillmor."), 3104 and POSIX errors.
   void discard(const ListedRecord& record) const;
 
   /// Renames a damaged record so that it is kept and not looked at again. Ignores failures.
@@ -135,11 +141,11 @@ class RecordStore {
   FileLocation directory_;
 };
 
-/// Code 2803.
+/// Code 3103.
 Error untrustedRecordError();
-/// Code 2804.
+/// Code 3104.
 Error missingRecordError();
-/// Code 2805.
+/// Code 3105.
 Error runningRecordError();
 
 }  // namespace quillmor

@@ -5,13 +5,14 @@
 
 #include "platform/RunInBackground.h"
 #include "recovery/EntryReading.h"
+#include "recovery/RecordNames.h"
 
 namespace quillmor {
 
 namespace {
 
-constexpr int kUntrustedCode = 2803;
-constexpr int kMissingCode = 2804;
+constexpr int kUntrustedCode = 3103;
+constexpr int kMissingCode = 3104;
 
 bool hasCode(const Error& error, int code) {
   return error.domain() == ErrorDomain::quillmor && error.code() == code;
@@ -124,7 +125,15 @@ void Recovery::noteDamaged(const ListedRecord& record, Cleaning cleaning,
 }
 
 RecoveryEntry Recovery::find(std::string_view id) const {
-  std::vector<ListedRecord> records = store_.list();
+  std::vector<ListedRecord> records;
+  std::string fileID;
+  if (id.ends_with(kRecordSuffix)) {
+    records.push_back(store_.at(FileLocation::fromPath(id)));
+    fileID = records.front().id;
+    id = fileID;
+  } else {
+    records = store_.list();
+  }
   const auto record = std::ranges::find(records, id, &ListedRecord::id);
   if (record == records.end()) throw missingRecordError();
   if (record->belongsToRunningProcess) throw runningRecordError();

@@ -41,8 +41,9 @@ class Recovery {
   /// All there is, and everything stays as it is.
   RecoveryOffer list(TaskProgress* progress = nullptr) const;
 
-  /// The entry with this ID. Throws 2804 when there is none, 2805 for a record of a running
-  /// process, and the record's error when it has no header.
+  /// The entry with this ID, or in the file with this path, which ends with ".qrec". Throws 3104
+  /// when there is none, 3105 for a record of a running process, and the record's error when it has
+  /// no header.
   RecoveryEntry find(std::string_view id) const;
 
   /// The document of an entry. Throws its `problem` and what `RecordStore::read`, `replayJournal`

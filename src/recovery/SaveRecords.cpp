@@ -10,7 +10,7 @@ class SaveRecord : public SafetyCopy {
  public:
   explicit SaveRecord(std::unique_ptr<HeldRecord> record) : record_(std::move(record)) {}
 
-  std::string name() const override { return record_->id(); }
+  std::string name() const override { return record_->name(); }
   std::string sha256() const override { return lowercaseHex(record_->payloadDigest()); }
   FileLocation location() const override { return record_->location(); }
   std::int64_t byteCount() const override { return record_->byteCount(); }

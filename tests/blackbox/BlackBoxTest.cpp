@@ -265,11 +265,6 @@ void BlackBoxTest::expectSaved(const FileLocation& file, const std::string& cont
   })) << outline();
 }
 
-void BlackBoxTest::killProgram() {
-  ::kill(program_->id(), SIGKILL);
-  EXPECT_TRUE(program_->waitForExit());
-}
-
 void BlackBoxTest::expectQuitBy(const std::vector<std::string>& keys) {
   press(keys);
   expectQuit();

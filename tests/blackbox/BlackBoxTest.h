@@ -78,8 +78,6 @@ class BlackBoxTest : public testing::Test {
   /// Waits until the file has this content and its window knows that it is saved: the bytes are in
   /// the file some time before the disk has them.
   void expectSaved(const FileLocation& file, const std::string& content);
-  /// Ends the program without its help.
-  void killProgram();
   /// Waits for the program's end.
   void expectQuit();
   /// Ends the program at once, as a crash would.

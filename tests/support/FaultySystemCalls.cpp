@@ -158,6 +158,12 @@ int FaultySystemCalls::rename(const char* from, const char* to) {
   return admits(SystemCall::rename) ? SystemCalls::rename(from, to) : -1;
 }
 
+int FaultySystemCalls::renameat(int fromDirectory, const char* from, int toDirectory,
+                                const char* to) {
+  if (!admits(SystemCall::renameat)) return -1;
+  return SystemCalls::renameat(fromDirectory, from, toDirectory, to);
+}
+
 int FaultySystemCalls::renameat2(int fromDirectory, const char* from, int toDirectory,
                                  const char* to, unsigned flags) {
   if (!admits(SystemCall::renameat2)) return -1;

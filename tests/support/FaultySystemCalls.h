@@ -31,6 +31,7 @@ enum class SystemCall {
   fchmod,
   fsync,
   rename,
+  renameat,
   renameat2,
   link,
   unlink,
@@ -110,6 +111,7 @@ class FaultySystemCalls final : public SystemCalls {
   int fchmod(int descriptor, mode_t mode) override;
   int fsync(int descriptor) override;
   int rename(const char* from, const char* to) override;
+  int renameat(int fromDirectory, const char* from, int toDirectory, const char* to) override;
   int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
                 unsigned flags) override;
   int link(const char* from, const char* to) override;

@@ -44,7 +44,7 @@ class InPlaceSavingTest : public test::FileAccessTest {
 constexpr const char* kChanged = "The file has been changed by another program. Nothing was saved.";
 constexpr const char* kCouldNotWrite = "Could not write the document data.";
 constexpr const char* kKept =
-    " The new bytes are kept as COPY; see \"quillmor-cli recover --list\".";
+    " The new bytes are kept: \"quillmor-cli recover COPY -o OUT\" writes them.";
 
 TEST_F(InPlaceSavingTest, theChangedBytesBecomeTheFile) {
   save();

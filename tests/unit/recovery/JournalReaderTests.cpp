@@ -93,15 +93,15 @@ TEST(JournalReader, keepsCaretAndSelectionOfTheHeaderWithinTheBase) {
 TEST(JournalReader, refusesWhatIsNoJournal) {
   Bytes file = Journal().file;
   file[100] ^= 1;
-  EXPECT_THAT([&] { replayJournal(file, {}, {}); }, test::failsWith(2801, kDamaged));
-  EXPECT_THAT([] { replayJournal({}, {}, {}); }, test::failsWith(2801, kDamaged));
+  EXPECT_THAT([&] { replayJournal(file, {}, {}); }, test::failsWith(3101, kDamaged));
+  EXPECT_THAT([] { replayJournal({}, {}, {}); }, test::failsWith(3101, kDamaged));
   EXPECT_THAT([] { replayJournal(Journal(RecordKind::unsavedChanges).file, {}, {}); },
-              test::failsWith(2801, kDamaged));
+              test::failsWith(3101, kDamaged));
   file = Journal().file;
   file[8] = 2;
   EXPECT_THAT(
       [&] { replayJournal(file, {}, {}); },
-      test::failsWith(2802, "The recovery record was written by a newer version of Quillmor."));
+      test::failsWith(3102, "The recovery record was written by a newer version of Quillmor."));
 }
 
 TEST(JournalReader, endsBeforeAnEntryThatDoesNotFitTheDocument) {

@@ -72,15 +72,15 @@ TEST(RecordHeader, isNotBelievedWhenAnyBitIsWrong) {
 TEST(RecordHeader, isNotReadFromTooFewBytes) {
   const auto bytes = fullHeader().encoded();
   EXPECT_THAT([&] { RecordHeader::decoded(std::span(bytes).first(bytes.size() - 1)); },
-              failsWith(2801, kDamaged));
-  EXPECT_THAT([&] { RecordHeader::decoded({}); }, failsWith(2801, kDamaged));
+              failsWith(3101, kDamaged));
+  EXPECT_THAT([&] { RecordHeader::decoded({}); }, failsWith(3101, kDamaged));
 }
 
 TEST(RecordHeader, ofANewerVersionIsLeftAlone) {
   auto bytes = fullHeader().encoded();
   putLittleEndian<std::uint32_t>(bytes, 8, RecordHeader::kVersion + 1);
   EXPECT_THAT([&] { RecordHeader::decoded(bytes); },
-              failsWith(2802, "The recovery record was written by a newer version of Quillmor."));
+              failsWith(3102, "The recovery record was written by a newer version of Quillmor."));
 }
 
 /// The header with one field changed by somebody who can compute the check.
@@ -93,7 +93,7 @@ RecordHeader decodedWith(std::size_t at, std::uint64_t value, std::size_t byteCo
 }
 
 TEST(RecordHeader, withImpossibleValuesIsRefusedThoughItsCheckIsRight) {
-  const auto refused = failsWith(2801, kDamaged);
+  const auto refused = failsWith(3101, kDamaged);
   const std::uint64_t negative = 0x8000000000000000;
   EXPECT_THAT([&] { decodedWith(8, 0, 4); }, refused);   // version 0
   EXPECT_THAT([&] { decodedWith(12, 0, 4); }, refused);  // kind

@@ -94,7 +94,7 @@ TEST_F(RecordStoreTest, knowsRecordsOfLivingProcesses) {
   auto held = write();
   EXPECT_TRUE(onlyRecord().belongsToRunningProcess);
   EXPECT_THAT([&] { store.discard(onlyRecord()); },
-              failsWith(2805, "This record belongs to a running Quillmor."));
+              failsWith(3105, "This record belongs to a running Quillmor."));
   held.reset();
   EXPECT_FALSE(onlyRecord().belongsToRunningProcess);
   store.discard(onlyRecord());
@@ -103,7 +103,7 @@ TEST_F(RecordStoreTest, knowsRecordsOfLivingProcesses) {
 
 TEST_F(RecordStoreTest, namesARecordOnlyWhenItIsDurable) {
   std::vector<std::string> namesBefore;
-  calls.before(SystemCall::renameat2, 1, [&] {
+  calls.before(SystemCall::renameat, 1, [&] {
     namesBefore = recordNames();
     // Header, payload and bookmarks have been written, and flushed once.
     EXPECT_EQ(calls.count(SystemCall::fsync), 4);  // three new directories, and the file
@@ -171,6 +171,19 @@ TEST_F(RecordStoreTest, goesBesideTheDocumentWhereItsDirectoryCannotBeUsed) {
   }
 }
 
+TEST_F(RecordStoreTest, findsARecordByTheNameOfItsFile) {
+  EXPECT_EQ(store.at(write()->location()).id, onlyRecord().id);
+  const auto held = write();
+  EXPECT_EQ(held->name(), held->id());
+  calls.fail(SystemCall::openat, calls.count(SystemCall::openat) + 1, ENOSPC);
+  const auto beside = write();
+  EXPECT_EQ(beside->name(), beside->location().path());
+  EXPECT_EQ(store.at(beside->location()).id, beside->id());
+  EXPECT_THAT([&] { store.at(document); }, failsWith(3103, untrustedRecordError().message()));
+  EXPECT_THAT([&] { store.at(folder.location("none.qrec")); },
+              failsWith(3104, "There is no such recovery record."));
+}
+
 TEST_F(RecordStoreTest, tellsTheFirstReasonWhenThereIsNoPlaceAtAll) {
   calls.fail(SystemCall::openat, 1, EDQUOT);
   calls.fail(SystemCall::openat, 2, EROFS);
@@ -226,7 +239,7 @@ TEST_F(RecordStoreTest, refusesALinkInPlaceOfItsDirectory) {
 }
 
 TEST_F(RecordStoreTest, believesNoRecordThatOthersCanHaveMade) {
-  const auto refused = failsWith(2803,
+  const auto refused = failsWith(3103,
                                  "The recovery record belongs to another user or is open to "
                                  "others.");
   const std::string id = write()->id();
@@ -239,7 +252,7 @@ TEST_F(RecordStoreTest, believesNoRecordThatOthersCanHaveMade) {
   fs::create_hard_link(path, folder.path() / "second");
   EXPECT_THAT([&] { store.read(record); }, refused);
   fs::remove(path);
-  EXPECT_THAT([&] { store.read(record); }, failsWith(2804, "There is no such recovery record."));
+  EXPECT_THAT([&] { store.read(record); }, failsWith(3104, "There is no such recovery record."));
   fs::create_symlink(folder.path() / "second", path);
   EXPECT_THAT([&] { store.read(record); }, refused);
   fs::remove(path);
@@ -253,7 +266,7 @@ TEST_F(RecordStoreTest, believesNoRecordOfAnotherUser) {
   ASSERT_EQ(::chown((directory() / (id + ".qrec")).c_str(), 12345, static_cast<gid_t>(-1)), 0);
   EXPECT_FALSE(onlyRecord().header);
   ASSERT_TRUE(onlyRecord().error);
-  EXPECT_EQ(onlyRecord().error->code(), 2803);
+  EXPECT_EQ(onlyRecord().error->code(), 3103);
 }
 
 TEST_F(RecordStoreTest, believesNoDamagedRecord) {
@@ -261,7 +274,7 @@ TEST_F(RecordStoreTest, believesNoDamagedRecord) {
   const std::string name = "state/quillmor/recovery/" + id + ".qrec";
   const std::string whole = folder.read(name);
   const ListedRecord record = onlyRecord();
-  const auto damaged = failsWith(2801, "The recovery record is damaged.");
+  const auto damaged = failsWith(3101, "The recovery record is damaged.");
   for (const std::size_t length :
        {std::size_t{0}, std::size_t{8191}, std::size_t{8192}, whole.size() - 1}) {
     folder.write(name, whole.substr(0, length));

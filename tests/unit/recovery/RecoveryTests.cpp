@@ -78,7 +78,7 @@ TEST_F(RecoveryTest, skipsTheRecordsOfLivingProcesses) {
                                         bytesOf("unsaved"));
   EXPECT_THAT(offeredIDs(), IsEmpty());
   EXPECT_THAT([&] { recovery.find(held->id()); },
-              failsWith(2805, "This record belongs to a running Quillmor."));
+              failsWith(3105, "This record belongs to a running Quillmor."));
   EXPECT_TRUE(records.exists(held->id()));
 }
 
@@ -106,7 +106,7 @@ TEST_F(RecoveryTest, leavesNewerRecordsAloneAndNamesThem) {
   EXPECT_THAT(offer.entries, IsEmpty());
   EXPECT_THAT(offer.newer, ElementsAre(id + ".qrec"));
   EXPECT_TRUE(records.exists(id));
-  EXPECT_THAT([&] { recovery.find(id); }, failsWith(2802, newerRecordError().message()));
+  EXPECT_THAT([&] { recovery.find(id); }, failsWith(3102, newerRecordError().message()));
 }
 
 TEST_F(RecoveryTest, refusesRecordsThatOthersMayHaveWritten) {
@@ -130,12 +130,12 @@ TEST_F(RecoveryTest, refusesTheRecordOfAnotherUser) {
   const std::string id = records.leaveUnsaved(file, "unsaved");
   ASSERT_EQ(::chown(records.path(id).c_str(), 1, 1), 0);
   EXPECT_THAT(recovery.offer().refused, ElementsAre(id + ".qrec"));
-  EXPECT_THAT([&] { recovery.find(id); }, failsWith(2803, untrustedRecordError().message()));
+  EXPECT_THAT([&] { recovery.find(id); }, failsWith(3103, untrustedRecordError().message()));
 }
 
 TEST_F(RecoveryTest, anUnknownIDIsNoRecord) {
   for (const char* const id : {"", "ID", "../data.bin"})
-    EXPECT_THAT([&] { recovery.find(id); }, failsWith(2804, "There is no such recovery record."));
+    EXPECT_THAT([&] { recovery.find(id); }, failsWith(3104, "There is no such recovery record."));
 }
 
 TEST_F(RecoveryTest, recoversBytesPlaceAndStatus) {

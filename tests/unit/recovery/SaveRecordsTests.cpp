@@ -97,7 +97,7 @@ TEST_F(SaveRecordsTest, haveTheNewBytesBeforeTheFileIsTouched) {
     EXPECT_EQ(read.header.file->size, 9);
     // The file of the record, and the directory that has its name, after the rename.
     const auto& log = calls.log();
-    const auto renamed = std::find(log.begin(), log.end(), SystemCall::renameat2);
+    const auto renamed = std::find(log.begin(), log.end(), SystemCall::renameat);
     wasDurable = std::find(log.begin(), renamed, SystemCall::fsync) != renamed &&
                  std::find(renamed, log.end(), SystemCall::fsync) != log.end();
   });

@@ -167,7 +167,7 @@ TEST_F(UnsavedChangesTest, doesNotInstallASnapshotOfBytesThatHaveChangedSince) {
   const ScopedSystemCalls scope(calls);
   pass(5s);
   EXPECT_EQ(session.bytes()[0], '2');
-  EXPECT_EQ(calls.count(SystemCall::renameat2), 1);
+  EXPECT_EQ(calls.count(SystemCall::renameat), 1);
   pass(1s);
   EXPECT_EQ(count(RecordKind::unsavedChanges), 0);
   EXPECT_EQ(recoveredBytes(), bytes());
