@@ -6,6 +6,7 @@
 #include "document/Bookmarks.h"
 #include "document/QuillmorResourceLimits.h"
 #include "recovery/JournalEntry.h"
+#include "recovery/ReplayedBytes.h"
 
 namespace quillmor {
 
@@ -35,7 +36,9 @@ ReplayedJournal replayJournal(std::span<const std::uint8_t> file, ByteBuffer bas
   if (header.kind != RecordKind::journal) throw damagedRecordError();
   const std::int64_t limit = QuillmorResourceLimits::maximumDocumentByteCount();
   const std::int64_t count = base.size();
-  ReplayedJournal replayed{.bytes = std::move(base),
+  ReplayedBytes bytes(base);
+  base = {};
+  ReplayedJournal replayed{.bytes = {},
                            .places = {.caretOffset = clampedToCount(header.caretOffset, count),
                                       .selection = header.selection.normalized(count),
                                       .bookmarks = std::move(bookmarks)},
@@ -43,8 +46,8 @@ ReplayedJournal replayJournal(std::span<const std::uint8_t> file, ByteBuffer bas
   JournalChain chain(journalHeaderCheck(file));
   auto rest = file.subspan(RecordHeader::kByteCount);
   JournalEntry entry;
-  while (chain.read(rest, entry) && fits(entry, replayed.bytes.size(), limit)) {
-    replayed.bytes.replace(entry.offset, entry.removedCount, entry.inserted);
+  while (chain.read(rest, entry) && fits(entry, bytes.size(), limit)) {
+    bytes.replace(entry.offset, entry.removedCount, entry.inserted);
     adjustBookmarksForEdit(replayed.places.bookmarks, entry.offset, entry.removedCount,
                            std::ssize(entry.inserted));
     replayed.places.caretOffset = entry.caretOffset;
@@ -53,6 +56,7 @@ ReplayedJournal replayJournal(std::span<const std::uint8_t> file, ByteBuffer bas
     ++replayed.entryCount;
     rest = rest.subspan(entry.byteCount());
   }
+  replayed.bytes = bytes.take();
   replayed.wasCutOff = !rest.empty();
   return replayed;
 }
