@@ -14,8 +14,8 @@ AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& s
     : platform_(platform),
       surface_(surface),
       records_(records),
-      safetyCopies_(records != nullptr ? std::optional<SaveRecords>(*records) : std::nullopt),
-      saver_(platform_.executor, documents_, safetyCopies_ ? &*safetyCopies_ : nullptr) {
+      saver_(platform_.executor, documents_,
+             records != nullptr ? std::make_shared<SaveRecords>(*records) : nullptr) {
   if (records == nullptr) return;
   recovery_ = std::make_unique<RecoveryController>(
       platform_, documents_, surface_, *records,

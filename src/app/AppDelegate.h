@@ -146,8 +146,6 @@ class AppDelegate {
   ApplicationSurface& surface_;
   const RecordStore* records_;
   DocumentController documents_;
-  /// Absent without records.
-  std::optional<SaveRecords> safetyCopies_;
   DocumentSaver saver_;
   /// Null without recovery.
   std::unique_ptr<RecoveryController> recovery_;

@@ -80,8 +80,8 @@ void deliverBytes(const Arguments& arguments, Session& session, const OpenDocume
       const RecordStore records = RecordStore::ofThisUser();
       const auto lock = OpenFileLock::take(records.directory(), document.location);
       if (lock->isHeldByAnother()) throw openInAnotherProcessError();
-      SaveRecords safetyCopies(records);
-      saveInPlace(document.location, document.snapshot, changed, safetyCopies, progress,
+      auto safetyCopies = std::make_shared<SaveRecords>(records);
+      saveInPlace(document.location, document.snapshot, changed, std::move(safetyCopies), progress,
                   {.beforeWriting = printText, .verifies = arguments.has("--verify")});
     }
   });

@@ -5,7 +5,6 @@
 #include "base/VisibleText.h"
 #include "document/FileSave.h"
 #include "platform/RunInBackground.h"
-#include "recovery/ReadBack.h"
 
 namespace quillmor::cli {
 
@@ -28,22 +27,21 @@ void save(FileSave& fileSave, const ByteBuffer& changed, TaskProgress& progress,
   if (options.beforeWriting) options.beforeWriting();
   // From here on the save has its effect, and is not reported as stopped any more.
   progress.passPointOfNoReturn();
-  const FileSave::Written written = fileSave.write(changed, &progress);
-  if (options.verifies && readBack(written.realLocation).sha256 != written.receipt.sha256)
-    throw Error::quillmor(2007, "The bytes read back from the disk are not those that were saved.");
+  fileSave.write(changed, &progress);
 }
 
 }  // namespace
 
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
-                 const ByteBuffer& changed, SafetyCopies& safetyCopies, TaskProgress& progress,
-                 const InPlaceOptions& options) {
+                 const ByteBuffer& changed, std::shared_ptr<SafetyCopies> safetyCopies,
+                 TaskProgress& progress, const InPlaceOptions& options) {
   FileSave fileSave({.destination = location,
                      .ownFile = location,
                      .known = KnownFile::of(snapshot.status, snapshot.bytes.span()),
                      // Nobody has a window in which to try again.
                      .ownBytes = snapshot.bytes,
-                     .safetyCopies = &safetyCopies});
+                     .safetyCopies = std::move(safetyCopies),
+                     .verifies = options.verifies});
   const auto saved = resultOf([&] { return save(fileSave, changed, progress, options), Done(); });
   if (saved.isOk()) return;
   // Another program was faster than the write.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "base/ByteBuffer.h"
 #include "base/FileLocation.h"
@@ -24,7 +25,7 @@ struct InPlaceOptions {
 /// when the bytes read back are others. After a failure half way the file has its old bytes again,
 /// or the message says what it holds and where the new ones are.
 void saveInPlace(const FileLocation& location, const ReadSnapshot& snapshot,
-                 const ByteBuffer& changed, SafetyCopies& safetyCopies, TaskProgress& progress,
-                 const InPlaceOptions& options = {});
+                 const ByteBuffer& changed, std::shared_ptr<SafetyCopies> safetyCopies,
+                 TaskProgress& progress, const InPlaceOptions& options = {});
 
 }  // namespace quillmor::cli

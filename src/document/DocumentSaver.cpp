@@ -117,10 +117,16 @@ void DocumentSaver::written(const std::shared_ptr<Job>& job, Overwriting overwri
   if (job->save.isOwnFile() && SecureFileAccess::isChangedDestination(outcome.error()))
     return askAndWrite(job);
   // What a failed write of ours left is no other program's change: the next try does not ask.
-  if (const auto& torn = job->save.tornOwnFile()) job->document->setKnownFile(*torn);
-  if (auto copy = job->save.takeSafetyCopy()) {
+  const auto& torn = job->save.tornOwnFile();
+  if (torn) job->document->setKnownFile(*torn);
+  std::shared_ptr<SafetyCopy> copy = job->save.takeSafetyCopy();
+  // No undo leads back to what the file had.
+  if (torn || copy) job->document->makeSavedStateUnreachable();
+  if (copy) {
     forgetUnfinishedSave(*job->document);
     job->document->setUnfinishedSave(std::move(copy));
+    throw outcome.error().withMessage(outcome.error().message() +
+                                      " Its new bytes are kept for recovery.");
   }
   throw outcome.error();
 }

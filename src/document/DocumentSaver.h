@@ -41,10 +41,10 @@ class DocumentSaver {
     std::shared_ptr<TaskProgress> progress = {};
   };
 
-  /// `safetyCopies`, which outlives the saver, is null only where no save is to be safe.
+  /// `safetyCopies` is null only where no save is to be safe.
   DocumentSaver(BackgroundExecutor& executor, const DocumentController& documents,
-                SafetyCopies* safetyCopies = nullptr)
-      : executor_(executor), documents_(documents), safetyCopies_(safetyCopies) {}
+                std::shared_ptr<SafetyCopies> safetyCopies = nullptr)
+      : executor_(executor), documents_(documents), safetyCopies_(std::move(safetyCopies)) {}
 
   /// Saves `document` to `destination`. Main thread; the hooks are called later, or at once when
   /// the save cannot even begin: the completion always is. The saver outlives them.
@@ -72,7 +72,8 @@ class DocumentSaver {
 
   BackgroundExecutor& executor_;
   const DocumentController& documents_;
-  SafetyCopies* const safetyCopies_;
+  /// Shared with the saves under way, which may outlive this object.
+  const std::shared_ptr<SafetyCopies> safetyCopies_;
 };
 
 }  // namespace quillmor

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "document/QuillmorResourceLimits.h"
+#include "document/ReadBack.h"
 #include "fileaccess/OutputDestination.h"
 #include "fileaccess/ResolvedPaths.h"
 #include "fileaccess/StableReading.h"
@@ -91,7 +92,7 @@ FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progres
   const bool isNew = !destination_.found;
   receipt_.steps.reserve(receipt_.steps.size() + 2);
   std::string writing = isNew ? "The file was made, written and flushed, and its folder too."
-                              : "The file was locked, compared with what was known of it, "
+                              : "The file was compared with what was known of it, "
                                 "rewritten in place and flushed.";
   std::string removal = "The kept bytes were removed.";
   std::string failedRemoval = "The kept bytes could not be removed; the next start does it.";
@@ -112,15 +113,24 @@ StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* pro
     const bool isFile = destination_.found && destination_.found->isRegularFile();
     if (isOwnFile_) destination_.oldBytes = request_.ownBytes;
     if (!isOwnFile_ && isFile) destination_.oldBytes = bytesToKeep(destination_, progress);
-    return SecureFileAccess::writeDocumentBytes(bytes.span(), destination_, progress, &effect);
+    const StableFileStatus status =
+        SecureFileAccess::writeDocumentBytes(bytes.span(), destination_, progress, &effect);
+    if (request_.verifies) requireOnDisk();
+    return status;
   });
   destination_.oldBytes.reset();
-  const bool isIncomplete = effect == SecureFileAccess::FileEffect::incomplete;
-  if (isIncomplete) neededCopy_ = std::move(safetyCopy_);
+  const bool isAsBefore = effect == SecureFileAccess::FileEffect::untouched ||
+                          effect == SecureFileAccess::FileEffect::undone;
+  if (!written.isOk() && !isAsBefore) neededCopy_ = std::move(safetyCopy_);
   copyIsGone_ = removeSafetyCopy();
   if (written.isOk()) return written.value();
   if (effect != SecureFileAccess::FileEffect::untouched && isOwnFile_) noteTornFile();
   throw written.error();
+}
+
+void FileSave::requireOnDisk() const {
+  if (safetyCopy_ && readBack(request_.destination).sha256 != safetyCopy_->sha256())
+    throw Error::quillmor(2007, "The bytes read back from the disk are not those that were saved.");
 }
 
 /// A copy that cannot be removed does no harm: it goes when it is found to be what the file has.

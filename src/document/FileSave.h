@@ -45,9 +45,11 @@ class FileSave {
     /// The bytes of that file, to be put back into it when the write fails; absent where a window
     /// holds what was to be saved for another try.
     std::optional<ByteBuffer> ownBytes = {};
-    /// Where the new bytes are kept during the write; outlives the save. Null where nothing is
-    /// written to a file.
-    SafetyCopies* safetyCopies = nullptr;
+    /// Where the new bytes are kept during the write; null for nowhere.
+    std::shared_ptr<SafetyCopies> safetyCopies = nullptr;
+    /// Reads the file back from the disk before the safety copy goes, and fails with code 2007 when
+    /// it has other bytes.
+    bool verifies = false;
   };
 
   struct Written {
@@ -95,10 +97,10 @@ class FileSave {
   /// Writes the file. After `secure`, unless the user chose otherwise. Throws what
   /// `SecureFileAccess::writeDocumentBytes` does; with an error of `isChangedDestination` nothing
   /// was overwritten. The safety copy goes when it is not needed any more: the file has the new
-  /// bytes, or its old ones.
+  /// bytes, or its old ones. Code 2007: the file that was read back has other bytes.
   Written write(const ByteBuffer& bytes, TaskProgress* progress = nullptr);
 
-  /// The safety copy of a write that has left the file incomplete; null after any other.
+  /// The safety copy of a failed write that has changed the file; null after any other.
   std::unique_ptr<SafetyCopy> takeSafetyCopy() { return std::move(neededCopy_); }
 
   /// What a failed write has made of the document's own file; absent when it touched nothing, when
@@ -109,6 +111,7 @@ class FileSave {
 
  private:
   StableFileStatus writeBytes(const ByteBuffer& bytes, TaskProgress* progress);
+  void requireOnDisk() const;
   /// True if there is none any more.
   bool removeSafetyCopy() noexcept;
   void noteTornFile();
@@ -121,7 +124,7 @@ class FileSave {
   bool isChanged_ = false;
   bool lacksSafetyCopy_ = false;
   std::unique_ptr<SafetyCopy> safetyCopy_;
-  /// The copy that was left behind because the file is incomplete.
+  /// The copy that was left behind because the file may not have its bytes.
   std::unique_ptr<SafetyCopy> neededCopy_;
   SaveReceipt receipt_;
   bool copyIsGone_ = true;

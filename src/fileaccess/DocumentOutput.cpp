@@ -146,7 +146,9 @@ std::string_view undo(const DocumentDestination& destination, const FileDescript
     effect = removed.isOk() ? FileEffect::undone : FileEffect::incomplete;
     return {};
   }
-  if (effect == FileEffect::untouched || !destination.oldBytes) return {};
+  constexpr std::string_view kIncomplete = " The file is incomplete now.";
+  if (effect == FileEffect::untouched) return {};
+  if (!destination.oldBytes) return effect == FileEffect::incomplete ? kIncomplete : "";
   FileEffect oldBytesEffect = FileEffect::untouched;
   const auto undone = resultOf([&] { return putBack(destination, oldBytesEffect); });
   if (oldBytesEffect == FileEffect::complete) effect = FileEffect::undone;
@@ -155,7 +157,7 @@ std::string_view undo(const DocumentDestination& destination, const FileDescript
   if (effect == FileEffect::complete && oldBytesEffect == FileEffect::untouched)
     return " The file has the new bytes.";
   effect = FileEffect::incomplete;
-  return " The file is incomplete now.";
+  return kIncomplete;
 }
 
 /// The room that a file system has for this user; absent when it does not say.

@@ -38,6 +38,13 @@ void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
   }
 }
 
+void synchronizeFile(const FileLocation& location) {
+  const int descriptor = openFile(location, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+  if (descriptor < 0) throw lastSystemError();
+  FileDescriptor(descriptor).synchronize();
+  synchronizeDirectory(location.directory());
+}
+
 void synchronizeDirectory(const FileLocation& directory) {
   const int descriptor = openFile(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) {

@@ -28,6 +28,9 @@ struct WriteMessages {
 void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
               const WriteMessages& messages, TaskProgress* progress = nullptr);
 
+/// Makes what a file has durable, and its name too. Throws a POSIX error in the system's words.
+void synchronizeFile(const FileLocation& location);
+
 /// Makes the directory's entries durable after a file in it was created or moved. Throws a POSIX
 /// error in the system's words. A directory that may not be read, or whose file system has no such
 /// request, stays unflushed without an error, as there is no other way.

@@ -23,7 +23,7 @@ namespace quillmor {
 
 namespace {
 
-constexpr int kOpenElsewhereCode = 2811;
+constexpr int kOpenElsewhereCode = 3106;
 constexpr std::string_view kSuffix = ".lock";
 /// How often a lock file may vanish between being opened and being locked.
 constexpr int kMaximumAttempts = 100;

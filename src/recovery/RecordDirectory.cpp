@@ -7,8 +7,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <set>
 #include <string_view>
 
+#include "base/ThreadSafety.h"
 #include "fileaccess/FileWriting.h"
 #include "fileaccess/SystemCalls.h"
 
@@ -37,6 +39,23 @@ void requirePrivate(const FileDescriptor& directory) {
     throw Error::posix(EPERM);
 }
 
+/// The directories that this process has found or made, and whose names it has flushed.
+class DurableNames {
+ public:
+  bool has(const std::string& path) {
+    const MutexLock guard(lock_);
+    return paths_.contains(path);
+  }
+  void add(const std::string& path) {
+    const MutexLock guard(lock_);
+    paths_.insert(path);
+  }
+
+ private:
+  Mutex lock_;
+  std::set<std::string> paths_ QUILLMOR_GUARDED_BY(lock_);
+};
+
 /// Makes the directory and the ones above it, as far as they are missing. A new name counts only
 /// when the directory that holds it has been flushed.
 void makeDirectories(const FileLocation& location) {
@@ -49,8 +68,12 @@ void makeDirectories(const FileLocation& location) {
     makeDirectories(location.directory());
     made = make();
   }
-  if (made == 0) return SecureFileAccess::synchronizeDirectory(location.directory());
-  if (errno != EEXIST) throw lastSystemError();
+  if (made != 0 && errno != EEXIST) throw lastSystemError();
+  // One that is there may have been made a moment ago by a process that has not flushed it yet.
+  static DurableNames durableNames;
+  if (made == 0 || !durableNames.has(location.path()))
+    SecureFileAccess::synchronizeDirectory(location.directory());
+  durableNames.add(location.path());
 }
 
 void appendNames(const std::vector<std::byte>& buffer, std::size_t size,

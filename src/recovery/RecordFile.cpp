@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 #include "base/ByteUnits.h"
 #include "document/QuillmorResourceLimits.h"
 #include "fileaccess/SystemCalls.h"
+#include "recovery/RecordNames.h"
 #include "recovery/RecordStore.h"
 
 namespace quillmor {
@@ -55,10 +57,13 @@ RecordFile RecordFile::open(const RecordDirectory& directory, const std::string&
   return {std::move(handle), status.st_size, status.st_mtim.tv_sec};
 }
 
-bool RecordFile::isHeld() const {
+bool RecordFile::isHeld(const RecordHeader* header) const {
   const int locked = retryingInterrupted(
       [&] { return SystemCalls::current().flock(handle_.get(), LOCK_SH | LOCK_NB); });
-  return locked != 0 && errno == EWOULDBLOCK;
+  if (locked == 0) return false;
+  if (errno == EWOULDBLOCK) return true;
+  const bool isOfThisStart = header != nullptr && header->bootID == currentBootID();
+  return isOfThisStart && (::kill(static_cast<pid_t>(header->processID), 0) == 0 || errno == EPERM);
 }
 
 void RecordFile::read(std::int64_t offset, std::span<std::uint8_t> room,

@@ -24,8 +24,9 @@ class RecordFile {
   /// Seconds since 1970 of the last change.
   std::int64_t modificationSeconds() const { return modificationSeconds_; }
 
-  /// True if the process that wrote it still lives.
-  bool isHeld() const;
+  /// True if the process that wrote it still lives, by its lock; where the file system has none, by
+  /// the process that `header` names, if there is one.
+  bool isHeld(const RecordHeader* header = nullptr) const;
 
   /// Fills `room` with the bytes from `offset` on. Throws code 3101 when the file ends before, else
   /// POSIX errors and `Error::stopped()`.

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <set>
 #include <string_view>
 
 #include "fileaccess/SystemCalls.h"
@@ -48,7 +49,9 @@ ListedRecord listed(const RecordDirectory& directory, const std::string& name, s
     const RecordFile file = RecordFile::open(directory, name);
     record.byteCount = file.byteCount();
     record.belongsToRunningProcess = file.isHeld();
-    return file.header();
+    RecordHeader read = file.header();
+    record.belongsToRunningProcess = file.isHeld(&read);
+    return read;
   });
   if (header.isOk()) {
     record.header = std::move(header.value());
@@ -58,9 +61,10 @@ ListedRecord listed(const RecordDirectory& directory, const std::string& name, s
   return record;
 }
 
-bool isUnfinishedName(std::string_view name) {
-  return name.ends_with(kUnfinishedSuffix) &&
-         recordIDOfName(name.substr(0, name.size() - kUnfinishedSuffix.size()));
+/// The name that an unfinished record was to get; empty for other names.
+std::string_view finishedName(std::string_view name) {
+  return name.ends_with(kUnfinishedSuffix) ? name.substr(0, name.size() - kUnfinishedSuffix.size())
+                                           : std::string_view();
 }
 
 /// A process that was killed while it wrote a record left it. What cannot be removed stays for the
@@ -72,6 +76,20 @@ void removeIfAbandoned(const RecordDirectory& directory, const std::string& name
     if (isOld && !file.isHeld()) directory.remove(name);
     return Done();
   });
+}
+
+/// The documents, and those of the records: what belongs together may lie in both places.
+std::vector<FileLocation> withThoseOf(const std::vector<ListedRecord>& records,
+                                      std::span<const FileLocation> documents) {
+  std::vector<FileLocation> all(documents.begin(), documents.end());
+  std::set<std::string> known;
+  for (const FileLocation& document : all) known.insert(document.path());
+  for (const ListedRecord& record : records) {
+    const bool isNew =
+        record.header && !record.header->path.empty() && known.insert(record.header->path).second;
+    if (isNew) all.push_back(FileLocation::fromPath(record.header->path));
+  }
+  return all;
 }
 
 }  // namespace
@@ -97,15 +115,17 @@ std::vector<ListedRecord> RecordStore::list(std::span<const FileLocation> docume
   std::vector<ListedRecord> records;
   if (const auto directory = existingPrivate(directory_)) {
     for (const std::string& name : directory->names()) {
-      if (isUnfinishedName(name)) removeIfAbandoned(*directory, name);
+      if (recordIDOfName(finishedName(name))) removeIfAbandoned(*directory, name);
       if (auto id = recordIDOfName(name))
         records.push_back(listed(*directory, name, *std::move(id)));
     }
   }
-  for (const FileLocation& document : documents) {
+  for (const FileLocation& document : withThoseOf(records, documents)) {
     resultOf([&] {
       const auto directory = RecordDirectory::openShared(document.directory());
       for (const std::string& name : directory->names()) {
+        if (recordIDBeside(finishedName(name), document.path()))
+          removeIfAbandoned(*directory, name);
         if (auto id = recordIDBeside(name, document.path()))
           records.push_back(listed(*directory, name, *std::move(id)));
       }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -25,6 +26,9 @@ struct RecordContent {
   /// record is written.
   RecordHeader header;
   std::vector<std::int64_t> bookmarks = {};
+  /// Called on the writing thread when the payload is not needed any more, while the record is
+  /// still being flushed.
+  std::function<void()> payloadWasRead = {};
 };
 
 /// A record that this process has written and still holds: complete, durable, and locked, so that
@@ -107,10 +111,10 @@ class RecordStore {
   /// Makes an empty journal in the same way: the header, and a handle to append to.
   std::unique_ptr<HeldRecord> createJournal(RecordContent content) const;
 
-  /// The records of the private directory, and those beside `documents`, in the order of their IDs.
-  /// Removes what was left unfinished in the private directory for more than a day and is locked by
-  /// nobody. A directory that does not exist has no records. Throws a POSIX error when the private
-  /// directory cannot be read; one of a document that cannot be read counts as empty.
+  /// The records of the private directory, and those beside their documents and beside `documents`,
+  /// in the order of their IDs. Removes what was left unfinished there for more than a day and is
+  /// locked by nobody. A directory that does not exist has no records. Throws a POSIX error when
+  /// the private directory cannot be read; one of a document that cannot be read counts as empty.
   std::vector<ListedRecord> list(std::span<const FileLocation> documents = {}) const;
 
   /// The record in this file, wherever it lies. Throws 3104 when that is no file of a record, and

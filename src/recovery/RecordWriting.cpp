@@ -127,6 +127,7 @@ std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> dir
     SecureFileAccess::writeAll(bookmarks, record.handle(), kWriteMessages);
     header.payloadDigest = digest.finished();
   }
+  if (const auto once = std::exchange(content.payloadWasRead, nullptr)) once();
   writeHeader(header, record.handle());
   if (progress != nullptr) progress->checkpoint();
   auto held = record.finished(id, byteCount);
@@ -145,13 +146,15 @@ std::unique_ptr<HeldRecord> createJournalIn(std::shared_ptr<const RecordDirector
 }
 
 /// Calls `make` with the private directory, and with that of the document when there is no place in
-/// the private one. When both fail, the first reason is the one to tell.
-template <class Make>
+/// the private one and `mayTryAgain`. When both fail, the first reason is the one to tell.
+template <class Make, class MayTryAgain>
 std::unique_ptr<HeldRecord> inSomeDirectory(const FileLocation& privateDirectory,
-                                            const std::string& path, const Make& make) {
+                                            const std::string& path, const Make& make,
+                                            const MayTryAgain& mayTryAgain) {
   auto first = resultOf([&] { return make(RecordDirectory::makePrivate(privateDirectory)); });
   if (first.isOk()) return std::move(first.value());
-  if (path.empty() || !hasNoPlaceForSafetyCopy(first.error())) throw first.error();
+  if (path.empty() || !hasNoPlaceForSafetyCopy(first.error()) || !mayTryAgain())
+    throw first.error();
   const FileLocation folder = FileLocation::fromPath(path).directory();
   auto second = resultOf([&] { return make(RecordDirectory::openShared(folder)); });
   if (second.isOk()) return std::move(second.value());
@@ -191,9 +194,12 @@ std::unique_ptr<HeldRecord> RecordStore::write(RecordContent content,
                                                std::span<const std::uint8_t> payload,
                                                TaskProgress* progress) const {
   complete(content, std::ssize(payload));
-  return inSomeDirectory(directory_, content.header.path, [&](auto directory) {
+  const bool isLent = content.payloadWasRead != nullptr;
+  const auto make = [&](auto directory) {
     return writeInto(std::move(directory), content, payload, progress);
-  });
+  };
+  const auto hasPayload = [&] { return !isLent || content.payloadWasRead; };
+  return inSomeDirectory(directory_, content.header.path, make, hasPayload);
 }
 
 std::unique_ptr<HeldRecord> RecordStore::createJournal(RecordContent content) const {
@@ -201,9 +207,10 @@ std::unique_ptr<HeldRecord> RecordStore::createJournal(RecordContent content) co
   content.header.payloadDigest = {};
   content.bookmarks.clear();
   complete(content, 0);
-  return inSomeDirectory(directory_, content.header.path, [&](auto directory) {
+  const auto make = [&](auto directory) {
     return createJournalIn(std::move(directory), content.header);
-  });
+  };
+  return inSomeDirectory(directory_, content.header.path, make, [] { return true; });
 }
 
 }  // namespace quillmor

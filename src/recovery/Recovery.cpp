@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "fileaccess/FileWriting.h"
 #include "platform/RunInBackground.h"
 #include "recovery/EntryReading.h"
 #include "recovery/RecordNames.h"
@@ -79,8 +80,12 @@ void Recovery::examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& of
     entry.byteCount = read.value().bytes.size();
     entry.time = read.value().time;
     if (cleaning == Cleaning::yes && isSaved(entry, read.value(), progress)) {
-      // Whoever cannot remove it now can do so the next time.
-      resultOf([&] { return discard(entry), Done(); });
+      // The file may have its bytes in memory only. Whoever cannot remove the record now can do so
+      // the next time.
+      resultOf([&] {
+        SecureFileAccess::synchronizeFile(*entry.file);
+        return discard(entry), Done();
+      });
       return;
     }
     return offer.entries.push_back(std::move(entry));
@@ -125,15 +130,16 @@ void Recovery::noteDamaged(const ListedRecord& record, Cleaning cleaning,
 }
 
 RecoveryEntry Recovery::find(std::string_view id) const {
-  std::vector<ListedRecord> records;
   std::string fileID;
+  std::vector<FileLocation> documents;
   if (id.ends_with(kRecordSuffix)) {
-    records.push_back(store_.at(FileLocation::fromPath(id)));
-    fileID = records.front().id;
+    const ListedRecord named = store_.at(FileLocation::fromPath(id));
+    if (named.header && !named.header->path.empty())
+      documents.push_back(FileLocation::fromPath(named.header->path));
+    fileID = named.id;
     id = fileID;
-  } else {
-    records = store_.list();
   }
+  std::vector<ListedRecord> records = store_.list(documents);
   const auto record = std::ranges::find(records, id, &ListedRecord::id);
   if (record == records.end()) throw missingRecordError();
   if (record->belongsToRunningProcess) throw runningRecordError();

@@ -14,14 +14,17 @@ class SnapshotRun::Reading {
     run.isReading_ = true;
     bytes_ = run.bytes_->span();
   }
-  ~Reading() {
+  ~Reading() { end(); }
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+
+  /// Gives up the share; nothing more happens the second time.
+  void end() {
     const MutexLock guard(run_.lock_);
     run_.bytes_.reset();
     run_.isReading_ = false;
     run_.released_.notify_all();
   }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
 
   std::span<const std::uint8_t> bytes() const { return bytes_; }
 
@@ -34,7 +37,9 @@ SnapshotRun::SnapshotRun(ByteBuffer bytes, RecordContent content, std::uint64_t 
     : generation_(generation), content_(std::move(content)), bytes_(std::move(bytes)) {}
 
 std::unique_ptr<HeldRecord> SnapshotRun::write(const RecordStore& store) {
-  const Reading reading(*this);
+  Reading reading(*this);
+  // An edit need not wait for the disk.
+  content_.payloadWasRead = [&reading] { reading.end(); };
   return store.write(std::move(content_), reading.bytes(), &progress_);
 }
 

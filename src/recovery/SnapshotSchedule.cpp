@@ -34,11 +34,12 @@ void SnapshotSchedule::forgetEdits() {
   sinceBegin_ = {};
 }
 
-std::optional<SnapshotSchedule::Time> SnapshotSchedule::due(std::int64_t byteCount) const {
+std::optional<SnapshotSchedule::Time> SnapshotSchedule::due(std::int64_t byteCount,
+                                                            bool isOnlyRecord) const {
   if (unrecorded_.count == 0 || isRunning_) return std::nullopt;
   Time due = lastEdit_ + kIdle;
   if (byteCount > kSmallByteCount) {
-    if (hasBegun_) due = std::max(due, lastBegin_ + kBetweenLarge);
+    if (hasBegun_ && !isOnlyRecord) due = std::max(due, lastBegin_ + kBetweenLarge);
   } else {
     due = std::min(due, unrecorded_.first + kLongest);
     if (unrecorded_.count >= kMostEdits) due = lastEdit_;

@@ -43,8 +43,9 @@ class SnapshotSchedule {
   void forgetEdits();
 
   /// When the next record is due, for a document of `byteCount` bytes; absent when every edit is
-  /// recorded, and while a record is being written.
-  std::optional<Time> due(std::int64_t byteCount) const;
+  /// recorded, and while a record is being written. Edits that no journal has make it the
+  /// only record, for which large documents do not wait either.
+  std::optional<Time> due(std::int64_t byteCount, bool isOnlyRecord = false) const;
 
  private:
   /// Edits that no record has, or that came after a record was begun.

@@ -87,6 +87,7 @@ class UnsavedChanges : public EditRecorder {
   void beginSnapshot();
   void snapshotDidEnd(const Result<bool>& outcome);
   void keep();
+  bool hasBase() const;
   void tellKept() noexcept;
   void wakeAt(Time due);
   void report(const Error& error) noexcept;

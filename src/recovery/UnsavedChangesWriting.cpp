@@ -22,7 +22,7 @@ void UnsavedChanges::beginDue() {
     const Time due = lastFlush_ ? *lastFlush_ + kBetweenFlushes : now;
     due <= now ? flush() : wakeAt(due);
   }
-  if (const auto due = schedule_.due(document_->storage()->count()))
+  if (const auto due = schedule_.due(document_->storage()->count(), records_->needsSnapshot()))
     *due <= now ? beginSnapshot() : wakeAt(*due);
 }
 
@@ -83,7 +83,7 @@ void UnsavedChanges::keep() {
   if (isAnew_ || !isOriginalFile()) beginRecording(/*hasBase=*/false);
   if (!records_->needsSnapshot()) {
     const auto flushed = resultOf([&] { return records_->flush(), Done(); });
-    if (flushed.isOk() && !records_->needsSnapshot()) return;
+    if (flushed.isOk() && !records_->needsSnapshot() && hasBase()) return;
   }
   if (run_) run_->stop(std::chrono::milliseconds(0));
   const std::uint64_t generation = records_->generation();
@@ -91,6 +91,15 @@ void UnsavedChanges::keep() {
   const bool isRecorded = records_->install(std::move(snapshot), generation);
   schedule_.forgetEdits();
   if (isRecorded) tellKept();
+}
+
+/// A journal without a snapshot is of use only beside the very file that it begins with, which
+/// another program may have touched since.
+bool UnsavedChanges::hasBase() const {
+  if (records_->hasSnapshot() || !location_) return true;
+  const auto now = resultOf(
+      [&] { return SecureFileAccess::fileStatusIfExists(*location_, FollowSymlinks::no); });
+  return now.isOk() && now.value() == status_;
 }
 
 void UnsavedChanges::tellKept() noexcept {

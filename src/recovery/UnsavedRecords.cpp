@@ -10,14 +10,16 @@ namespace quillmor {
 void UnsavedRecords::setOrigin(RecordHeader origin) {
   const MutexLock guard(queue_);
   origin_ = std::move(origin);
+  if (entries_.empty()) return;
+  // They stand on the one before.
+  entries_ = {};
+  needsSnapshot_ = true;
 }
 
 void UnsavedRecords::add(const JournalEntry& edit) noexcept {
   const MutexLock guard(queue_);
   ++generation_;
-  const bool isTooLarge = std::ssize(edit.inserted) > kLargestEdit ||
-                          entries_.size() + edit.byteCount() > kLongestQueue;
-  if (isTooLarge) needsSnapshot_ = true;
+  if (entries_.size() + edit.byteCount() > kLongestQueue) needsSnapshot_ = true;
   // Later edits would stand after a hole.
   if (needsSnapshot_) return;
   try {
@@ -36,6 +38,11 @@ void UnsavedRecords::addUnknown() noexcept {
 bool UnsavedRecords::needsSnapshot() const {
   const MutexLock guard(queue_);
   return needsSnapshot_;
+}
+
+bool UnsavedRecords::hasSnapshot() const {
+  const MutexLock guard(disk_);
+  return snapshot_ != nullptr;
 }
 
 bool UnsavedRecords::hasQueued() const {
@@ -60,13 +67,15 @@ void UnsavedRecords::flush() {
   const MutexLock guard(disk_);
   removeIfDue();
   std::vector<std::uint8_t> entries;
+  RecordHeader origin;
   {
     const MutexLock queueGuard(queue_);
     entries.swap(entries_);
+    origin = origin_;
   }
   if (entries.empty()) return;
   try {
-    append(entries);
+    append(entries, std::move(origin));
   } catch (...) {
     const MutexLock queueGuard(queue_);
     needsSnapshot_ = true;
@@ -107,13 +116,9 @@ void UnsavedRecords::removeIfDue() {
 }
 
 /// Also makes the journal where there is none.
-void UnsavedRecords::append(std::vector<std::uint8_t>& entries) {
+void UnsavedRecords::append(std::vector<std::uint8_t>& entries, RecordHeader origin) {
   if (!journal_) {
-    RecordContent content;
-    {
-      const MutexLock guard(queue_);
-      content.header = origin_;
-    }
+    RecordContent content{.header = std::move(origin)};
     if (snapshot_) content.header.baseID = snapshot_->id();
     journal_ = JournalWriter::create(store_, std::move(content));
   }

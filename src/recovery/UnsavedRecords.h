@@ -24,9 +24,7 @@ namespace quillmor {
 /// another thread. Both are safe from any thread and at the same time.
 class UnsavedRecords {
  public:
-  /// An edit that brings more bytes is left to a snapshot.
-  static constexpr std::int64_t kLargestEdit = kMiB;
-  /// The most bytes of edits that wait.
+  /// The most bytes of edits that wait; an edit beyond them is left to a snapshot.
   static constexpr std::size_t kLongestQueue = 16 * kMiB;
 
   explicit UnsavedRecords(RecordStore store) : store_(std::move(store)) {}
@@ -35,7 +33,8 @@ class UnsavedRecords {
 
   // Without waiting.
 
-  /// What the header of a new journal says of the document, apart from its base.
+  /// What the header of a new journal says of the document, apart from its base. Edits that wait
+  /// belong to the one before and call for a snapshot.
   void setOrigin(RecordHeader origin);
   /// Queues an edit, in time and memory of that edit. One that is too large, or for which there is
   /// no memory, calls for a snapshot.
@@ -53,6 +52,9 @@ class UnsavedRecords {
 
   // Waiting for a disk.
 
+  /// True if there is a snapshot, which a journal needs no file beside.
+  bool hasSnapshot() const;
+
   /// Appends what is queued to the journal, which is made where there is none, and makes it
   /// durable. Throws POSIX errors and std::bad_alloc; the journal has ended then.
   void flush();
@@ -63,7 +65,7 @@ class UnsavedRecords {
 
  private:
   void removeIfDue() QUILLMOR_REQUIRES(disk_);
-  void append(std::vector<std::uint8_t>& entries) QUILLMOR_REQUIRES(disk_);
+  void append(std::vector<std::uint8_t>& entries, RecordHeader origin) QUILLMOR_REQUIRES(disk_);
   void removeRecords() QUILLMOR_REQUIRES(disk_);
   void retire(std::unique_ptr<HeldRecord> record) noexcept QUILLMOR_REQUIRES(disk_);
   void countBytes() QUILLMOR_REQUIRES(disk_);
@@ -72,7 +74,7 @@ class UnsavedRecords {
   std::atomic<std::int64_t> bytesOnDisk_{0};
 
   /// Held while records are written; taken before `queue_`.
-  Mutex disk_;
+  mutable Mutex disk_;
   std::unique_ptr<HeldRecord> snapshot_ QUILLMOR_GUARDED_BY(disk_);
   std::unique_ptr<JournalWriter> journal_ QUILLMOR_GUARDED_BY(disk_);
   /// Records that could not be removed.

@@ -16,6 +16,8 @@ class MemorySafetyCopies : public SafetyCopies {
  public:
   /// The bytes that were kept and not removed since.
   std::vector<std::string> kept;
+  /// What is said to be their SHA-256.
+  std::string digest;
 
   std::unique_ptr<SafetyCopy> keep(const FileLocation& destination,
                                    const std::optional<StableFileStatus>&,
@@ -23,15 +25,16 @@ class MemorySafetyCopies : public SafetyCopies {
                                    TaskProgress* progress) override {
     if (progress != nullptr) progress->checkpoint();
     kept.emplace_back(bytes.begin(), bytes.end());
-    return std::make_unique<Copy>(destination, kept);
+    return std::make_unique<Copy>(destination, kept, digest);
   }
 
  private:
   class Copy : public SafetyCopy {
    public:
-    Copy(FileLocation file, std::vector<std::string>& kept) : file_(std::move(file)), kept_(kept) {}
+    Copy(FileLocation file, std::vector<std::string>& kept, std::string digest)
+        : file_(std::move(file)), kept_(kept), digest_(std::move(digest)) {}
     std::string name() const override { return "COPY"; }
-    std::string sha256() const override { return {}; }
+    std::string sha256() const override { return digest_; }
     FileLocation location() const override { return file_.sibling("COPY"); }
     std::int64_t byteCount() const override { return 0; }
     void remove() override { kept_.clear(); }
@@ -39,6 +42,7 @@ class MemorySafetyCopies : public SafetyCopies {
    private:
     FileLocation file_;
     std::vector<std::string>& kept_;
+    std::string digest_;
   };
 };
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "document/DocumentController.h"
@@ -98,6 +99,9 @@ struct EditorUnderTest {
 /// The base of tests of an editor window: a platform under control and documents in it.
 class WindowFixture : public testing::Test {
  protected:
+  /// Without `safetyCopies` documents are saved without any.
+  explicit WindowFixture(std::shared_ptr<SafetyCopies> safetyCopies = nullptr)
+      : saver(platform.executor, documents, std::move(safetyCopies)) {}
   ~WindowFixture() override;
 
   /// A new untitled editor holding `content`, without unsaved changes.
@@ -118,7 +122,7 @@ class WindowFixture : public testing::Test {
   TemporaryFolder folder;
   TestPlatform platform;
   DocumentController documents;
-  DocumentSaver saver{platform.executor, documents};
+  DocumentSaver saver;
   /// Where the editors made from now on keep unsaved changes.
   const RecordStore* records = nullptr;
 

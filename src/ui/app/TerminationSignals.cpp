@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace quillmor {
@@ -81,16 +83,23 @@ void TerminationSignals::readSignals() {
 
 void TerminationSignals::commitData(QSessionManager& session) {
   if (!session.allowsInteraction()) return handlers_.keep();
-  QEventLoop loop;
-  bool hasAnswer = false;
-  bool mayEnd = false;
-  handlers_.review([&](bool answer) {
-    hasAnswer = true;
-    mayEnd = answer;
-    loop.quit();
+  // The answer may come when nobody waits for it any more.
+  struct Answer {
+    QEventLoop* loop = nullptr;
+    std::optional<bool> mayEnd = {};
+  };
+  const auto shared = std::make_shared<Answer>();
+  handlers_.review([shared](bool mayEnd) {
+    shared->mayEnd = mayEnd;
+    if (shared->loop != nullptr) shared->loop->quit();
   });
-  if (!hasAnswer) loop.exec();
-  mayEnd ? session.release() : session.cancel();
+  if (!shared->mayEnd) {
+    QEventLoop loop;
+    shared->loop = &loop;
+    loop.exec();
+    shared->loop = nullptr;
+  }
+  shared->mayEnd.value_or(false) ? session.release() : session.cancel();
 }
 
 void dieOf(int signal) {

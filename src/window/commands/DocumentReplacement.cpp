@@ -166,7 +166,8 @@ OpenCurrentResult DocumentReplacement::showLoadedFile(bool preservingEditorState
   if (!preservingEditorState) willReplace_();
   // From here on nothing fails but showing what has happened, which is tried again.
   document.isPendingInitialLoad = false;
-  context_.saver().forgetUnfinishedSave(document);
+  // The record of a save that has left the old file incomplete stays for the next start.
+  document.setUnfinishedSave(nullptr);
   EditSession& session = context_.session();
   session.takeStorage(storage, preservingEditorState);
   showingInAnyCase(

@@ -1,6 +1,6 @@
 #include "window/commands/SafetyCommands.h"
 
-#include "recovery/ReadBack.h"
+#include "document/ReadBack.h"
 #include "window/commands/SaveReport.h"
 
 namespace quillmor {

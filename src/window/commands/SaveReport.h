@@ -4,8 +4,8 @@
 
 #include "base/FileLocation.h"
 #include "base/Result.h"
+#include "document/ReadBack.h"
 #include "document/SaveReceipt.h"
-#include "recovery/ReadBack.h"
 
 namespace quillmor {
 

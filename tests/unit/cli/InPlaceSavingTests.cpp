@@ -37,7 +37,8 @@ class InPlaceSavingTest : public test::FileAccessTest {
 
   const FileLocation file;
   const ReadSnapshot snapshot;
-  test::MemorySafetyCopies copies;
+  const std::shared_ptr<test::MemorySafetyCopies> copies =
+      std::make_shared<test::MemorySafetyCopies>();
   TaskProgress progress;
 };
 
@@ -150,10 +151,10 @@ TEST_F(InPlaceSavingTest, aCompleteFileIsNotCalledIncomplete) {
   // The file was opened and closed once before, to see whether it may be written.
   calls.fail(SystemCall::close, next(SystemCall::close) + 1, EIO);
   calls.fail(SystemCall::open, next(SystemCall::open) + 2, EMFILE);
-  EXPECT_THAT([&] { save(); },
-              failsWithPosix(EIO, Error::posix(EIO).message() + " The file has the new bytes."));
+  EXPECT_THAT([&] { save(); }, failsWithPosix(EIO, Error::posix(EIO).message() +
+                                                       " The file has the new bytes." + kKept));
   EXPECT_EQ(written(), "new bytes, and more");
-  EXPECT_TRUE(copies.kept.empty());
+  EXPECT_THAT(copies->kept, testing::ElementsAre("new bytes, and more"));
 }
 
 TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
@@ -162,7 +163,7 @@ TEST_F(InPlaceSavingTest, oldBytesThatCannotBePutBackAreTold) {
   calls.fail(SystemCall::write, 3, ENOSPC);
   EXPECT_THAT([&] { save(); }, failsWithPosix(ENOSPC, std::string(kCouldNotWrite) +
                                                           " The file is incomplete now." + kKept));
-  EXPECT_THAT(copies.kept, testing::ElementsAre("new bytes, and more"));
+  EXPECT_THAT(copies->kept, testing::ElementsAre("new bytes, and more"));
 }
 
 TEST_F(InPlaceSavingTest, theOldBytesArePutBackAlsoWhenNobodyKnowsWhatHasBecomeOfTheFile) {
@@ -192,6 +193,21 @@ TEST_F(InPlaceSavingTest, aFailureBeforeTheWriteTouchesNothing) {
   EXPECT_EQ(written(), "old bytes");
   EXPECT_EQ(calls.count(SystemCall::write), 0);
   EXPECT_EQ(SecureFileAccess::readSnapshot(file, std::nullopt).status, snapshot.status);
+}
+
+TEST_F(InPlaceSavingTest, aFileThatTheDiskHasOtherwiseKeepsTheCopy) {
+  // Between the last flush and the reading.
+  calls.before(SystemCall::posix_fadvise, 1, [&] { folder.write("data.bin", "rotten"); });
+  copies->digest = "digest of the new bytes";
+  EXPECT_THAT(
+      [&] {
+        saveInPlace(file, snapshot, ByteBuffer(test::bytesOf("new")), copies, progress,
+                    {.verifies = true});
+      },
+      failsWith(2007, std::string("The bytes read back from the disk are not those that were "
+                                  "saved.") +
+                          kKept));
+  EXPECT_THAT(copies->kept, testing::ElementsAre("new"));
 }
 
 }  // namespace

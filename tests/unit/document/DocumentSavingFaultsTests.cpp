@@ -1,8 +1,11 @@
 // Saving while the system fails: what is reported, what stays, and that the next try can succeed.
 
+#include <gmock/gmock.h>
+
 #include <cerrno>
 
 #include "support/FaultySystemCalls.h"
+#include "support/MemorySafetyCopies.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -10,6 +13,7 @@ namespace {
 
 class DocumentSavingFaults : public WindowFixture {
  protected:
+  using WindowFixture::WindowFixture;
   void SetUp() override {
     file = folder.write("data.bin", "hello");
     editor = openEditor(file);
@@ -44,17 +48,18 @@ class DocumentSavingFaults : public WindowFixture {
 
 TEST_F(DocumentSavingFaults, reportAFullDisk) {
   calls.fail(SystemCall::write, 1, ENOSPC);
-  expectFailureAndRecovery("Could not write the document data.");
+  expectFailureAndRecovery("Could not write the document data. The file is incomplete now.");
 }
 
 TEST_F(DocumentSavingFaults, reportADefectiveDisk) {
   calls.fail(SystemCall::write, 1, EIO);
-  expectFailureAndRecovery("Could not write the document data.");
+  expectFailureAndRecovery("Could not write the document data. The file is incomplete now.");
 }
 
 TEST_F(DocumentSavingFaults, reportAWriteThatMovesNothing) {
   calls.limitCount(SystemCall::write, FaultySystemCalls::kEvery, 0);
-  expectFailureAndRecovery("The document write stopped before all data was saved.");
+  expectFailureAndRecovery(
+      "The document write stopped before all data was saved. The file is incomplete now.");
 }
 
 TEST_F(DocumentSavingFaults, reportAFileThatMayNotBeWritten) {
@@ -72,7 +77,8 @@ TEST_F(DocumentSavingFaults, reportBytesThatDoNotReachTheDisk) {
   editor->perform("forwardSaveDocument:");
   const ScopedSystemCalls scope(calls);
   platform.executor.runOneWork();
-  platform.alerts.expect("Save Failed", Error::posix(EIO).message());
+  platform.alerts.expect("Save Failed",
+                         Error::posix(EIO).message() + " The file is incomplete now.");
   platform.executor.runAll();
   EXPECT_TRUE(editor.window->isEdited);
 }
@@ -82,7 +88,8 @@ TEST_F(DocumentSavingFaults, nameTheFailedWriteEvenWhenTheFileCannotBeLookedAtAf
   calls.before(SystemCall::write, 1,
                [&] { calls.fail(SystemCall::fstatat, FaultySystemCalls::kEvery, EIO); });
   const ScopedSystemCalls scope(calls);
-  platform.alerts.expect("Save Failed", "Could not write the document data.");
+  platform.alerts.expect("Save Failed",
+                         "Could not write the document data. The file is incomplete now.");
   save();
   EXPECT_TRUE(editor.window->isEdited);
   EXPECT_FALSE(editor->isBusy());
@@ -117,6 +124,65 @@ TEST_F(DocumentSavingFaults, neverAskAClosedWindowWhetherToOverwrite) {
   editor = {};
   platform.executor.runAll();
   EXPECT_EQ(TemporaryFolder::read(file), "other program");
+}
+
+/// The same with safety copies.
+class TornSaves : public DocumentSavingFaults {
+ protected:
+  TornSaves() : TornSaves(std::make_shared<MemorySafetyCopies>()) {}
+  explicit TornSaves(const std::shared_ptr<MemorySafetyCopies>& safetyCopies)
+      : DocumentSavingFaults(safetyCopies), copies(safetyCopies) {}
+
+  void tear() {
+    FaultySystemCalls faulty;
+    faulty.fail(SystemCall::write, 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    platform.alerts.expect("Save Failed",
+                           "Could not write the document data. The file is incomplete now. Its new "
+                           "bytes are kept for recovery.");
+    save();
+    EXPECT_THAT(copies->kept, testing::ElementsAre("Jello"));
+  }
+
+  const std::shared_ptr<MemorySafetyCopies> copies;
+};
+
+TEST_F(TornSaves, keepTheirCopyUntilALaterSaveSucceeds) {
+  tear();
+  save();
+  EXPECT_TRUE(copies->kept.empty());
+  EXPECT_FALSE(editor.document->unfinishedSave());
+}
+
+TEST_F(TornSaves, areNotForgottenByUndo) {
+  tear();
+  editor->perform("forwardUndo:");
+  EXPECT_TRUE(editor.document->isDocumentEdited()) << "the file has neither these bytes nor those";
+}
+
+TEST_F(TornSaves, keepTheirCopyWhenAnotherFileIsOpened) {
+  tear();
+  platform.alerts.expect("Replace Current Document?",
+                         "The current document has unsaved changes. Save before opening another "
+                         "file in this window?",
+                         "Don't Save");
+  editor->commands().replacement().openURLInCurrentWindow(folder.write("other.bin", "x"),
+                                                          [](auto) {});
+  platform.executor.runAll();
+  EXPECT_EQ(editor.text(), "x");
+  EXPECT_THAT(copies->kept, testing::ElementsAre("Jello"));
+}
+
+TEST_F(TornSaves, loseTheirCopyWhenTheWindowClosesWithoutSaving) {
+  tear();
+  platform.alerts.expect("Do you want to save the changes you made to \"data.bin\"?",
+                         "Your changes will be lost if you don't save them.", "Don't Save");
+  editor->requestClose([&](bool mayClose) {
+    ASSERT_TRUE(mayClose);
+    editor.window->closeWindow();
+  });
+  platform.executor.runAll();
+  EXPECT_TRUE(copies->kept.empty());
 }
 
 }  // namespace

@@ -24,9 +24,7 @@ class FileSaveTest : public test::FileAccessTest {
     return {SecureFileAccess::fileStatus(file, FollowSymlinks::yes), contentDigest(old.span())};
   }
 
-  FileSave::Written write(FileSave& save) const {
-    return save.write(bytes);
-  }
+  FileSave::Written write(FileSave& save) const { return save.write(bytes); }
 
   const ByteBuffer old = ByteBuffer(test::bytesOf("old bytes"));
   const ByteBuffer bytes = ByteBuffer(test::bytesOf("new"));
@@ -108,7 +106,9 @@ TEST_F(FileSaveTest, tellsWhatAFailedWriteHasMadeOfTheOwnFile) {
   FileSave save({.destination = file, .ownFile = file, .known = known()});
   save.prepare(bytes.size(), {});
   calls.fail(SystemCall::write, 1, ENOSPC);
-  EXPECT_THAT([&] { write(save); }, failsWithPosix(ENOSPC, "Could not write the document data."));
+  EXPECT_THAT(
+      [&] { write(save); },
+      failsWithPosix(ENOSPC, "Could not write the document data. The file is incomplete now."));
   ASSERT_TRUE(save.tornOwnFile());
   EXPECT_EQ(save.tornOwnFile()->status, SecureFileAccess::fileStatus(file, FollowSymlinks::yes));
   EXPECT_EQ(save.tornOwnFile()->digest, std::nullopt);

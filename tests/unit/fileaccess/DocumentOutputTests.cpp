@@ -124,8 +124,9 @@ TEST_F(DocumentOutput, reportsAReadOnlyFile) {
 TEST_F(DocumentOutput, reportsAFileThatMayNotBecomeSoLarge) {
   fs::permissions(data.path(), fs::perms(0666));
   fs::permissions(folder.path(), fs::perms::all);
-  EXPECT_EQ(test::inRestrictedProcess(100000, [&] { return test::errorText([&] { save(data); }); }),
-            std::to_string(EFBIG) + " Could not write the document data.");
+  EXPECT_EQ(
+      test::inRestrictedProcess(100000, [&] { return test::errorText([&] { save(data); }); }),
+      std::to_string(EFBIG) + " Could not write the document data. The file is incomplete now.");
 }
 
 TEST_F(DocumentOutput, resumesShortWrites) {
@@ -158,8 +159,10 @@ TEST_F(DocumentOutput, reportsEveryFailingCall) {
   EXPECT_EQ(folder.read("data.bin"), std::string(500000, 'o')) << "untouched so far";
   for (const int errorNumber : {ENOSPC, EIO, EDQUOT})
     saveFails(SystemCall::write, 1, errorNumber,
-              failsWithPosix(errorNumber, "Could not write the document data."));
-  saveFails(SystemCall::fsync, 1, EIO, failsWithPosix(EIO));
+              failsWithPosix(errorNumber,
+                             "Could not write the document data. The file is incomplete now."));
+  saveFails(SystemCall::fsync, 1, EIO,
+            failsWithPosix(EIO, Error::posix(EIO).message() + " The file is incomplete now."));
   saveFails(SystemCall::close, 1, ENOSPC, failsWithPosix(ENOSPC));
 }
 
@@ -202,7 +205,9 @@ TEST_F(DocumentOutput, reportsAWriteThatStops) {
   calls.limitCount(SystemCall::write, 1, 1000);
   calls.limitCount(SystemCall::write, 2, 0);
   EXPECT_THAT([&] { save(data); },
-              failsWithPosix(EIO, "The document write stopped before all data was saved."));
+              failsWithPosix(EIO,
+                             "The document write stopped before all data was saved. The file is "
+                             "incomplete now."));
 }
 
 TEST_F(DocumentOutput, reportsADirectoryThatCannotBeFlushed) {

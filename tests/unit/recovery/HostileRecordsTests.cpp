@@ -75,8 +75,8 @@ class HostileRecords : public RecoveryFixture {
 
 TEST_F(HostileRecords, aRecordIsReadAsItWasWrittenOrRefused) {
   const std::string payload = patternedText(300);
-  const std::string id =
-      records.leaveUnsaved(file, payload, {.caretOffset = 5, .selection = {5, 0}, .bookmarks = {1, 2, 300}});
+  const std::string id = records.leaveUnsaved(
+      file, payload, {.caretOffset = 5, .selection = {5, 0}, .bookmarks = {1, 2, 300}});
   const RecordHeader written = recovery.find(id).header();
   const Bytes original = bytesIn(records.path(id));
   const std::uint32_t seed = 20260301;

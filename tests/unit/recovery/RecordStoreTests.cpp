@@ -115,6 +115,18 @@ TEST_F(RecordStoreTest, namesARecordOnlyWhenItIsDurable) {
   EXPECT_EQ(calls.log().back(), SystemCall::fsync);
 }
 
+TEST_F(RecordStoreTest, tellsWhenThePayloadIsNotNeededAnyMore) {
+  auto lent = content();
+  int flushes = -1;
+  lent.payloadWasRead = [&] { flushes = calls.count(SystemCall::fsync); };
+  store.write(lent, test::bytesOf("new bytes"));
+  EXPECT_EQ(flushes, 3) << "the new directories only";
+  // What cannot be read again is not tried elsewhere.
+  calls.fail(SystemCall::fsync, calls.count(SystemCall::fsync) + 1, ENOSPC);
+  EXPECT_THROW(store.write(lent, test::bytesOf("new bytes")), Error);
+  EXPECT_THAT(folder.names(), testing::UnorderedElementsAre("data.bin", "state"));
+}
+
 TEST_F(RecordStoreTest, removesARecordDurably) {
   auto held = write();
   const int before = calls.count(SystemCall::fsync);

@@ -30,7 +30,7 @@ class SaveRecordsTest : public test::FileAccessTest {
             .ownFile = file,
             .known = KnownFile{SecureFileAccess::fileStatus(file, FollowSymlinks::no),
                                contentDigest(test::bytesOf(kOld))},
-            .safetyCopies = &safetyCopies};
+            .safetyCopies = safetyCopies};
   }
 
   /// A whole save; true if it says that it has saved.
@@ -76,7 +76,7 @@ class SaveRecordsTest : public test::FileAccessTest {
   }
 
   const RecordStore store{folder.location("state/recovery")};
-  SaveRecords safetyCopies{store};
+  const std::shared_ptr<SaveRecords> safetyCopies = std::make_shared<SaveRecords>(store);
   const FileLocation file = folder.write("data.bin", kOld);
   const ByteBuffer bytes = ByteBuffer(test::bytesOf(kNew));
   std::string message;
@@ -226,7 +226,7 @@ TEST_F(SaveRecordsTest, areNotGivenUpForADefectiveDisk) {
 TEST_F(SaveRecordsTest, areWrittenForNewFilesToo) {
   const auto fresh = folder.location("fresh.bin");
   calls.before(SystemCall::ftruncate, 1, [&] { EXPECT_EQ(store.list().size(), 1u); });
-  FileSave save({.destination = fresh, .safetyCopies = &safetyCopies});
+  FileSave save({.destination = fresh, .safetyCopies = safetyCopies});
   save.prepare(bytes.size(), {});
   save.secure(bytes, {});
   save.write(bytes);

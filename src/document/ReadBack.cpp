@@ -1,4 +1,4 @@
-#include "recovery/ReadBack.h"
+#include "document/ReadBack.h"
 
 #include "base/MessageDigest.h"
 #include "fileaccess/StableFile.h"

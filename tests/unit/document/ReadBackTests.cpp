@@ -1,4 +1,4 @@
-#include "recovery/ReadBack.h"
+#include "document/ReadBack.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
