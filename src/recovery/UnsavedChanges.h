@@ -32,7 +32,7 @@ class UnsavedChanges : public EditRecorder {
 
   /// Entries wait for so long after the journal was written.
   static constexpr std::chrono::milliseconds kBetweenFlushes{1000};
-  /// An edit waits no longer for the share of a snapshot under way.
+  /// An edit waits no longer for the share of a snapshot under way; after that it copies the bytes.
   static constexpr std::chrono::milliseconds kPatience{16};
 
   /// What its owner does for it.
