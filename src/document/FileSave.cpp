@@ -129,7 +129,7 @@ StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* pro
 }
 
 void FileSave::requireOnDisk() const {
-  if (safetyCopy_ && readBack(request_.destination).sha256 != safetyCopy_->sha256())
+  if (safetyCopy_ && readBackReserved(request_.destination).sha256 != safetyCopy_->sha256())
     throw Error::quillmor(2007, "The bytes read back from the disk are not those that were saved.");
 }
 

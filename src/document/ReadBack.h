@@ -19,4 +19,7 @@ struct ReadBack {
 /// Throws what `StableFile` does, and `Error::stopped()`. Any thread.
 ReadBack readBack(const FileLocation& location, TaskProgress* progress = nullptr);
 
+/// The same for a caller who holds a reservation of the file.
+ReadBack readBackReserved(const FileLocation& location);
+
 }  // namespace quillmor

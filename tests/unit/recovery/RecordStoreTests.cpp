@@ -184,7 +184,8 @@ TEST_F(RecordStoreTest, goesBesideTheDocumentWhereItsDirectoryCannotBeUsed) {
 }
 
 TEST_F(RecordStoreTest, findsARecordByTheNameOfItsFile) {
-  EXPECT_EQ(store.at(write()->location()).id, onlyRecord().id);
+  const FileLocation location = write()->location();
+  EXPECT_EQ(store.at(location).id, onlyRecord().id);
   const auto held = write();
   EXPECT_EQ(held->name(), held->id());
   calls.fail(SystemCall::openat, calls.count(SystemCall::openat) + 1, ENOSPC);

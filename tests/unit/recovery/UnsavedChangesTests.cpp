@@ -257,12 +257,12 @@ TEST_F(UnsavedChangesTest, leavesTheRecordsWhenItEndsOtherwise) {
   EXPECT_EQ(recoveredBytes(), bytes());
 }
 
-TEST_F(UnsavedChangesTest, leavesAnEditOfMoreThanAMebibyteToASnapshot) {
+TEST_F(UnsavedChangesTest, leavesAnEditLargerThanTheQueueToASnapshot) {
   open("abc");
   insert(0, Bytes(kMiB, 1));
   pass(0ms);
   EXPECT_EQ(recoveredBytes(), bytes());
-  insert(0, Bytes(kMiB + 1, 1));
+  insert(0, Bytes(16 * kMiB, 1));
   insert(0, {'1'});
   pass(2s);
   EXPECT_EQ(recovered()->entryCount, 1) << "no entry may follow the hole";
@@ -353,7 +353,7 @@ TEST_F(UnsavedChangesTest, keepsWhatIsQueuedAtOnceInTheJournal) {
 
 TEST_F(UnsavedChangesTest, keepsWhatOnlyASnapshotCanHave) {
   open("abc");
-  insert(0, Bytes(kMiB + 1, 1));
+  insert(0, Bytes(16 * kMiB, 1));
   EXPECT_TRUE(changes.keepNow());
   EXPECT_EQ(count(RecordKind::unsavedChanges), 1);
   EXPECT_EQ(recoveredBytes(), bytes());

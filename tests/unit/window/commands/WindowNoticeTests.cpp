@@ -211,9 +211,10 @@ TEST_F(WindowNotices, leaveTheStatusTextAlone) {
 }
 
 TEST_F(WindowNotices, giveTheReasonOfAFailedSaveDuringAndAfterItsAlert) {
-  const std::string notice = "Could not write the document data. (No space left on device)";
+  const std::string message = "Could not write the document data. The file is incomplete now.";
+  const std::string notice = message + " (No space left on device)";
   auto editor = openEdited(folder.write("data.bin", "hello"));
-  platform.alerts.expect("Save Failed", "Could not write the document data.");
+  platform.alerts.expect("Save Failed", message);
   std::string during;
   platform.alerts.duringNext([&] { during = editor.window->notice; });
   editor->perform("forwardSaveDocument:");
