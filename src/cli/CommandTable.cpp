@@ -47,7 +47,7 @@ const Options kTextOutput = {
 const Options kBytesOutput = {
     {"-o", {"OUT", "Write the changed bytes to this file", ValueKind::file}},
     {"--in-place", {"", "Save the changed bytes into FILE itself"}},
-    {"--verify", {"", "With --in-place: read FILE back from the disk and compare"}}};
+    {"--verify", {"", "With --in-place: read FILE back and compare"}}};
 
 const Options kMode = {
     {"--mode", {"MODE", "How texts are read", ValueKind::choice, kModes}},

@@ -205,8 +205,8 @@ INSTANTIATE_TEST_SUITE_P(Shells, CliEveryShellTest, testing::Values("bash", "zsh
 TEST_F(CliCompletionTest, givenOptionsAreNotOfferedAgain) {
   const std::vector<Question> questions = {
       {"find x --mode hex --backward --", {"--case-sensitive", "--encoding", "--from", "--help"}},
-      {"acpi-fix x -o y --", {"--help"}},
-      {"acpi-fix x --in-place -", {"-h", "--help"}}};
+      {"acpi-fix x -o y --", {"--help", "--verify"}},
+      {"acpi-fix x --in-place -", {"-h", "--help", "--verify"}}};
   expectAnswers("bash", questions);
   expectAnswers("zsh", questions);
 }

@@ -22,7 +22,7 @@ constexpr const char* kRule =
 class CliRecoverTest : public CliTest {
  protected:
   CliRun recover(const std::string& arguments) const {
-    return runShell("HOME=\"$PWD\" \"$CLI\" recover " + arguments);
+    return runShell("unset XDG_STATE_HOME; HOME=\"$PWD\" \"$CLI\" recover " + arguments);
   }
 
   void expectRun(const std::string& arguments, int status, const std::string& output,
