@@ -252,5 +252,15 @@ TEST_F(WindowMenusTest, theHexViewHasAContextMenu) {
   EXPECT_FALSE(menu);
 }
 
+TEST_F(WindowMenusTest, theContextMenuOpensByKeyboard) {
+  EditorWindow& window = open("first");
+  activate(window);
+  QTest::keyClick(&window.editorView(), Qt::Key_F10, Qt::ShiftModifier);
+  QPointer<QMenu> menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_TRUE(menu);
+  QTest::keyClick(menu, Qt::Key_Escape);
+  EXPECT_FALSE(QApplication::activePopupWidget());
+}
+
 }  // namespace
 }  // namespace quillmor::test

@@ -6,6 +6,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QShortcut>
 #include <algorithm>
 #include <utility>
 
@@ -113,15 +114,27 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
   std::erase_if(editorWindows_, [](const auto& held) { return held.isNull(); });
   editorWindows_.emplace_back(window);
   addMenus(*window, owner, window->menuBar());
-  HexEditorView& view = window->editorView();
-  view.setContextMenuPolicy(Qt::CustomContextMenu);
-  QObject::connect(&view, &QWidget::customContextMenuRequested, window,
-                   [window, &view](const QPoint& place) {
-                     if (auto* menus = menusOf(*window))
-                       menus->showContextMenu(view.viewport()->mapToGlobal(place));
-                   });
+  addContextMenu(*window);
   window->show();
   window->activateWindow();
+}
+
+/// The context menu of the hex view: at the pointer, and at the caret by keyboard. Not every
+/// platform sends the request for Shift+F10.
+void ApplicationWindows::addContextMenu(EditorWindow& window) {
+  HexEditorView& view = window.editorView();
+  const auto show = [&window, &view](const QPoint& place) {
+    if (auto* menus = menusOf(window)) menus->showContextMenu(view.viewport()->mapToGlobal(place));
+  };
+  view.setContextMenuPolicy(Qt::CustomContextMenu);
+  QObject::connect(&view, &QWidget::customContextMenuRequested, &window, show);
+  auto* key = new QShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10), &view);
+  key->setContext(Qt::WidgetShortcut);
+  QObject::connect(key, &QShortcut::activated, &window, [&window, &view, show] {
+    const Rect caret = window.controller().editor().caretDrawingRect();
+    const Point scrolled = view.scrollPosition();
+    show(QPointF(caret.x - scrolled.x, caret.y + caret.height - scrolled.y).toPoint());
+  });
 }
 
 void ApplicationWindows::addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,

@@ -58,6 +58,8 @@ class ApplicationWindows : public ApplicationSurface {
   void addMenus(QWidget& window, const std::weak_ptr<HexWindowController>& owner,
                 QMenuBar* menuBar = nullptr);
 
+  static void addContextMenu(EditorWindow& window);
+
   const PlatformServices platform_;
   SearchHistories searchHistories_;
   AppDelegate* delegate_ = nullptr;
