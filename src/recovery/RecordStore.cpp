@@ -48,10 +48,10 @@ ListedRecord listed(const RecordDirectory& directory, const std::string& name, s
   auto header = resultOf([&] {
     const RecordFile file = RecordFile::open(directory, name);
     record.byteCount = file.byteCount();
-    record.belongsToRunningProcess = file.isHeld();
-    RecordHeader read = file.header();
-    record.belongsToRunningProcess = file.isHeld(&read);
-    return read;
+    auto read = resultOf([&] { return file.header(); });
+    record.belongsToRunningProcess = file.isHeld(read.isOk() ? &read.value() : nullptr);
+    if (!read.isOk()) throw read.error();
+    return std::move(read.value());
   });
   if (header.isOk()) {
     record.header = std::move(header.value());

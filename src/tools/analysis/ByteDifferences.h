@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -25,6 +26,20 @@ void forEachDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t
     for (std::size_t i = 0; i < byteMaskCount(pieceSize); ++i) {
       if (masks[i] != 0) onDifferences(begin + i * kBytesPerMask, masks[i]);
     }
+  }
+}
+
+/// Calls `onRun(first, count)` for each run of set bits, from the lowest on.
+template <class OnRun>
+void forEachRun(std::uint64_t mask, OnRun onRun) {
+  int at = 0;
+  while (mask != 0) {
+    const int skipped = std::countr_zero(mask);
+    mask >>= skipped;
+    const int length = std::countr_one(mask);
+    onRun(at + skipped, length);
+    at += skipped + length;
+    mask = length < 64 ? mask >> length : 0;
   }
 }
 

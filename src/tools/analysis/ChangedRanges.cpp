@@ -1,7 +1,6 @@
 #include "tools/analysis/ChangedRanges.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "base/HexText.h"
 #include "tools/analysis/ByteDifferences.h"
@@ -40,14 +39,12 @@ void ChangedRanges::compare(Bytes oldBytes, Bytes newBytes) {
   const std::int64_t start = position_;
   forEachDifference(oldBytes.data(), newBytes.data(), oldBytes.size(), TaskProgress(),
                     [&](std::size_t place, std::uint64_t mask) {
-                      while (mask != 0) {
-                        const auto first = static_cast<std::size_t>(std::countr_zero(mask));
-                        const auto count = static_cast<std::size_t>(std::countr_one(mask >> first));
-                        extend(start + static_cast<std::int64_t>(place + first),
-                               oldBytes.subspan(place + first, count),
-                               newBytes.subspan(place + first, count));
-                        mask &= count == 64 ? 0 : ~(((std::uint64_t{1} << count) - 1) << first);
-                      }
+                      forEachRun(mask, [&](int first, int count) {
+                        const std::size_t at = place + static_cast<std::size_t>(first);
+                        const auto length = static_cast<std::size_t>(count);
+                        extend(start + static_cast<std::int64_t>(at), oldBytes.subspan(at, length),
+                               newBytes.subspan(at, length));
+                      });
                     });
   position_ = start + std::ssize(oldBytes);
 }

@@ -1,7 +1,6 @@
 #include "tools/analysis/DifferingRanges.h"
 
 #include <algorithm>
-#include <bit>
 #include <optional>
 
 #include "base/HexText.h"
@@ -52,19 +51,6 @@ class RangeJoiner {
   std::int64_t count_ = 0;
 };
 
-/// Adds the runs of set bits of `mask`, whose lowest bit stands for the byte at `offset`.
-void addRuns(std::int64_t offset, std::uint64_t mask, RangeJoiner& joiner) {
-  int at = 0;
-  while (mask != 0) {
-    const int skipped = std::countr_zero(mask);
-    mask >>= skipped;
-    const int length = std::countr_one(mask);
-    joiner.add(offset + at + skipped, length);
-    at += skipped + length;
-    mask = length < 64 ? mask >> length : 0;
-  }
-}
-
 std::string lengthText(const DifferingRange& range) {
   std::string text = std::to_string(range.length);
   if (range.length != range.otherLength) text += " -> " + std::to_string(range.otherLength);
@@ -98,7 +84,9 @@ std::int64_t forEachDifferingRange(const ComparedBytes& compared, TaskProgress& 
     forEachDifference(compared.bytes.data() + begin, compared.others.data() + begin,
                       static_cast<std::size_t>(length), progress,
                       [&](std::size_t place, std::uint64_t mask) {
-                        addRuns(begin + static_cast<std::int64_t>(place), mask, joiner);
+                        forEachRun(mask, [&](int first, int runLength) {
+                          joiner.add(begin + static_cast<std::int64_t>(place) + first, runLength);
+                        });
                       });
     progress.advance(length);
   }

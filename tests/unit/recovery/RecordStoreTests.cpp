@@ -101,6 +101,24 @@ TEST_F(RecordStoreTest, knowsRecordsOfLivingProcesses) {
   EXPECT_THAT(recordNames(), testing::IsEmpty());
 }
 
+TEST_F(RecordStoreTest, knowsThemByTheirProcessWhereThereAreNoLocks) {
+  calls.fail(SystemCall::flock, test::FaultySystemCalls::kEvery, ENOLCK);
+  write();
+  EXPECT_TRUE(onlyRecord().belongsToRunningProcess) << "this process lives";
+  // After another start of the system the number of the process means nothing.
+  calls.fail(SystemCall::pread, calls.count(SystemCall::pread) + 2, EIO);
+  EXPECT_FALSE(onlyRecord().belongsToRunningProcess);
+}
+
+TEST_F(RecordStoreTest, listsWhatLiesBesideTheDocumentsOfItsRecords) {
+  const std::string id = write()->id();
+  calls.fail(SystemCall::openat, calls.count(SystemCall::openat) + 1, ENOSPC);
+  const std::string besideID = write()->id();
+  std::vector<std::string> ids;
+  for (const ListedRecord& record : store.list()) ids.push_back(record.id);
+  EXPECT_THAT(ids, testing::UnorderedElementsAre(id, besideID));
+}
+
 TEST_F(RecordStoreTest, namesARecordOnlyWhenItIsDurable) {
   std::vector<std::string> namesBefore;
   calls.before(SystemCall::renameat, 1, [&] {

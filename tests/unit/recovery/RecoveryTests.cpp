@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "support/ErrorMatchers.h"
+#include "support/FaultySystemCalls.h"
 #include "support/RecoveryFixture.h"
 
 namespace quillmor::test {
@@ -45,6 +46,19 @@ TEST_F(RecoveryTest, removesSilentlyWhatTheFileHasAlready) {
     EXPECT_THAT(offeredIDs(), IsEmpty());
     EXPECT_FALSE(records.exists(id));
   }
+}
+
+TEST_F(RecoveryTest, keepsWhatTheFileMayHaveInMemoryOnly) {
+  const std::string id = records.leave(RecordKind::save, file, "on disk");
+  {
+    FaultySystemCalls faulty;
+    faulty.fail(SystemCall::fsync, FaultySystemCalls::kEvery, EIO);
+    const ScopedSystemCalls scope(faulty);
+    EXPECT_THAT(offeredIDs(), IsEmpty());
+    EXPECT_TRUE(records.exists(id));
+  }
+  EXPECT_THAT(offeredIDs(), IsEmpty());
+  EXPECT_FALSE(records.exists(id));
 }
 
 TEST_F(RecoveryTest, neverRemovesWhatDiffersInOneByteOrInItsLength) {
