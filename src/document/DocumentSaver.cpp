@@ -107,7 +107,7 @@ void DocumentSaver::written(const std::shared_ptr<Job>& job, Overwriting overwri
     job->document->didSave(std::move(written.realLocation), written.file, job->token);
     return job->end(DocumentSaveResult::success);
   }
-  if (job->save.lacksSafetyCopy()) {
+  if (job->save.lacksSafetyCopy() && !job->goesWithoutCopy) {
     if (!job->hooks.confirmSavingWithoutSafetyCopy || !job->hooks.confirmSavingWithoutSafetyCopy())
       return job->end(DocumentSaveResult::cancelled);
     job->goesWithoutCopy = true;

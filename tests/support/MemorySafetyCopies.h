@@ -18,12 +18,15 @@ class MemorySafetyCopies : public SafetyCopies {
   std::vector<std::string> kept;
   /// What is said to be their SHA-256.
   std::string digest;
+  /// The error of every attempt to keep a copy.
+  std::optional<Error> failure;
 
   std::unique_ptr<SafetyCopy> keep(const FileLocation& destination,
                                    const std::optional<StableFileStatus>&,
                                    std::span<const std::uint8_t> bytes, const EditorPlaces&,
                                    TaskProgress* progress) override {
     if (progress != nullptr) progress->checkpoint();
+    if (failure) throw *failure;
     kept.emplace_back(bytes.begin(), bytes.end());
     return std::make_unique<Copy>(destination, kept, digest);
   }

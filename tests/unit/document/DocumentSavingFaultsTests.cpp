@@ -185,5 +185,41 @@ TEST_F(TornSaves, loseTheirCopyWhenTheWindowClosesWithoutSaving) {
   EXPECT_TRUE(copies->kept.empty());
 }
 
+TEST_F(TornSaves, haveNoCopyOnlyWhenTheUserWantsIt) {
+  const auto expectQuestion = [&](const std::string& answer) {
+    platform.alerts.expect(
+        "Save Without a Safety Copy?",
+        "There is no room for a copy of the new bytes, neither in Quillmor's own folder nor beside "
+        "the file. If saving is interrupted, the old and the new bytes can be lost.",
+        answer);
+  };
+  copies->failure = Error::posix(ENOSPC);
+  expectQuestion("Cancel");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+  // A failure of such a save is told like any other, and asked about once.
+  expectQuestion("Save Anyway");
+  platform.alerts.expect("Save Failed",
+                         "Could not write the document data. The file is incomplete now.");
+  {
+    FaultySystemCalls faulty;
+    faulty.fail(SystemCall::write, 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    save();
+  }
+  expectQuestion("Save Anyway");
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "Jello");
+  EXPECT_FALSE(editor.window->isEdited);
+}
+
+TEST_F(TornSaves, areNotBegunWhenTheDiskOfTheCopyIsDefective) {
+  copies->failure = Error::posix(EIO);
+  platform.alerts.expect("Save Failed", Error::posix(EIO).message());
+  save();
+  EXPECT_EQ(TemporaryFolder::read(file), "hello");
+  EXPECT_TRUE(editor.window->isEdited);
+}
+
 }  // namespace
 }  // namespace quillmor::test
