@@ -99,7 +99,14 @@ void WindowUnderFaults::saveAgain() {
     // The window manager may need a moment more.
     waitUntil([this] { return desktop().activeWindowTitle() != kAlertTitle; });
   }
-  save();
+  // Nothing would tell the end of one more save from its beginning.
+  if (!isSaved()) save();
+}
+
+std::vector<std::string> WindowUnderFaults::leftBehind() const {
+  // The records of unsaved changes go on another thread, after the title has changed.
+  waitUntil([this] { return trial_.strayFiles().empty(); });
+  return trial_.strayFiles();
 }
 
 Outcome WindowUnderFaults::outcomeWithoutEditor() const {

@@ -32,8 +32,10 @@ class WindowUnderFaults : public BlackBoxTest, public testing::WithParamInterfac
   void save();
   /// True if the title says that the document is saved in the file.
   bool isSaved() const;
-  /// Answers all alerts as Return does, and saves once more.
+  /// Answers all alerts as Return does, and saves what is not saved yet.
   void saveAgain();
+  /// What a save leaves behind when all threads are done.
+  std::vector<std::string> leftBehind() const;
   /// Takes the editor away, whatever it shows.
   void takeAway();
 
