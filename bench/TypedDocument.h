@@ -53,6 +53,7 @@ class TypedDocument {
     editor().setMaximumByteCount(2 * byteCount);
   }
 
+  EditSession& session() { return session_; }
   HexEditorState& editor() { return session_.editor(); }
   ByteBuffer& bytes() { return document_->storage()->bytes; }
   void placeAt(std::int64_t percent) { editor().setCaretOffset(bytes().size() / 100 * percent); }

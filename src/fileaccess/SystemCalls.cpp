@@ -77,6 +77,10 @@ int SystemCalls::fallocate(int descriptor, int mode, off_t offset, off_t length)
   return ::fallocate(descriptor, mode, offset, length);
 }
 
+int SystemCalls::sync_file_range(int descriptor, off_t offset, off_t length, unsigned flags) {
+  return ::sync_file_range(descriptor, offset, length, flags);
+}
+
 int SystemCalls::statvfs(const char* path, struct statvfs* status) {
   return ::statvfs(path, status);
 }

@@ -44,6 +44,7 @@ class SystemCalls {
 
   virtual int ftruncate(int descriptor, off_t length);
   virtual int fallocate(int descriptor, int mode, off_t offset, off_t length);
+  virtual int sync_file_range(int descriptor, off_t offset, off_t length, unsigned flags);
   virtual int statvfs(const char* path, struct statvfs* status);
   virtual int fchmod(int descriptor, mode_t mode);
   virtual int fsync(int descriptor);

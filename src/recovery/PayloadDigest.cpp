@@ -62,10 +62,10 @@ PayloadDigest::~PayloadDigest() {
 }
 
 Sha256 PayloadDigest::finished() {
-  if (!thread_.joinable()) return sha256(bytes_);
-  thread_.join();
+  if (thread_.joinable()) thread_.join();
   if (failure_) std::rethrow_exception(failure_);
-  return digest_;
+  if (!digest_) digest_ = sha256(bytes_);
+  return *digest_;
 }
 
 }  // namespace quillmor

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <span>
 #include <thread>
 
@@ -25,13 +26,14 @@ class PayloadDigest {
   PayloadDigest(const PayloadDigest&) = delete;
   PayloadDigest& operator=(const PayloadDigest&) = delete;
 
-  /// Waits for the digest; called once. Throws code 2401 when the library fails.
+  /// Waits for the digest. Reads none of the bytes once it has returned, or been called before.
+  /// Throws code 2401 when the library fails.
   Sha256 finished();
 
  private:
   std::span<const std::uint8_t> bytes_;
   std::atomic<bool> isAbandoned_{false};
-  Sha256 digest_{};
+  std::optional<Sha256> digest_;
   std::exception_ptr failure_;
   std::thread thread_;
 };

@@ -109,7 +109,7 @@ std::vector<std::uint8_t> encodedBookmarks(const std::vector<std::int64_t>& book
 
 std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> directory,
                                       RecordContent& content, std::span<const std::uint8_t> payload,
-                                      TaskProgress* progress) {
+                                      PayloadDigest& digest, TaskProgress* progress) {
   RecordHeader& header = content.header;
   const std::string id = newRecordID(header.path);
   UnfinishedRecord record(directory, recordFileName(id, header.path, directory->isPrivate()));
@@ -118,15 +118,12 @@ std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> dir
       RecordHeader::kByteCount + std::ssize(payload) + std::ssize(bookmarks);
   reserve(record.handle(), byteCount);
   if (progress != nullptr) progress->setTotal(std::ssize(payload));
-  {
-    // The header goes first as zeros, which no reader takes for one.
-    PayloadDigest digest(payload);
-    const std::vector<std::uint8_t> noHeader(RecordHeader::kByteCount);
-    SecureFileAccess::writeAll(noHeader, record.handle(), kWriteMessages);
-    writePayload(payload, record.handle(), progress);
-    SecureFileAccess::writeAll(bookmarks, record.handle(), kWriteMessages);
-    header.payloadDigest = digest.finished();
-  }
+  // The header goes first as zeros, which no reader takes for one.
+  const std::vector<std::uint8_t> noHeader(RecordHeader::kByteCount);
+  SecureFileAccess::writeAll(noHeader, record.handle(), kWriteMessages);
+  writePayload(payload, record.handle(), progress);
+  SecureFileAccess::writeAll(bookmarks, record.handle(), kWriteMessages);
+  header.payloadDigest = digest.finished();
   if (const auto once = std::exchange(content.payloadWasRead, nullptr)) once();
   writeHeader(header, record.handle());
   if (progress != nullptr) progress->checkpoint();
@@ -186,17 +183,23 @@ FileLocation HeldRecord::location() const {
 }
 
 void HeldRecord::remove() {
-  directory_->remove(fileName_);
+  removeWithoutFlushing();
   directory_->synchronize();
+}
+
+void HeldRecord::removeWithoutFlushing() {
+  directory_->remove(fileName_);
 }
 
 std::unique_ptr<HeldRecord> RecordStore::write(RecordContent content,
                                                std::span<const std::uint8_t> payload,
                                                TaskProgress* progress) const {
+  // The other thread has a start on the disk.
+  PayloadDigest digest(payload);
   complete(content, std::ssize(payload));
   const bool isLent = content.payloadWasRead != nullptr;
   const auto make = [&](auto directory) {
-    return writeInto(std::move(directory), content, payload, progress);
+    return writeInto(std::move(directory), content, payload, digest, progress);
   };
   const auto hasPayload = [&] { return !isLent || content.payloadWasRead; };
   return inSomeDirectory(directory_, content.header.path, make, hasPayload);

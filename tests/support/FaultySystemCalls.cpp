@@ -142,6 +142,11 @@ int FaultySystemCalls::fallocate(int descriptor, int mode, off_t offset, off_t l
   return SystemCalls::fallocate(descriptor, mode, offset, length);
 }
 
+int FaultySystemCalls::sync_file_range(int descriptor, off_t offset, off_t length, unsigned flags) {
+  if (!admits(SystemCall::sync_file_range)) return -1;
+  return SystemCalls::sync_file_range(descriptor, offset, length, flags);
+}
+
 int FaultySystemCalls::statvfs(const char* path, struct statvfs* status) {
   return admits(SystemCall::statvfs) ? SystemCalls::statvfs(path, status) : -1;
 }

@@ -27,6 +27,7 @@ enum class SystemCall {
   realpath,
   ftruncate,
   fallocate,
+  sync_file_range,
   statvfs,
   fchmod,
   fsync,
@@ -107,6 +108,7 @@ class FaultySystemCalls final : public SystemCalls {
   char* realpath(const char* path, char* resolved) override;
   int ftruncate(int descriptor, off_t length) override;
   int fallocate(int descriptor, int mode, off_t offset, off_t length) override;
+  int sync_file_range(int descriptor, off_t offset, off_t length, unsigned flags) override;
   int statvfs(const char* path, struct statvfs* status) override;
   int fchmod(int descriptor, mode_t mode) override;
   int fsync(int descriptor) override;

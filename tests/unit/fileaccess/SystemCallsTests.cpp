@@ -223,6 +223,22 @@ TEST_F(FileDescriptorTest, isWrittenInSlices) {
   EXPECT_THAT(calls.requestedCounts(SystemCall::write), testing::ElementsAre(kSlice, 3U));
 }
 
+/// The disk is told to begin after each whole slice. That is a hint and may fail.
+TEST_F(FileDescriptorTest, letsTheDiskBeginEarly) {
+  constexpr std::size_t kSlice = 8388608;
+  const std::vector<std::pair<std::size_t, int>> hints = {
+      {kSlice - 1, 0}, {kSlice, 1}, {kSlice + 1, 1}, {2 * kSlice, 2}};
+  calls.fail(SystemCall::sync_file_range, FaultySystemCalls::kEvery, EIO);
+  for (const auto& [size, count] : hints) {
+    const int before = calls.count(SystemCall::sync_file_range);
+    const std::string content = test::patternedText(size);
+    const FileDescriptor handle = openForWriting("of" + std::to_string(size));
+    writeAll(test::bytesOf(content), handle, messages);
+    EXPECT_EQ(folder.read("of" + std::to_string(size)), content);
+    EXPECT_EQ(calls.count(SystemCall::sync_file_range) - before, count) << size;
+  }
+}
+
 TEST_F(FileDescriptorTest, reportsFailedAndEmptyWrites) {
   const FileDescriptor handle = openForWriting("a");
   calls.fail(SystemCall::write, 1, ENOSPC);
