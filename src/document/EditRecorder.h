@@ -20,14 +20,20 @@ struct RecordedEdit {
   HexSelection selection = {};
 };
 
-/// Told of every change of a document's bytes, before and after it. Main thread.
+/// Told of every edit of a document's bytes, before and after it. What puts other bytes in their
+/// place without an edit, such as opening another file, is not told. Main thread.
 class EditRecorder {
  public:
   virtual ~EditRecorder() = default;
 
-  /// Bytes are about to change: the moment to let go of a copy that shares their memory. The change
-  /// may still fail; then nothing more is said of it.
-  virtual void willEdit() noexcept = 0;
+  /// The bytes of `range`, which lies within the document, are about to be replaced: the moment to
+  /// look at them, and to let go of a copy that shares the document's memory. The change may still
+  /// fail.
+  virtual void willEdit(HexSelection range) noexcept = 0;
+
+  /// The announced change has failed; the bytes are as they were. Also called when none was
+  /// announced.
+  virtual void editDidNotHappen() noexcept = 0;
 
   /// The change has happened and is accounted for; caret and selection are in their new place. It
   /// cannot be refused, and this must not fail: a recorder that has no memory for it falls back on

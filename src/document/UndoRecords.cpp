@@ -73,6 +73,7 @@ void UndoRecords::restoreEditRecord(const UndoEditRecord& record, const std::str
     manager_->commit(stepOf(
         captureEdit(range, record.restoreBytes.size(), record.bookmarks.has_value()), actionName));
   }
+  editor_.willRestore(range);
   storage.bytes.replace(range.start, range.length, record.restoreBytes.span());
   if (bookmarks) restoreBookmarks(*std::move(bookmarks));
   restoreCaretAndSelection(record.caretOffset, record.selection);
@@ -87,10 +88,12 @@ void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
   auto bookmarks = snapshot.bookmarks;
   if (storage.count() <= maxUndoSnapshotBytes)
     manager_->commit(stepOf(captureSnapshot(), actionName));
-  const ByteBuffer before = std::exchange(storage.bytes, snapshot.bytes);
+  const ReplacedRange range = replacedRange(storage.bytes.span(), snapshot.bytes.span());
+  editor_.willRestore({range.offset, range.removedCount});
+  storage.bytes = snapshot.bytes;
   restoreBookmarks(std::move(bookmarks));
   restoreCaretAndSelection(snapshot.caretOffset, snapshot.selection);
-  editor_.didRestore(replacedRange(before.span(), storage.bytes.span()));
+  editor_.didRestore(range);
 }
 
 UndoEditRecord UndoRecords::captureEdit(HexSelection range, std::int64_t replacementLength,

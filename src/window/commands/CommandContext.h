@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/Result.h"
+#include "document/EditHistory.h"
 #include "editor/EditSession.h"
 #include "window/commands/BackgroundTaskFrame.h"
 #include "window/commands/DocumentLock.h"
@@ -34,6 +35,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   EditSession& session() { return session_; }
   HexDocument& document() { return session_.document(); }
   HexEditorState& editor() { return session_.editor(); }
+  EditHistory& history() { return history_; }
   const PlatformServices& platform() const { return platform_; }
   DocumentController& documents() { return documents_; }
   DocumentSaver& saver() { return saver_; }
@@ -163,6 +165,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   DocumentLock documentLock_;
   const std::function<std::weak_ptr<void>()> owner_;
   EditorWindowSurface* window_ = nullptr;
+  EditHistory history_;
   EditSession session_;
   WindowMessages messages_{platform_, session_, [this] { return window_; }};
   BackgroundTaskFrame frame_;

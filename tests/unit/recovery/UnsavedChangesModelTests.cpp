@@ -128,7 +128,8 @@ TEST_F(UnsavedChangesModelTest, losesNothingForGoodWhenAnyOneCallFails) {
                           {.places = [] { return EditorPlaces{}; },
                            .didFail = [&](const Error& error) { reported.push_back(error); },
                            .now = [this] { return now; }});
-      session.setEditRecorder(&kept);
+      session.removeEditRecorder(changes);
+      session.addEditRecorder(kept);
       FaultySystemCalls calls;
       calls.failCall(number, ENOSPC);
       {
@@ -157,7 +158,8 @@ TEST_F(UnsavedChangesModelTest, losesNothingForGoodWhenAnyOneCallFails) {
       EXPECT_TRUE(isThere) << number;
       kept.discard();
       platform.executor.runAll();
-      session.setEditRecorder(nullptr);
+      session.removeEditRecorder(kept);
+      session.addEditRecorder(changes);
     }
     // The records beside the document are gone as well.
     EXPECT_TRUE(ownStore.list().empty()) << number;

@@ -248,10 +248,11 @@ TEST_F(UnsavedChangesTest, leavesTheRecordsWhenItEndsOtherwise) {
   {
     UnsavedChanges other(document, platform.executor, &store,
                          {.places = [] { return EditorPlaces{}; }});
-    session.setEditRecorder(&other);
+    session.removeEditRecorder(changes);
+    session.addEditRecorder(other);
     insert(0, {'1'});
     platform.executor.runAll();
-    session.setEditRecorder(nullptr);
+    session.removeEditRecorder(other);
   }
   platform.executor.runAll();
   EXPECT_EQ(recoveredBytes(), bytes());
@@ -326,7 +327,8 @@ TEST_F(UnsavedChangesTest, beginsAnewWhenItsFileIsNotTheOneThatItBeganWith) {
 TEST_F(UnsavedChangesTest, keepsNothingWithoutAStore) {
   UnsavedChanges none(document, platform.executor, nullptr,
                       {.places = [] { return EditorPlaces{}; }});
-  session.setEditRecorder(&none);
+  session.removeEditRecorder(changes);
+  session.addEditRecorder(none);
   insert(0, {'1'});
   none.documentDidChange();
   none.contentWasReplaced();
