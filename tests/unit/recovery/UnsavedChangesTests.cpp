@@ -6,6 +6,7 @@
 #include <random>
 
 #include "document/DocumentLoader.h"
+#include "support/FailingAllocation.h"
 #include "support/FaultySystemCalls.h"
 #include "support/UnsavedChangesFixture.h"
 
@@ -323,6 +324,23 @@ TEST_F(UnsavedChangesTest, beginsAnewWhenItsFileIsNotTheOneThatItBeganWith) {
   EXPECT_EQ(recoveredBytes(), bytes());
   EXPECT_EQ(count(RecordKind::journal), 0);
 }
+
+#if QUILLMOR_NEW_CAN_FAIL
+
+TEST_F(UnsavedChangesTest, recordsWhatComesAfterAnEditThatFailed) {
+  open("abc");
+  {
+    const FailingAllocation failing;
+    EXPECT_THROW(insert(0, {'1'}), std::bad_alloc);
+  }
+  // No edit: only the document can tell of it.
+  document->makeSavedStateUnreachable();
+  changes.documentDidChange();
+  pass(5s);
+  EXPECT_EQ(recoveredBytes(), bytes());
+}
+
+#endif
 
 TEST_F(UnsavedChangesTest, keepsNothingWithoutAStore) {
   UnsavedChanges none(document, platform.executor, nullptr,
