@@ -329,9 +329,10 @@ TEST_F(UnsavedChangesTest, beginsAnewWhenItsFileIsNotTheOneThatItBeganWith) {
 
 TEST_F(UnsavedChangesTest, recordsWhatComesAfterAnEditThatFailed) {
   open("abc");
+  const Bytes inserted{'1'};
   {
     const FailingAllocation failing;
-    EXPECT_THROW(insert(0, {'1'}), std::bad_alloc);
+    EXPECT_THROW(insert(0, inserted), std::bad_alloc);
   }
   // No edit: only the document can tell of it.
   document->makeSavedStateUnreachable();
