@@ -77,14 +77,18 @@ std::vector<HistoryStep> EditHistory::stepsFrom(std::int64_t state) const {
 
 /// Bytes that are shown anyway are kept without memory of their own. So no key that is typed takes
 /// any, or a share of a small document.
-void EditHistory::willEdit(HexSelection range) noexcept {
+void EditHistory::willEdit(HexSelection range, const ByteBuffer* removed) noexcept {
   removed_ = {};
   if (!isEnabled_) return;
   removed_.count = range.length;
   const ByteBuffer& bytes = bytes_();
   copyHead(bytes, range.start, range.length, removed_.head);
   if (range.length <= kShown || range.length > kMaxKeptBytes) return;
-  resultOf([&] { return removed_.bytes = bytes.slice(range.start, range.length), Done(); });
+  if (removed != nullptr) {
+    removed_.bytes = *removed;
+  } else {
+    resultOf([&] { return removed_.bytes = bytes.slice(range.start, range.length), Done(); });
+  }
 }
 
 void EditHistory::didEdit(const RecordedEdit& edit) noexcept {

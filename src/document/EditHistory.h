@@ -98,9 +98,10 @@ class EditHistory : public EditRecorder {
   void setObserver(std::function<void()> changed) { changed_ = std::move(changed); }
 
   // EditRecorder
-  void willEdit(HexSelection range) noexcept override;
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override;
   void editDidNotHappen() noexcept override { removed_ = {}; }
   void didEdit(const RecordedEdit& edit) noexcept override;
+  void didTakeStorage() noexcept override { clear(); }
 
  private:
   /// What an edit is about to remove.

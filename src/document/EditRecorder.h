@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/ByteBuffer.h"
 #include "document/HexSelection.h"
 
 namespace quillmor {
@@ -20,16 +21,15 @@ struct RecordedEdit {
   HexSelection selection = {};
 };
 
-/// Told of every edit of a document's bytes, before and after it. What puts other bytes in their
-/// place without an edit, such as opening another file, is not told. Main thread.
+/// Told of every edit of a document's bytes, before and after it. Main thread.
 class EditRecorder {
  public:
   virtual ~EditRecorder() = default;
 
   /// The bytes of `range`, which lies within the document, are about to be replaced: the moment to
   /// look at them, and to let go of a copy that shares the document's memory. The change may still
-  /// fail.
-  virtual void willEdit(HexSelection range) noexcept = 0;
+  /// fail. `removed` are these bytes where there is a copy of them already, else null.
+  virtual void willEdit(HexSelection range, const ByteBuffer* removed) noexcept = 0;
 
   /// The announced change has failed; the bytes are as they were. Also called when none was
   /// announced.
@@ -39,6 +39,10 @@ class EditRecorder {
   /// cannot be refused, and this must not fail: a recorder that has no memory for it falls back on
   /// something that needs none.
   virtual void didEdit(const RecordedEdit& edit) noexcept = 0;
+
+  /// The session edits other bytes from now on, which have come about by no edit: those of another
+  /// file, or those on disk.
+  virtual void didTakeStorage() noexcept {}
 };
 
 }  // namespace quillmor

@@ -12,6 +12,9 @@ namespace {
 
 constexpr const char* kTyping = "Edit";
 
+/// Recorders look at so few bytes themselves.
+constexpr std::int64_t kFewBytes = 16;
+
 /// The smallest change where it is found at once; larger documents count as changed all over.
 ReplacedRange replacedByInstalling(const ByteBuffer& before, const ByteBuffer& after) {
   constexpr std::int64_t kMost = UndoRecords::maxUndoSnapshotBytes;
@@ -54,7 +57,7 @@ void EditSession::goTo(const EditPlace& place) {
 }
 
 void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> bytes) {
-  announcing(edit.range, [&] {
+  announcing(edit, [&] {
     ByteBuffer& content = document_->storage()->bytes;
     const bool isOverwrite = edit.range.length == std::ssize(bytes);
     // An overwrite needs no memory once the bytes are the document's own. One of all bytes leaves
@@ -67,7 +70,7 @@ void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> byt
 }
 
 void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
-  announcing(edit.range, [&] {
+  announcing(edit, [&] {
     const std::int64_t insertedCount = wholeDocument.size() - (byteCount() - edit.range.length);
     AnnouncedEdit announced = announcementOf(edit, insertedCount);
     document_->storage()->bytes = std::move(wholeDocument);
@@ -78,7 +81,7 @@ void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
 void EditSession::installDocument(ByteBuffer bytes, std::vector<std::int64_t> bookmarks,
                                   const std::string& actionName, const EditPlace& after) {
   const ReplacedRange replaced = replacedByInstalling(this->bytes(), bytes);
-  announcing({replaced.offset, replaced.removedCount}, [&] {
+  announcing({replaced.offset, replaced.removedCount}, nullptr, [&] {
     AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size()),
                             .actionName = actionName,
                             .replaced = replaced};
@@ -122,6 +125,7 @@ void EditSession::takeStorage(std::shared_ptr<HexStorage> storage,
   editor_.setStorage(std::move(storage));
   editor_.placeCaretAndSelection(clampedToCount(kept.caretOffset, count),
                                  kept.selection.normalized(count));
+  for (EditRecorder* const recorder : recorders_) recorder->didTakeStorage();
 }
 
 void EditSession::showStorage() {
@@ -138,7 +142,7 @@ void EditSession::close() {
 void EditSession::announceEdit(std::int64_t start, std::int64_t removedCount,
                                std::int64_t insertedCount) {
   RangeEdit typed{.range = {start, removedCount}, .actionName = kTyping, .after = {}};
-  announcing(typed.range, [&] {
+  announcing(typed, [&] {
     announcedEdit_.reset();
     announcedEdit_ = announcementOf(typed, insertedCount);
   });
@@ -223,8 +227,8 @@ void EditSession::accountForSecondDigit() {
 
 /// Makes an edit with `change`, which throws when it has not happened.
 template <class Change>
-void EditSession::announcing(HexSelection range, const Change& change) {
-  willEdit(range);
+void EditSession::announcing(HexSelection range, const ByteBuffer* removed, const Change& change) {
+  willEdit(range, removed);
   try {
     change();
   } catch (...) {
@@ -233,8 +237,19 @@ void EditSession::announcing(HexSelection range, const Change& change) {
   }
 }
 
-void EditSession::willEdit(HexSelection range) noexcept {
-  for (EditRecorder* const recorder : recorders_) recorder->willEdit(range);
+/// The same; one copy of what is removed serves undo and the recorders.
+template <class Change>
+void EditSession::announcing(RangeEdit& edit, const Change& change) {
+  const std::int64_t length = edit.range.length;
+  if (!edit.removed && length > kFewBytes && length <= UndoRecords::maxUndoSnapshotBytes)
+    edit.removed = bytes().slice(edit.range.start, length);
+  // Undo takes it over.
+  const std::optional<ByteBuffer> removed = edit.removed;
+  announcing(edit.range, removed ? &*removed : nullptr, change);
+}
+
+void EditSession::willEdit(HexSelection range, const ByteBuffer* removed) noexcept {
+  for (EditRecorder* const recorder : recorders_) recorder->willEdit(range, removed);
 }
 
 void EditSession::didEdit(std::string_view actionName, const ReplacedRange& range) noexcept {

@@ -140,7 +140,7 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
-  void willTypeSecondDigit() noexcept override { willEdit({editor_.caretOffset(), 1}); }
+  void willTypeSecondDigit() noexcept override { willEdit({editor_.caretOffset(), 1}, nullptr); }
   void editDidNotHappen() noexcept override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { observer_.updateStatus(); }
@@ -149,14 +149,18 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
   HexSelection selection() const override { return editor_.selection(); }
   void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept override;
-  void willRestore(HexSelection range) noexcept override { willEdit(range); }
+  void willRestore(HexSelection range, const ByteBuffer* removed) noexcept override {
+    willEdit(range, removed);
+  }
   void didRestore(const ReplacedRange& range) noexcept override { restored_ = range; }
 
   template <class Step>
   void restore(const std::string& actionName, Step step);
   template <class Change>
-  void announcing(HexSelection range, const Change& change);
-  void willEdit(HexSelection range) noexcept;
+  void announcing(HexSelection range, const ByteBuffer* removed, const Change& change);
+  template <class Change>
+  void announcing(RangeEdit& edit, const Change& change);
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept;
   void didEdit(std::string_view actionName, const ReplacedRange& range) noexcept;
 
   AnnouncedEdit announcementOf(RangeEdit& edit, std::int64_t insertedCount);

@@ -49,7 +49,7 @@ class UnsavedChanges : public EditRecorder {
                  const RecordStore* store, Owner owner);
 
   // EditRecorder
-  void willEdit(HexSelection range) noexcept override;
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override;
   void editDidNotHappen() noexcept override { isEditing_ = false; }
   void didEdit(const RecordedEdit& edit) noexcept override;
 

@@ -98,7 +98,6 @@ void HexWindowController::windowWillClose() {
 
 void HexWindowController::documentStorageDidReload() {
   session().takeStorage(document().storage(), /*preservingEditorState=*/true);
-  context_.history().clear();
   unsavedChanges_.contentWasReplaced();
   session().showStorage();
 }

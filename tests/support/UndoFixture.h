@@ -26,7 +26,7 @@ class PlainUndoRecordsEditor : public UndoRecordsEditor {
     ++restores;
   }
 
-  void willRestore(HexSelection range) noexcept override { announced = range; }
+  void willRestore(HexSelection range, const ByteBuffer*) noexcept override { announced = range; }
   void didRestore(const ReplacedRange& range) noexcept override { restored = range; }
 
   std::int64_t caret = 0;

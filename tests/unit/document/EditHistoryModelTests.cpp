@@ -28,11 +28,14 @@ class EveryState : public EditRecorder {
 
   void begin() { states = {plain(document_.data())}; }
 
-  void willEdit(HexSelection range) noexcept override {
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override {
     EXPECT_EQ(plain(document_.data()), states.back()) << "an edit comes before its announcement";
     announced_ = range;
+    if (removed == nullptr) return;
+    EXPECT_EQ(*removed, document_.data().slice(range.start, range.length));
   }
   void editDidNotHappen() noexcept override {}
+  void didTakeStorage() noexcept override { begin(); }
   void didEdit(const RecordedEdit& edit) noexcept override {
     EXPECT_EQ(announced_, (HexSelection{edit.offset, edit.removedCount}));
     states.push_back(plain(document_.data()));
@@ -56,8 +59,6 @@ class EditHistoryModel : public testing::Test, private EditSessionObserver {
   void fill(const Bytes& bytes) {
     document->readData(ByteBuffer(bytes));
     session.takeStorage(document->storage(), /*preservingEditorState=*/false);
-    history.clear();
-    model.begin();
   }
 
   void expectEveryState() {

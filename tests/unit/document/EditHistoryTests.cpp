@@ -22,7 +22,9 @@ Bytes plain(std::span<const std::uint8_t> bytes) {
 
 class EditHistoryTest : public testing::Test {
  protected:
-  void announce(std::int64_t offset, std::int64_t removed) { history.willEdit({offset, removed}); }
+  void announce(std::int64_t offset, std::int64_t removed) {
+    history.willEdit({offset, removed}, nullptr);
+  }
 
   void didReplace(std::int64_t offset, std::int64_t removed, std::int64_t inserted,
                   const std::string& name = "Edit") {
@@ -112,6 +114,16 @@ TEST_F(EditHistoryTest, takesNoShareOfASmallDocument) {
   announce(0, 16);
   bytes.set(0, 1);
   EXPECT_EQ(bytes.data(), place) << "writing copies nothing";
+}
+
+TEST_F(EditHistoryTest, keepsACopyThatThereIsAlready) {
+  fill(1000);
+  const ByteBuffer removed = bytes.slice(10, 500);
+  history.willEdit({10, 500}, &removed);
+  bytes.erase(10, 500);
+  didReplace(10, 500, 0);
+  EXPECT_TRUE(history.step(0).removedBytes.sharesStorageWith(removed));
+  EXPECT_EQ(state(0), Bytes(1000, 7));
 }
 
 TEST_F(EditHistoryTest, leavesTheGapOfALargeDocumentOpen) {

@@ -30,8 +30,8 @@ class Listener : public EditRecorder {
   Listener(std::string name, std::vector<std::string>& heard)
       : name_(std::move(name)), heard_(heard) {}
 
-  void willEdit(HexSelection range) noexcept override {
-    say("will " + textOf(range.start, range.length));
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override {
+    say("will " + textOf(range.start, range.length) + (removed != nullptr ? " with them" : ""));
   }
   void editDidNotHappen() noexcept override { say("not"); }
   void didEdit(const RecordedEdit& edit) noexcept override {
@@ -85,7 +85,7 @@ TEST_F(EditSessionRecorders, areToldInTheOrderOfAdding) {
   heard.clear();
   session.removeEditRecorder(second);
   session.undo();
-  EXPECT_THAT(heard, ElementsAre("will 1+1", "Undo Fill 1+1>2"));
+  EXPECT_THAT(heard, ElementsAre("will 1+1 with them", "Undo Fill 1+1>2"));
 }
 
 TEST_F(EditSessionRecorders, hearWhatAWholeDocumentReplaces) {
@@ -99,6 +99,16 @@ TEST_F(EditSessionRecorders, hearWhatAWholeDocumentReplaces) {
   session.installPrepared({.range = {0, 5}, .actionName = "Invert", .after = {}},
                           ByteBuffer{5, 5, 5, 5, 5});
   EXPECT_THAT(heard, ElementsAre("will 0+5", "Invert 0+5>5"));
+}
+
+TEST_F(EditSessionRecorders, getTheCopyThatUndoHas) {
+  fill(Bytes(100, 1));
+  const Bytes inserted{7};
+  session.replaceRange({.range = {0, 16}, .actionName = "Few", .after = {}}, inserted);
+  session.replaceRange({.range = {1, 17}, .actionName = "Many", .after = {}}, inserted);
+  session.undo();
+  EXPECT_THAT(heard, ElementsAre("will 0+16", "Few 0+16>1", "will 1+17 with them", "Many 1+17>1",
+                                 "will 1+1 with them", "Undo Many 1+1>17"));
 }
 
 TEST_F(EditSessionRecorders, hearOfEveryKey) {
