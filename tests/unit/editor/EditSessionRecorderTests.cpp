@@ -31,20 +31,27 @@ class Listener : public EditRecorder {
       : name_(std::move(name)), heard_(heard) {}
 
   void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override {
-    say("will " + textOf(range.start, range.length) + (removed != nullptr ? " with them" : ""));
+    say([&] {
+      return "will " + textOf(range.start, range.length) + (removed != nullptr ? " with them" : "");
+    });
   }
-  void editDidNotHappen() noexcept override { say("not"); }
+  void editDidNotHappen() noexcept override {
+    say([] { return std::string("not"); });
+  }
   void didEdit(const RecordedEdit& edit) noexcept override {
-    say(std::string(edit.actionName) + " " + textOf(edit.offset, edit.removedCount) + ">" +
-        std::to_string(edit.insertedCount));
+    say([&] {
+      return std::string(edit.actionName) + " " + textOf(edit.offset, edit.removedCount) + ">" +
+             std::to_string(edit.insertedCount);
+    });
   }
 
  private:
-  void say(const std::string& text) noexcept {
+  template <class Text>
+  void say(const Text& text) noexcept {
 #if QUILLMOR_NEW_CAN_FAIL
     const UncountedAllocations uncounted;
 #endif
-    heard_.push_back(name_ + text);
+    heard_.push_back(name_ + text());
   }
 
   const std::string name_;
