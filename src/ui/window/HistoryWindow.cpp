@@ -62,7 +62,8 @@ HistoryWindow::HistoryWindow(std::shared_ptr<EditHistory> history, Open open)
   layout->addWidget(table_, 1);
   layout->addLayout(buttons);
   setCentralWidget(content);
-  setTabOrder({table_, close, openButton_});
+  setTabOrder(table_, close);
+  setTabOrder(close, openButton_);
 
   following_.setSingleShot(true);
   connect(&following_, &QTimer::timeout, this, &HistoryWindow::follow);
