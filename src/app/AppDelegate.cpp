@@ -121,7 +121,14 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
   try {
     document->makeWindowControllers([&](HexDocument&) {
       controller = std::make_shared<HexWindowController>(
-          document, EditorEnvironment{platform_, documents_, saver_, records_});
+          document,
+          EditorEnvironment{.platform = platform_,
+                            .documents = documents_,
+                            .saver = saver_,
+                            .records = records_,
+                            .openUntitled = [this](ByteBuffer bytes, EditorPlaces places) {
+                              openUntitled(std::move(bytes), std::move(places));
+                            }});
       return controller;
     });
     windowOrder_.insert(windowOrder_.begin(), controller);
@@ -134,6 +141,13 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
     throw;
   }
   return controller;
+}
+
+void AppDelegate::openUntitled(ByteBuffer bytes, EditorPlaces places) {
+  requireDocumentByteCount(bytes.size());
+  const auto controller = showNewEditorWindow(/*isPendingInitialLoad=*/false);
+  controller->commands().replacement().showRecovered(
+      {.bytes = std::move(bytes), .places = std::move(places)});
 }
 
 void AppDelegate::newDocument() {

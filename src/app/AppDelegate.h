@@ -50,6 +50,9 @@ class AppDelegate {
   bool validateMenuItem(std::string_view action, const CommandOrigin& origin = {}) const;
 
   void newDocument();
+  /// Shows bytes that are in no file as a document with unsaved changes in a new window. Throws
+  /// 1205 when a document may not have so many.
+  void openUntitled(ByteBuffer bytes, EditorPlaces places);
   void openDocument(const CommandOrigin& origin = {});
   void showPreferences();
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/ByteBuffer.h"
 #include "document/HexSelection.h"
 
 namespace quillmor {
@@ -20,19 +21,28 @@ struct RecordedEdit {
   HexSelection selection = {};
 };
 
-/// Told of every change of a document's bytes, before and after it. Main thread.
+/// Told of every edit of a document's bytes, before and after it. Main thread.
 class EditRecorder {
  public:
   virtual ~EditRecorder() = default;
 
-  /// Bytes are about to change: the moment to let go of a copy that shares their memory. The change
-  /// may still fail; then nothing more is said of it.
-  virtual void willEdit() noexcept = 0;
+  /// The bytes of `range`, which lies within the document, are about to be replaced: the moment to
+  /// look at them, and to let go of a copy that shares the document's memory. The change may still
+  /// fail. `removed` are these bytes where there is a copy of them already, else null.
+  virtual void willEdit(HexSelection range, const ByteBuffer* removed) noexcept = 0;
+
+  /// The announced change has failed; the bytes are as they were. Also called when none was
+  /// announced.
+  virtual void editDidNotHappen() noexcept = 0;
 
   /// The change has happened and is accounted for; caret and selection are in their new place. It
   /// cannot be refused, and this must not fail: a recorder that has no memory for it falls back on
   /// something that needs none.
   virtual void didEdit(const RecordedEdit& edit) noexcept = 0;
+
+  /// The session edits other bytes from now on, which have come about by no edit: those of another
+  /// file, or those on disk.
+  virtual void didTakeStorage() noexcept {}
 };
 
 }  // namespace quillmor

@@ -69,10 +69,13 @@ void UndoRecords::restoreEditRecord(const UndoEditRecord& record, const std::str
       HexSelection{record.start, record.replacementLength}.normalized(storage.count());
   // All that takes memory comes first; changing the bytes is the last of it.
   auto bookmarks = record.bookmarks;
+  std::optional<ByteBuffer> removed;
   if (range.length <= maxUndoSnapshotBytes) {
-    manager_->commit(stepOf(
-        captureEdit(range, record.restoreBytes.size(), record.bookmarks.has_value()), actionName));
+    auto inverse = captureEdit(range, record.restoreBytes.size(), record.bookmarks.has_value());
+    removed = inverse.restoreBytes;
+    manager_->commit(stepOf(std::move(inverse), actionName));
   }
+  editor_.willRestore(range, removed ? &*removed : nullptr);
   storage.bytes.replace(range.start, range.length, record.restoreBytes.span());
   if (bookmarks) restoreBookmarks(*std::move(bookmarks));
   restoreCaretAndSelection(record.caretOffset, record.selection);
@@ -87,10 +90,12 @@ void UndoRecords::restoreStorageSnapshot(const UndoSnapshot& snapshot,
   auto bookmarks = snapshot.bookmarks;
   if (storage.count() <= maxUndoSnapshotBytes)
     manager_->commit(stepOf(captureSnapshot(), actionName));
-  const ByteBuffer before = std::exchange(storage.bytes, snapshot.bytes);
+  const ReplacedRange range = replacedRange(storage.bytes.span(), snapshot.bytes.span());
+  editor_.willRestore({range.offset, range.removedCount}, nullptr);
+  storage.bytes = snapshot.bytes;
   restoreBookmarks(std::move(bookmarks));
   restoreCaretAndSelection(snapshot.caretOffset, snapshot.selection);
-  editor_.didRestore(replacedRange(before.span(), storage.bytes.span()));
+  editor_.didRestore(range);
 }
 
 UndoEditRecord UndoRecords::captureEdit(HexSelection range, std::int64_t replacementLength,

@@ -49,6 +49,9 @@ class UndoRecordsEditor {
   /// Takes over a caret and a selection that lie within the changed bytes. Shows nothing yet,
   /// because showing can fail and the step is not complete.
   virtual void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept = 0;
+  /// All that can fail is done but the change of these bytes, which follows. `removed` are these
+  /// bytes where there is a copy of them, else null.
+  virtual void willRestore(HexSelection range, const ByteBuffer* removed) noexcept = 0;
   /// The last of a step: these bytes have been put back.
   virtual void didRestore(const ReplacedRange& range) noexcept = 0;
 };

@@ -12,6 +12,9 @@ namespace {
 
 constexpr const char* kTyping = "Edit";
 
+/// Recorders look at so few bytes themselves.
+constexpr std::int64_t kFewBytes = 16;
+
 /// The smallest change where it is found at once; larger documents count as changed all over.
 ReplacedRange replacedByInstalling(const ByteBuffer& before, const ByteBuffer& after) {
   constexpr std::int64_t kMost = UndoRecords::maxUndoSnapshotBytes;
@@ -54,32 +57,38 @@ void EditSession::goTo(const EditPlace& place) {
 }
 
 void EditSession::replaceRange(RangeEdit edit, std::span<const std::uint8_t> bytes) {
-  willEdit();
-  ByteBuffer& content = document_->storage()->bytes;
-  // An overwrite needs no memory once the bytes are the document's own.
-  if (edit.range.length == std::ssize(bytes)) content.makeUnique();
-  AnnouncedEdit announced = announcementOf(edit, std::ssize(bytes));
-  content.replace(edit.range.start, edit.range.length, bytes);
-  finish(std::move(announced), edit.after);
+  announcing(edit, [&] {
+    ByteBuffer& content = document_->storage()->bytes;
+    const bool isOverwrite = edit.range.length == std::ssize(bytes);
+    // An overwrite needs no memory once the bytes are the document's own. One of all bytes leaves
+    // them to undo and gets memory of its own.
+    if (isOverwrite && edit.range.length < content.size()) content.makeUnique();
+    AnnouncedEdit announced = announcementOf(edit, std::ssize(bytes));
+    content.replace(edit.range.start, edit.range.length, bytes);
+    finish(std::move(announced), edit.after);
+  });
 }
 
 void EditSession::installPrepared(RangeEdit edit, ByteBuffer wholeDocument) {
-  willEdit();
-  const std::int64_t insertedCount = wholeDocument.size() - (byteCount() - edit.range.length);
-  AnnouncedEdit announced = announcementOf(edit, insertedCount);
-  document_->storage()->bytes = std::move(wholeDocument);
-  finish(std::move(announced), edit.after);
+  announcing(edit, [&] {
+    const std::int64_t insertedCount = wholeDocument.size() - (byteCount() - edit.range.length);
+    AnnouncedEdit announced = announcementOf(edit, insertedCount);
+    document_->storage()->bytes = std::move(wholeDocument);
+    finish(std::move(announced), edit.after);
+  });
 }
 
 void EditSession::installDocument(ByteBuffer bytes, std::vector<std::int64_t> bookmarks,
                                   const std::string& actionName, const EditPlace& after) {
-  willEdit();
-  AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size()),
-                          .actionName = actionName,
-                          .replaced = replacedByInstalling(this->bytes(), bytes)};
-  document_->storage()->bytes = std::move(bytes);
-  bookmarks_.replaceAll(std::move(bookmarks));
-  finish(std::move(announced), after);
+  const ReplacedRange replaced = replacedByInstalling(this->bytes(), bytes);
+  announcing({replaced.offset, replaced.removedCount}, nullptr, [&] {
+    AnnouncedEdit announced{.undo = undoRecords_.prepareUndoSnapshot(actionName, bytes.size()),
+                            .actionName = actionName,
+                            .replaced = replaced};
+    document_->storage()->bytes = std::move(bytes);
+    bookmarks_.replaceAll(std::move(bookmarks));
+    finish(std::move(announced), after);
+  });
 }
 
 bool EditSession::undo() {
@@ -98,12 +107,11 @@ bool EditSession::redo() {
 
 template <class Step>
 void EditSession::restore(const std::string& actionName, Step step) {
-  willEdit();
   restored_.reset();
-  const auto tellRecorder = [&] {
-    if (restored_) didEdit(actionName, *restored_);
+  const auto tellRecorders = [&] {
+    restored_ ? didEdit(actionName, *restored_) : editDidNotHappen();
   };
-  showingInAnyCase([&] { showingInAnyCase(step, tellRecorder); }, [&] { showStorage(); });
+  showingInAnyCase([&] { showingInAnyCase(step, tellRecorders); }, [&] { showStorage(); });
 }
 
 void EditSession::takeStorage(std::shared_ptr<HexStorage> storage,
@@ -117,6 +125,7 @@ void EditSession::takeStorage(std::shared_ptr<HexStorage> storage,
   editor_.setStorage(std::move(storage));
   editor_.placeCaretAndSelection(clampedToCount(kept.caretOffset, count),
                                  kept.selection.normalized(count));
+  for (EditRecorder* const recorder : recorders_) recorder->didTakeStorage();
 }
 
 void EditSession::showStorage() {
@@ -133,13 +142,15 @@ void EditSession::close() {
 void EditSession::announceEdit(std::int64_t start, std::int64_t removedCount,
                                std::int64_t insertedCount) {
   RangeEdit typed{.range = {start, removedCount}, .actionName = kTyping, .after = {}};
-  willEdit();
-  announcedEdit_.reset();
-  announcedEdit_ = announcementOf(typed, insertedCount);
+  announcing(typed, [&] {
+    announcedEdit_.reset();
+    announcedEdit_ = announcementOf(typed, insertedCount);
+  });
 }
 
 void EditSession::editDidNotHappen() noexcept {
   announcedEdit_.reset();
+  for (EditRecorder* const recorder : recorders_) recorder->editDidNotHappen();
 }
 
 void EditSession::hexEditorDidEdit(HexEditorState&) {
@@ -179,7 +190,7 @@ void EditSession::finish(AnnouncedEdit edit, const EditPlace& after) {
   });
 }
 
-/// Takes no memory until the change count has been told. The recorder comes last, in any case.
+/// Takes no memory until the change count has been told. The recorders come last, in any case.
 void EditSession::account(AnnouncedEdit edit) {
   newestRecordedEdit_.reset();
   if (edit.inserted) {
@@ -214,18 +225,41 @@ void EditSession::accountForSecondDigit() {
       [&] { didEdit(kTyping, {.offset = changed, .removedCount = 1, .insertedCount = 1}); });
 }
 
-void EditSession::willEdit() noexcept {
-  if (recorder_ != nullptr) recorder_->willEdit();
+/// Makes an edit with `change`, which throws when it has not happened.
+template <class Change>
+void EditSession::announcing(HexSelection range, const ByteBuffer* removed, const Change& change) {
+  willEdit(range, removed);
+  try {
+    change();
+  } catch (...) {
+    editDidNotHappen();
+    throw;
+  }
+}
+
+/// The same; one copy of what is removed serves undo and the recorders.
+template <class Change>
+void EditSession::announcing(RangeEdit& edit, const Change& change) {
+  const std::int64_t length = edit.range.length;
+  if (!edit.removed && length > kFewBytes && length <= UndoRecords::maxUndoSnapshotBytes)
+    edit.removed = bytes().slice(edit.range.start, length);
+  // Undo takes it over.
+  const std::optional<ByteBuffer> removed = edit.removed;
+  announcing(edit.range, removed ? &*removed : nullptr, change);
+}
+
+void EditSession::willEdit(HexSelection range, const ByteBuffer* removed) noexcept {
+  for (EditRecorder* const recorder : recorders_) recorder->willEdit(range, removed);
 }
 
 void EditSession::didEdit(std::string_view actionName, const ReplacedRange& range) noexcept {
-  if (recorder_ == nullptr) return;
-  recorder_->didEdit({.actionName = actionName,
-                      .offset = range.offset,
-                      .removedCount = range.removedCount,
-                      .insertedCount = range.insertedCount,
-                      .caretOffset = editor_.caretOffset(),
-                      .selection = selectedRange()});
+  const RecordedEdit edit{.actionName = actionName,
+                          .offset = range.offset,
+                          .removedCount = range.removedCount,
+                          .insertedCount = range.insertedCount,
+                          .caretOffset = editor_.caretOffset(),
+                          .selection = selectedRange()};
+  for (EditRecorder* const recorder : recorders_) recorder->didEdit(edit);
 }
 
 }  // namespace quillmor

@@ -90,8 +90,9 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
             .bookmarks = bookmarks_.offsets()};
   }
 
-  /// Null for none. The recorder outlives its use.
-  void setEditRecorder(EditRecorder* recorder) { recorder_ = recorder; }
+  /// Recorders are told in the order of adding. Each outlives its use.
+  void addEditRecorder(EditRecorder& recorder) { recorders_.push_back(&recorder); }
+  void removeEditRecorder(EditRecorder& recorder) { std::erase(recorders_, &recorder); }
 
   void moveCaret(const EditPlace& place);
   /// The same for a place to go to: shows a few rows around it too.
@@ -133,13 +134,13 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
     std::optional<HexSelection> inserted = {};
     std::int64_t removedCount = 0;
     std::string actionName = {};
-    /// What the recorder is told; without it, `inserted` says it.
+    /// What the recorders are told; without it, `inserted` says it.
     std::optional<ReplacedRange> replaced = {};
   };
 
   void announceEdit(std::int64_t start, std::int64_t removedCount,
                     std::int64_t insertedCount) override;
-  void willTypeSecondDigit() noexcept override { willEdit(); }
+  void willTypeSecondDigit() noexcept override { willEdit({editor_.caretOffset(), 1}, nullptr); }
   void editDidNotHappen() noexcept override;
   void hexEditorDidEdit(HexEditorState& editor) override;
   void updateStatus() override { observer_.updateStatus(); }
@@ -148,11 +149,18 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   std::int64_t caretOffset() const override { return editor_.caretOffset(); }
   HexSelection selection() const override { return editor_.selection(); }
   void restoreCaretAndSelection(std::int64_t caret, HexSelection selection) noexcept override;
+  void willRestore(HexSelection range, const ByteBuffer* removed) noexcept override {
+    willEdit(range, removed);
+  }
   void didRestore(const ReplacedRange& range) noexcept override { restored_ = range; }
 
   template <class Step>
   void restore(const std::string& actionName, Step step);
-  void willEdit() noexcept;
+  template <class Change>
+  void announcing(HexSelection range, const ByteBuffer* removed, const Change& change);
+  template <class Change>
+  void announcing(RangeEdit& edit, const Change& change);
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept;
   void didEdit(std::string_view actionName, const ReplacedRange& range) noexcept;
 
   AnnouncedEdit announcementOf(RangeEdit& edit, std::int64_t insertedCount);
@@ -170,7 +178,7 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   std::optional<AnnouncedEdit> announcedEdit_;
   /// Where the newest undo step left its bytes, as long as it is the last change.
   std::optional<HexSelection> newestRecordedEdit_;
-  EditRecorder* recorder_ = nullptr;
+  std::vector<EditRecorder*> recorders_;
   /// What the step of undo or redo that runs has put back.
   std::optional<ReplacedRange> restored_;
 };

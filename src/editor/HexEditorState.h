@@ -225,6 +225,8 @@ class HexEditorState {
   template <class Change>
   void edit(std::int64_t start, std::int64_t removedCount, std::int64_t insertedCount,
             const Change& change);
+  template <class Change>
+  void makeAnnounced(const Change& change);
   void didEdit();
   void layOut();
 
@@ -274,6 +276,11 @@ void HexEditorState::edit(std::int64_t start, std::int64_t removedCount, std::in
                           const Change& change) {
   firstDigitWasAnnounced_ = false;
   if (delegate_ != nullptr) delegate_->announceEdit(start, removedCount, insertedCount);
+  makeAnnounced(change);
+}
+
+template <class Change>
+void HexEditorState::makeAnnounced(const Change& change) {
   try {
     change();
   } catch (...) {

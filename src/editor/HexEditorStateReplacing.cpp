@@ -4,8 +4,6 @@
 
 namespace quillmor {
 
-namespace {}  // namespace
-
 bool HexEditorState::canApplyEdit(std::int64_t removedCount, std::int64_t insertedCount) {
   const std::int64_t removed = clampedToCount(removedCount, count());
   const std::int64_t inserted = std::max<std::int64_t>(insertedCount, 0);

@@ -57,7 +57,7 @@ void HexEditorState::editSecondNibble(std::uint8_t value) {
   if (firstDigitWasAnnounced_ && delegate_ != nullptr) delegate_->willTypeSecondDigit();
   // The step of the first digit takes the second one back too. Without such a step, as after a
   // click on the second digit, there is one of its own.
-  firstDigitWasAnnounced_ ? write() : edit(caretOffset_, 1, 1, write);
+  firstDigitWasAnnounced_ ? makeAnnounced(write) : edit(caretOffset_, 1, 1, write);
   placeCaret(clampedOffset(caretOffset_, 1));
   didEdit();
 }

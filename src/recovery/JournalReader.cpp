@@ -2,11 +2,11 @@
 
 #include <utility>
 
+#include "base/ReplayedBytes.h"
 #include "base/SaturatingMath.h"
 #include "document/Bookmarks.h"
 #include "document/QuillmorResourceLimits.h"
 #include "recovery/JournalEntry.h"
-#include "recovery/ReplayedBytes.h"
 
 namespace quillmor {
 

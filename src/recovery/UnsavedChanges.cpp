@@ -22,7 +22,7 @@ void UnsavedChanges::recording(Step step) noexcept {
   proceed();
 }
 
-void UnsavedChanges::willEdit() noexcept {
+void UnsavedChanges::willEdit(HexSelection, const ByteBuffer*) noexcept {
   if (!records_) return;
   isEditing_ = true;
   wasUnedited_ = !document_->isDocumentEdited();

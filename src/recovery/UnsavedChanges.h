@@ -49,7 +49,8 @@ class UnsavedChanges : public EditRecorder {
                  const RecordStore* store, Owner owner);
 
   // EditRecorder
-  void willEdit() noexcept override;
+  void willEdit(HexSelection range, const ByteBuffer* removed) noexcept override;
+  void editDidNotHappen() noexcept override { isEditing_ = false; }
   void didEdit(const RecordedEdit& edit) noexcept override;
 
   /// Name, file or edited state of the document may have changed, or it is that of another file.
@@ -106,7 +107,8 @@ class UnsavedChanges : public EditRecorder {
   /// The file that the records belong to, as the document last knew it.
   std::optional<FileLocation> location_;
   std::optional<StableFileStatus> status_;
-  /// Between `willEdit` and `didEdit`; whether the document was as it is on disk before.
+  /// From `willEdit` until the edit has happened or failed; whether the document was as it is on
+  /// disk before.
   bool isEditing_ = false;
   bool wasUnedited_ = false;
 

@@ -11,7 +11,7 @@ HexWindowController::HexWindowController(std::shared_ptr<HexDocument> document,
     : context_(std::move(document), environment, [this] { return weak_from_this(); }),
       unsavedChanges_(session().sharedDocument(), context_.platform().executor, environment.records,
                       ownerOfChanges()) {
-  session().setEditRecorder(&unsavedChanges_);
+  session().addEditRecorder(unsavedChanges_);
   commands_.navigation().applyUserDefaults();
 }
 
@@ -82,7 +82,7 @@ void HexWindowController::windowWillClose() {
   commands_.searching().setLastSearchRequest({});
   window->closeFindReplacePanels();
   window->closeUtilityWindows();
-  session().setEditRecorder(nullptr);
+  session().removeEditRecorder(unsavedChanges_);
   if (unwantedState_ == document().changeCountToken()) {
     unsavedChanges_.discard();
     context_.saver().forgetUnfinishedSave(document());

@@ -26,12 +26,14 @@ class PlainUndoRecordsEditor : public UndoRecordsEditor {
     ++restores;
   }
 
+  void willRestore(HexSelection range, const ByteBuffer*) noexcept override { announced = range; }
   void didRestore(const ReplacedRange& range) noexcept override { restored = range; }
 
   std::int64_t caret = 0;
   HexSelection selected;
   int restores = 0;
-  /// What the last step has put back.
+  /// What the last step was about to replace, and what it has put back.
+  HexSelection announced;
   ReplacedRange restored;
 };
 

@@ -23,7 +23,7 @@ class UnsavedChangesFixture : public testing::Test, private EditSessionObserver 
  protected:
   using Bytes = std::vector<std::uint8_t>;
 
-  UnsavedChangesFixture() { session.setEditRecorder(&changes); }
+  UnsavedChangesFixture() { session.addEditRecorder(changes); }
 
   /// Makes the document that of a file with `content`.
   FileLocation open(std::string_view content);

@@ -38,6 +38,7 @@ class FakeEditorWindow : public EditorWindowSurface {
   bool closed = false;
   bool dragsUnregistered = false;
   bool utilityWindowsClosed = false;
+  int historyWindowsOpened = 0;
   std::vector<std::pair<std::string, std::string>> reports;
   std::vector<ByteCounts> histograms;
   std::vector<EntropyMap> entropyMaps;
@@ -78,6 +79,7 @@ class FakeEditorWindow : public EditorWindowSurface {
     reports.emplace_back(reportTitle, report);
     entropyMaps.push_back(map);
   }
+  void openHistoryWindow() override { ++historyWindowsOpened; }
   void closeUtilityWindows() override { utilityWindowsClosed = true; }
   void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override {
     panelsShown.emplace_back(kind, initialRequest);

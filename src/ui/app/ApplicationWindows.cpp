@@ -19,7 +19,7 @@
 #include "ui/app/WindowMenus.h"
 #include "ui/editor/HexEditorView.h"
 #include "ui/window/EditorWindow.h"
-#include "ui/window/ReportWindow.h"
+#include "ui/window/UtilityWindow.h"
 
 namespace quillmor {
 
@@ -102,9 +102,9 @@ void ApplicationWindows::showEditorWindow(const std::shared_ptr<HexWindowControl
     delegate_->perform(action, {window.controller().shared_from_this(), &window});
   };
   const std::weak_ptr owner = controller;
-  handlers.didOpenReportWindow = [this, owner](ReportWindow& window) {
-    std::erase_if(reportWindows_, [](const auto& held) { return held.isNull(); });
-    reportWindows_.emplace_back(&window);
+  handlers.didOpenUtilityWindow = [this, owner](UtilityWindow& window) {
+    std::erase_if(utilityWindows_, [](const auto& held) { return held.isNull(); });
+    utilityWindows_.emplace_back(&window);
     addMenus(window, owner);
   };
   handlers.didMakePanel = [this, owner](FindReplacePanelController& panel) {
@@ -234,7 +234,7 @@ void ApplicationWindows::terminate() {
 
 void ApplicationWindows::destroyWindows() {
   for (EditorWindow* window : editorWindows()) delete window;
-  for (const auto& window : reportWindows_) delete window;
+  for (const auto& window : utilityWindows_) delete window;
   delete aboutWindowController_;
   delete recoveryWindow_;
 }

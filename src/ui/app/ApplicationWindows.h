@@ -20,7 +20,7 @@ class AboutWindowController;
 class AppDelegate;
 class EditorWindow;
 class RecoveryWindow;
-class ReportWindow;
+class UtilityWindow;
 class WindowMenus;
 
 /// Makes the application's windows and their menus, and reports to the delegate which window has
@@ -64,7 +64,7 @@ class ApplicationWindows : public ApplicationSurface {
   SearchHistories searchHistories_;
   AppDelegate* delegate_ = nullptr;
   std::vector<QPointer<EditorWindow>> editorWindows_;
-  std::vector<QPointer<ReportWindow>> reportWindows_;
+  std::vector<QPointer<UtilityWindow>> utilityWindows_;
   QPointer<AboutWindowController> aboutWindowController_;
   std::optional<QRect> aboutWindowFrame_;
   QPointer<RecoveryWindow> recoveryWindow_;

@@ -16,10 +16,7 @@
 #include "ui/editor/HexFileDropView.h"
 #include "ui/window/EditorToolbar.h"
 #include "ui/window/ElidedLabel.h"
-#include "ui/window/EntropyWindow.h"
-#include "ui/window/FrequencyWindowController.h"
 #include "ui/window/OutsideChangeRow.h"
-#include "ui/window/ReportWindow.h"
 
 namespace quillmor {
 
@@ -212,52 +209,6 @@ void EditorWindow::closeWindow() {
 void EditorWindow::unregisterDrags() {
   content_->setAcceptDrops(false);
   editorView_->unregisterDrags();
-}
-
-void EditorWindow::openReportWindow(const std::string& title, const std::string& report) {
-  showUtilityWindow(new ReportWindow(title, report, saveHandler()));
-}
-
-void EditorWindow::openFrequencyWindow(const std::string& title, const std::string& report,
-                                       const ByteCounts& counts) {
-  showUtilityWindow(new FrequencyWindowController(title, report, counts, saveHandler()));
-}
-
-void EditorWindow::openEntropyWindow(const std::string& title, const std::string& report,
-                                     const EntropyMap& map) {
-  const auto showOffset = [this, guard = QPointer<EditorWindow>(this)](std::int64_t offset) {
-    if (guard) showOffsetUnlessBusy(offset);
-  };
-  showUtilityWindow(new EntropyWindow(title, report, map, showOffset, saveHandler()));
-}
-
-/// Returns the function that saves the report of a window, which may outlive this one by an event.
-ReportWindow::SaveHandler EditorWindow::saveHandler() const {
-  return [weak = std::weak_ptr(controller_)](const std::string& title, const std::string& report) {
-    if (const auto controller = weak.lock())
-      controller->commands().exporting().saveReport(title, report);
-  };
-}
-
-void EditorWindow::showUtilityWindow(ReportWindow* window) {
-  std::erase_if(retainedUtilityWindows_, [](const auto& held) { return held.isNull(); });
-  window->placeOver(*this, {retainedUtilityWindows_.begin(), retainedUtilityWindows_.end()});
-  retainedUtilityWindows_.emplace_back(window);
-  handlers_.didOpenReportWindow(*window);
-  window->show();
-}
-
-void EditorWindow::showOffsetUnlessBusy(std::int64_t offset) {
-  if (controller_->isBusy())
-    return controller_->context().messages().refuse(BackgroundTaskFrame::busyError().message());
-  controller_->commands().navigation().showOffset(offset);
-}
-
-void EditorWindow::closeUtilityWindows() {
-  for (const auto& window : retainedUtilityWindows_) {
-    if (window) window->close();
-  }
-  retainedUtilityWindows_.clear();
 }
 
 void EditorWindow::showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) {

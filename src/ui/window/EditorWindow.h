@@ -21,8 +21,9 @@ class EditorToolbar;
 class ElidedLabel;
 class HexEditorView;
 class HexFileDropView;
+class HistoryWindow;
 class OutsideChangeRow;
-class ReportWindow;
+class UtilityWindow;
 
 /// The window of one editor: toolbar, hex view, status and inspector lines, notices. Shows what its
 /// controller decides and hands on the user's input.
@@ -33,7 +34,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
     std::function<void(EditorWindow&)> didBecomeKey;
     std::function<void(EditorWindow&)> menusNeedValidation;
     std::function<void(EditorWindow&, std::string_view action)> perform;
-    std::function<void(ReportWindow&)> didOpenReportWindow;
+    std::function<void(UtilityWindow&)> didOpenUtilityWindow;
     std::function<void(FindReplacePanelController&)> didMakePanel;
   };
 
@@ -66,6 +67,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
                            const ByteCounts& counts) override;
   void openEntropyWindow(const std::string& title, const std::string& report,
                          const EntropyMap& map) override;
+  void openHistoryWindow() override;
   void closeUtilityWindows() override;
   void showFindReplacePanel(PanelKind kind, const SearchRequest& initialRequest) override;
   void closeFindReplacePanels() override;
@@ -89,7 +91,7 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   bool mayCloseNow();
   FindReplacePanelController* makePanel(PanelKind kind, const SearchRequest& initialRequest);
   std::function<void(const std::string& title, const std::string& report)> saveHandler() const;
-  void showUtilityWindow(ReportWindow* window);
+  void showUtilityWindow(UtilityWindow* window);
   void showOffsetUnlessBusy(std::int64_t offset);
 
   const std::shared_ptr<HexWindowController> controller_;
@@ -105,7 +107,8 @@ class EditorWindow : public QMainWindow, public EditorWindowSurface {
   QProgressBar* progress_ = nullptr;
   QPushButton* stop_ = nullptr;
   QShortcut* stopShortcut_ = nullptr;
-  std::vector<QPointer<ReportWindow>> retainedUtilityWindows_;
+  std::vector<QPointer<UtilityWindow>> retainedUtilityWindows_;
+  QPointer<HistoryWindow> historyWindow_;
   FindReplacePanelController* findPanelController_ = nullptr;
   FindReplacePanelController* replacePanelController_ = nullptr;
   bool closesWithoutAsking_ = false;

@@ -7,8 +7,6 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
-#include <QScreen>
-#include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -16,7 +14,6 @@
 
 #include "ui/window/QtText.h"
 #include "window/GroupedDecimal.h"
-#include "window/WindowCascade.h"
 
 namespace quillmor {
 
@@ -32,10 +29,6 @@ constexpr int kControlHeight = 26;
 constexpr int kFieldTextMargin = 4;
 const QColor kFieldGround(46, 46, 48);
 const QColor kSplitterLine(58, 58, 60);
-
-PanelPlacement::Frame frameOf(const QRect& rect) {
-  return {.origin = {rect.x(), rect.y()}, .size = {rect.width(), rect.height()}};
-}
 
 QString numberText(std::int64_t number) {
   return QString::fromStdString(groupedDecimal(number));
@@ -71,7 +64,6 @@ ReportWindow::ReportWindow(const std::string& title, const std::string& report, 
       report_(std::make_shared<const std::string>(report)),
       save_(std::move(save)),
       text_(new ReportText(this)) {
-  setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(toQString(title));
   resize(kSize);
   text_->setAccessibleName(toQString(title));
@@ -211,37 +203,6 @@ void ReportWindow::save() {
   const std::string title = title_;
   const auto report = report_;
   handler(title, *report);
-}
-
-/// For a screen without room for all controls at once.
-void ReportWindow::scrollContent() {
-  auto* scroll = new QScrollArea(this);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setFocusPolicy(Qt::NoFocus);
-  scroll->setWidgetResizable(true);
-  scroll->setWidget(takeCentralWidget());
-  setCentralWidget(scroll);
-  text_->setFocus();
-}
-
-void ReportWindow::placeOver(const QWidget& owner, const std::vector<const QWidget*>& others) {
-  const QRect available = owner.screen()->availableGeometry();
-  // The desktop's frame is known only of a window that has been shown; both windows get the same
-  // one.
-  const QSize decoration = owner.frameGeometry().size() - owner.size();
-  const QSize room = available.size() - decoration;
-  // The menu bar comes later.
-  const QSize needed = minimumSizeHint() + QSize(0, 2 * fontMetrics().height());
-  if (needed.boundedTo(room) != needed) scrollContent();
-  resize(size().boundedTo(room));
-  std::vector<PanelPlacement::Origin> taken;
-  for (const QWidget* other : others) {
-    if (other->isVisible()) taken.push_back(frameOf(other->frameGeometry()).origin);
-  }
-  const auto frame = frameOf({QPoint(), size() + decoration});
-  const auto origin = WindowCascade::originOver(frameOf(owner.frameGeometry()), frame.size,
-                                                frameOf(available), taken);
-  move(static_cast<int>(origin.x), static_cast<int>(origin.y));
 }
 
 }  // namespace quillmor

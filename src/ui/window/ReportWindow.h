@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QMainWindow>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "ui/window/ReportText.h"
+#include "ui/window/UtilityWindow.h"
 
 class QLabel;
 class QLineEdit;
@@ -20,7 +20,7 @@ namespace quillmor {
 ///
 /// Its keys: F3 and Shift+F3 go to the next and the previous match, around the ends; in the search
 /// field Return and Shift+Return do the same, and Escape goes back to the text.
-class ReportWindow : public QMainWindow {
+class ReportWindow : public UtilityWindow {
   Q_OBJECT
 
  public:
@@ -30,10 +30,6 @@ class ReportWindow : public QMainWindow {
   ReportWindow(const std::string& title, const std::string& report, SaveHandler save);
 
   ReportText& text() { return *text_; }
-
-  /// Places the window over `owner`: centred, or beside windows of `others` that are there already.
-  /// It stays inside the screen.
-  void placeOver(const QWidget& owner, const std::vector<const QWidget*>& others);
 
  protected:
   /// Puts `chart` above the text, with a bar between them that can be dragged. `size` is the
@@ -47,7 +43,6 @@ class ReportWindow : public QMainWindow {
   QLineEdit* makeField(QWidget* bar);
   QPushButton* makeButton(const QString& title, QWidget* bar, std::function<void()> action);
   void addFindKeys();
-  void scrollContent();
   void findFromHere();
   void find(std::optional<std::int64_t> (ReportText::*select)());
   void showMatch(std::optional<std::int64_t> index);

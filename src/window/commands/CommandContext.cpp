@@ -23,8 +23,13 @@ CommandContext::CommandContext(std::shared_ptr<HexDocument> document,
       saver_(environment.saver),
       documentLock_(platform_.executor, environment.records),
       owner_(std::move(owner)),
+      openUntitled_(environment.openUntitled),
+      history_(std::make_shared<EditHistory>(
+          [held = document]() -> const ByteBuffer& { return held->storage()->bytes; })),
       session_(std::move(document), platform_.beeper, *this),
-      frame_(platform_.executor, platform_.alerts, *this) {}
+      frame_(platform_.executor, platform_.alerts, *this) {
+  session_.addEditRecorder(*history_);
+}
 
 std::string CommandContext::statusText() const {
   const HexEditorState& editor = session_.editor();

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/Result.h"
+#include "document/EditHistory.h"
 #include "editor/EditSession.h"
 #include "window/commands/BackgroundTaskFrame.h"
 #include "window/commands/DocumentLock.h"
@@ -34,6 +35,9 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   EditSession& session() { return session_; }
   HexDocument& document() { return session_.document(); }
   HexEditorState& editor() { return session_.editor(); }
+  EditHistory& history() { return *history_; }
+  /// For a window that shows the history and may outlive this object by an event.
+  const std::shared_ptr<EditHistory>& sharedHistory() { return history_; }
   const PlatformServices& platform() const { return platform_; }
   DocumentController& documents() { return documents_; }
   DocumentSaver& saver() { return saver_; }
@@ -57,6 +61,11 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
 
   /// Notices and alerts.
   WindowMessages& messages() { return messages_; }
+
+  /// Shows bytes as an unsaved document in a new window; see `EditorEnvironment::openUntitled`.
+  void openUntitled(ByteBuffer bytes, EditorPlaces places) const {
+    openUntitled_(std::move(bytes), std::move(places));
+  }
 
   // Refusals, each with an alert, and true if the command is refused.
 
@@ -162,7 +171,9 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   DocumentSaver& saver_;
   DocumentLock documentLock_;
   const std::function<std::weak_ptr<void>()> owner_;
+  const std::function<void(ByteBuffer, EditorPlaces)> openUntitled_;
   EditorWindowSurface* window_ = nullptr;
+  const std::shared_ptr<EditHistory> history_;
   EditSession session_;
   WindowMessages messages_{platform_, session_, [this] { return window_; }};
   BackgroundTaskFrame frame_;

@@ -14,7 +14,7 @@ EditorCommands::EditorCommands(CommandContext& context)
                 NavigationCommands(context), SearchCommands(context), BookmarkCommands(context),
                 ExportCommands(context), ReportCommands(context), FormatCommands(context),
                 FirmwareCommands(context), InsertCommands(context), TransformCommands(context),
-                ValueCommands(context), SafetyCommands(context)),
+                ValueCommands(context), SafetyCommands(context), HistoryCommands(context)),
       replacing_(context, searching()) {}
 
 const Command* EditorCommands::find(std::string_view action) {

@@ -11,6 +11,7 @@
 #include "window/commands/ExportCommands.h"
 #include "window/commands/FirmwareCommands.h"
 #include "window/commands/FormatCommands.h"
+#include "window/commands/HistoryCommands.h"
 #include "window/commands/InsertCommands.h"
 #include "window/commands/NavigationCommands.h"
 #include "window/commands/ReplaceCommands.h"
@@ -41,6 +42,7 @@ class EditorCommands {
   NavigationCommands& navigation() { return std::get<NavigationCommands>(families_); }
   ExportCommands& exporting() { return std::get<ExportCommands>(families_); }
   SearchCommands& searching() { return std::get<SearchCommands>(families_); }
+  HistoryCommands& history() { return std::get<HistoryCommands>(families_); }
   ReplaceCommands& replacing() { return replacing_; }
 
  private:
@@ -48,7 +50,7 @@ class EditorCommands {
   using Families =
       std::tuple<DocumentCommands, EditCommands, NavigationCommands, SearchCommands,
                  BookmarkCommands, ExportCommands, ReportCommands, FormatCommands, FirmwareCommands,
-                 InsertCommands, TransformCommands, ValueCommands, SafetyCommands>;
+                 InsertCommands, TransformCommands, ValueCommands, SafetyCommands, HistoryCommands>;
 
   template <class Family>
   bool performIn(Family& family, std::string_view action);

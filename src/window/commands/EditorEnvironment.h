@@ -1,7 +1,11 @@
 #pragma once
 
+#include <functional>
+
+#include "base/ByteBuffer.h"
 #include "document/DocumentController.h"
 #include "document/DocumentSaver.h"
+#include "document/SafetyCopy.h"
 #include "platform/PlatformServices.h"
 #include "recovery/RecordStore.h"
 
@@ -21,6 +25,8 @@ struct EditorEnvironment {
   DocumentSaver& saver;
   /// Where unsaved changes are kept and open files locked; null for neither.
   const RecordStore* records = nullptr;
+  /// Shows bytes that are in no file as a document with unsaved changes in a new window.
+  std::function<void(ByteBuffer bytes, EditorPlaces places)> openUntitled = {};
 };
 
 }  // namespace quillmor

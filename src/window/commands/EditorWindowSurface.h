@@ -64,6 +64,10 @@ class EditorWindowSurface {
   /// editor.
   virtual void openEntropyWindow(const std::string& title, const std::string& report,
                                  const EntropyMap& map) = 0;
+
+  /// Opens the list of the document's history, or brings it to the front. It follows the history
+  /// and is closed like a report.
+  virtual void openHistoryWindow() = 0;
   virtual void closeUtilityWindows() = 0;
 
   /// Brings the panel of this kind to the front; the first time it is made and filled from

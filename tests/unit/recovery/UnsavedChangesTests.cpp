@@ -6,6 +6,7 @@
 #include <random>
 
 #include "document/DocumentLoader.h"
+#include "support/FailingAllocation.h"
 #include "support/FaultySystemCalls.h"
 #include "support/UnsavedChangesFixture.h"
 
@@ -248,10 +249,11 @@ TEST_F(UnsavedChangesTest, leavesTheRecordsWhenItEndsOtherwise) {
   {
     UnsavedChanges other(document, platform.executor, &store,
                          {.places = [] { return EditorPlaces{}; }});
-    session.setEditRecorder(&other);
+    session.removeEditRecorder(changes);
+    session.addEditRecorder(other);
     insert(0, {'1'});
     platform.executor.runAll();
-    session.setEditRecorder(nullptr);
+    session.removeEditRecorder(other);
   }
   platform.executor.runAll();
   EXPECT_EQ(recoveredBytes(), bytes());
@@ -323,10 +325,29 @@ TEST_F(UnsavedChangesTest, beginsAnewWhenItsFileIsNotTheOneThatItBeganWith) {
   EXPECT_EQ(count(RecordKind::journal), 0);
 }
 
+#if QUILLMOR_NEW_CAN_FAIL
+
+TEST_F(UnsavedChangesTest, recordsWhatComesAfterAnEditThatFailed) {
+  open("abc");
+  const Bytes inserted{'1'};
+  {
+    const FailingAllocation failing;
+    EXPECT_THROW(insert(0, inserted), std::bad_alloc);
+  }
+  // No edit: only the document can tell of it.
+  document->makeSavedStateUnreachable();
+  changes.documentDidChange();
+  pass(5s);
+  EXPECT_EQ(recoveredBytes(), bytes());
+}
+
+#endif
+
 TEST_F(UnsavedChangesTest, keepsNothingWithoutAStore) {
   UnsavedChanges none(document, platform.executor, nullptr,
                       {.places = [] { return EditorPlaces{}; }});
-  session.setEditRecorder(&none);
+  session.removeEditRecorder(changes);
+  session.addEditRecorder(none);
   insert(0, {'1'});
   none.documentDidChange();
   none.contentWasReplaced();

@@ -1,4 +1,4 @@
-#include "recovery/ReplayedBytes.h"
+#include "base/ReplayedBytes.h"
 
 #include <gtest/gtest.h>
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/TaskProgress.h"
 
 namespace quillmor {
 
@@ -13,7 +14,9 @@ namespace quillmor {
 /// half a document. Offsets and counts lie within the bytes. One thread at a time.
 class ReplayedBytes {
  public:
-  explicit ReplayedBytes(const ByteBuffer& bytes);
+  /// With `progress`, copying the bytes here and in `take` advances it; either throws
+  /// `Error::stopped()`.
+  explicit ReplayedBytes(const ByteBuffer& bytes, TaskProgress* progress = nullptr);
 
   std::int64_t size() const { return size_; }
 
@@ -21,7 +24,7 @@ class ReplayedBytes {
   void replace(std::int64_t offset, std::int64_t removed, std::span<const std::uint8_t> inserted);
 
   /// All bytes in one buffer. The pieces go meanwhile: this object is empty afterwards.
-  ByteBuffer take();
+  ByteBuffer take(TaskProgress* progress = nullptr);
 
  private:
   using Piece = std::vector<std::uint8_t>;

@@ -1,4 +1,4 @@
-#include "recovery/ReplayedBytes.h"
+#include "base/ReplayedBytes.h"
 
 #include <algorithm>
 #include <iterator>
@@ -14,6 +14,12 @@ constexpr std::size_t kPiece = 64 * kKiB;
 /// A piece that has grown beyond this is cut up.
 constexpr std::size_t kLargestPiece = 2 * kPiece;
 
+void advance(TaskProgress* progress, std::size_t count) {
+  if (progress == nullptr) return;
+  progress->checkpoint();
+  progress->advance(static_cast<std::int64_t>(count));
+}
+
 template <class Add>
 void forEachPiece(std::span<const std::uint8_t> bytes, const Add& add) {
   while (!bytes.empty()) {
@@ -25,9 +31,13 @@ void forEachPiece(std::span<const std::uint8_t> bytes, const Add& add) {
 
 }  // namespace
 
-ReplayedBytes::ReplayedBytes(const ByteBuffer& bytes) : size_(bytes.size()) {
+ReplayedBytes::ReplayedBytes(const ByteBuffer& bytes, TaskProgress* progress)
+    : size_(bytes.size()) {
   pieces_.reserve(bytes.span().size() / kPiece + 1);
-  forEachPiece(bytes.span(), [&](Piece piece) { pieces_.push_back(std::move(piece)); });
+  forEachPiece(bytes.span(), [&](Piece piece) {
+    advance(progress, piece.size());
+    pieces_.push_back(std::move(piece));
+  });
   if (pieces_.empty()) pieces_.emplace_back();
 }
 
@@ -82,10 +92,11 @@ void ReplayedBytes::insert(Place place, std::span<const std::uint8_t> bytes) {
                  std::make_move_iterator(parts.end()));
 }
 
-ByteBuffer ReplayedBytes::take() {
+ByteBuffer ReplayedBytes::take(TaskProgress* progress) {
   ByteBuffer bytes = ByteBuffer::uninitialized(size_);
   std::uint8_t* to = bytes.mutableSpan().data();
   for (Piece& piece : pieces_) {
+    advance(progress, piece.size());
     to = std::copy(piece.begin(), piece.end(), to);
     piece = {};
   }
