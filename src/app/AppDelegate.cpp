@@ -10,10 +10,11 @@
 namespace quillmor {
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
-                         const RecordStore* records)
+                         const RecordStore* records, Traces traces)
     : platform_(platform),
       surface_(surface),
       records_(records),
+      traces_(traces),
       saver_(platform_.executor, documents_,
              records != nullptr ? std::make_shared<SaveRecords>(*records) : nullptr) {
   if (records == nullptr) return;
@@ -121,7 +122,7 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
   try {
     document->makeWindowControllers([&](HexDocument&) {
       controller = std::make_shared<HexWindowController>(
-          document, EditorEnvironment{platform_, documents_, saver_, records_});
+          document, EditorEnvironment{platform_, documents_, saver_, records_, traces_});
       return controller;
     });
     windowOrder_.insert(windowOrder_.begin(), controller);

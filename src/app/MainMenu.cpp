@@ -148,9 +148,17 @@ constexpr std::string_view kPresetsItems[] = {
 };
 
 constexpr std::string_view kContextItems[] = {
-    "forwardCut:",       "forwardCopy:",         "forwardPaste:", kSeparator,
-    "forwardSelectAll:", "forwardSelectRange:",  kSeparator,      "forwardAddBookmark:",
-    kSeparator,          "forwardShowLastSave:",
+    "forwardCut:",
+    "forwardCopy:",
+    "forwardPaste:",
+    kSeparator,
+    "forwardSelectAll:",
+    "forwardSelectRange:",
+    kSeparator,
+    "forwardAddBookmark:",
+    kSeparator,
+    "forwardShowLastSave:",
+    "forwardLeaveNoTrace:",
 };
 
 Menu menu(std::string_view title, std::span<const std::string_view> actions) {

@@ -25,8 +25,12 @@ CommandContext::CommandContext(std::shared_ptr<HexDocument> document,
       owner_(std::move(owner)),
       history_([held = document]() -> const ByteBuffer& { return held->storage()->bytes; }),
       session_(std::move(document), platform_.beeper, *this),
-      frame_(platform_.executor, platform_.alerts, *this) {
+      frame_(platform_.executor, platform_.alerts, *this),
+      mayKeepTraces_(environment.traces == Traces::kept),
+      unsavedChanges_(session_.sharedDocument(), platform_.executor, environment.records,
+                      ownerOfChanges()) {
   session_.addEditRecorder(history_);
+  setTraces(environment.traces);
 }
 
 std::string CommandContext::statusText() const {

@@ -14,6 +14,10 @@ enum class DocumentReplacementPreparation { proceed, cancelled, failed };
 /// How opening a file into an existing window ended.
 enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
 
+/// What the work in a window leaves behind for later: history, records of unsaved changes, the last
+/// offset.
+enum class Traces { kept, none };
+
 /// The services that all editor windows share; they outlive the windows.
 struct EditorEnvironment {
   PlatformServices platform;
@@ -21,6 +25,8 @@ struct EditorEnvironment {
   DocumentSaver& saver;
   /// Where unsaved changes are kept and open files locked; null for neither.
   const RecordStore* records = nullptr;
+  /// With `none` no window keeps any, whatever is chosen in it.
+  Traces traces = Traces::kept;
 };
 
 }  // namespace quillmor

@@ -23,24 +23,26 @@ class SaveReport : public WindowFixture {
                             .byteCount = 3,
                             .time = 1700000000,
                             .sha256 = "aa11",
-                            .steps = {"First.", "Second."}};
+                            .steps = {"First.", "Second.\nName: second"}};
 };
 
 TEST_F(SaveReport, showsWhatWasSavedAndWhatTheDiskHas) {
-  EXPECT_EQ(saveReport(file, receipt, ReadBack{.sha256 = "aa11", .status = receipt.status}),
+  EXPECT_EQ(saveReport(file, receipt, ReadBack{.sha256 = "aa11", .status = receipt.status}, 8200),
             "File: /folder/data.bin\n"
             "Saved: 2023-11-14 22:13:20\n"
-            "Size: 3 bytes\n\n"
+            "Size: 3 bytes\n"
+            "Records on disk: 8200 bytes\n\n"
             "SHA-256 saved:   aa11\n"
             "SHA-256 on disk: aa11\n"
             "The disk has the bytes that were saved.\n\n"
             "Steps:\n"
             "1. First.\n"
-            "2. Second.\n");
+            "2. Second.\n"
+            "   Name: second\n");
 }
 
 TEST_F(SaveReport, tellsADefectiveDiskFromALaterChange) {
-  const auto text = [&](const ReadBack& read) { return saveReport(file, receipt, read); };
+  const auto text = [&](const ReadBack& read) { return saveReport(file, receipt, read, 0); };
   EXPECT_THAT(text({.sha256 = "bb", .status = receipt.status}),
               testing::HasSubstr("THE DISK HAS OTHER BYTES THAN WERE SAVED."));
   StableFileStatus changed = receipt.status;
@@ -52,16 +54,16 @@ TEST_F(SaveReport, tellsADefectiveDiskFromALaterChange) {
 }
 
 TEST_F(SaveReport, saysWhyAFileCannotBeReadBack) {
-  EXPECT_THAT(saveReport(file, receipt, Error::posix(5, "No reading.")),
+  EXPECT_THAT(saveReport(file, receipt, Error::posix(5, "No reading."), 0),
               testing::HasSubstr("SHA-256 on disk: -\n"
                                  "The file could not be read back: No reading."));
-  EXPECT_THROW(saveReport(file, receipt, Error::stopped()), Error);
+  EXPECT_THROW(saveReport(file, receipt, Error::stopped(), 0), Error);
 }
 
 TEST_F(SaveReport, saysWhenNoDigestWasTaken) {
   SaveReceipt without = receipt;
   without.sha256.clear();
-  EXPECT_THAT(saveReport(file, without, ReadBack{.sha256 = "bb", .status = receipt.status}),
+  EXPECT_THAT(saveReport(file, without, ReadBack{.sha256 = "bb", .status = receipt.status}, 0),
               testing::HasSubstr("SHA-256 saved:   -\n"));
 }
 
