@@ -10,10 +10,11 @@
 namespace quillmor {
 
 AppDelegate::AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
-                         const RecordStore* records)
+                         const RecordStore* records, Traces traces)
     : platform_(platform),
       surface_(surface),
       records_(records),
+      traces_(traces),
       saver_(platform_.executor, documents_,
              records != nullptr ? std::make_shared<SaveRecords>(*records) : nullptr) {
   if (records == nullptr) return;
@@ -126,6 +127,7 @@ std::shared_ptr<HexWindowController> AppDelegate::showEditorWindow(
                             .documents = documents_,
                             .saver = saver_,
                             .records = records_,
+                            .traces = traces_,
                             .openUntitled = [this](ByteBuffer bytes, EditorPlaces places) {
                               openUntitled(std::move(bytes), std::move(places));
                             }});

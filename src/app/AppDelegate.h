@@ -27,9 +27,10 @@ class AppDelegate {
   using OpenReply = std::function<void(bool everyFileOpened)>;
 
   /// `records` are where saves are made safe, unsaved changes kept, open files locked, and what is
-  /// recovered from; null for none of that. All arguments outlive this object.
+  /// recovered from; null for none of that. Without `traces` no window keeps unsaved changes; saves
+  /// are safe all the same. All arguments outlive this object.
   AppDelegate(const PlatformServices& platform, ApplicationSurface& surface,
-              const RecordStore* records = nullptr);
+              const RecordStore* records = nullptr, Traces traces = Traces::kept);
 
   // AppDelegate.cpp: windows and commands.
 
@@ -87,7 +88,8 @@ class AppDelegate {
 
   /// Ends the application without asking, because nobody may be asked: keeps the unsaved changes of
   /// all documents for the next start, then closes the windows. When changes cannot be kept, alerts
-  /// and stays; the second time ends it in any case.
+  /// and stays; the second time ends it in any case. The unsaved changes of a document that is to
+  /// leave no trace are lost, as its user has asked.
   void endSession();
 
   /// False, with an alert, while an editor is busy.
@@ -148,6 +150,7 @@ class AppDelegate {
   PlatformServices platform_;
   ApplicationSurface& surface_;
   const RecordStore* records_;
+  const Traces traces_;
   DocumentController documents_;
   DocumentSaver saver_;
   /// Null without recovery.

@@ -159,6 +159,7 @@ constexpr std::string_view kContextItems[] = {
     kSeparator,
     "forwardShowLastSave:",
     "forwardShowHistory:",
+    "forwardLeaveNoTrace:",
 };
 
 Menu menu(std::string_view title, std::span<const std::string_view> actions) {

@@ -118,6 +118,9 @@ std::vector<std::string> RecoveryController::messages() const {
     }
     sentences.push_back(std::move(sentence));
   };
+  for (const RecoveryEntry& entry : entries_) {
+    if (entry.isCutOff) sentences.push_back(quoted(entry) + ": " + std::string(kCutOffMessage));
+  }
   const std::string folder = records_.directory().shownPath();
   add(damaged_, "damaged, kept as \".bad\" in " + folder + ":");
   add(newer_, "of a newer version of Quillmor, left alone:");

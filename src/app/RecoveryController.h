@@ -48,7 +48,7 @@ class RecoveryController {
   // What the list shows.
 
   const std::vector<RecoveryEntry>& entries() const { return entries_; }
-  /// Sentences about records that are not offered.
+  /// Sentences about edits that are left out, and records that are not offered.
   std::vector<std::string> messages() const;
   /// False when the user is done with the list.
   bool hasContent() const;

@@ -9,6 +9,7 @@ namespace quillmor {
 
 /// Tells whether bytes are still the same without keeping them. Different bytes have different
 /// digests, except for a chance of about one in 2^60. It gives no protection against forged bytes.
+/// Records on disk have it, so it stays the same from version to version.
 struct ContentDigest {
   std::int64_t byteCount = 0;
   std::array<std::uint64_t, 4> lanes{};

@@ -45,6 +45,7 @@ Outcome list(const Recovery& recovery, Session& session) {
   session.print(lines);
   for (const RecoveryEntry& entry : offer.entries) {
     if (entry.problem) session.note(entry.id() + ": " + entry.problem->messageWithReason());
+    if (entry.isCutOff) session.note(entry.id() + ": " + std::string(kCutOffMessage));
   }
   noteEach(session, offer.damaged, damagedRecordError().message());
   noteEach(session, offer.newer, newerRecordError().message());
@@ -61,6 +62,10 @@ ByteBuffer bytesOfFile(const RecoveryEntry& entry, Session& session) {
   return session.readDocument(*entry.file).bytes;
 }
 
+void noteCutOff(const RecoveryEntry& entry, const RecoveredDocument& document, Session& session) {
+  if (document.isCutOff) session.note(entry.id() + ": " + std::string(kCutOffMessage));
+}
+
 Outcome show(const Recovery& recovery, const RecoveryEntry& entry, Session& session) {
   const RecoveredDocument document = recovery.recover(entry, &session.beginPart("Reading"));
   const ByteBuffer file = bytesOfFile(entry, session);
@@ -69,6 +74,7 @@ Outcome show(const Recovery& recovery, const RecoveryEntry& entry, Session& sess
       compared, session.beginPart("Comparing"), [&](const DifferingRange& range) {
         session.output().write(differingRangeLine(range, compared) + "\n");
       });
+  noteCutOff(entry, document, session);
   return count > 0 ? Outcome::no : Outcome::done;
 }
 
@@ -83,6 +89,7 @@ Outcome writeRecovered(const Recovery& recovery, const RecoveryEntry& entry,
   if (needsFile && entry.file) inputs.push_back(*entry.file);
   writeBytes(document.bytes.span(), {arguments.file("-o"), std::move(inputs)},
              session.beginPart("Writing"));
+  noteCutOff(entry, document, session);
   return Outcome::done;
 }
 

@@ -85,17 +85,28 @@ void DocumentSaver::write(const std::shared_ptr<Job>& job, Overwriting overwriti
   if (job->hooks.places) job->places = job->hooks.places();
   job->token = job->document->changeCountToken();
   job->document->canAsynchronouslyWrite();
-  auto work = [job, overwriting] {
+  auto work = [job, overwriting, isOnDisk = removalOfOlderRecords(*job)] {
     if (overwriting == Overwriting::whatIsThereNow) job->save.acceptChanges();
     TaskProgress* const progress = job->hooks.progress.get();
     const ByteBuffer bytes = job->document->bytesToWrite();
     if (!job->goesWithoutCopy) job->save.secure(bytes, job->places, progress);
-    return job->save.write(bytes, progress);
+    return job->save.write(bytes, progress, isOnDisk);
   };
   runInBackground(executor_, std::move(work),
                   [this, job, overwriting](Result<FileSave::Written> outcome) {
                     endIfItFails(*job, [&] { written(job, overwriting, std::move(outcome)); });
                   });
+}
+
+/// A kill after the save must not leave records of older bytes, so they go on its thread, before
+/// its own record.
+std::function<void()> DocumentSaver::removalOfOlderRecords(const Job& job) {
+  std::function<void()> remove;
+  if (job.hooks.didTakeBytes) remove = job.hooks.didTakeBytes();
+  return [remove = std::move(remove), copy = job.document->unfinishedSave()] {
+    if (remove) remove();
+    if (copy) resultOf([&] { return copy->remove(), Done(); });
+  };
 }
 
 void DocumentSaver::written(const std::shared_ptr<Job>& job, Overwriting overwriting,

@@ -36,6 +36,9 @@ class DocumentSaver {
     std::function<EditorPlaces()> places;
     /// Called right before the bytes are written.
     std::function<void()> willWrite;
+    /// Called when the bytes have been taken. What it returns is called on the saving thread once
+    /// the file has them for good, before their safety copy goes; it does not throw.
+    std::function<std::function<void()>()> didTakeBytes = {};
     std::function<void(const DocumentSaveOutcome&)> completion;
     /// Told how far the write has come; may be null.
     std::shared_ptr<TaskProgress> progress = {};
@@ -67,6 +70,7 @@ class DocumentSaver {
   /// Asks whether to overwrite what another program made of the document's own file.
   void askAndWrite(const std::shared_ptr<Job>& job);
   void write(const std::shared_ptr<Job>& job, Overwriting overwriting);
+  static std::function<void()> removalOfOlderRecords(const Job& job);
   void written(const std::shared_ptr<Job>& job, Overwriting overwriting,
                Result<FileSave::Written> outcome);
 

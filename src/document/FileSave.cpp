@@ -78,11 +78,13 @@ void FileSave::secure(const ByteBuffer& bytes, const EditorPlaces& places, TaskP
   }
   safetyCopy_ = std::move(kept.value());
   receipt_.sha256 = safetyCopy_->sha256();
-  note("The new bytes were kept and flushed as " + safetyCopy_->location().shownPath() + " (" +
-       std::to_string(safetyCopy_->byteCount()) + " bytes).");
+  const FileLocation copy = safetyCopy_->location();
+  note("The new bytes were kept and flushed (" + std::to_string(safetyCopy_->byteCount()) +
+       " bytes).\nFolder: " + copy.directory().shownPath() + "\nName: " + copy.shownName());
 }
 
-FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progress) {
+FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progress,
+                                  const std::function<void()>& isOnDisk) {
   // Found and taken before the write, because nothing may fail after it.
   FileLocation realLocation = SecureFileAccess::realLocation(request_.destination);
   const ContentDigest digest = contentDigest(bytes.span());
@@ -96,7 +98,7 @@ FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progres
                                 "rewritten in place and flushed.";
   std::string removal = "The kept bytes were removed.";
   std::string failedRemoval = "The kept bytes could not be removed; the next start does it.";
-  receipt_.status = writeBytes(bytes, progress);
+  receipt_.status = writeBytes(bytes, progress, isOnDisk);
   receipt_.byteCount = bytes.size();
   receipt_.time = std::time(nullptr);
   note(std::move(writing));
@@ -106,7 +108,8 @@ FileSave::Written FileSave::write(const ByteBuffer& bytes, TaskProgress* progres
           .receipt = std::move(receipt_)};
 }
 
-StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* progress) {
+StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* progress,
+                                      const std::function<void()>& isOnDisk) {
   auto effect = SecureFileAccess::FileEffect::untouched;
   tornOwnFile_.reset();
   const auto written = resultOf([&] {
@@ -122,6 +125,7 @@ StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* pro
   const bool isAsBefore = effect == SecureFileAccess::FileEffect::untouched ||
                           effect == SecureFileAccess::FileEffect::undone;
   if (!written.isOk() && !isAsBefore) neededCopy_ = std::move(safetyCopy_);
+  if (written.isOk() && isOnDisk) isOnDisk();
   copyIsGone_ = written.isOk() ? removeCopyOfSaved() : removeSafetyCopy();
   if (written.isOk()) return written.value();
   if (effect != SecureFileAccess::FileEffect::untouched && isOwnFile_) noteTornFile();

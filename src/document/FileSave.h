@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -98,7 +99,11 @@ class FileSave {
   /// `SecureFileAccess::writeDocumentBytes` does; with an error of `isChangedDestination` nothing
   /// was overwritten. The safety copy goes when it is not needed any more: the file has the new
   /// bytes, or its old ones. Code 2007: the file that was read back has other bytes.
-  Written write(const ByteBuffer& bytes, TaskProgress* progress = nullptr);
+  ///
+  /// `isOnDisk` is called once the file has the new bytes for good, while the safety copy is still
+  /// there. It does not throw.
+  Written write(const ByteBuffer& bytes, TaskProgress* progress = nullptr,
+                const std::function<void()>& isOnDisk = {});
 
   /// The safety copy of a failed write that has changed the file; null after any other.
   std::unique_ptr<SafetyCopy> takeSafetyCopy() { return std::move(neededCopy_); }
@@ -110,7 +115,8 @@ class FileSave {
   void release();
 
  private:
-  StableFileStatus writeBytes(const ByteBuffer& bytes, TaskProgress* progress);
+  StableFileStatus writeBytes(const ByteBuffer& bytes, TaskProgress* progress,
+                              const std::function<void()>& isOnDisk);
   void requireOnDisk() const;
   /// True if there is none any more.
   bool removeSafetyCopy() noexcept;

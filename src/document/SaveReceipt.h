@@ -18,7 +18,7 @@ struct SaveReceipt {
   /// SHA-256 of the bytes in lowercase hexadecimal; empty for a save without a safety copy, which
   /// takes it.
   std::string sha256 = {};
-  /// What was done, one sentence for each step, in order.
+  /// What was done, one sentence for each step, in order. Details follow in lines of their own.
   std::vector<std::string> steps = {};
 };
 

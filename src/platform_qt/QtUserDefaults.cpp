@@ -24,6 +24,11 @@ QtUserDefaults::QtUserDefaults() : settings_("tenvale", "Quillmor") {
 QtUserDefaults::QtUserDefaults(const QString& filePath)
     : settings_(filePath, QSettings::IniFormat) {}
 
+void QtUserDefaults::writeNoOtherSettings() {
+  // No folder can be made there.
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
+}
+
 std::optional<std::int64_t> QtUserDefaults::integer(const std::string& key) const {
   bool isNumber = false;
   const qlonglong value = settings_.value(storedName(key)).toString().toLongLong(&isNumber, 10);

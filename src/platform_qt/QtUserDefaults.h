@@ -20,6 +20,10 @@ class QtUserDefaults : public UserDefaults {
   /// Settings kept in the INI file at `filePath`.
   explicit QtUserDefaults(const QString& filePath);
 
+  /// From now on this process writes no settings but those of objects that exist already; all
+  /// others begin empty.
+  static void writeNoOtherSettings();
+
   std::optional<std::int64_t> integer(const std::string& key) const override;
   std::optional<bool> boolean(const std::string& key) const override;
   void setInteger(const std::string& key, std::int64_t value) override;

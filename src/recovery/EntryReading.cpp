@@ -26,9 +26,18 @@ ReadRecord readWhole(const RecordStore& store, const ListedRecord& record, TaskP
   return read;
 }
 
-/// The bytes that a journal without a record begins with: those of the file, which must be what it
-/// was.
-ByteBuffer bytesOfFile(const RecoveryEntry& entry, TaskProgress* progress) {
+/// True if the file is the one that a journal begins with. Where its status is another one, the
+/// digest of its bytes decides, as far as the journal has it: programs touch files, and devices get
+/// other numbers.
+bool isBase(const RecordHeader& journal, const StableFileStatus& status, const ByteBuffer& bytes) {
+  if (status == journal.file) return true;
+  const auto digest = journal.baseDigest();
+  return digest && digest->byteCount == bytes.size() && *digest == contentDigest(bytes.span());
+}
+
+/// The content that a journal without a record begins with: that of the file, which must have the
+/// bytes that it had.
+EntryContent contentOfFile(const RecoveryEntry& entry, TaskProgress* progress) {
   if (!entry.file) return {};
   if (!entry.header().file) throw changedBaseError();
   auto read = resultOf([&] {
@@ -39,8 +48,11 @@ ByteBuffer bytesOfFile(const RecoveryEntry& entry, TaskProgress* progress) {
     if (isMissing(read.error())) throw missingBaseFileError();
     throw read.error();
   }
-  if (read.value().status != *entry.header().file) throw changedBaseError();
-  return std::move(read.value().bytes);
+  const StableFileStatus& status = read.value().status;
+  if (!isBase(entry.header(), status, read.value().bytes)) throw changedBaseError();
+  EntryContent content{.bytes = std::move(read.value().bytes), .places = {}, .time = {}};
+  content.baseFile = KnownFile{.status = status, .digest = entry.header().baseDigest()};
+  return content;
 }
 
 EntryContent contentOf(ReadRecord read) {
@@ -58,6 +70,7 @@ void replay(const RecordStore& store, const ListedRecord& journal, EntryContent&
   content.bytes = std::move(replayed.bytes);
   content.places = std::move(replayed.places);
   content.time = replayed.lastEdit;
+  content.wasCutOff = replayed.wasCutOff;
 }
 
 void keepWithin(EditorPlaces& places, std::int64_t count) {
@@ -98,7 +111,7 @@ EntryContent readEntry(const RecordStore& store, const RecoveryEntry& entry,
     if (entry.base) {
       content = contentOf(readWhole(store, *entry.base, progress));
     } else {
-      content.bytes = bytesOfFile(entry, progress);
+      content = contentOfFile(entry, progress);
     }
     replay(store, entry.record, content);
   }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "base/TaskProgress.h"
+#include "document/KnownFile.h"
 #include "recovery/RecordStore.h"
 #include "recovery/RecoveryEntry.h"
 
@@ -11,6 +14,10 @@ struct EntryContent {
   ByteBuffer bytes;
   EditorPlaces places;
   RecordTime time;
+  /// The document's file as it was read now, if the edits of a journal were made in its bytes.
+  std::optional<KnownFile> baseFile = {};
+  /// True if the journal ends with an edit that was not recorded whole.
+  bool wasCutOff = false;
 };
 
 /// Reads the records of an entry and replays its journal. Throws the entry's `problem`, 3101 and

@@ -110,6 +110,19 @@ bool isRecordID(std::string_view text) {
          isUUID(text.substr(kHashLength + 1));
 }
 
+void RecordHeader::setBaseDigest(const ContentDigest& digest) {
+  for (std::size_t lane = 0; lane < digest.lanes.size(); ++lane)
+    putLittleEndian(payloadDigest, lane * sizeof(std::uint64_t), digest.lanes[lane]);
+}
+
+std::optional<ContentDigest> RecordHeader::baseDigest() const {
+  if (!file || payloadDigest == std::array<std::uint8_t, 32>{}) return std::nullopt;
+  ContentDigest digest{.byteCount = file->size};
+  for (std::size_t lane = 0; lane < digest.lanes.size(); ++lane)
+    digest.lanes[lane] = littleEndian<std::uint64_t>(payloadDigest, lane * sizeof(std::uint64_t));
+  return digest;
+}
+
 std::array<std::uint8_t, RecordHeader::kByteCount> RecordHeader::encoded() const {
   if (path.size() > kMaximumPathByteCount || baseID.size() > kBaseByteCount)
     throw Error::posix(ENAMETOOLONG);

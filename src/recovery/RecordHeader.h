@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ContentDigest.h"
 #include "base/Error.h"
 #include "document/HexSelection.h"
 #include "fileaccess/StableFileStatus.h"
@@ -50,7 +51,8 @@ struct RecordHeader {
   RecordKind kind = RecordKind::save;
   /// Bytes of the payload; 0 for a journal.
   std::int64_t payloadByteCount = 0;
-  /// SHA-256 of the payload; zeros for a journal.
+  /// SHA-256 of the payload; for a journal the lanes of the digest of `file`, zeros when that is
+  /// not known.
   std::array<std::uint8_t, 32> payloadDigest{};
   /// The document's file as it was last read, saved or found; absent without a file.
   std::optional<StableFileStatus> file;
@@ -71,6 +73,11 @@ struct RecordHeader {
   std::string path;
 
   bool operator==(const RecordHeader&) const = default;
+
+  /// Notes the digest of the bytes of `file`, with which a journal begins.
+  void setBaseDigest(const ContentDigest& digest);
+  /// That digest; absent when it is not known.
+  std::optional<ContentDigest> baseDigest() const;
 
   /// The header as it stands on disk. Throws ENAMETOOLONG for a path or base ID that is too long.
   std::array<std::uint8_t, kByteCount> encoded() const;

@@ -110,7 +110,8 @@ class RecordStore {
   std::unique_ptr<HeldRecord> write(RecordContent content, std::span<const std::uint8_t> payload,
                                     TaskProgress* progress = nullptr) const;
 
-  /// Makes an empty journal in the same way: the header, and a handle to append to.
+  /// Makes an empty journal in the same way: the header, and a handle to append to. The header may
+  /// have the digest of the file that the journal begins with.
   std::unique_ptr<HeldRecord> createJournal(RecordContent content) const;
 
   /// The records of the private directory, and those beside their documents and beside `documents`,

@@ -207,7 +207,6 @@ std::unique_ptr<HeldRecord> RecordStore::write(RecordContent content,
 
 std::unique_ptr<HeldRecord> RecordStore::createJournal(RecordContent content) const {
   content.header.kind = RecordKind::journal;
-  content.header.payloadDigest = {};
   content.bookmarks.clear();
   complete(content, 0);
   const auto make = [&](auto directory) {

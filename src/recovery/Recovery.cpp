@@ -12,6 +12,7 @@ namespace quillmor {
 
 namespace {
 
+constexpr int kChangedBaseCode = 2810;
 constexpr int kUntrustedCode = 3103;
 constexpr int kMissingCode = 3104;
 
@@ -33,6 +34,20 @@ bool isSaved(const RecoveryEntry& entry, const EntryContent& content, TaskProgre
 
 bool belongsTo(const RecoveryEntry& entry, std::span<const FileLocation> documents) {
   return entry.file && std::ranges::find(documents, *entry.file) != documents.end();
+}
+
+/// True if the entry has nothing that the bytes of a save lack: the same process has made both, for
+/// the file as it was before that save. Edits after a save are recorded for the file after it.
+bool isOlderThanSave(const RecoveryEntry& entry, const RecoveryEntry& save) {
+  const RecordHeader& header = entry.header();
+  const RecordHeader& saved = save.header();
+  const auto momentOf = [](const RecordTime& time) {
+    return std::pair(time.seconds, time.nanoseconds);
+  };
+  return save.isInterruptedSave && !entry.isInterruptedSave && header.file &&
+         header.file == saved.file && header.path == saved.path &&
+         momentOf(header.created) <= momentOf(saved.created) &&
+         header.processID == saved.processID && header.bootID == saved.bootID;
 }
 
 /// The journal as an entry of its own, when the record that it continues is damaged.
@@ -63,6 +78,11 @@ RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning c
   offer.newer = namesOf(groups.newer);
   offer.refused = namesOf(groups.refused);
   for (const ListedRecord& record : groups.damaged) noteDamaged(record, cleaning, offer);
+  if (cleaning == Cleaning::yes) {
+    // Saves tell what older records are worth.
+    std::ranges::stable_partition(groups.entries, &RecoveryEntry::isInterruptedSave);
+    removeWhatSavesLeft(groups.entries, progress);
+  }
   for (RecoveryEntry& entry : groups.entries) {
     if (!documents.empty() && !belongsTo(entry, documents)) continue;
     if (progress != nullptr) progress->checkpoint();
@@ -72,6 +92,26 @@ RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning c
   return offer;
 }
 
+/// A process that ends right after it has written a file leaves its records of the document too.
+/// They go before that of the save, which tells what they are.
+void Recovery::removeWhatSavesLeft(std::vector<RecoveryEntry>& entries,
+                                   TaskProgress* progress) const {
+  for (const RecoveryEntry& save : std::vector<RecoveryEntry>(entries)) {
+    const auto isOlder = [&save](const auto& entry) { return isOlderThanSave(entry, save); };
+    if (std::ranges::none_of(entries, isOlder)) continue;
+    const auto isFinished = resultOf([&] {
+      if (!isSaved(save, readEntry(store_, save, progress), progress)) return false;
+      SecureFileAccess::synchronizeFile(*save.file);
+      return true;
+    });
+    if (!isFinished.isOk() && isFinished.error().isStopped()) throw isFinished.error();
+    if (!isFinished.isOk() || !isFinished.value()) continue;
+    std::erase_if(entries, [&](const RecoveryEntry& entry) {
+      return isOlder(entry) && resultOf([&] { return discard(entry), Done(); }).isOk();
+    });
+  }
+}
+
 void Recovery::examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& offer,
                        TaskProgress* progress) const {
   if (entry.problem) return offer.entries.push_back(std::move(entry));
@@ -79,6 +119,7 @@ void Recovery::examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& of
   if (read.isOk()) {
     entry.byteCount = read.value().bytes.size();
     entry.time = read.value().time;
+    entry.isCutOff = read.value().wasCutOff;
     if (cleaning == Cleaning::yes && isSaved(entry, read.value(), progress)) {
       // The file may have its bytes in memory only. Whoever cannot remove the record now can do so
       // the next time.
@@ -100,6 +141,10 @@ void Recovery::examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& of
   if (isNewerRecord(error)) return offer.newer.push_back(entry.record.location.shownName());
   if (hasCode(error, kUntrustedCode))
     return offer.refused.push_back(entry.record.location.shownName());
+  const auto save = std::ranges::find_if(
+      offer.entries, [&](const RecoveryEntry& each) { return isOlderThanSave(entry, each); });
+  if (cleaning == Cleaning::yes && hasCode(error, kChangedBaseCode) && save != offer.entries.end())
+    return save->older.push_back(std::move(entry.record));
   entry.problem = error;
   entry.byteCount.reset();
   offer.entries.push_back(std::move(entry));
@@ -155,13 +200,15 @@ RecoveryEntry Recovery::find(std::string_view id) const {
 RecoveredDocument Recovery::recover(const RecoveryEntry& entry, TaskProgress* progress) const {
   EntryContent content = readEntry(store_, entry, progress);
   RecoveredDocument document{.bytes = std::move(content.bytes),
-                             .places = std::move(content.places)};
+                             .places = std::move(content.places),
+                             .isCutOff = content.wasCutOff};
   if (!entry.file) return document;
   const ComparedBeside beside = compareBeside(*entry.file, document.bytes.span(), progress);
   if (beside.found == FileBeside::nothing) return document;
   document.location = entry.file;
   // A status that no file has: a file that the changes were not based on is another program's.
-  document.knownFile = KnownFile{entry.header().file.value_or(StableFileStatus())};
+  document.knownFile =
+      content.baseFile.value_or(KnownFile{entry.header().file.value_or(StableFileStatus())});
   // What an interrupted save has left is no change by another program.
   const bool isOurs = beside.found == FileBeside::same ||
                       (entry.isInterruptedSave && beside.found == FileBeside::beginning);
@@ -170,6 +217,7 @@ RecoveredDocument Recovery::recover(const RecoveryEntry& entry, TaskProgress* pr
 }
 
 void Recovery::discard(const RecoveryEntry& entry) const {
+  for (const ListedRecord& record : entry.older) discardIfThere(record);
   // The record alone is still a document; the journal alone is not.
   if (entry.journal) discardIfThere(*entry.journal);
   discardIfThere(entry.record);

@@ -33,8 +33,9 @@ class Recovery {
   explicit Recovery(const RecordStore& store) : store_(store) {}
 
   /// What can be recovered, after cleaning up: records whose documents are in their files already
-  /// are removed, and damaged ones set aside. With `documents` only what belongs to these, beside
-  /// them too. Throws a POSIX error when the records cannot be listed.
+  /// are removed, with older ones that a save has left behind, and damaged ones set aside. With
+  /// `documents` only what belongs to these, beside them too. Throws a POSIX error when the records
+  /// cannot be listed.
   RecoveryOffer offer(std::span<const FileLocation> documents = {},
                       TaskProgress* progress = nullptr) const;
 
@@ -62,6 +63,7 @@ class Recovery {
   /// Adds the entry to the offer as far as it has something to offer.
   void examine(RecoveryEntry entry, Cleaning cleaning, RecoveryOffer& offer,
                TaskProgress* progress) const;
+  void removeWhatSavesLeft(std::vector<RecoveryEntry>& entries, TaskProgress* progress) const;
   void examineWithoutJournal(const RecoveryEntry& entry, const Error& error, Cleaning cleaning,
                              RecoveryOffer& offer, TaskProgress* progress) const;
   void noteDamaged(const ListedRecord& record, Cleaning cleaning, RecoveryOffer& offer) const;

@@ -24,6 +24,8 @@ struct RecoveryEntry {
   std::optional<ListedRecord> journal = {};
   /// What a journal by itself continues, where that is the record of another entry.
   std::optional<ListedRecord> base = {};
+  /// Journals that are of no use since this save has written into their file.
+  std::vector<ListedRecord> older = {};
   /// The document's file; absent for an untitled document.
   std::optional<FileLocation> file = {};
   std::uint32_t untitledNumber = 0;
@@ -32,6 +34,8 @@ struct RecoveryEntry {
   RecordTime time = {};
   /// The size of the recovered document; absent where it is not known.
   std::optional<std::int64_t> byteCount = {};
+  /// True if the last of its edits were not recorded whole, and are left out.
+  bool isCutOff = false;
   /// Why it cannot be recovered, which may change; absent when it can.
   std::optional<Error> problem = {};
 
@@ -54,13 +58,19 @@ struct RecoveredDocument {
   std::optional<KnownFile> knownFile = {};
   /// Within the bytes.
   EditorPlaces places = {};
+  /// True if the last of its edits were not recorded whole, and are left out.
+  bool isCutOff = false;
 };
 
 /// The same moment as "2026-03-01T12:00:00Z", in UTC. "invalid time" for one beyond the year 9999
 /// or before 1970.
 std::string utcText(const RecordTime& time);
 
-/// Code 2810: the journal's file is not what it was, so its edits do not fit it.
+/// What is said of an entry or a document whose last edits are left out.
+inline constexpr std::string_view kCutOffMessage =
+    "The last edits were not recorded whole and are left out.";
+
+/// Code 2810: the journal's file has other bytes than it had, so its edits do not fit it.
 Error changedBaseError();
 /// Code 2811: the journal's file has gone.
 Error missingBaseFileError();

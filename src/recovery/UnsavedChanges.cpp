@@ -23,14 +23,14 @@ void UnsavedChanges::recording(Step step) noexcept {
 }
 
 void UnsavedChanges::willEdit(HexSelection, const ByteBuffer*) noexcept {
-  if (!records_) return;
+  if (!isRecording()) return;
   isEditing_ = true;
   wasUnedited_ = !document_->isDocumentEdited();
   if (run_) run_->stop(kPatience);
 }
 
 void UnsavedChanges::didEdit(const RecordedEdit& edit) noexcept {
-  if (!records_) return;
+  if (!isRecording()) return;
   isEditing_ = false;
   if (!document_->isDocumentEdited()) return startAnew();
   recording([&] {
@@ -38,7 +38,7 @@ void UnsavedChanges::didEdit(const RecordedEdit& edit) noexcept {
     if (isAnew_ || !isOriginalFile()) {
       // An untitled document is nothing before its first edit; a file is what was read or saved.
       const std::int64_t countBefore = bytes.size() - edit.insertedCount + edit.removedCount;
-      const bool isBase = document_->location() ? knownStatus().has_value() : countBefore == 0;
+      const bool isBase = document_->location() ? hasKnownFile() : countBefore == 0;
       beginRecording(wasUnedited_ && isBase);
     }
     records_->add({.time = RecordTime::now(),
@@ -52,7 +52,7 @@ void UnsavedChanges::didEdit(const RecordedEdit& edit) noexcept {
 }
 
 void UnsavedChanges::documentDidChange() noexcept {
-  if (!records_) return;
+  if (!isRecording()) return;
   if (document_->location() != reportedFor_) hasReported_ = false;
   if (!document_->isDocumentEdited()) return startAnew();
   // An edit under way is reported when it is complete.
@@ -60,13 +60,33 @@ void UnsavedChanges::documentDidChange() noexcept {
 }
 
 void UnsavedChanges::contentWasReplaced() noexcept {
-  if (!records_) return;
+  if (!isRecording()) return;
   if (!document_->isDocumentEdited()) return startAnew();
   recording([&] { beginRecording(/*hasBase=*/false); });
 }
 
+void UnsavedChanges::fileWasChanged() noexcept {
+  lostStatus_ = knownStatus();
+  if (!isRecording() || !document_->isDocumentEdited() || records_->hasSnapshot()) return;
+  recording([&] { records_->addUnknown(); });
+}
+
 void UnsavedChanges::discard() noexcept {
-  if (records_) startAnew();
+  if (isRecording()) startAnew();
+}
+
+std::function<void()> UnsavedChanges::removalOnceSaved() const {
+  if (!isRecording()) return nullptr;
+  return [records = records_, generation = records_->generation()] {
+    records->removeSaved(generation);
+  };
+}
+
+void UnsavedChanges::setKeeping(bool isKeeping) noexcept {
+  if (std::exchange(isKeeping_, isKeeping) == isKeeping || !records_) return;
+  if (isKeeping) return contentWasReplaced();
+  tellKept();
+  startAnew();
 }
 
 /// Notes what the records to come belong to. Without a base for a journal a snapshot comes first.
@@ -95,6 +115,12 @@ bool UnsavedChanges::isOriginalFile() const {
   return location_ == document_->location() && status_ == knownStatus();
 }
 
+/// True if the file has what was last read from it or saved, as far as that is known.
+bool UnsavedChanges::hasKnownFile() const {
+  const auto status = knownStatus();
+  return status && status != lostStatus_;
+}
+
 std::optional<StableFileStatus> UnsavedChanges::knownStatus() const {
   const auto& file = document_->knownFile();
   return file ? std::optional(file->status) : std::nullopt;
@@ -103,7 +129,10 @@ std::optional<StableFileStatus> UnsavedChanges::knownStatus() const {
 RecordHeader UnsavedChanges::header(const EditorPlaces& places) const {
   RecordHeader header;
   header.kind = RecordKind::unsavedChanges;
-  header.file = knownStatus();
+  if (const auto& file = document_->knownFile()) {
+    header.file = file->status;
+    if (file->digest) header.setBaseDigest(*file->digest);
+  }
   header.caretOffset = places.caretOffset;
   header.selection = places.selection;
   if (const auto& location = document_->location()) {

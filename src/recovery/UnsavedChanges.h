@@ -22,8 +22,8 @@ namespace quillmor {
 /// Edits go to a journal, at most once a second; from time to time the whole document goes to a
 /// snapshot, which takes the place of the older records (`SnapshotSchedule`). Both are written on
 /// other threads, and an edit stops a snapshot under way rather than wait for it. The records go
-/// when nothing is unsaved any more, and with `discard`; else they stay, whatever this process ends
-/// with.
+/// when nothing is unsaved any more, with `discard`, and when nothing is to be kept; else they
+/// stay, whatever this process ends with.
 ///
 /// Main thread only. Nothing here throws: a failure is told to the owner, once for each file.
 class UnsavedChanges : public EditRecorder {
@@ -58,12 +58,29 @@ class UnsavedChanges : public EditRecorder {
   /// The document has other bytes, by no edit.
   void contentWasReplaced() noexcept;
 
-  /// `kept` is called once, on the main thread, when a durable snapshot has all that is unsaved.
-  /// Takes the place of the one before.
+  /// Another program has changed the document's file, so that a journal of the edits since is of no
+  /// use alone: what is unsaved goes to a snapshot soon.
+  void fileWasChanged() noexcept;
+
+  /// `kept` is called once, on the main thread, when a durable snapshot has all that is unsaved, or
+  /// when nothing is to be kept any more. Takes the place of the one before.
   void whenKept(std::function<void()> kept) { kept_ = std::move(kept); }
 
   /// The user does not want the unsaved changes: their records go.
   void discard() noexcept;
+
+  /// What removes the records, unless the document has changed by then. It waits for a disk, does
+  /// not throw, and may be called on any thread, once a file has the document as it is now: so no
+  /// crash leaves records of what is saved. Null when nothing is recorded.
+  std::function<void()> removalOnceSaved() const;
+
+  /// Tries again to remove what could not be removed, off the main thread.
+  void retryRemovals() noexcept;
+
+  /// With false the records go, and there are none until it is called with true; what is unsaved
+  /// then is recorded soon.
+  void setKeeping(bool isKeeping) noexcept;
+  bool isKeeping() const { return isKeeping_; }
 
   /// Makes everything that is unsaved durable before it returns, for the end of the process. False
   /// when that is not possible; `failure` has the reason, or none where nothing is to be recorded.
@@ -74,9 +91,11 @@ class UnsavedChanges : public EditRecorder {
   std::int64_t bytesOnDisk() const { return records_ ? records_->bytesOnDisk() : 0; }
 
  private:
+  bool isRecording() const { return records_ != nullptr && isKeeping_; }
   void beginRecording(bool hasBase);
   void startAnew() noexcept;
   bool isOriginalFile() const;
+  bool hasKnownFile() const;
   std::optional<StableFileStatus> knownStatus() const;
   RecordHeader header(const EditorPlaces& places) const;
   RecordContent snapshotContent() const;
@@ -85,6 +104,7 @@ class UnsavedChanges : public EditRecorder {
   void beginDue();
   void flush();
   void flushDidEnd(const Result<Done>& outcome);
+  void removeRetiredWhenDue(Time now);
   void beginSnapshot();
   void snapshotDidEnd(const Result<bool>& outcome);
   void keep();
@@ -98,8 +118,9 @@ class UnsavedChanges : public EditRecorder {
   const std::shared_ptr<HexDocument> document_;
   BackgroundExecutor& executor_;
   const Owner owner_;
-  /// Null when nothing is recorded.
+  /// Null without a store.
   std::shared_ptr<UnsavedRecords> records_;
+  bool isKeeping_ = true;
   SnapshotSchedule schedule_;
 
   /// True until the first change since the document was as it is on disk.
@@ -107,11 +128,15 @@ class UnsavedChanges : public EditRecorder {
   /// The file that the records belong to, as the document last knew it.
   std::optional<FileLocation> location_;
   std::optional<StableFileStatus> status_;
+  /// The file as the document knows it, when that is not what is on the disk any more.
+  std::optional<StableFileStatus> lostStatus_;
   /// From `willEdit` until the edit has happened or failed; whether the document was as it is on
   /// disk before.
   bool isEditing_ = false;
   bool wasUnedited_ = false;
 
+  /// When records that could not be removed are tried again; absent while there are none.
+  std::optional<Time> removalDue_;
   bool isFlushing_ = false;
   std::optional<Time> lastFlush_;
   /// The snapshot under way.

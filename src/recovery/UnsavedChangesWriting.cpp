@@ -24,6 +24,27 @@ void UnsavedChanges::beginDue() {
   }
   if (const auto due = schedule_.due(document_->storage()->count(), records_->needsSnapshot()))
     *due <= now ? beginSnapshot() : wakeAt(*due);
+  removeRetiredWhenDue(now);
+}
+
+/// Nothing wakes this process while every record that was to go has gone.
+void UnsavedChanges::removeRetiredWhenDue(Time now) {
+  if (!records_->hasRetired()) return removalDue_.reset();
+  if (!removalDue_) removalDue_ = now + SnapshotSchedule::kAfterFailure;
+  if (*removalDue_ > now) return wakeAt(*removalDue_);
+  removalDue_ = now + SnapshotSchedule::kAfterFailure;
+  runInBackground(
+      executor_, [records = records_] { return records->removeRetired(), Done(); },
+      [this, life = std::weak_ptr(life_)](const Result<Done>&) {
+        if (!life.expired()) proceed();
+      });
+}
+
+void UnsavedChanges::retryRemovals() noexcept {
+  if (!records_ || !records_->hasRetired()) return;
+  resultOf([&] {
+    return executor_.runDetached([records = records_] { records->removeRetired(); }), Done();
+  });
 }
 
 void UnsavedChanges::flush() {
@@ -72,7 +93,7 @@ void UnsavedChanges::snapshotDidEnd(const Result<bool>& outcome) {
 bool UnsavedChanges::keepNow() noexcept {
   failure_.reset();
   if (!document_->isDocumentEdited()) return true;
-  if (!records_) return false;
+  if (!isRecording()) return false;
   const auto kept = resultOf([&] { return keep(), Done(); });
   if (!kept.isOk()) failure_ = kept.error();
   return kept.isOk();

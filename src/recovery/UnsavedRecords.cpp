@@ -40,11 +40,6 @@ bool UnsavedRecords::needsSnapshot() const {
   return needsSnapshot_;
 }
 
-bool UnsavedRecords::hasSnapshot() const {
-  const MutexLock guard(disk_);
-  return snapshot_ != nullptr;
-}
-
 bool UnsavedRecords::hasQueued() const {
   const MutexLock guard(queue_);
   return !entries_.empty();
@@ -102,8 +97,26 @@ bool UnsavedRecords::install(std::unique_ptr<HeldRecord> snapshot, std::uint64_t
   } else {
     retire(std::move(snapshot));
   }
-  countBytes();
+  noteState();
   return isCurrent;
+}
+
+void UnsavedRecords::removeSaved(std::uint64_t generation) noexcept {
+  const MutexLock guard(disk_);
+  {
+    const MutexLock queueGuard(queue_);
+    if (generation_ != generation) return;
+    entries_ = {};
+    needsSnapshot_ = true;
+  }
+  removeRecords();
+  noteState();
+}
+
+void UnsavedRecords::removeRetired() noexcept {
+  const MutexLock guard(disk_);
+  retryRetired();
+  noteState();
 }
 
 void UnsavedRecords::removeIfDue() {
@@ -112,29 +125,36 @@ void UnsavedRecords::removeIfDue() {
     if (!std::exchange(isRemovalDue_, false)) return;
   }
   removeRecords();
-  countBytes();
+  noteState();
 }
 
 /// Also makes the journal where there is none.
 void UnsavedRecords::append(std::vector<std::uint8_t>& entries, RecordHeader origin) {
   if (!journal_) {
     RecordContent content{.header = std::move(origin)};
-    if (snapshot_) content.header.baseID = snapshot_->id();
+    if (snapshot_) {
+      content.header.baseID = snapshot_->id();
+      content.header.payloadDigest = {};
+    }
     journal_ = JournalWriter::create(store_, std::move(content));
   }
   const auto appended = resultOf([&] { return journal_->append(entries), Done(); });
   // Nobody should be offered a journal without entries.
   if (!appended.isOk() && journal_->isEmpty())
     retire(std::exchange(journal_, nullptr)->takeRecord());
-  countBytes();
+  noteState();
   if (!appended.isOk()) throw appended.error();
 }
 
 /// The journal goes first, because it is of no use without its base.
-void UnsavedRecords::removeRecords() {
-  for (auto& record : std::exchange(retired_, {})) retire(std::move(record));
+void UnsavedRecords::removeRecords() noexcept {
+  retryRetired();
   if (journal_) retire(std::exchange(journal_, nullptr)->takeRecord());
   retire(std::exchange(snapshot_, nullptr));
+}
+
+void UnsavedRecords::retryRetired() noexcept {
+  for (auto& record : std::exchange(retired_, {})) retire(std::move(record));
 }
 
 /// A record that cannot be removed is kept for the next try. It does no harm: it is older than the
@@ -146,11 +166,13 @@ void UnsavedRecords::retire(std::unique_ptr<HeldRecord> record) noexcept {
   resultOf([&] { return retired_.push_back(std::move(record)), Done(); });
 }
 
-void UnsavedRecords::countBytes() {
+void UnsavedRecords::noteState() noexcept {
   std::int64_t count = snapshot_ ? snapshot_->byteCount() : 0;
   if (journal_) count += journal_->record().byteCount();
   for (const auto& record : retired_) count += record->byteCount();
   bytesOnDisk_.store(count, std::memory_order_relaxed);
+  hasSnapshot_.store(snapshot_ != nullptr, std::memory_order_relaxed);
+  hasRetired_.store(!retired_.empty(), std::memory_order_relaxed);
 }
 
 }  // namespace quillmor

@@ -49,11 +49,12 @@ class UnsavedRecords {
   /// Nothing is unsaved any more: the records go with the next call of the second group.
   void forget() noexcept;
   std::int64_t bytesOnDisk() const { return bytesOnDisk_.load(std::memory_order_relaxed); }
+  /// True if there is a snapshot, which a journal needs no file beside.
+  bool hasSnapshot() const { return hasSnapshot_.load(std::memory_order_relaxed); }
+  /// True if there are records that could not be removed.
+  bool hasRetired() const { return hasRetired_.load(std::memory_order_relaxed); }
 
   // Waiting for a disk.
-
-  /// True if there is a snapshot, which a journal needs no file beside.
-  bool hasSnapshot() const;
 
   /// Appends what is queued to the journal, which is made where there is none, and makes it
   /// durable. Throws POSIX errors and std::bad_alloc; the journal has ended then.
@@ -63,15 +64,26 @@ class UnsavedRecords {
   /// has changed since, the snapshot goes instead; returns false then.
   bool install(std::unique_ptr<HeldRecord> snapshot, std::uint64_t generation);
 
+  /// Removes the records, because a file has the document in the state `generation`; not when the
+  /// document has changed since. Edits that follow are left to a snapshot until `forget`: the file
+  /// that a journal of them would begin with is not known yet.
+  void removeSaved(std::uint64_t generation) noexcept;
+
+  /// Tries again to remove what could not be removed.
+  void removeRetired() noexcept;
+
  private:
   void removeIfDue() QUILLMOR_REQUIRES(disk_);
   void append(std::vector<std::uint8_t>& entries, RecordHeader origin) QUILLMOR_REQUIRES(disk_);
-  void removeRecords() QUILLMOR_REQUIRES(disk_);
+  void removeRecords() noexcept QUILLMOR_REQUIRES(disk_);
+  void retryRetired() noexcept QUILLMOR_REQUIRES(disk_);
   void retire(std::unique_ptr<HeldRecord> record) noexcept QUILLMOR_REQUIRES(disk_);
-  void countBytes() QUILLMOR_REQUIRES(disk_);
+  void noteState() noexcept QUILLMOR_REQUIRES(disk_);
 
   const RecordStore store_;
   std::atomic<std::int64_t> bytesOnDisk_{0};
+  std::atomic<bool> hasSnapshot_{false};
+  std::atomic<bool> hasRetired_{false};
 
   /// Held while records are written; taken before `queue_`.
   mutable Mutex disk_;

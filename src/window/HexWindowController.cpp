@@ -8,25 +8,9 @@ namespace quillmor {
 
 HexWindowController::HexWindowController(std::shared_ptr<HexDocument> document,
                                          const EditorEnvironment& environment)
-    : context_(std::move(document), environment, [this] { return weak_from_this(); }),
-      unsavedChanges_(session().sharedDocument(), context_.platform().executor, environment.records,
-                      ownerOfChanges()) {
-  session().addEditRecorder(unsavedChanges_);
+    : context_(std::move(document), environment, [this] { return weak_from_this(); }) {
+  session().addEditRecorder(unsavedChanges());
   commands_.navigation().applyUserDefaults();
-}
-
-UnsavedChanges::Owner HexWindowController::ownerOfChanges() {
-  return {.places =
-              [this] {
-                return EditorPlaces{.caretOffset = editor().caretOffset(),
-                                    .selection = session().selectedRange(),
-                                    .bookmarks = bookmarks().offsets()};
-              },
-          .didFail =
-              [this](const Error& error) {
-                context_.messages().showNotice("Unsaved changes cannot be kept for a recovery: " +
-                                               error.messageWithReason());
-              }};
 }
 
 void HexWindowController::attachWindow(EditorWindowSurface& window) {
@@ -82,13 +66,14 @@ void HexWindowController::windowWillClose() {
   commands_.searching().setLastSearchRequest({});
   window->closeFindReplacePanels();
   window->closeUtilityWindows();
-  session().removeEditRecorder(unsavedChanges_);
+  session().removeEditRecorder(unsavedChanges());
   if (unwantedState_ == document().changeCountToken()) {
-    unsavedChanges_.discard();
+    unsavedChanges().discard();
     context_.saver().forgetUnfinishedSave(document());
   } else {
-    unsavedChanges_.keepNow();
+    unsavedChanges().keepNow();
   }
+  unsavedChanges().retryRemovals();
   session().close();
   document().removeWindowController(this);
   if (!document().windowControllers().empty()) return;
@@ -98,12 +83,12 @@ void HexWindowController::windowWillClose() {
 
 void HexWindowController::documentStorageDidReload() {
   session().takeStorage(document().storage(), /*preservingEditorState=*/true);
-  unsavedChanges_.contentWasReplaced();
+  unsavedChanges().contentWasReplaced();
   session().showStorage();
 }
 
 void HexWindowController::documentIdentityDidChange() {
-  unsavedChanges_.documentDidChange();
+  unsavedChanges().documentDidChange();
   if (!hasWindow()) return;
   context_.window()->setIdentity(document().displayName(), document().location(),
                                  document().isDocumentEdited());

@@ -34,7 +34,7 @@ class HexWindowController : public DocumentWindow,
   HexDocument& document() { return context_.document(); }
   HexEditorState& editor() { return context_.editor(); }
   const Bookmarks& bookmarks() { return context_.session().bookmarks(); }
-  UnsavedChanges& unsavedChanges() { return unsavedChanges_; }
+  UnsavedChanges& unsavedChanges() { return context_.unsavedChanges(); }
 
   // Commands.
 
@@ -74,13 +74,11 @@ class HexWindowController : public DocumentWindow,
   void activate() override;
 
  private:
-  UnsavedChanges::Owner ownerOfChanges();
   void followFileWithLock();
 
   CommandContext context_;
   EditorCommands commands_{context_};
   OutsideChanges outsideChanges_{context_};
-  UnsavedChanges unsavedChanges_;
   /// The state of the document that the user does not want to be saved.
   std::optional<ChangeCount::Token> unwantedState_;
 };

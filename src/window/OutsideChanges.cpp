@@ -231,6 +231,7 @@ void OutsideChanges::show(const Look& look, std::optional<ContentDigest> digest,
   seen_ = Seen{.status = look.status, .digest = digest};
   shownRanges_.reset();
   isLineShown_ = true;
+  context_.unsavedChanges().fileWasChanged();
   context_.window()->showOutsideChange(what,
                                        {.canShow = digest.has_value(), .canReload = canReload});
 }

@@ -59,7 +59,7 @@ EditorUnderTest WindowFixture::makeEditor(std::string_view content) {
   made.window = windows_.emplace_back(std::make_shared<FakeEditorWindow>());
   made.document->makeWindowControllers([&](HexDocument&) {
     made.controller = std::make_shared<HexWindowController>(
-        made.document, EditorEnvironment{platform.services(), documents, saver, records});
+        made.document, EditorEnvironment{platform.services(), documents, saver, records, traces});
     return made.controller;
   });
   made.window->controller = made.controller.get();

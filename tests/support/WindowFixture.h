@@ -127,6 +127,8 @@ class WindowFixture : public testing::Test {
   DocumentSaver saver;
   /// Where the editors made from now on keep unsaved changes.
   const RecordStore* records = nullptr;
+  /// What the editors made from now on leave behind.
+  Traces traces = Traces::kept;
 
  private:
   std::vector<std::shared_ptr<FakeEditorWindow>> windows_;  ///< outlive the controllers

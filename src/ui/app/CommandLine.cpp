@@ -52,6 +52,10 @@ CommandLine parse(const std::vector<std::string>& arguments) {
   app.set_version_flag("--version", "quillmor " QUILLMOR_VERSION);
   app.add_option("FILE", files,
                  "Files to open: the first in the first window, others in windows of their own");
+  CommandLine line;
+  app.add_flag("--private", line.isPrivate,
+               "Leave no trace of the files: no history, no records of unsaved changes and no "
+               "settings are kept. The record of a save stays while that save runs");
   auto* screenshotOption =
       app.add_option("--screenshot", screenshot, "Save a picture of FILE's window as PNG and exit")
           ->type_name("OUT.png");
@@ -60,7 +64,6 @@ CommandLine parse(const std::vector<std::string>& arguments) {
       ->type_name("START,LENGTH")
       ->needs(screenshotOption);
 
-  CommandLine line;
   try {
     app.parse(shieldedArguments(arguments));
   } catch (const CLI::CallForHelp&) {

@@ -12,6 +12,7 @@ namespace quillmor {
 /// The program's arguments, parsed.
 struct CommandLine {
   std::vector<FileLocation> files;
+  bool isPrivate = false;  ///< nothing is kept of the work on the files
   /// Where to write the window of the one file as PNG before exiting.
   std::optional<FileLocation> picture;
   std::optional<HexSelection> selection;  ///< selected in the screenshot

@@ -7,6 +7,7 @@
 #include "app/AppDelegate.h"
 #include "base/VisibleText.h"
 #include "platform/MemoryUserDefaults.h"
+#include "platform/TransientUserDefaults.h"
 #include "platform_qt/QtPlatform.h"
 #include "platform_qt/QtUserDefaults.h"
 #include "recovery/RecordStore.h"
@@ -52,7 +53,11 @@ class Session {
 /// A picture is the same whatever the user has set, and leaves no trace but itself.
 std::unique_ptr<UserDefaults> defaultsFor(const CommandLine& line) {
   if (line.picture) return std::make_unique<MemoryUserDefaults>();
-  return std::make_unique<QtUserDefaults>();
+  auto users = std::make_unique<QtUserDefaults>();
+  if (!line.isPrivate) return users;
+  // The file dialogs of the toolkit note the folders that they have shown.
+  QtUserDefaults::writeNoOtherSettings();
+  return std::make_unique<TransientUserDefaults>(std::move(users));
 }
 
 int run(const CommandLine& line, GuardedApplication& application) {
@@ -60,7 +65,8 @@ int run(const CommandLine& line, GuardedApplication& application) {
   QtPlatform platform(defaultsFor(line));
   const PlatformServices services = platform.services();
   ApplicationWindows windows(services);
-  AppDelegate delegate(services, windows, line.picture ? nullptr : &records);
+  AppDelegate delegate(services, windows, line.picture ? nullptr : &records,
+                       line.isPrivate ? Traces::none : Traces::kept);
   windows.setDelegate(delegate);
   // A picture is made without anybody who could answer an alert: its failure ends the program.
   const Session session(application, line.picture ? nullptr : &services.alerts, delegate, windows);

@@ -27,8 +27,12 @@ CommandContext::CommandContext(std::shared_ptr<HexDocument> document,
       history_(std::make_shared<EditHistory>(
           [held = document]() -> const ByteBuffer& { return held->storage()->bytes; })),
       session_(std::move(document), platform_.beeper, *this),
-      frame_(platform_.executor, platform_.alerts, *this) {
+      frame_(platform_.executor, platform_.alerts, *this),
+      mayKeepTraces_(environment.traces == Traces::kept),
+      unsavedChanges_(session_.sharedDocument(), platform_.executor, environment.records,
+                      ownerOfChanges()) {
   session_.addEditRecorder(*history_);
+  setTraces(environment.traces);
 }
 
 std::string CommandContext::statusText() const {

@@ -12,6 +12,7 @@
 #include "base/Result.h"
 #include "document/EditHistory.h"
 #include "editor/EditSession.h"
+#include "recovery/UnsavedChanges.h"
 #include "window/commands/BackgroundTaskFrame.h"
 #include "window/commands/DocumentLock.h"
 #include "window/commands/EditorEnvironment.h"
@@ -42,6 +43,16 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   DocumentController& documents() { return documents_; }
   DocumentSaver& saver() { return saver_; }
   DocumentLock& documentLock() { return documentLock_; }
+  UnsavedChanges& unsavedChanges() { return unsavedChanges_; }
+
+  // What is left behind (CommandContextTraces.cpp).
+
+  Traces traces() const;
+  /// With `none` everything kept so far is removed off the main thread, and nothing more is kept
+  /// until this is called again.
+  void setTraces(Traces traces);
+  /// False in a process that keeps nothing at all.
+  bool mayKeepTraces() const { return mayKeepTraces_; }
 
   // The window.
 
@@ -158,6 +169,7 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   void sessionDidEdit(bool canBeUndone) override;
   void didRefuse(const std::string& reason) override { messages_.showNotice(reason); }
 
+  UnsavedChanges::Owner ownerOfChanges();
   std::string inspectorText() const;
 
   void busyStateDidBegin() override;
@@ -177,6 +189,8 @@ class CommandContext : private BusyStateObserver, private EditSessionObserver {
   EditSession session_;
   WindowMessages messages_{platform_, session_, [this] { return window_; }};
   BackgroundTaskFrame frame_;
+  const bool mayKeepTraces_;
+  UnsavedChanges unsavedChanges_;
 };
 
 }  // namespace quillmor

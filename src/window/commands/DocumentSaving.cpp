@@ -104,6 +104,10 @@ DocumentSaver::Hooks DocumentSaving::hooks(const FileLocation& destination,
   hooks.willWrite = [this, owner = context_.owner(), name = destination.shownName()] {
     if (const auto held = owner.lock()) context_.frame().updateBusyStatus("Saving " + name);
   };
+  hooks.didTakeBytes = [this, owner = context_.owner()]() -> std::function<void()> {
+    const auto held = owner.lock();
+    return held ? context_.unsavedChanges().removalOnceSaved() : nullptr;
+  };
   hooks.completion = [this, owner = context_.owner(), run](const DocumentSaveOutcome& outcome) {
     if (const auto held = owner.lock()) return saveDidEnd(outcome, *run);
     std::exchange(run->completion, nullptr)(outcome.result);

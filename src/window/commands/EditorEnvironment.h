@@ -18,6 +18,10 @@ enum class DocumentReplacementPreparation { proceed, cancelled, failed };
 /// How opening a file into an existing window ended.
 enum class OpenCurrentResult { opened, broughtToFront, cancelled, failed };
 
+/// What the work in a window leaves behind for later: history, records of unsaved changes, the last
+/// offset.
+enum class Traces { kept, none };
+
 /// The services that all editor windows share; they outlive the windows.
 struct EditorEnvironment {
   PlatformServices platform;
@@ -25,6 +29,8 @@ struct EditorEnvironment {
   DocumentSaver& saver;
   /// Where unsaved changes are kept and open files locked; null for neither.
   const RecordStore* records = nullptr;
+  /// With `none` no window keeps any, whatever is chosen in it.
+  Traces traces = Traces::kept;
   /// Shows bytes that are in no file as a document with unsaved changes in a new window.
   std::function<void(ByteBuffer bytes, EditorPlaces places)> openUntitled = {};
 };

@@ -130,6 +130,7 @@ std::optional<std::string> NavigationCommands::sessionOffsetKey() const {
 }
 
 void NavigationCommands::saveSessionOffset() {
+  if (context_.traces() == Traces::none) return;
   if (const auto key = sessionOffsetKey())
     context_.platform().defaults.setInteger(*key, session_.editor().caretOffset());
 }

@@ -21,7 +21,7 @@ class NavigationCommands : private CommandFamily {
   /// Sets up the view as the user left the last one.
   void applyUserDefaults();
 
-  /// Remembers the caret for the next session.
+  /// Remembers the caret for the next session, unless nothing is to be kept.
   void saveSessionOffset();
 
  private:

@@ -14,6 +14,7 @@ class SafetyCommands : private CommandFamily {
 
  private:
   void showLastSave();
+  void leaveNoTrace();
 };
 
 }  // namespace quillmor

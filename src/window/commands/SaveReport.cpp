@@ -17,6 +17,17 @@ std::string localTime(std::int64_t seconds) {
   return {text.data(), length};
 }
 
+/// The lines after the first stand below its text.
+std::string numbered(int number, const std::string& step) {
+  const std::string label = std::to_string(number) + ". ";
+  std::string text = label;
+  for (const char c : step) {
+    text += c;
+    if (c == '\n') text.append(label.size(), ' ');
+  }
+  return text + "\n";
+}
+
 std::string verdict(const SaveReceipt& receipt, const Result<ReadBack>& onDisk) {
   if (!onDisk.isOk()) return "The file could not be read back: " + onDisk.error().message();
   if (receipt.sha256.empty()) return "No digest was taken when the file was saved.";
@@ -28,17 +39,17 @@ std::string verdict(const SaveReceipt& receipt, const Result<ReadBack>& onDisk) 
 }  // namespace
 
 std::string saveReport(const FileLocation& location, const SaveReceipt& receipt,
-                       const Result<ReadBack>& onDisk) {
+                       const Result<ReadBack>& onDisk, std::int64_t recordByteCount) {
   if (!onDisk.isOk() && onDisk.error().isStopped()) throw onDisk.error();
   std::string report = "File: " + location.shownPath() + "\n";
   report += "Saved: " + localTime(receipt.time) + "\n";
-  report += "Size: " + std::to_string(receipt.byteCount) + " bytes\n\n";
+  report += "Size: " + std::to_string(receipt.byteCount) + " bytes\n";
+  report += "Records on disk: " + std::to_string(recordByteCount) + " bytes\n\n";
   report += "SHA-256 saved:   " + (receipt.sha256.empty() ? "-" : receipt.sha256) + "\n";
   report += "SHA-256 on disk: " + (onDisk.isOk() ? onDisk.value().sha256 : "-") + "\n";
   report += verdict(receipt, onDisk) + "\n\nSteps:\n";
   int number = 0;
-  for (const std::string& step : receipt.steps)
-    report += std::to_string(++number) + ". " + step + "\n";
+  for (const std::string& step : receipt.steps) report += numbered(++number, step);
   return report;
 }
 

@@ -95,6 +95,36 @@ TEST_F(SessionEnd, isRefusedOnceWhenChangesCannotBeKept) {
   EXPECT_EQ(application.terminations, 1);
 }
 
+TEST_F(SessionEnd, ofADocumentThatLeavesNoTraceLosesItsChangesAndAsksNothing) {
+  const auto editor = newEdited("a");
+  platform.alerts.expect("Leave No Trace of \"Untitled\"?",
+                         "Its history and the records of its unsaved changes are removed, and none "
+                         "are kept until this "
+                         "window closes. After a crash its unsaved changes cannot be recovered.",
+                         "Leave No Trace");
+  editor->perform("forwardLeaveNoTrace:");
+  newEdited("b");
+  recording.endSession();
+  EXPECT_EQ(application.terminations, 1);
+  platform.executor.runAll();
+  EXPECT_THAT(recovered(), testing::ElementsAre("b"));
+}
+
+TEST_F(SessionEnd, ofAPrivateProcessEndsTheFirstTime) {
+  AppDelegate secret(platform.services(), application, &store, Traces::none);
+  secret.newDocument();
+  platform.executor.runAll();
+  const auto& shown = application.windows.back();
+  shown.controller->editor().setEditingArea(EditingArea::ascii);
+  shown.controller->editor().handleTextInput("a");
+  platform.executor.runAll();
+  secret.endSession();
+  EXPECT_EQ(application.terminations, 1);
+  shown.controller->windowWillClose();
+  platform.executor.runAll();
+  EXPECT_TRUE(store.list().empty());
+}
+
 TEST_F(SessionEnd, withAUserToAskReviewsTheDocuments) {
   newEdited("a");
   std::vector<bool> answers;
