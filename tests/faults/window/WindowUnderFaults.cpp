@@ -2,8 +2,9 @@
 
 #include <signal.h>
 
-#include <cstdlib>
 #include <filesystem>
+
+#include "faults/window/JudgedWindow.h"
 
 namespace quillmor::test {
 
@@ -54,9 +55,7 @@ void WindowUnderFaults::startAndChange(const Fault& fault) {
                                       "XDG_CONFIG_HOME=" + settings};
   for (const auto& [name, value] : faultEnvironment(watched_, fault))
     if (!value.empty()) command.push_back(name + "=" + value);
-  // In place of the program that was built, which comes as the first argument.
-  if (const char* const other = std::getenv("QUILLMOR_FAULTS_WINDOW"))
-    command.insert(command.end(), {"sh", "-c", "shift; exec \"$0\" \"$@\"", other});
+  addJudgedWindow(command);
   const bool isNew = GetParam() == Way::saveAsNew;
   const std::string opened =
       isNew ? folder.write("first.bin", kPage).path() : trial_.places().file();
