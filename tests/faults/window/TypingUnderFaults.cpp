@@ -93,13 +93,18 @@ ChildProcess::Environment TypingUnderFaults::environment() const {
           {"XDG_STATE_HOME", path("state")}};
 }
 
-std::optional<std::string> TypingUnderFaults::recoveredByCommand() const {
+std::vector<std::string> TypingUnderFaults::records() const {
   ChildProcess list({judgedCli(), "recover", "--list"}, environment());
   list.waitForExit();
   std::istringstream lines(list.output());
   std::vector<std::string> records;
   for (std::string line; std::getline(lines, line);)
     records.push_back(line.substr(0, line.find('\t')));
+  return records;
+}
+
+std::optional<std::string> TypingUnderFaults::recoveredByCommand() const {
+  const auto records = this->records();
   if (records.size() != 1) return std::nullopt;
   ChildProcess recover({judgedCli(), "recover", records.front(), "-o", path("recovered.bin")},
                        environment());
@@ -108,6 +113,7 @@ std::optional<std::string> TypingUnderFaults::recoveredByCommand() const {
 }
 
 std::optional<std::string> TypingUnderFaults::recoveredByEditor() {
+  if (records().size() != 1) return std::nullopt;
   startEditor({}, 2);
   expectTitle("Recovered Documents");
   press({"Return"});

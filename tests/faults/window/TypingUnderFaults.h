@@ -54,6 +54,8 @@ class TypingUnderFaults : public BlackBoxTest {
   std::string path(const std::string& name) const { return (run_ / name).native(); }
   void startEditor(const std::vector<std::string>& arguments, std::size_t windowCount);
   void look();
+  /// The IDs of the records that are left.
+  std::vector<std::string> records() const;
   ChildProcess::Environment environment() const;
 
   const FakeInput input_;
