@@ -32,6 +32,10 @@ struct Fault {
   static Fault logged() { return {.isLogged = true}; }
   /// SIGKILL before the call.
   static Fault killBefore(std::int64_t call) { return {.kind = Kind::kill, .call = call}; }
+  /// The same, and the effects of the calls before it are logged.
+  static Fault loggedKillBefore(std::int64_t call) {
+    return {.kind = Kind::kill, .call = call, .isLogged = true};
+  }
   /// SIGKILL in the call, of which no more than `most` bytes have been written.
   static Fault killWithin(std::int64_t call, std::size_t most) {
     return {.kind = Kind::killWithin, .call = call, .most = most};

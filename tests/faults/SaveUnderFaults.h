@@ -89,6 +89,10 @@ class SaveUnderFaults {
   /// Runs it with "out.bin" beside the file as the destination.
   EndedRun exportBeside(const Fault& fault) const;
   std::string exportPath() const { return places_.files + "/out.bin"; }
+  /// Runs the program's recovery of the first record there is, with "out.bin" beside the file as
+  /// the destination. Its effects come behind those of the run before. Without a record nothing is
+  /// run.
+  EndedRun recoverBeside(const Fault& fault) const;
   /// Resets everything, with another file at the destination of an export, or none.
   void resetWithExport(bool isThere) const;
   /// What the destination has: its old bytes, which may be none at all, the new ones, or neither.
