@@ -101,6 +101,8 @@ class SaveUnderFaults {
   /// Lets two minutes pass for all stray files.
   void makeStrayFilesOld() const;
 
+  /// What is watched and where it is logged, for programs that the test starts itself.
+  WatchedFolders watched() const { return watched(places_); }
   /// Where the last run has logged its effects.
   std::string effectLog() const { return (scratch_.path() / "effects").native(); }
 
@@ -111,6 +113,8 @@ class SaveUnderFaults {
 
   /// Everything beside the file, and everything but locks in the folder for recovery records.
   std::vector<std::string> strayFiles() const;
+  /// True if there is a record, of whatever bytes, that the program can read.
+  bool hasRecords() const { return !recordsIn(places_).empty(); }
   /// True for the path of a complete record.
   static bool isRecord(const std::string& path) { return path.ends_with(".qrec"); }
 
