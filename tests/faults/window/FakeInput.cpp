@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <map>
 #include <stdexcept>
 #include <vector>
 
@@ -55,6 +56,16 @@ void FakeInput::key(const std::string& key) const {
   for (auto each = keys.begin(); each != keys.end(); ++each) send(*each, true);
   for (auto each = keys.rbegin(); each != keys.rend(); ++each) send(*each, false);
   flush();
+}
+
+void FakeInput::character(char character) const {
+  const std::string name(1, character);
+  if (character >= 'A' && character <= 'Z') return key("shift+" + name);
+  // The others are called by what they are.
+  static const std::map<char, std::string> names = {
+      {'/', "slash"}, {'-', "minus"}, {'.', "period"}, {'_', "shift+underscore"}};
+  const auto named = names.find(character);
+  key(named == names.end() ? name : named->second);
 }
 
 void FakeInput::click(ScreenPoint place, unsigned number) const {

@@ -19,6 +19,8 @@ class FakeInput {
 
   /// Presses a key and releases it: "a", "ctrl+shift+z", "alt+Down", with the names of X.
   void key(const std::string& key) const;
+  /// Types a letter, a digit, or a character of a path.
+  void character(char character) const;
   /// Presses and releases a button: 1 left, 3 right, 4 and 5 the wheel.
   void click(ScreenPoint place, unsigned button) const;
   void drag(ScreenPoint from, ScreenPoint to) const;
