@@ -89,6 +89,8 @@ class BlackBoxTest : public testing::Test {
   /// The rows that the active editor window shows.
   std::string shownRows() const;
   bool isRunning() { return program_->isRunning(); }
+  /// The status that the editor has ended with, 128 + the number for a signal; none while it runs.
+  std::optional<int> exitStatus() { return program_->exitStatus(); }
   pid_t processId() const { return program_->id(); }
   const Desktop& desktop() const { return *desktop_; }
 

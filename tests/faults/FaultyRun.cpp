@@ -64,7 +64,12 @@ ChildProcess::Environment faultEnvironment(const WatchedFolders& watched, const 
       {FaultVariables::kCall, std::to_string(fault.call)},
       {FaultVariables::kError, std::to_string(fault.error)},
       {FaultVariables::kMost, std::to_string(fault.most)},
+      {FaultVariables::kName, fault.name},
+      {FaultVariables::kFile, fault.file},
   };
+  // How to see the tests fail: docs/reliability.md.
+  if (const char* const without = std::getenv(FaultVariables::kWithout))
+    environment[FaultVariables::kWithout] = without;
   if (fault.isLasting) environment[FaultVariables::kLasting] = "1";
   return environment;
 }

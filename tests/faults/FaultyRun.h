@@ -23,12 +23,19 @@ struct Fault {
   std::size_t most = 0;
   /// The effects of the calls are logged.
   bool isLogged = false;
+  /// It happens to calls of this name on files of this name only; to all when empty.
+  std::string name = {};
+  std::string file = {};
 
   static Fault none() { return {}; }
   /// Nothing happens, and the effects are logged.
   static Fault logged() { return {.isLogged = true}; }
   /// SIGKILL before the call.
   static Fault killBefore(std::int64_t call) { return {.kind = Kind::kill, .call = call}; }
+  /// The same, and the effects of the calls before it are logged.
+  static Fault loggedKillBefore(std::int64_t call) {
+    return {.kind = Kind::kill, .call = call, .isLogged = true};
+  }
   /// SIGKILL in the call, of which no more than `most` bytes have been written.
   static Fault killWithin(std::int64_t call, std::size_t most) {
     return {.kind = Kind::killWithin, .call = call, .most = most};
@@ -38,6 +45,10 @@ struct Fault {
   }
   static Fault failuresFrom(std::int64_t call, int error) {
     return {.kind = Kind::fail, .call = call, .error = error, .isLasting = true};
+  }
+  /// Every call `name` on the file `file` fails.
+  static Fault failures(const std::string& name, const std::string& file, int error) {
+    return {.kind = Kind::fail, .error = error, .name = name, .file = file};
   }
   static Fault shortWrite(std::int64_t call, std::size_t most) {
     return {.kind = Kind::shortWrite, .call = call, .most = most};

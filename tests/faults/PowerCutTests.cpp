@@ -1,10 +1,7 @@
 // The power goes at any moment of a save or an export, and the disk keeps any of the effects that
 // were not flushed by then.
 
-#include <filesystem>
-
-#include "faults/PowerCut.h"
-#include "faults/SaveUnderFaults.h"
+#include "faults/DiskOutcomes.h"
 #include "faults/Score.h"
 
 namespace quillmor::test {
@@ -29,29 +26,8 @@ class PowerCutTest : public testing::TestWithParam<SaveChoice> {
     return cut;
   }
 
-  /// What can be had of the file on such a disk. A record is looked for when the file itself is
-  /// torn, once for the same records.
-  Outcome outcomeOn(const DiskImage& image) {
-    const auto file = image.files.find(trial.places().file());
-    if (file != image.files.end() && file->second == trial.save().newBytes)
-      return Outcome::newBytes;
-    if (file != image.files.end() && file->second == trial.save().oldBytes)
-      return Outcome::oldBytes;
-    DiskImage rest = image;
-    rest.files[trial.places().file()] = "torn";
-    const auto known = outcomes_.find(rest);
-    if (known != outcomes_.end()) return known->second;
-    const std::string top = trial.scratch().path().native();
-    const std::string copy = (copies_.path() / "disk").native();
-    materialize(rest, top, copy);
-    return outcomes_[rest] = trial.outcomeIn({.files = copy + "/files", .state = copy + "/state"});
-  }
-
   const SaveUnderFaults trial{GetParam()};
-
- private:
-  TemporaryFolder copies_;
-  std::map<DiskImage, Outcome> outcomes_;
+  DiskOutcomes outcomes{trial, trial.scratch().path().native()};
 };
 
 TEST_P(PowerCutTest, aSaveInPlaceLosesNothing) {
@@ -63,7 +39,7 @@ TEST_P(PowerCutTest, aSaveInPlaceLosesNothing) {
   const PowerCut cut = cutOf(before);
   score.countPoints(
       cut.forEachState(samples(), [&](const DiskImage& image, const std::string& moment) {
-        if (outcomeOn(image) == Outcome::lost) score.countLost(moment);
+        if (outcomes.on(image) == Outcome::lost) score.countLost(moment);
       }));
 }
 

@@ -117,6 +117,13 @@ EndedRun SaveUnderFaults::exportBeside(const Fault& fault) const {
   return run({"-o", exportPath()}, fault, {});
 }
 
+EndedRun SaveUnderFaults::recoverBeside(const Fault& fault) const {
+  const auto records = recordsIn(places_);
+  if (records.empty()) return {};
+  return runWithFault({judgedCli(), "recover", records.front(), "-o", exportPath()},
+                      environment(places_), watched(places_), fault, places_.files);
+}
+
 std::vector<std::string> SaveUnderFaults::recordsIn(const Places& places) const {
   std::vector<std::string> records;
   const auto list = runPlainly({"recover", "--list"}, places);

@@ -89,6 +89,10 @@ class SaveUnderFaults {
   /// Runs it with "out.bin" beside the file as the destination.
   EndedRun exportBeside(const Fault& fault) const;
   std::string exportPath() const { return places_.files + "/out.bin"; }
+  /// Runs the program's recovery of the first record there is, with "out.bin" beside the file as
+  /// the destination. Its effects come behind those of the run before. Without a record nothing is
+  /// run.
+  EndedRun recoverBeside(const Fault& fault) const;
   /// Resets everything, with another file at the destination of an export, or none.
   void resetWithExport(bool isThere) const;
   /// What the destination has: its old bytes, which may be none at all, the new ones, or neither.
@@ -97,6 +101,8 @@ class SaveUnderFaults {
   /// Lets two minutes pass for all stray files.
   void makeStrayFilesOld() const;
 
+  /// What is watched and where it is logged, for programs that the test starts itself.
+  WatchedFolders watched() const { return watched(places_); }
   /// Where the last run has logged its effects.
   std::string effectLog() const { return (scratch_.path() / "effects").native(); }
 
@@ -107,6 +113,8 @@ class SaveUnderFaults {
 
   /// Everything beside the file, and everything but locks in the folder for recovery records.
   std::vector<std::string> strayFiles() const;
+  /// True if there is a record, of whatever bytes, that the program can read.
+  bool hasRecords() const { return !recordsIn(places_).empty(); }
   /// True for the path of a complete record.
   static bool isRecord(const std::string& path) { return path.ends_with(".qrec"); }
 

@@ -79,7 +79,8 @@ void ScoreListener::OnTestEnd(const testing::TestInfo& test) {
     line += "\t" + propertyOf(result, name);
   const std::string outcome = result.Failed() ? "failed" : "passed";
   std::ofstream(scores, std::ios::app)
-      << line + "\t" + (result.Skipped() ? reasonOfSkipping(result) : outcome) + "\n";
+      << line + "\t" + (result.Skipped() ? reasonOfSkipping(result) : outcome) + "\t" +
+             std::to_string(result.elapsed_time()) + "\n";
 }
 
 }  // namespace quillmor::test

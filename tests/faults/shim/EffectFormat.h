@@ -46,8 +46,14 @@ inline constexpr const char* kCall = "QUILLMOR_FAULTS_CALL";
 inline constexpr const char* kError = "QUILLMOR_FAULTS_ERROR";
 /// Given when all later calls that take room on the disk fail too.
 inline constexpr const char* kLasting = "QUILLMOR_FAULTS_LASTING";
+/// The name of the calls that it happens to, and of the file that they touch; all when empty.
+inline constexpr const char* kName = "QUILLMOR_FAULTS_NAME";
+inline constexpr const char* kFile = "QUILLMOR_FAULTS_FILE";
 /// The most bytes that a short write takes, or one in which the program is killed.
 inline constexpr const char* kMost = "QUILLMOR_FAULTS_MOST";
+/// What the program is robbed of, to see that the tests notice: "flush", "record", "comparison" or
+/// "lock".
+inline constexpr const char* kWithout = "QUILLMOR_FAULTS_WITHOUT";
 }  // namespace FaultVariables
 
 }  // namespace quillmor::test

@@ -42,6 +42,12 @@ int below(const char* name, Changes changes, int directory, const char* path,
   return nextFunction<int(int, const char*, Arguments...)>(name)(directory, path, arguments...);
 }
 
+/// A status that tells nothing of the times of a file.
+int withoutTimes(int result, struct stat* status) {
+  if (result == 0 && isRobbedOf("comparison")) status->st_mtim = status->st_ctim = {};
+  return result;
+}
+
 }  // namespace
 
 extern "C" {
@@ -80,23 +86,24 @@ ssize_t getdents64(int descriptor, void* buffer, size_t count) noexcept {
 }
 
 int flock(int descriptor, int operation) noexcept {
+  if (isRobbedOf("lock")) return 0;
   return onFile<int>("flock", Changes::nothing, descriptor, operation);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
-  return onFile<int>("fstat", Changes::nothing, descriptor, status);
+  return withoutTimes(onFile<int>("fstat", Changes::nothing, descriptor, status), status);
 }
 
 int stat(const char* path, struct stat* status) noexcept {
-  return onPath<int>("stat", Changes::nothing, path, status);
+  return withoutTimes(onPath<int>("stat", Changes::nothing, path, status), status);
 }
 
 int lstat(const char* path, struct stat* status) noexcept {
-  return onPath<int>("lstat", Changes::nothing, path, status);
+  return withoutTimes(onPath<int>("lstat", Changes::nothing, path, status), status);
 }
 
 int fstatat(int directory, const char* path, struct stat* status, int flags) noexcept {
-  return below("fstatat", Changes::nothing, directory, path, status, flags);
+  return withoutTimes(below("fstatat", Changes::nothing, directory, path, status, flags), status);
 }
 
 int statx(int directory, const char* path, int flags, unsigned mask,

@@ -68,6 +68,9 @@ struct Settings {
   const long call = numberIn(FaultVariables::kCall);
   const int error = static_cast<int>(numberIn(FaultVariables::kError));
   const bool isLasting = !variable(FaultVariables::kLasting).empty();
+  const std::string name = variable(FaultVariables::kName);
+  const std::string file = variable(FaultVariables::kFile);
+  const std::string without = variable(FaultVariables::kWithout);
   const std::size_t most = static_cast<std::size_t>(numberIn(FaultVariables::kMost));
   const int calls = openLog(variable(FaultVariables::kCalls));
   const int effects = openLog(variable(FaultVariables::kEffects));
@@ -78,6 +81,11 @@ struct Settings {
         return true;
     }
     return false;
+  }
+
+  /// True for the calls that the fault is meant for.
+  bool means(std::string_view callName, const std::string& path) const {
+    return (name.empty() || name == callName) && (file.empty() || path.ends_with("/" + file));
   }
 
   bool isArmed() const {
@@ -164,8 +172,10 @@ void WatchedCall::begin(const char* name, Changes changes) {
                              path_ + "\n";
     append(wanted.calls, {part(line.data(), line.size())});
   }
-  const bool isNow = wanted.call == 0 || number == wanted.call;
-  const bool isLater = wanted.isLasting && number > wanted.call && changes == Changes::takesRoom;
+  const bool isMeant = wanted.means(name, path_);
+  const bool isNow = isMeant && (wanted.call == 0 || number == wanted.call);
+  const bool isLater =
+      isMeant && wanted.isLasting && number > wanted.call && changes == Changes::takesRoom;
   if (wanted.mode == Mode::kill && isNow) killProgram();
   if (wanted.mode == Mode::fail && (isNow || isLater)) error_ = wanted.error;
   isFatal_ = wanted.mode == Mode::killWithin && isNow;
@@ -182,6 +192,14 @@ std::size_t WatchedCall::shortened(std::size_t count) const {
 
 bool WatchedCall::isLogged() const {
   return counts_ && settings().effects >= 0;
+}
+
+bool isRobbedOf(std::string_view what) {
+  return settings().without == what;
+}
+
+bool isRecord(const std::string& path) {
+  return path.find(".qrec") != std::string::npos;
 }
 
 std::string absolutePath(int directory, const char* path) {

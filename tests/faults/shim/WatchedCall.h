@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "faults/shim/EffectFormat.h"
 
@@ -59,6 +60,13 @@ class WatchedCall {
   int error_ = 0;
   std::size_t most_ = SIZE_MAX;
 };
+
+/// True if the program is to be robbed of this: "flush" keeps files from being flushed, "record"
+/// keeps the bytes out of recovery records, "comparison" hides the times of files, and "lock" lets
+/// everybody have a lock.
+bool isRobbedOf(std::string_view what);
+/// True for a file of the recovery records.
+bool isRecord(const std::string& path);
 
 /// A file as the log knows it.
 struct WatchedFile {

@@ -2,8 +2,9 @@
 
 #include <signal.h>
 
-#include <cstdlib>
 #include <filesystem>
+
+#include "faults/window/JudgedWindow.h"
 
 namespace quillmor::test {
 
@@ -43,8 +44,9 @@ WindowUnderFaults::WindowUnderFaults()
                .effectLog = "",
                .armed = (folder.path() / "armed").native()} {}
 
-void WindowUnderFaults::startAndChange(const Fault& fault) {
-  trial_.reset();
+void WindowUnderFaults::startOnWhatIsLeft(const Fault& fault,
+                                          const std::vector<std::string>& arguments,
+                                          std::size_t windowCount) {
   std::filesystem::remove(watched_.armed);
   std::filesystem::remove(watched_.callList);
   // With the settings of a first start, not those of the last one.
@@ -54,13 +56,16 @@ void WindowUnderFaults::startAndChange(const Fault& fault) {
                                       "XDG_CONFIG_HOME=" + settings};
   for (const auto& [name, value] : faultEnvironment(watched_, fault))
     if (!value.empty()) command.push_back(name + "=" + value);
-  // In place of the program that was built, which comes as the first argument.
-  if (const char* const other = std::getenv("QUILLMOR_FAULTS_WINDOW"))
-    command.insert(command.end(), {"sh", "-c", "shift; exec \"$0\" \"$@\"", other});
+  addJudgedWindow(command);
+  startThrough(command, arguments, windowCount);
+}
+
+void WindowUnderFaults::startAndChange(const Fault& fault) {
+  trial_.reset();
   const bool isNew = GetParam() == Way::saveAsNew;
   const std::string opened =
       isNew ? folder.write("first.bin", kPage).path() : trial_.places().file();
-  startThrough(command, {opened});
+  startOnWhatIsLeft(fault, {opened}, 1);
   expectStatus(Status{.size = kOnePage});
   if (GetParam() == Way::longer) press({"ctrl+i"});
   type("7a");
@@ -92,13 +97,17 @@ bool WindowUnderFaults::isSaved() const {
   return desktop().activeWindowTitle() == "data.bin";
 }
 
-void WindowUnderFaults::saveAgain() {
+void WindowUnderFaults::answerAlerts() {
   for (int i = 0; i < 3 && desktop().activeWindowTitle() == kAlertTitle; ++i) {
     press({"Return"});
     expectNoAlert();
     // The window manager may need a moment more.
     waitUntil([this] { return desktop().activeWindowTitle() != kAlertTitle; });
   }
+}
+
+void WindowUnderFaults::saveAgain() {
+  answerAlerts();
   // Nothing would tell the end of one more save from its beginning.
   if (!isSaved()) save();
 }

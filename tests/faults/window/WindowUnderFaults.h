@@ -27,12 +27,17 @@ class WindowUnderFaults : public BlackBoxTest, public testing::WithParamInterfac
   /// Starts the editor on new folders, with a fault that waits for the save, and changes the
   /// document.
   void startAndChange(const Fault& fault);
+  /// Starts the editor on the folders as they are.
+  void startOnWhatIsLeft(const Fault& fault, const std::vector<std::string>& arguments,
+                         std::size_t windowCount);
   /// Saves by keys. From here on the calls count. Returns when the document is saved, an alert is
   /// shown, or the editor is gone.
   void save();
   /// True if the title says that the document is saved in the file.
   bool isSaved() const;
-  /// Answers all alerts as Return does, and saves what is not saved yet.
+  /// Answers all alerts as Return does.
+  void answerAlerts();
+  /// The same, and saves what is not saved yet.
   void saveAgain();
   /// What a save leaves behind when all threads are done.
   std::vector<std::string> leftBehind() const;
