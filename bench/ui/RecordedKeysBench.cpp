@@ -68,7 +68,7 @@ class RecordsFolder {
 class RecordedView {
  public:
   RecordedView() {
-    typed_.session().setEditRecorder(&changes_);
+    typed_.session().addEditRecorder(changes_);
     view_.resize(1120, 760);
     view_.show();
     view_.setFocus();
@@ -76,7 +76,7 @@ class RecordedView {
     QApplication::processEvents();
   }
   ~RecordedView() {
-    typed_.session().setEditRecorder(nullptr);
+    typed_.session().removeEditRecorder(changes_);
     changes_.discard();
   }
   RecordedView(const RecordedView&) = delete;
