@@ -270,9 +270,9 @@ void BlackBoxTest::expectQuitBy(const std::vector<std::string>& keys) {
   expectQuit();
 }
 
-void BlackBoxTest::killProgram() {
-  ::kill(program_->id(), SIGKILL);
-  EXPECT_EQ(program_->waitForExit(), 128 + SIGKILL);
+void BlackBoxTest::killProgram(int signal) {
+  ::kill(program_->id(), signal);
+  EXPECT_EQ(program_->waitForExit(), 128 + signal);
 }
 
 void BlackBoxTest::expectQuit() {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <memory>
 #include <optional>
 #include <string>
@@ -80,8 +81,8 @@ class BlackBoxTest : public testing::Test {
   void expectSaved(const FileLocation& file, const std::string& content);
   /// Waits for the program's end.
   void expectQuit();
-  /// Ends the program at once, as a crash would.
-  void killProgram();
+  /// Ends the program at once, as a crash would, or with another signal.
+  void killProgram(int signal = SIGKILL);
   /// Presses `keys` and waits for the program's end.
   void expectQuitBy(const std::vector<std::string>& keys);
 

@@ -96,6 +96,25 @@ TEST(CommandLine, asksForAPictureWithASelection) {
   EXPECT_EQ(line.selection, (HexSelection{16, 16}));
 }
 
+TEST(CommandLine, keepsTracesUnlessToldNotTo) {
+  EXPECT_FALSE(parseCommandLine({"a.bin"}).isPrivate);
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"--private", "a.bin", "b.bin"}, {"a.bin", "--private", "b.bin"}}) {
+    const CommandLine line = parseCommandLine(arguments);
+    EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
+    EXPECT_TRUE(line.isPrivate);
+    EXPECT_THAT(namesOf(line), ElementsAre("a.bin", "b.bin"));
+  }
+  EXPECT_FALSE(parseCommandLine({"--", "--private"}).isPrivate) << "a file's name";
+  EXPECT_TRUE(parseCommandLine({"--private"}).isPrivate);
+}
+
+TEST(CommandLine, tellsWhatStaysOfAPrivateFile) {
+  const std::string help = parseCommandLine({"--help"}).message;
+  EXPECT_THAT(help, HasSubstr("--private"));
+  EXPECT_THAT(help, HasSubstr("record of a save"));
+}
+
 TEST(CommandLine, keepsTheBytesOfAPicturesPath) {
   EXPECT_EQ(parseCommandLine({"--screenshot", "/tmp/[\xFF]", "a"}).picture->path(), "/tmp/[\xFF]");
 }

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QScreen>
+#include <QScrollBar>
 
 #include "gui/ReportFixture.h"
 #include "ui/app/WindowMenus.h"
@@ -45,6 +46,11 @@ class ReportWindowTest : public ReportFixture {
 
   static QString clipboardText() { return QGuiApplication::clipboard()->text(); }
 };
+
+TEST_F(ReportWindowTest, hasRoomForNinetyColumns) {
+  ReportWindow& report = show(std::string(90, 'x') + "\n");
+  EXPECT_EQ(report.text().horizontalScrollBar()->maximum(), 0);
+}
 
 TEST_F(ReportWindowTest, findsWhileTyping) {
   ReportWindow& report = show("beta\nalpha\nalphabet\n");

@@ -112,6 +112,21 @@ TEST_F(CliRecoverTest, theListShowsWhyARecordCannotBeRecovered) {
   EXPECT_FALSE(folder.exists("out.bin"));
 }
 
+TEST_F(CliRecoverTest, itTellsOfEditsThatWereNotRecordedWhole) {
+  const std::string id =
+      store.createJournal(LeftRecords::contentOf(RecordKind::journal, file))->id();
+  std::ofstream(path(id), std::ios::app) << "part of an edit";
+  const std::string note =
+      "quillmor-cli: " + id + ": The last edits were not recorded whole and are left out.\n";
+  EXPECT_EQ(recover("--list").errors, note);
+  const CliRun shown = recover("--show " + id);
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_EQ(shown.output, "");
+  EXPECT_EQ(shown.errors, note);
+  EXPECT_EQ(recover(id + " -o out.bin").errors, note);
+  EXPECT_EQ(folder.read("out.bin"), "on disk");
+}
+
 TEST_F(CliRecoverTest, showListsWhatDiffersFromTheFile) {
   expectRun("--show " + leaveUnsaved("on Disk!"), 1,
             "0x00000003  1 byte  64 -> 44\n0x00000007  0 -> 1 byte  (none) -> 21\n");

@@ -410,6 +410,17 @@ TEST_F(AppRecovery, aRecordDamagedMeanwhileIsNotRecovered) {
   EXPECT_THAT(listedIDs(), ElementsAre(id));
 }
 
+TEST_F(AppRecovery, editsThatWereNotRecordedWholeAreMentioned) {
+  const std::string id =
+      records.store.createJournal(LeftRecords::contentOf(RecordKind::journal, std::nullopt))->id();
+  std::ofstream(records.path(id), std::ios::app | std::ios::binary) << "part of an edit";
+  start();
+  EXPECT_THAT(listedIDs(), testing::ElementsAre(id));
+  EXPECT_THAT(list().messages(),
+              testing::ElementsAre("\"Untitled\": The last edits were not recorded whole and are "
+                                   "left out."));
+}
+
 TEST_F(AppRecovery, damagedAndNewerRecordsAreMentioned) {
   const std::string damaged = records.leaveUnsaved(file, "unsaved");
   const std::string newer = records.leaveUnsaved(file, "unsaved");

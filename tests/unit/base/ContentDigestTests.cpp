@@ -22,6 +22,13 @@ TEST(ContentDigest, isTheSameForTheSameBytes) {
   EXPECT_EQ(contentDigest({}), contentDigest({}));
 }
 
+TEST(ContentDigest, isWhatEarlierVersionsHaveRecorded) {
+  const ContentDigest digest = contentDigest(countedBytes(1000));
+  EXPECT_EQ(digest.byteCount, 1000);
+  EXPECT_EQ(digest.lanes, (std::array<std::uint64_t, 4>{0xDC051014D9E604F3, 0x4AB0A16F091AEF84,
+                                                        0xA804D233A16B5BC4, 0x475B3044EF70BF4F}));
+}
+
 TEST(ContentDigest, isTheSameHoweverTheBytesAreCut) {
   const auto bytes = countedBytes(1000);
   for (const std::size_t length : {1U, 7U, 31U, 32U, 33U, 64U, 999U}) {

@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <random>
+#include <set>
 
 #include "platform/RunInBackground.h"
+#include "recovery/Crc32c.h"
 #include "recovery/JournalEntry.h"
 #include "recovery/LittleEndian.h"
 #include "support/RecoveryFixture.h"
@@ -131,6 +134,50 @@ TEST_F(HostileRecords, aJournalLeadsToAStateThatTheDocumentHadOrIsRefused) {
   }
   // Only what was appended behind the last entry leaves them all.
   EXPECT_LT(whole, kRounds / 4);
+}
+
+/// The digest of the file can be changed by whoever can compute the check of the header.
+TEST_F(HostileRecords, aJournalOfAFileIsReplayedOnTheBytesItBeganWithOrRefused) {
+  std::string document = "on disk";
+  RecordContent content = LeftRecords::contentOf(RecordKind::journal, file);
+  content.header.setBaseDigest(contentDigest(bytesOf(document)));
+  const std::string id = records.store.createJournal(std::move(content))->id();
+  std::set<std::string> states = {document};
+  for (int count = 0; count < 5; ++count) {
+    edit(document, count, 1, "xy");
+    states.insert(document);
+  }
+  Bytes original = bytesIn(records.path(id));
+  JournalChain chain(journalHeaderCheck(original));
+  chain.seal(entries);
+  original.insert(original.end(), entries.begin(), entries.end());
+  write(records.path(id), original);
+  // Only the digest can tell that it is the file.
+  std::filesystem::last_write_time(
+      file.path(), std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  ASSERT_EQ(textOf(recover(id).bytes.span()), document);
+
+  const std::uint32_t seed = 20260303;
+  std::mt19937 random(seed);
+  constexpr std::size_t kDigestAt = 24;
+  constexpr std::size_t kSizeAt = 64 + 3 * 8;
+  for (int round = 0; round < kRounds; ++round) {
+    Bytes bytes = original;
+    const bool isForged = random() % 2 == 0;
+    if (isForged) {
+      const std::size_t at = random() % 4 == 0 ? kSizeAt + random() % 7 : kDigestAt + random() % 32;
+      bytes[at] ^= static_cast<std::uint8_t>(1 + random() % 255);
+      const auto header = std::span(bytes).first(RecordHeader::kByteCount);
+      putLittleEndian(header, header.size() - 4, crc32c(header.first(header.size() - 4)));
+    } else {
+      mutate(bytes, random);
+    }
+    write(records.path(id), bytes);
+    const auto recovered = resultOf([&] { return recover(id); });
+    ASSERT_FALSE(isForged && recovered.isOk()) << seed << " " << round;
+    if (!recovered.isOk()) continue;
+    ASSERT_TRUE(states.contains(textOf(recovered.value().bytes.span()))) << seed << " " << round;
+  }
 }
 
 }  // namespace

@@ -51,6 +51,18 @@ TEST(RecordHeader, isReadAsItWasWritten) {
   EXPECT_EQ(RecordHeader::decoded(RecordHeader().encoded()), RecordHeader());
 }
 
+TEST(RecordHeader, ofAJournalMayHaveTheDigestOfItsFile) {
+  RecordHeader journal;
+  journal.kind = RecordKind::journal;
+  journal.file = StableFileStatus{.size = 4711};
+  EXPECT_EQ(journal.baseDigest(), std::nullopt) << "as older versions have left it";
+  const ContentDigest digest{.byteCount = 4711, .lanes = {1, 0xFFFFFFFFFFFFFFFF, 0, 1U << 31}};
+  journal.setBaseDigest(digest);
+  EXPECT_EQ(RecordHeader::decoded(journal.encoded()).baseDigest(), digest);
+  journal.file.reset();
+  EXPECT_EQ(journal.baseDigest(), std::nullopt) << "of which file?";
+}
+
 TEST(RecordHeader, takesPathsUpToTheLimitOfTheSystem) {
   RecordHeader header;
   header.path = "/" + std::string(RecordHeader::kMaximumPathByteCount - 1, 'x');

@@ -50,6 +50,20 @@ class OutsideChangesTest : public WindowFixture {
   FileLocation file = folder.write("data.bin", "0123456789");
 };
 
+TEST_F(OutsideChangesTest, leaveNoBaseForAJournalOfEdits) {
+  const RecordStore store(folder.location("state/records"));
+  records = &store;
+  auto editor = openEditor(file);
+  rewrite("by another");
+  tell();
+  type(editor, "J");
+  platform.executor.runAll();
+  EXPECT_TRUE(store.list().empty()) << "edits alone are of no use beside other bytes";
+  EXPECT_TRUE(editor->unsavedChanges().keepNow());
+  ASSERT_EQ(store.list().size(), 1U);
+  EXPECT_EQ(store.list()[0].header->kind, RecordKind::unsavedChanges);
+}
+
 TEST_F(OutsideChangesTest, areToldWithTheirRanges) {
   auto editor = openEditor(file);
   rewrite("0x2345yyy9");

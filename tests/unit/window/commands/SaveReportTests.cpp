@@ -4,12 +4,21 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <sstream>
 
+#include "recovery/SaveRecords.h"
 #include "support/ErrorMatchers.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
 namespace {
+
+/// Outlives what is kept in it.
+class StateFolder {
+ protected:
+  TemporaryFolder state;
+  RecordStore store{state.location("quillmor/recovery")};
+};
 
 class SaveReport : public WindowFixture {
  protected:
@@ -81,6 +90,43 @@ TEST_F(SaveReport, isShownByTheCommand) {
   EXPECT_THAT(editor.window->reports[0].second,
               testing::AllOf(testing::HasSubstr("Size: 5 bytes"),
                              testing::HasSubstr("rewritten in place and flushed.")));
+}
+
+/// A document whose saves are made safe as those of the program.
+class ReportOfASafeSave : private StateFolder, public WindowFixture {
+ protected:
+  ReportOfASafeSave() : WindowFixture(std::make_shared<SaveRecords>(store)) { records = &store; }
+
+  std::string lastSave(const EditorUnderTest& editor) {
+    editor->perform("forwardShowLastSave:");
+    platform.executor.runAll();
+    return editor.window->reports.back().second;
+  }
+};
+
+TEST_F(ReportOfASafeSave, hasNoLineThatIsWiderThanItsWindow) {
+  auto editor = openEdited(folder.write("data.bin", "hello"));
+  editor->perform("forwardSaveDocument:");
+  platform.executor.runAll();
+  const std::string report = lastSave(editor);
+  EXPECT_THAT(report, testing::HasSubstr("1. The new bytes were kept and flushed (8197 bytes).\n"
+                                         "   Folder: "));
+  EXPECT_THAT(report, testing::HasSubstr(".qrec\n2. "));
+  std::istringstream lines(report);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 90U) << line;
+}
+
+TEST_F(ReportOfASafeSave, countsTheRecordsOfTheDocument) {
+  auto editor = openEdited(folder.write("data.bin", "hello"));
+  editor->perform("forwardSaveDocument:");
+  platform.executor.runAll();
+  EXPECT_THAT(lastSave(editor), testing::HasSubstr("Records on disk: 0 bytes\n"));
+  type(editor, "E");
+  EXPECT_TRUE(editor->unsavedChanges().keepNow());
+  const std::int64_t byteCount = editor->unsavedChanges().bytesOnDisk();
+  ASSERT_GT(byteCount, RecordHeader::kByteCount);
+  EXPECT_THAT(lastSave(editor),
+              testing::HasSubstr("Records on disk: " + std::to_string(byteCount) + " bytes\n"));
 }
 
 TEST_F(SaveReport, isOfThisDocumentOnly) {
