@@ -20,7 +20,7 @@ namespace quillmor {
 
 namespace {
 
-constexpr QSize kSize(860, 420);
+constexpr QSize kSize(980, 460);
 constexpr QMargins kMargins(12, 12, 12, 12);
 constexpr int kSpacing = 10;
 constexpr int kButtonPadding = 12;
@@ -81,7 +81,8 @@ void HistoryWindow::makeTable() {
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);
   table_->setSelectionMode(QAbstractItemView::SingleSelection);
   table_->setTabKeyNavigation(false);
-  table_->setTextElideMode(Qt::ElideRight);
+  // The first bytes and the count stay readable.
+  table_->setTextElideMode(Qt::ElideMiddle);
   table_->setWordWrap(false);
   table_->horizontalHeader()->setHighlightSections(false);
   table_->horizontalHeader()->setStretchLastSection(true);
@@ -93,7 +94,7 @@ void HistoryWindow::makeTable() {
   table_->setColumnWidth(0, widthOf(table_->font(), "2026-00-00 00:00:00"));
   table_->setColumnWidth(1, widthOf(table_->font(), "Undo Replace All Bytes"));
   table_->setColumnWidth(2, widthOf(fixed, "0x00000000"));
-  table_->setColumnWidth(3, widthOf(fixed, "00 00 00 00 00 00 00 00 …"));
+  table_->setColumnWidth(3, widthOf(fixed, QString("00 ").repeated(12)));
   table_->installEventFilter(this);
   connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
           &HistoryWindow::showSelection);

@@ -139,6 +139,19 @@ TEST_F(AllocationSweep, ofASaveToAnotherPlace) {
   }
 }
 
+TEST_F(AllocationSweep, ofOpeningAStateOfTheHistory) {
+  const auto check = [&](bool hasFailed) {
+    EXPECT_EQ(editor.text(), "Jello");
+    EXPECT_TRUE(editor.document->isDocumentEdited());
+    EXPECT_TRUE(editor->context().history().canOpen(0));
+    if (hasFailed) return;
+    ASSERT_EQ(openWindowCount(), 2U);
+    EXPECT_EQ(editorAt(1).text(), "hello");
+    EXPECT_TRUE(editorAt(1).document->isDocumentEdited());
+  };
+  sweep([&] { openEdited(); }, [&] { editor->commands().history().openState(0); }, check);
+}
+
 TEST_F(AllocationSweep, ofOpeningIntoTheWindow) {
   const auto prepare = [&] {
     folder.write("data.bin", "hello");
