@@ -93,6 +93,7 @@ void EditHistory::willEdit(HexSelection range, const ByteBuffer* removed) noexce
 
 void EditHistory::didEdit(const RecordedEdit& edit) noexcept {
   if (!isEnabled_) return;
+  if (edit.completesStep && completeNewest(edit)) return tellObserver();
   const bool isAdded = removed_.count == edit.removedCount &&
                        resultOf([&] { return steps_.push_back(stepOf(edit)), Done(); }).isOk();
   if (!isAdded) {
@@ -103,6 +104,19 @@ void EditHistory::didEdit(const RecordedEdit& edit) noexcept {
   keptByteCount_ += steps_.back().removedBytes.size();
   keepWithinBounds();
   tellObserver();
+}
+
+/// False when the newest step is another one, because the history has begun anew in between.
+bool EditHistory::completeNewest(const RecordedEdit& edit) noexcept {
+  if (steps_.empty()) return false;
+  HistoryStep& newest = steps_.back();
+  const std::int64_t place = edit.offset - newest.offset;
+  if (place < 0 || place >= newest.insertedCount) return false;
+  removed_ = {};
+  copyHead(bytes_(), newest.offset, newest.insertedCount, newest.insertedHead);
+  newest.caretOffset = edit.caretOffset;
+  newest.selection = edit.selection;
+  return true;
 }
 
 HistoryStep EditHistory::stepOf(const RecordedEdit& edit) {

@@ -112,6 +112,7 @@ class EditHistory : public EditRecorder {
   };
 
   void begin() noexcept;
+  bool completeNewest(const RecordedEdit& edit) noexcept;
   HistoryStep stepOf(const RecordedEdit& edit);
   void keepWithinBounds() noexcept;
   void dropBytesBefore(std::int64_t state) noexcept;

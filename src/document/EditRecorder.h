@@ -19,6 +19,8 @@ struct RecordedEdit {
   /// After the edit, within the document.
   std::int64_t caretOffset = 0;
   HexSelection selection = {};
+  /// True for the second digit of a byte: one step of undo takes it back with the edit before.
+  bool completesStep = false;
 };
 
 /// Told of every edit of a document's bytes, before and after it. Main thread.

@@ -222,7 +222,10 @@ void EditSession::accountForSecondDigit() {
         if (!document_->isDocumentEdited() || !undoTakesItBack)
           document_->makeSavedStateUnreachable();
       },
-      [&] { didEdit(kTyping, {.offset = changed, .removedCount = 1, .insertedCount = 1}); });
+      [&] {
+        didEdit(kTyping, {.offset = changed, .removedCount = 1, .insertedCount = 1},
+                undoTakesItBack);
+      });
 }
 
 /// Makes an edit with `change`, which throws when it has not happened.
@@ -252,13 +255,15 @@ void EditSession::willEdit(HexSelection range, const ByteBuffer* removed) noexce
   for (EditRecorder* const recorder : recorders_) recorder->willEdit(range, removed);
 }
 
-void EditSession::didEdit(std::string_view actionName, const ReplacedRange& range) noexcept {
+void EditSession::didEdit(std::string_view actionName, const ReplacedRange& range,
+                          bool completesStep) noexcept {
   const RecordedEdit edit{.actionName = actionName,
                           .offset = range.offset,
                           .removedCount = range.removedCount,
                           .insertedCount = range.insertedCount,
                           .caretOffset = editor_.caretOffset(),
-                          .selection = selectedRange()};
+                          .selection = selectedRange(),
+                          .completesStep = completesStep};
   for (EditRecorder* const recorder : recorders_) recorder->didEdit(edit);
 }
 

@@ -161,7 +161,8 @@ class EditSession : private UndoRecordsEditor, private HexEditorViewDelegate {
   template <class Change>
   void announcing(RangeEdit& edit, const Change& change);
   void willEdit(HexSelection range, const ByteBuffer* removed) noexcept;
-  void didEdit(std::string_view actionName, const ReplacedRange& range) noexcept;
+  void didEdit(std::string_view actionName, const ReplacedRange& range,
+               bool completesStep = false) noexcept;
 
   AnnouncedEdit announcementOf(RangeEdit& edit, std::int64_t insertedCount);
   void finish(AnnouncedEdit edit, const EditPlace& after);

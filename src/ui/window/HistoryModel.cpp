@@ -30,6 +30,8 @@ void HistoryModel::follow() {
     list_.add(change.added);
     endInsertRows();
   }
+  // A second digit completes the newest step.
+  emit dataChanged(index(0, 0), index(0, kColumnCount - 1));
 }
 
 int HistoryModel::rowCount(const QModelIndex& parent) const {

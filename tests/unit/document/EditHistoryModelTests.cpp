@@ -38,6 +38,7 @@ class EveryState : public EditRecorder {
   void didTakeStorage() noexcept override { begin(); }
   void didEdit(const RecordedEdit& edit) noexcept override {
     EXPECT_EQ(announced_, (HexSelection{edit.offset, edit.removedCount}));
+    if (edit.completesStep) states.pop_back();
     states.push_back(plain(document_.data()));
   }
 

@@ -137,6 +137,33 @@ TEST_F(EditHistoryTest, leavesTheGapOfALargeDocumentOpen) {
   EXPECT_FALSE(bytes.isContiguous());
 }
 
+TEST_F(EditHistoryTest, countsASecondDigitToTheStepOfTheFirst) {
+  edit(1, 1, {0xA0});
+  const auto complete = [this](std::int64_t offset, std::uint8_t value) {
+    announce(offset, 1);
+    bytes.set(offset, value);
+    history.didEdit({.actionName = "Edit",
+                     .offset = offset,
+                     .removedCount = 1,
+                     .insertedCount = 1,
+                     .caretOffset = offset + 1,
+                     .completesStep = true});
+  };
+  complete(1, 0xAB);
+  ASSERT_EQ(history.stepCount(), 1);
+  EXPECT_THAT(history.step(0).shownRemoved(), ElementsAre(2));
+  EXPECT_THAT(history.step(0).shownInserted(), ElementsAre(0xAB));
+  EXPECT_EQ(history.step(0).caretOffset, 2);
+  EXPECT_EQ(state(0), (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(state(1), (Bytes{1, 0xAB, 3, 4}));
+  complete(0, 0x11);
+  EXPECT_EQ(history.stepCount(), 2) << "the newest step is of another byte";
+  history.clear();
+  complete(1, 0xAC);
+  EXPECT_EQ(history.stepCount(), 1) << "the first digit came before the history";
+  EXPECT_EQ(state(0), (Bytes{0x11, 0xAB, 3, 4}));
+}
+
 TEST_F(EditHistoryTest, forgetsAnAnnouncedEditThatFails) {
   announce(0, 2);
   history.editDidNotHappen();

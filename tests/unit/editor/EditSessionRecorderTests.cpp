@@ -41,7 +41,7 @@ class Listener : public EditRecorder {
   void didEdit(const RecordedEdit& edit) noexcept override {
     say([&] {
       return std::string(edit.actionName) + " " + textOf(edit.offset, edit.removedCount) + ">" +
-             std::to_string(edit.insertedCount);
+             std::to_string(edit.insertedCount) + (edit.completesStep ? " too" : "");
     });
   }
 
@@ -126,7 +126,7 @@ TEST_F(EditSessionRecorders, hearOfEveryKey) {
   session.editor().handleTextInput("C");
   session.editor().setSelection({0, 2});
   session.editor().deleteSelectionOrByte(/*backward=*/true);
-  EXPECT_THAT(heard, ElementsAre("will 0+1", "Edit 0+1>1", "will 0+1", "Edit 0+1>1", "will 1+0",
+  EXPECT_THAT(heard, ElementsAre("will 0+1", "Edit 0+1>1", "will 0+1", "Edit 0+1>1 too", "will 1+0",
                                  "Edit 1+0>1", "will 0+2", "Edit 0+2>0"));
 }
 
@@ -208,7 +208,7 @@ TEST_F(EditSessionRecorders, hearOfASecondDigitThatFails) {
   EXPECT_THAT(heard, ElementsAre("will 0+1", "not"));
   session.editor().handleTextInput("B");
   EXPECT_EQ(session.bytes()[0], 0xAB);
-  EXPECT_THAT(heard, ElementsAre("will 0+1", "not", "will 0+1", "Edit 0+1>1"));
+  EXPECT_THAT(heard, ElementsAre("will 0+1", "not", "will 0+1", "Edit 0+1>1 too"));
 }
 
 #endif
