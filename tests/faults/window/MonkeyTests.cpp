@@ -4,6 +4,9 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <optional>
+#include <random>
 
 #include "blackbox/BlackBoxTest.h"
 #include "faults/FaultyRun.h"
