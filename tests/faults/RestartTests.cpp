@@ -1,5 +1,8 @@
 // What a killed save or a power cut has left is recovered, and the power goes while that is done.
 
+#include <filesystem>
+#include <set>
+
 #include "faults/DiskOutcomes.h"
 #include "faults/Score.h"
 

@@ -40,8 +40,8 @@ class Score {
 };
 
 /// Appends the figures of each test that has some to the file that QUILLMOR_FAULTS_SCORES names, a
-/// line a test: row, points, lost, left behind, wrong, "passed", "failed" or why it was skipped, and
-/// the milliseconds it took, separated by tabs.
+/// line a test: row, points, lost, left behind, wrong, "passed", "failed" or why it was skipped,
+/// and the milliseconds it took, separated by tabs.
 class ScoreListener : public testing::EmptyTestEventListener {
  public:
   void OnTestEnd(const testing::TestInfo& test) override;

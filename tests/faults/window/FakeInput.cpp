@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <vector>

@@ -1,5 +1,6 @@
 #include "faults/window/Monkey.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quillmor::test {

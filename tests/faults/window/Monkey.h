@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "faults/window/FakeInput.h"
 #include "faults/window/WindowWatch.h"

@@ -10,6 +10,12 @@ namespace quillmor::test {
 namespace {
 
 class TornSaveTest : public WindowUnderFaults {
+ public:
+  static std::vector<Way> ways() {
+    if (triesEverything()) return {Way::equal, Way::longer};
+    return {Way::longer};
+  }
+
  protected:
   /// Saves onto a disk that takes none of the bytes, and answers the alert.
   void tearTheFile() {
@@ -83,7 +89,15 @@ TEST_P(TornSaveTest, revertLeavesTheRecordForTheNextStart) {
   recoverAndSave("after revert", score);
 }
 
-TEST_P(TornSaveTest, anotherFileLeavesTheRecordForTheNextStart) {
+class ReplacedTornDocumentTest : public TornSaveTest {
+ public:
+  /// The long form only: on a busy machine the file panel may take long to get the keys.
+  static std::vector<Way> ways() {
+    return triesEverything() ? TornSaveTest::ways() : std::vector<Way>();
+  }
+};
+
+TEST_P(ReplacedTornDocumentTest, anotherFileLeavesTheRecordForTheNextStart) {
   Score score("torn save, then undo, revert or another file");
   tearTheFile();
   if (HasFatalFailure()) return;
@@ -103,7 +117,11 @@ TEST_P(TornSaveTest, anotherFileLeavesTheRecordForTheNextStart) {
   recoverAndSave("after another file", score);
 }
 
-INSTANTIATE_TEST_SUITE_P(, TornSaveTest, testing::Values(Way::equal, Way::longer),
+INSTANTIATE_TEST_SUITE_P(, TornSaveTest, testing::ValuesIn(TornSaveTest::ways()),
+                         [](const auto& test) { return nameOf(test.param); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ReplacedTornDocumentTest);
+INSTANTIATE_TEST_SUITE_P(, ReplacedTornDocumentTest,
+                         testing::ValuesIn(ReplacedTornDocumentTest::ways()),
                          [](const auto& test) { return nameOf(test.param); });
 
 }  // namespace

@@ -1,6 +1,8 @@
 // A file that is open in the editor with unsaved changes, and other processes that would write it:
 // none does so unasked.
 
+#include <fstream>
+
 #include "faults/FaultyRun.h"
 #include "faults/window/WindowUnderFaults.h"
 
@@ -67,6 +69,25 @@ TEST_P(TwoProcessesTest, theSecondEditorAsksBeforeItSaves) {
     press({"Return"});
     expectNoAlert();
     if (content() != before) score.countLost(numbered(round, "overwritten"));
+    if (HasFailure()) return;
+  }
+  takeAway();
+}
+
+TEST_P(TwoProcessesTest, theEditorAsksBeforeItOverwritesWhatAnotherProgramHasWritten) {
+  Score score("another program writes to the open file: the editor asks");
+  startAndChange(Fault::none());
+  for (int round = 0; round < rounds(); ++round) {
+    // As many bytes as before, in the same file: only its times tell.
+    const std::string theirs(kOnePage, round % 2 == 0 ? 'a' : 'b');
+    std::ofstream(trial().places().file(), std::ios::binary | std::ios::trunc) << theirs;
+    press({"ctrl+s"});
+    const ShownAlert question = expectAlert("The file has been changed by another program.");
+    score.countPoint();
+    if (question.focusedButton != "Cancel") score.countWrong(numbered(round, "not asked"));
+    press({"Return"});
+    expectNoAlert();
+    if (content() != theirs) score.countLost(numbered(round, "overwritten"));
     if (HasFailure()) return;
   }
   takeAway();

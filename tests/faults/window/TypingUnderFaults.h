@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "blackbox/BlackBoxTest.h"
 #include "faults/FaultyRun.h"
