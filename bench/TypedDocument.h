@@ -45,12 +45,12 @@ class TypedDocument {
     ByteBuffer bytes = ByteBuffer::uninitialized(std::max<std::int64_t>(mib, 16) * kMiB);
     const auto all = bytes.mutableSpan();
     std::memset(all.data(), 0x5A, all.size());
-    const std::int64_t byteCount = bytes.size();
     document_->readData(std::move(bytes));
-    session_.takeStorage(document_->storage(), /*preservingEditorState=*/false);
-    editor().setInsertMode(true);
-    // The document may be as large as documents get.
-    editor().setMaximumByteCount(2 * byteCount);
+    begin();
+  }
+  explicit TypedDocument(const FileLocation& file) {
+    document_->read(file);
+    begin();
   }
 
   EditSession& session() { return session_; }
@@ -59,6 +59,13 @@ class TypedDocument {
   void placeAt(std::int64_t percent) { editor().setCaretOffset(bytes().size() / 100 * percent); }
 
  private:
+  void begin() {
+    session_.takeStorage(document_->storage(), /*preservingEditorState=*/false);
+    editor().setInsertMode(true);
+    // The document may be as large as documents get.
+    editor().setMaximumByteCount(2 * bytes().size());
+  }
+
   NoExecutor executor_;
   SilentBeeper beeper_;
   NoObserver observer_;

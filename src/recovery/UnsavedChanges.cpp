@@ -76,7 +76,7 @@ void UnsavedChanges::discard() noexcept {
 }
 
 std::function<void()> UnsavedChanges::removalOnceSaved() const {
-  if (!isRecording()) return nullptr;
+  if (!isRecording() || isAnew_) return nullptr;
   return [records = records_, generation = records_->generation()] {
     records->removeSaved(generation);
   };

@@ -66,7 +66,7 @@ std::string HistoryList::text(std::int64_t row, Column column) const {
   const HistoryStep* const step = stepOf(row);
   if (step == nullptr) {
     if (!isLastRow(row) || column != Column::action) return {};
-    return history_->hasForgotten() ? "Before the oldest step" : "As opened";
+    return history_->hasForgotten() ? "Before the oldest step" : "Before any change";
   }
   switch (column) {
     case Column::time:

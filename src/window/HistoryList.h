@@ -12,8 +12,8 @@ namespace quillmor {
 /// The history of a document as a list for the user: a row for every state, the present one first.
 /// The last row is the state before the oldest step.
 ///
-/// The list changes only when `update` is called, so that a view can be told of each change, while
-/// the history goes on. A row whose step has gone meanwhile is empty. Main thread only.
+/// The list changes only by `beginAnew`, `remove` and `add`, so that a view can be told of each
+/// change, while the history goes on. A row whose step has gone meanwhile is empty. Main thread only.
 class HistoryList {
  public:
   enum class Column { time, action, offset, removed, inserted };
@@ -32,7 +32,7 @@ class HistoryList {
   /// A sentence on why the row cannot be opened, or about the whole list; empty for none.
   std::string note(std::int64_t row) const;
 
-  /// What the history has become since the last update.
+  /// What the list lacks of the history as it is now.
   struct Change {
     /// Everything is different.
     bool isAnew = false;
@@ -43,7 +43,7 @@ class HistoryList {
   };
   Change change() const;
 
-  // The parts of an update, for a view that is told of each.
+  // What a view does with a change, a step at a time.
 
   void beginAnew();
   void remove(std::int64_t count);

@@ -85,7 +85,7 @@ TEST_F(HistoryWindowTest, showsEveryStepTheNewestFirst) {
   ASSERT_EQ(rowCount(list), 3);
   EXPECT_THAT(rowOf(list, 0), ElementsAre("Edit", "0x00000001", "65", "45"));
   EXPECT_THAT(rowOf(list, 1), ElementsAre("Edit", "0x00000000", "68", "4A"));
-  EXPECT_THAT(rowOf(list, 2), ElementsAre("As opened", "", "", ""));
+  EXPECT_THAT(rowOf(list, 2), ElementsAre("Before any change", "", "", ""));
   EXPECT_EQ(cell(list, 0, 0).size(), 19U);
   EXPECT_EQ(selectedRow(list), 0);
   EXPECT_TRUE(list.table().hasFocus());
@@ -135,7 +135,7 @@ TEST_F(HistoryWindowTest, followsTheDocument) {
   platform.executor.runAll();
   QCoreApplication::processEvents();
   ASSERT_EQ(rowCount(list), 1);
-  EXPECT_EQ(cell(list, 0, 1), "As opened");
+  EXPECT_EQ(cell(list, 0, 1), "Before any change");
   EXPECT_EQ(selectedRow(list), 0);
 }
 

@@ -76,7 +76,20 @@ TEST_F(UnsavedRecordsTest, areNotRemovedWhereNothingIsKept) {
   changes.setKeeping(false);
   EXPECT_FALSE(changes.removalOnceSaved());
   changes.setKeeping(true);
+  EXPECT_FALSE(changes.removalOnceSaved()) << "nothing is recorded yet";
+  insert(0, {'1'});
   EXPECT_TRUE(changes.removalOnceSaved());
+}
+
+/// A save of what is saved already removes nothing, and the next key is in the journal as ever.
+TEST_F(UnsavedRecordsTest, followAnEditAfterASaveOfTheSameBytes) {
+  open("abc");
+  if (const auto remove = changes.removalOnceSaved()) remove();
+  changes.documentDidChange();
+  insert(0, {'1'});
+  pass(1s);
+  EXPECT_EQ(count(RecordKind::journal), 1);
+  EXPECT_EQ(recoveredBytes(), bytes());
 }
 
 TEST_F(UnsavedRecordsTest, areTriedAgainLaterWhenTheyCannotBeRemoved) {

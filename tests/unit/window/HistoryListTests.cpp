@@ -65,7 +65,7 @@ TEST(ShownBytes, areTheFirstOnesWithTheCountWhenThereAreMore) {
 
 TEST_F(HistoryListTest, hasTheOpenedDocumentAtFirst) {
   EXPECT_EQ(list.rowCount(), 1);
-  EXPECT_THAT(row(0), ElementsAre("", "As opened", "", "", ""));
+  EXPECT_THAT(row(0), ElementsAre("", "Before any change", "", "", ""));
   EXPECT_EQ(list.stateToOpen(0), 0);
   EXPECT_EQ(list.note(0), "Nothing has been changed yet.");
 }
@@ -81,7 +81,7 @@ TEST_F(HistoryListTest, hasTheNewestStepFirst) {
   EXPECT_THAT(row(0), ElementsAre("2001-09-09 01:47:41", "Insert Bytes", "0x00000000", "",
                                   sixteen + " … (300 bytes)"));
   EXPECT_THAT(row(1), ElementsAre("2001-09-09 01:46:40", "Paste", "0x00000001", "02 03", "AB"));
-  EXPECT_EQ(row(2)[1], "As opened");
+  EXPECT_EQ(row(2)[1], "Before any change");
   EXPECT_EQ(list.stateToOpen(0), 2);
   EXPECT_EQ(list.stateToOpen(1), 1);
   EXPECT_EQ(list.stateToOpen(2), 0);
@@ -108,7 +108,7 @@ TEST_F(HistoryListTest, followsStepsThatGo) {
     edit(0, 1, {static_cast<std::uint8_t>(i)});
   update();
   EXPECT_EQ(list.rowCount(), EditHistory::kMaxSteps + 1);
-  EXPECT_EQ(row(EditHistory::kMaxSteps)[1], "As opened");
+  EXPECT_EQ(row(EditHistory::kMaxSteps)[1], "Before any change");
   const auto oldest = row(EditHistory::kMaxSteps - 1);
   edit(0, 1, {0xAA});
   edit(0, 1, {0xBB});
@@ -133,7 +133,7 @@ TEST_F(HistoryListTest, beginsAnewWithTheHistory) {
   EXPECT_EQ(list.stateToOpen(0), std::nullopt);
   update();
   EXPECT_EQ(list.rowCount(), 1);
-  EXPECT_EQ(row(0)[1], "As opened");
+  EXPECT_EQ(row(0)[1], "Before any change");
 }
 
 TEST_F(HistoryListTest, isEmptyWhileTheHistoryIsSwitchedOff) {
