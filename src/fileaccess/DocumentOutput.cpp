@@ -88,7 +88,7 @@ void rewrite(std::span<const std::uint8_t> bytes, const FileDescriptor& handle, 
              TaskProgress* progress) {
   makeEmpty(handle, effect);
   reserveRoom(handle, std::ssize(bytes));
-  writeAll(bytes, handle, kWriteMessages, progress);
+  writeAll(bytes, handle, kWriteMessages, progress, WriteBack::afterEachSlice);
   handle.synchronize();
   effect = FileEffect::complete;
 }

@@ -22,8 +22,7 @@ std::size_t writeOnce(std::span<const std::uint8_t> bytes, const FileDescriptor&
   return static_cast<std::size_t>(count);
 }
 
-/// Lets the disk begin with what was written so far, while more bytes are being copied. It is no
-/// flush, and where it fails nothing is lost but time.
+/// It is no flush, and where it fails nothing is lost but time.
 void beginWritingBack(const FileDescriptor& handle) {
   SystemCalls::current().sync_file_range(handle.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
 }
@@ -31,18 +30,18 @@ void beginWritingBack(const FileDescriptor& handle) {
 }  // namespace
 
 void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
-              const WriteMessages& messages, TaskProgress* progress) {
+              const WriteMessages& messages, TaskProgress* progress, WriteBack writeBack) {
   constexpr auto kSlice = static_cast<std::size_t>(kWriteSliceByteCount);
   while (!bytes.empty()) {
     auto slice = bytes.first(std::min(bytes.size(), kSlice));
-    const bool isLarge = slice.size() == kSlice;
+    const bool isWhole = slice.size() == kSlice;
     bytes = bytes.subspan(slice.size());
     while (!slice.empty()) {
       const std::size_t count = writeOnce(slice, handle, messages);
       slice = slice.subspan(count);
       if (progress != nullptr) progress->advance(static_cast<std::int64_t>(count));
     }
-    if (isLarge) beginWritingBack(handle);
+    if (isWhole && writeBack == WriteBack::afterEachSlice) beginWritingBack(handle);
   }
 }
 

@@ -21,12 +21,18 @@ struct WriteMessages {
   std::string_view stopped;
 };
 
+/// When the disk begins with what is written: when the system thinks fit, or after each slice,
+/// while the next one is copied. The latter makes a flush to follow shorter, and a write may wait
+/// longer.
+enum class WriteBack { whenTheSystemLikes, afterEachSlice };
+
 /// Writes all of `bytes` at the descriptor's position, in slices of at most 8 MiB. Partial writes
 /// are resumed, EINTR is repeated. A failing call throws its POSIX error, a call that writes 0
 /// bytes throws EIO, with the texts of `messages`. Advances `progress`, when given. Ignores stop
 /// requests, because a half written file is of no use.
 void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
-              const WriteMessages& messages, TaskProgress* progress = nullptr);
+              const WriteMessages& messages, TaskProgress* progress = nullptr,
+              WriteBack writeBack = WriteBack::whenTheSystemLikes);
 
 /// Makes what a file has durable, and its name too. Throws a POSIX error in the system's words.
 void synchronizeFile(const FileLocation& location);

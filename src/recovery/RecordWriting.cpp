@@ -76,13 +76,16 @@ void reserve(const FileDescriptor& handle, std::int64_t byteCount) {
   if (reserved != 0 && !cannotTell) throw lastSystemError(kWriteMessages.couldNotWrite);
 }
 
-void writePayload(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
+/// A lent payload may be wanted back at any moment, so that no slice must wait for the disk.
+void writePayload(std::span<const std::uint8_t> bytes, const FileDescriptor& handle, bool isLent,
                   TaskProgress* progress) {
+  using SecureFileAccess::WriteBack;
+  const auto writeBack = isLent ? WriteBack::whenTheSystemLikes : WriteBack::afterEachSlice;
   constexpr auto kSlice = static_cast<std::size_t>(SecureFileAccess::kWriteSliceByteCount);
   while (!bytes.empty()) {
     if (progress != nullptr) progress->checkpoint();
     const auto slice = bytes.first(std::min(bytes.size(), kSlice));
-    SecureFileAccess::writeAll(slice, handle, kWriteMessages, progress);
+    SecureFileAccess::writeAll(slice, handle, kWriteMessages, progress, writeBack);
     bytes = bytes.subspan(slice.size());
   }
 }
@@ -121,7 +124,7 @@ std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> dir
   // The header goes first as zeros, which no reader takes for one.
   const std::vector<std::uint8_t> noHeader(RecordHeader::kByteCount);
   SecureFileAccess::writeAll(noHeader, record.handle(), kWriteMessages);
-  writePayload(payload, record.handle(), progress);
+  writePayload(payload, record.handle(), content.payloadWasRead != nullptr, progress);
   SecureFileAccess::writeAll(bookmarks, record.handle(), kWriteMessages);
   header.payloadDigest = digest.finished();
   if (const auto once = std::exchange(content.payloadWasRead, nullptr)) once();
