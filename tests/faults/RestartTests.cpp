@@ -81,8 +81,13 @@ TEST_P(RestartTest, thePowerGoesOnceMoreDuringTheRecovery) {
 }
 
 std::vector<SaveChoice> choices() {
-  if (triesEverything()) return allChanges({kOneByte, kOnePage, 10 * kOnePage});
-  return {{Change::longer, kOnePage}};
+  if (!triesEverything()) return {{Change::longer, kOnePage}};
+  auto all = allChanges({kOneByte, kOnePage, 10 * kOnePage});
+  // A single byte that goes is never torn.
+  std::erase_if(all, [](const SaveChoice& choice) {
+    return choice.change == Change::shorter && choice.size == kOneByte;
+  });
+  return all;
 }
 
 INSTANTIATE_TEST_SUITE_P(, RestartTest, testing::ValuesIn(choices()),

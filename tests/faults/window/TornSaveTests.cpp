@@ -104,9 +104,10 @@ TEST_P(ReplacedTornDocumentTest, anotherFileLeavesTheRecordForTheNextStart) {
   const FileLocation other = folder.write("other.bin", "ABCD");
   press({"ctrl+o"});
   expectTitle("Open");
-  // In quotes, because else a list of completions may take the key meant for the panel.
-  type('"' + other.path() + '"');
-  press({"Return"});
+  // The panel has the keys before it says so. In quotes, because else a list of completions may
+  // take the key meant for the panel.
+  desktop().type('"' + other.path() + '"');
+  desktop().press({"Return"});
   expectAlert("Replace Current Document?");
   clickButton("Don't Save");
   expectTitle("other.bin");
