@@ -126,7 +126,7 @@ StableFileStatus FileSave::writeBytes(const ByteBuffer& bytes, TaskProgress* pro
                           effect == SecureFileAccess::FileEffect::undone;
   if (!written.isOk() && !isAsBefore) neededCopy_ = std::move(safetyCopy_);
   if (written.isOk() && isOnDisk) isOnDisk();
-  copyIsGone_ = written.isOk() ? removeCopyOfSaved() : removeSafetyCopy();
+  copyIsGone_ = removeSafetyCopy();
   if (written.isOk()) return written.value();
   if (effect != SecureFileAccess::FileEffect::untouched && isOwnFile_) noteTornFile();
   throw written.error();
@@ -141,12 +141,6 @@ void FileSave::requireOnDisk() const {
 bool FileSave::removeSafetyCopy() noexcept {
   const auto copy = std::move(safetyCopy_);
   return !copy || resultOf([&] { return copy->remove(), Done(); }).isOk();
-}
-
-/// Does not wait for the disk once more: the file has the bytes.
-bool FileSave::removeCopyOfSaved() noexcept {
-  const auto copy = std::move(safetyCopy_);
-  return !copy || resultOf([&] { return copy->removeSaved(), Done(); }).isOk();
 }
 
 void FileSave::noteTornFile() {

@@ -120,7 +120,6 @@ class FileSave {
   void requireOnDisk() const;
   /// True if there is none any more.
   bool removeSafetyCopy() noexcept;
-  bool removeCopyOfSaved() noexcept;
   void noteTornFile();
   void note(std::string step) { receipt_.steps.push_back(std::move(step)); }
 

@@ -41,10 +41,6 @@ class SafetyCopy {
   /// Removes the copy, because it is not needed any more, and makes that durable. Throws a POSIX
   /// error.
   virtual void remove() = 0;
-
-  /// Removes the copy of bytes that are durable in their file. After a loss of power it may be
-  /// there again, and is found to be what the file has. Throws a POSIX error.
-  virtual void removeSaved() = 0;
 };
 
 /// The place where safety copies are kept. Any thread; every call may wait for a disk.

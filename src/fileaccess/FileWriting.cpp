@@ -22,11 +22,6 @@ std::size_t writeOnce(std::span<const std::uint8_t> bytes, const FileDescriptor&
   return static_cast<std::size_t>(count);
 }
 
-/// It is no flush, and where it fails nothing is lost but time.
-void beginWritingBack(const FileDescriptor& handle) {
-  SystemCalls::current().sync_file_range(handle.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
-}
-
 }  // namespace
 
 void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
@@ -43,6 +38,10 @@ void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
     }
     if (isWhole && writeBack == WriteBack::afterEachSlice) beginWritingBack(handle);
   }
+}
+
+void beginWritingBack(const FileDescriptor& handle) {
+  SystemCalls::current().sync_file_range(handle.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
 void synchronizeFile(const FileLocation& location) {

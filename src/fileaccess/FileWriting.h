@@ -34,6 +34,10 @@ void writeAll(std::span<const std::uint8_t> bytes, const FileDescriptor& handle,
               const WriteMessages& messages, TaskProgress* progress = nullptr,
               WriteBack writeBack = WriteBack::whenTheSystemLikes);
 
+/// Lets the disk begin with what was written. It is no flush, and where it fails nothing is lost
+/// but time.
+void beginWritingBack(const FileDescriptor& handle);
+
 /// Makes what a file has durable, and its name too. Throws a POSIX error in the system's words.
 void synchronizeFile(const FileLocation& location);
 

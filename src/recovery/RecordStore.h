@@ -57,8 +57,6 @@ class HeldRecord {
   /// Removes the file and makes that durable. Throws a POSIX error; a file that has gone is no
   /// failure.
   void remove();
-  /// The same for a record that does no harm when it is there again after a loss of power.
-  void removeWithoutFlushing();
 
  private:
   std::shared_ptr<const RecordDirectory> directory_;

@@ -126,6 +126,8 @@ std::unique_ptr<HeldRecord> writeInto(std::shared_ptr<const RecordDirectory> dir
   SecureFileAccess::writeAll(noHeader, record.handle(), kWriteMessages);
   writePayload(payload, record.handle(), content.payloadWasRead != nullptr, progress);
   SecureFileAccess::writeAll(bookmarks, record.handle(), kWriteMessages);
+  // The disk need not wait for the digest.
+  if (!content.payloadWasRead) SecureFileAccess::beginWritingBack(record.handle());
   header.payloadDigest = digest.finished();
   if (const auto once = std::exchange(content.payloadWasRead, nullptr)) once();
   writeHeader(header, record.handle());
@@ -186,12 +188,8 @@ FileLocation HeldRecord::location() const {
 }
 
 void HeldRecord::remove() {
-  removeWithoutFlushing();
-  directory_->synchronize();
-}
-
-void HeldRecord::removeWithoutFlushing() {
   directory_->remove(fileName_);
+  directory_->synchronize();
 }
 
 std::unique_ptr<HeldRecord> RecordStore::write(RecordContent content,

@@ -15,7 +15,6 @@ class SaveRecord : public SafetyCopy {
   FileLocation location() const override { return record_->location(); }
   std::int64_t byteCount() const override { return record_->byteCount(); }
   void remove() override { record_->remove(); }
-  void removeSaved() override { record_->removeWithoutFlushing(); }
 
  private:
   const std::unique_ptr<HeldRecord> record_;

@@ -41,7 +41,6 @@ class MemorySafetyCopies : public SafetyCopies {
     FileLocation location() const override { return file_.sibling("COPY"); }
     std::int64_t byteCount() const override { return 0; }
     void remove() override { kept_.clear(); }
-    void removeSaved() override { remove(); }
 
    private:
     FileLocation file_;

@@ -117,22 +117,6 @@ TEST_F(SaveRecordsTest, goOnlyWhenTheFileIsOnTheDisk) {
   EXPECT_NE(std::find(flushed, before.end(), SystemCall::close), before.end());
 }
 
-/// A file that is on the disk needs nothing more; bytes that never got there must not be offered.
-TEST_F(SaveRecordsTest, goWithoutOneMoreFlushOnceTheFileHasTheBytes) {
-  EXPECT_TRUE(save(request()));
-  const auto& log = calls.log();
-  const auto removed = std::find(log.begin(), log.end(), SystemCall::unlinkat);
-  EXPECT_EQ(std::find(removed, log.end(), SystemCall::fsync), log.end());
-
-  FaultySystemCalls failing;
-  failing.fail(SystemCall::ftruncate, 1, EIO);
-  const ScopedSystemCalls scope(failing);
-  EXPECT_FALSE(save(request()));
-  const auto& failedLog = failing.log();
-  const auto removedUnused = std::find(failedLog.begin(), failedLog.end(), SystemCall::unlinkat);
-  EXPECT_NE(std::find(removedUnused, failedLog.end(), SystemCall::fsync), failedLog.end());
-}
-
 /// The counts of the calls of a whole save, to make each of them fail.
 TEST_F(SaveRecordsTest, loseNothingWhicheverCallFails) {
   ASSERT_TRUE(save(request()));
