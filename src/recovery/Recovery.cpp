@@ -38,6 +38,7 @@ bool belongsTo(const RecoveryEntry& entry, std::span<const FileLocation> documen
 
 /// True if the entry has nothing that the bytes of a save lack: the same process has made both, for
 /// the file as it was before that save. Edits after a save are recorded for the file after it.
+/// Where the process is not known, nobody can tell.
 bool isOlderThanSave(const RecoveryEntry& entry, const RecoveryEntry& save) {
   const RecordHeader& header = entry.header();
   const RecordHeader& saved = save.header();
@@ -46,8 +47,8 @@ bool isOlderThanSave(const RecoveryEntry& entry, const RecoveryEntry& save) {
   };
   return save.isInterruptedSave && !entry.isInterruptedSave && header.file &&
          header.file == saved.file && header.path == saved.path &&
-         momentOf(header.created) <= momentOf(saved.created) &&
-         header.processID == saved.processID && header.bootID == saved.bootID;
+         momentOf(header.created) <= momentOf(saved.created) && header.writerNumber != 0 &&
+         header.writerNumber == saved.writerNumber;
 }
 
 /// The journal as an entry of its own, when the record that it continues is damaged.

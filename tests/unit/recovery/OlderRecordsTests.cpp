@@ -1,0 +1,100 @@
+// Records that a save has left behind: of use to nobody, if the process of that save made them.
+
+#include <gmock/gmock.h>
+
+#include "recovery/JournalWriter.h"
+#include "recovery/RecordNames.h"
+#include "support/RecoveryFixture.h"
+
+namespace quillmor::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class OlderRecords : public RecoveryFixture {
+ protected:
+  static constexpr std::uint64_t kUnknown = 0;
+  static constexpr const char* kSaved = "saved bytes";
+
+  std::string leaveSnapshot() const { return records.leaveUnsaved(file, "older"); }
+  std::string leaveSave() const { return records.leave(RecordKind::save, file, kSaved); }
+
+  /// Leaves a journal of one edit in the file as it is now.
+  std::string leaveJournal() const {
+    RecordContent content = LeftRecords::contentOf(RecordKind::journal, file);
+    content.header.setBaseDigest(contentDigest(bytesOf("on disk")));
+    const auto journal = JournalWriter::create(records.store, std::move(content));
+    std::vector<std::uint8_t> entries;
+    JournalEntry{.actionName = "Edit", .offset = 7, .inserted = bytesOf("!")}.appendTo(entries);
+    journal->append(entries);
+    return journal->record().id();
+  }
+
+  /// Makes a record that of another process with the same number, as in a container, or of one that
+  /// is not known.
+  void setWriter(const std::string& id, std::uint64_t number) const {
+    std::array<std::uint8_t, RecordHeader::kByteCount> bytes{};
+    std::fstream record(records.path(id), std::ios::in | std::ios::out | std::ios::binary);
+    record.read(reinterpret_cast<char*>(bytes.data()), std::ssize(bytes));
+    RecordHeader header = RecordHeader::decoded(bytes);
+    header.writerNumber = number;
+    bytes = header.encoded();
+    record.seekp(0);
+    record.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+  }
+
+  const std::uint64_t another = currentWriterNumber() ^ 1;
+  const FileLocation file = folder.write("data.bin", "on disk");
+};
+
+TEST_F(OlderRecords, goWhenTheFileHasTheSaveOfTheirProcess) {
+  const std::string snapshot = leaveSnapshot();
+  const std::string journal = leaveJournal();
+  const std::string save = leaveSave();
+  folder.write("data.bin", kSaved);
+  EXPECT_THAT(offeredIDs(), IsEmpty());
+  for (const std::string& id : {snapshot, journal, save}) EXPECT_FALSE(records.exists(id));
+}
+
+TEST_F(OlderRecords, stayWhenAnotherProcessWithTheSameNumberMadeThem) {
+  const std::string snapshot = leaveSnapshot();
+  setWriter(snapshot, another);
+  const std::string save = leaveSave();
+  folder.write("data.bin", kSaved);
+  EXPECT_THAT(offeredIDs(), ElementsAre(snapshot));
+  EXPECT_FALSE(records.exists(save));
+}
+
+TEST_F(OlderRecords, stayWhenTheirProcessIsNotKnown) {
+  const std::string snapshot = leaveSnapshot();
+  const std::string save = leaveSave();
+  setWriter(snapshot, kUnknown);
+  setWriter(save, kUnknown);
+  folder.write("data.bin", kSaved);
+  EXPECT_THAT(offeredIDs(), ElementsAre(snapshot));
+}
+
+TEST_F(OlderRecords, stayWhenOnlyOneOfTheProcessesIsKnown) {
+  const std::string snapshot = leaveSnapshot();
+  const std::string save = leaveSave();
+  setWriter(save, kUnknown);
+  folder.write("data.bin", kSaved);
+  EXPECT_THAT(offeredIDs(), ElementsAre(snapshot));
+}
+
+TEST_F(OlderRecords, areOfferedByThemselvesBesideATornFileOfAnotherProcess) {
+  const std::string journal = leaveJournal();
+  const std::string save = leaveSave();
+  folder.write("data.bin", "sav");
+  for (const std::uint64_t number : {another, kUnknown}) {
+    setWriter(journal, number);
+    EXPECT_THAT(offeredIDs(), UnorderedElementsAre(journal, save));
+  }
+  recovery.discard(recovery.find(save));
+  EXPECT_TRUE(records.exists(journal));
+}
+
+}  // namespace
+}  // namespace quillmor::test
