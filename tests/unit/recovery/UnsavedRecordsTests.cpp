@@ -167,6 +167,19 @@ TEST_F(UnsavedRecordsTest, goToASnapshotWhenAnotherProgramChangesTheFile) {
   EXPECT_EQ(store.list().front().id, generation) << "the snapshot has everything";
 }
 
+TEST_F(UnsavedRecordsTest, goToASnapshotWhenTheFileChangesBeforeTheOldOneHasGone) {
+  openWithRecords();
+  while (session.undo()) continue;
+  ASSERT_EQ(count(RecordKind::unsavedChanges), 1) << "the disk is left to another thread";
+  insert(0, {'3'});
+  changes.fileWasChanged();
+  folder.write("file.bin", "xyz");
+  pass(5s);
+  EXPECT_EQ(count(RecordKind::unsavedChanges), 1);
+  EXPECT_EQ(count(RecordKind::journal), 0);
+  EXPECT_EQ(recoveredBytes(), bytes());
+}
+
 TEST_F(UnsavedRecordsTest, beginWithASnapshotWhenTheFileHasOtherBytesAlready) {
   open("abc");
   changes.fileWasChanged();
