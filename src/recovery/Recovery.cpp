@@ -36,6 +36,20 @@ bool belongsTo(const RecoveryEntry& entry, std::span<const FileLocation> documen
   return entry.file && std::ranges::find(documents, *entry.file) != documents.end();
 }
 
+/// The same for a record without a header: its ID begins with what tells its file.
+bool mayBelongTo(const ListedRecord& record, std::span<const FileLocation> documents) {
+  return std::ranges::any_of(documents, [&](const FileLocation& document) {
+    return record.id.starts_with(pathHash(document.path()));
+  });
+}
+
+/// Leaves what belongs to the documents.
+void keepOnly(std::span<const FileLocation> documents, RecordGroups& groups) {
+  std::erase_if(groups.entries, [&](const auto& entry) { return !belongsTo(entry, documents); });
+  for (auto* const records : {&groups.damaged, &groups.newer, &groups.refused})
+    std::erase_if(*records, [&](const auto& record) { return !mayBelongTo(record, documents); });
+}
+
 /// True if the entry has nothing that the bytes of a save lack: the same process has made both, for
 /// the file as it was before that save. Edits after a save are recorded for the file after it.
 /// Where the process is not known, nobody can tell.
@@ -75,6 +89,7 @@ RecoveryOffer Recovery::list(TaskProgress* progress) const {
 RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning cleaning,
                              TaskProgress* progress) const {
   RecordGroups groups = groupRecords(store_.list(documents));
+  if (!documents.empty()) keepOnly(documents, groups);
   RecoveryOffer offer;
   offer.newer = namesOf(groups.newer);
   offer.refused = namesOf(groups.refused);
@@ -85,7 +100,6 @@ RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning c
     removeWhatSavesLeft(groups.entries, progress);
   }
   for (RecoveryEntry& entry : groups.entries) {
-    if (!documents.empty() && !belongsTo(entry, documents)) continue;
     if (progress != nullptr) progress->checkpoint();
     examine(std::move(entry), cleaning, offer, progress);
   }

@@ -34,8 +34,8 @@ class Recovery {
 
   /// What can be recovered, after cleaning up: records whose documents are in their files already
   /// are removed, with older ones that a save has left behind, and damaged ones set aside. With
-  /// `documents` only what belongs to these, beside them too. Throws a POSIX error when the records
-  /// cannot be listed.
+  /// `documents` only what belongs to these, beside them too; the records of others are neither
+  /// read nor removed. Throws a POSIX error when the records cannot be listed.
   RecoveryOffer offer(std::span<const FileLocation> documents = {},
                       TaskProgress* progress = nullptr) const;
 

@@ -4,6 +4,7 @@
 
 #include "recovery/JournalWriter.h"
 #include "recovery/RecordNames.h"
+#include "support/FaultySystemCalls.h"
 #include "support/RecoveryFixture.h"
 
 namespace quillmor::test {
@@ -94,6 +95,42 @@ TEST_F(OlderRecords, areOfferedByThemselvesBesideATornFileOfAnotherProcess) {
   }
   recovery.discard(recovery.find(save));
   EXPECT_TRUE(records.exists(journal));
+}
+
+TEST_F(OlderRecords, ofOtherDocumentsAreLeftAloneWhereOneIsAskedFor) {
+  const std::string snapshot = leaveSnapshot();
+  const std::string save = leaveSave();
+  const std::string damaged = leaveSnapshot();
+  const std::string payload = leaveSnapshot();
+  const std::string newer = leaveSnapshot();
+  records.damage(damaged, 20);
+  records.damage(payload, RecordHeader::kByteCount);
+  std::fstream(records.path(newer), std::ios::in | std::ios::out | std::ios::binary)
+      .seekp(8)
+      .put(2);
+  folder.write("data.bin", kSaved);
+  const std::vector<FileLocation> others = {folder.write("other.bin", "other")};
+  FaultySystemCalls listing;
+  {
+    const ScopedSystemCalls scope(listing);
+    records.store.list(others);
+  }
+  FaultySystemCalls offering;
+  {
+    const ScopedSystemCalls scope(offering);
+    const RecoveryOffer offer = recovery.offer(others);
+    EXPECT_THAT(offer.entries, IsEmpty());
+    EXPECT_THAT(offer.damaged, IsEmpty());
+    EXPECT_THAT(offer.newer, IsEmpty());
+  }
+  EXPECT_EQ(offering.count(SystemCall::pread), listing.count(SystemCall::pread)) << "headers only";
+  for (const std::string& id : {snapshot, save, damaged, payload, newer})
+    EXPECT_TRUE(records.exists(id));
+  // Asked for, they are judged as ever.
+  const RecoveryOffer offer = recovery.offer(std::vector{file});
+  EXPECT_THAT(offer.entries, IsEmpty());
+  EXPECT_THAT(offer.newer, ElementsAre(newer + ".qrec"));
+  for (const std::string& id : {snapshot, save, damaged, payload}) EXPECT_FALSE(records.exists(id));
 }
 
 }  // namespace
