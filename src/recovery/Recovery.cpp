@@ -209,7 +209,18 @@ RecoveryEntry Recovery::find(std::string_view id) const {
       std::ranges::find_if(groups.entries, [id](const auto& each) { return each.id() == id; });
   // A journal that has joined its record is no entry of its own.
   if (entry == groups.entries.end()) throw missingRecordError();
-  return std::move(*entry);
+  RecoveryEntry found = *entry;
+  addOlder(groups.entries, found);
+  return found;
+}
+
+/// Adds the journals that the save has left without their file.
+void Recovery::addOlder(std::span<const RecoveryEntry> entries, RecoveryEntry& save) const {
+  for (const RecoveryEntry& entry : entries) {
+    if (!isOlderThanSave(entry, save)) continue;
+    const auto read = resultOf([&] { return readEntry(store_, entry, nullptr); });
+    if (!read.isOk() && hasCode(read.error(), kChangedBaseCode)) save.older.push_back(entry.record);
+  }
 }
 
 RecoveredDocument Recovery::recover(const RecoveryEntry& entry, TaskProgress* progress) const {

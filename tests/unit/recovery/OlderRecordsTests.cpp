@@ -97,6 +97,24 @@ TEST_F(OlderRecords, areOfferedByThemselvesBesideATornFileOfAnotherProcess) {
   EXPECT_TRUE(records.exists(journal));
 }
 
+TEST_F(OlderRecords, areDiscardedWithTheSaveThatIsFoundByItsID) {
+  const std::string snapshot = leaveSnapshot();
+  const std::string journal = leaveJournal();
+  const std::string save = leaveSave();
+  folder.write("data.bin", "sav");
+  const RecoveryEntry offered = recovery.offer().entries.at(1);
+  ASSERT_EQ(offered.id(), save);
+  const RecoveryEntry found = recovery.find(save);
+  ASSERT_EQ(found.older.size(), 1U);
+  EXPECT_EQ(found.older.at(0).id, journal);
+  EXPECT_EQ(offered.older.size(), found.older.size());
+  EXPECT_TRUE(recovery.find(snapshot).older.empty());
+  recovery.discard(found);
+  EXPECT_FALSE(records.exists(save));
+  EXPECT_FALSE(records.exists(journal));
+  EXPECT_TRUE(records.exists(snapshot)) << "it can be recovered";
+}
+
 TEST_F(OlderRecords, ofOtherDocumentsAreLeftAloneWhereOneIsAskedFor) {
   const std::string snapshot = leaveSnapshot();
   const std::string save = leaveSave();
