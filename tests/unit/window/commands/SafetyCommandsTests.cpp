@@ -13,9 +13,14 @@ using namespace std::chrono_literals;
 
 constexpr const char* kText =
     "Its history and the records of its unsaved changes are removed, and none are kept until this "
-    "window closes. After a crash its unsaved changes cannot be recovered.";
+    "window closes or you choose this again. After a crash its unsaved changes cannot be "
+    "recovered.";
+constexpr const char* kAgainText =
+    "Unsaved changes of \"data.bin\" are recorded again, so that they can be recovered, and its "
+    "history begins anew.";
 constexpr const char* kOnNotice =
-    "No history and no unsaved changes are kept until this window closes.";
+    "No history and no unsaved changes are kept until this window closes or Leave No Trace is "
+    "chosen again.";
 constexpr const char* kOffNotice = "History and unsaved changes are kept again.";
 
 class LeaveNoTrace : public WindowFixture {
@@ -24,6 +29,11 @@ class LeaveNoTrace : public WindowFixture {
 
   void choose(const EditorUnderTest& editor, const std::string& answer = "") {
     if (!answer.empty()) platform.alerts.expect("Leave No Trace of \"data.bin\"?", kText, answer);
+    editor->perform("forwardLeaveNoTrace:");
+  }
+
+  void chooseAgain(const EditorUnderTest& editor, const std::string& answer) {
+    platform.alerts.expect("Keep History and Records Again?", kAgainText, answer);
     editor->perform("forwardLeaveNoTrace:");
   }
 
@@ -80,7 +90,7 @@ TEST_F(LeaveNoTrace, chosenAgainKeepsWhatIsUnsavedAgain) {
   choose(editor, "Leave No Trace");
   type(editor, "E");
   platform.executor.runAll();
-  choose(editor);
+  chooseAgain(editor, "Keep Again");
   EXPECT_EQ(editor.window->notice, kOffNotice);
   passAMinute();
   EXPECT_TRUE(editor->unsavedChanges().keepNow());
@@ -95,9 +105,23 @@ TEST_F(LeaveNoTrace, chosenAgainKeepsWhatIsUnsavedAgain) {
 TEST_F(LeaveNoTrace, chosenAgainWithoutUnsavedChangesWritesNothing) {
   const EditorUnderTest editor = openEditor(folder.write("data.bin", "hello"));
   choose(editor, "Leave No Trace");
-  choose(editor);
+  chooseAgain(editor, "Keep Again");
   passAMinute();
   EXPECT_TRUE(store.list().empty());
+}
+
+TEST_F(LeaveNoTrace, chosenAgainAsksFirstAndCancelKeepsNothing) {
+  const EditorUnderTest editor = recordedEditor();
+  choose(editor, "Leave No Trace");
+  platform.executor.runAll();
+  chooseAgain(editor, "Cancel");
+  ASSERT_EQ(platform.alerts.shown().size(), 2U);
+  EXPECT_EQ(platform.alerts.shown()[1].buttons.front(), "Cancel") << "the default";
+  EXPECT_EQ(editor.window->notice, kOnNotice);
+  type(editor, "E");
+  passAMinute();
+  EXPECT_TRUE(store.list().empty());
+  EXPECT_EQ(editor->context().history().stepCount(), 0);
 }
 
 TEST_F(LeaveNoTrace, savesNoOffsetOfTheSession) {
