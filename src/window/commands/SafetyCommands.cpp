@@ -55,13 +55,14 @@ void SafetyCommands::leaveNoTrace() {
 
 void SafetyCommands::keepNothing() {
   const std::string title = "Leave No Trace of \"" + session_.document().displayName() + "\"?";
-  const bool isSure = isConfirmed(
-      title,
+  std::string text =
       "Its history and the records of its unsaved changes are removed, and none are kept until "
       "this window closes or you choose this again. After a crash its unsaved changes cannot be "
-      "recovered.",
-      kLeaveNoTrace);
-  if (!isSure) return;
+      "recovered.";
+  // The file has neither the old nor the new bytes; this copy has the new ones.
+  if (session_.document().unfinishedSave())
+    text += " The kept bytes of the save that failed stay until a save succeeds.";
+  if (!isConfirmed(title, text, kLeaveNoTrace)) return;
   context_.setTraces(Traces::none);
   messages_.showNotice(
       "No history and no unsaved changes are kept until this window closes or Leave No Trace is "

@@ -4,6 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
+#include "support/FaultySystemCalls.h"
+#include "support/MemorySafetyCopies.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -25,10 +29,14 @@ constexpr const char* kOffNotice = "History and unsaved changes are kept again."
 
 class LeaveNoTrace : public WindowFixture {
  protected:
-  LeaveNoTrace() { records = &store; }
+  explicit LeaveNoTrace(std::shared_ptr<SafetyCopies> safetyCopies = nullptr)
+      : WindowFixture(std::move(safetyCopies)) {
+    records = &store;
+  }
 
-  void choose(const EditorUnderTest& editor, const std::string& answer = "") {
-    if (!answer.empty()) platform.alerts.expect("Leave No Trace of \"data.bin\"?", kText, answer);
+  void choose(const EditorUnderTest& editor, const std::string& answer = "",
+              const std::string& text = kText) {
+    if (!answer.empty()) platform.alerts.expect("Leave No Trace of \"data.bin\"?", text, answer);
     editor->perform("forwardLeaveNoTrace:");
   }
 
@@ -177,6 +185,45 @@ TEST_F(LeaveNoTrace, isAllThatAPrivateProcessKnows) {
   EXPECT_TRUE(store.list().empty());
   editor.window->closeWindow();
   EXPECT_FALSE(hasSavedOffset());
+}
+
+class LeaveNoTraceOfATornFile : public LeaveNoTrace {
+ protected:
+  LeaveNoTraceOfATornFile() : LeaveNoTraceOfATornFile(std::make_shared<MemorySafetyCopies>()) {}
+  explicit LeaveNoTraceOfATornFile(const std::shared_ptr<MemorySafetyCopies>& safetyCopies)
+      : LeaveNoTrace(safetyCopies), copies(safetyCopies) {}
+
+  void save(const EditorUnderTest& editor) {
+    editor->perform("forwardSaveDocument:");
+    platform.executor.runAll();
+  }
+
+  void tear(const EditorUnderTest& editor) {
+    FaultySystemCalls faulty;
+    faulty.fail(SystemCall::write, 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    platform.alerts.expect("Save Failed",
+                           "Could not write the document data. The file is incomplete now. Its new "
+                           "bytes are kept for recovery.");
+    save(editor);
+  }
+
+  const std::shared_ptr<MemorySafetyCopies> copies;
+};
+
+TEST_F(LeaveNoTraceOfATornFile, saysThatTheNewBytesStayUntilASaveSucceeds) {
+  const EditorUnderTest editor = recordedEditor();
+  tear(editor);
+  choose(
+      editor, "Leave No Trace",
+      std::string(kText) + " The kept bytes of the save that failed stay until a save succeeds.");
+  platform.executor.runAll();
+  EXPECT_TRUE(store.list().empty());
+  EXPECT_EQ(copies->kept.size(), 1U);
+  save(editor);
+  EXPECT_TRUE(copies->kept.empty());
+  chooseAgain(editor, "Keep Again");
+  choose(editor, "Cancel");
 }
 
 }  // namespace
