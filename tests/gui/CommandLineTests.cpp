@@ -115,7 +115,8 @@ TEST(CommandLine, tellsWhatStaysOfAPrivateFile) {
   EXPECT_THAT(help, HasSubstr("--private"));
   // The help is broken into lines.
   const std::string words = std::regex_replace(help, std::regex("\\s+"), " ");
-  EXPECT_THAT(words, HasSubstr("The record of a save stays until a save has succeeded"));
+  EXPECT_THAT(words, HasSubstr("The record of a save stays until a save has succeeded, and after "
+                               "kill -9 the lock of an open file"));
 }
 
 TEST(CommandLine, keepsTheBytesOfAPicturesPath) {
