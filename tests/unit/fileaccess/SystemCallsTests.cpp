@@ -308,7 +308,7 @@ TEST_F(UUIDTest, needsRandomNumbers) {
 TEST_F(UUIDTest, hasANumberBesideIt) {
   EXPECT_NE(randomNumber(), 0U);
   EXPECT_NE(randomNumber(), randomNumber());
-  calls.fail(SystemCall::getrandom, 1, ENOSYS);
+  calls.fail(SystemCall::getrandom, FaultySystemCalls::kEvery, ENOSYS);
   EXPECT_THAT([] { randomNumber(); }, failsWithPosix(ENOSYS));
 }
 

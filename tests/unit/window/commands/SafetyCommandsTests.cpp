@@ -125,7 +125,7 @@ TEST_F(LeaveNoTrace, chosenAgainAsksFirstAndCancelKeepsNothing) {
   chooseAgain(editor, "Cancel");
   ASSERT_EQ(platform.alerts.shown().size(), 2U);
   EXPECT_EQ(platform.alerts.shown()[1].buttons.front(), "Cancel") << "the default";
-  EXPECT_EQ(editor.window->notice, kOnNotice);
+  EXPECT_EQ(editor.window->notice, "");
   type(editor, "E");
   passAMinute();
   EXPECT_TRUE(store.list().empty());
