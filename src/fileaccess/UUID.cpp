@@ -1,6 +1,7 @@
 #include "fileaccess/UUID.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <span>
 
@@ -11,25 +12,22 @@ namespace quillmor {
 
 namespace {
 
-using UUIDBytes = std::array<std::uint8_t, 16>;
-
-UUIDBytes randomBytes() {
-  UUIDBytes bytes{};
+void fillRandomly(std::span<std::uint8_t> bytes) {
   std::size_t filled = 0;
   while (filled < bytes.size()) {
-    const auto room = std::span(bytes).subspan(filled);
+    const auto room = bytes.subspan(filled);
     const ssize_t count = retryingInterrupted(
         [&] { return SystemCalls::current().getrandom(room.data(), room.size(), 0); });
     if (count < 0) throw lastSystemError();
     filled += static_cast<std::size_t>(count);
   }
-  return bytes;
 }
 
 }  // namespace
 
 std::string makeUUID() {
-  UUIDBytes bytes = randomBytes();
+  std::array<std::uint8_t, 16> bytes{};
+  fillRandomly(bytes);
   // The version (4) and variant (10xx) bits of RFC 4122, section 4.4.
   bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
   bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
@@ -39,6 +37,16 @@ std::string makeUUID() {
     text.append(uppercaseHexByteStrings[bytes[i]]);
   }
   return text;
+}
+
+std::uint64_t randomNumber() {
+  std::uint64_t number = 0;
+  while (number == 0) {
+    std::array<std::uint8_t, sizeof number> bytes{};
+    fillRandomly(bytes);
+    number = std::bit_cast<std::uint64_t>(bytes);
+  }
+  return number;
 }
 
 bool isUUID(std::string_view text) {

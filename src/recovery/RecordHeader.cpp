@@ -37,7 +37,9 @@ constexpr std::size_t kBaseAt = 192;
 constexpr std::size_t kBaseByteCount = 64;
 constexpr std::size_t kPathAt = kBaseAt + kBaseByteCount;
 constexpr std::size_t kCrcAt = RecordHeader::kByteCount - 4;
-static_assert(kPathAt + RecordHeader::kMaximumPathByteCount <= kCrcAt);
+// In what older versions have left as zeros.
+constexpr std::size_t kWriterAt = kPathAt + RecordHeader::kMaximumPathByteCount;
+static_assert(kWriterAt + sizeof(std::uint64_t) <= kCrcAt);
 
 constexpr std::int32_t kNanosecondsPerSecond = 1000000000;
 
@@ -152,6 +154,7 @@ std::array<std::uint8_t, RecordHeader::kByteCount> RecordHeader::encoded() const
   putLittleEndian(bytes, kUntitledNumberAt, untitledNumber);
   putText(bytes, kBaseAt, baseID);
   putText(bytes, kPathAt, path);
+  putLittleEndian(bytes, kWriterAt, writerNumber);
   putLittleEndian(bytes, kCrcAt, crc32c(std::span(bytes).first(kCrcAt)));
   return bytes;
 }
@@ -188,6 +191,7 @@ RecordHeader RecordHeader::decoded(std::span<const std::uint8_t> bytes) {
   const std::string base = textAt(bytes, kBaseAt, kBaseByteCount);
   header.baseID = base.substr(0, base.find('\0'));
   header.path = textAt(bytes, kPathAt, pathByteCount);
+  header.writerNumber = littleEndian<std::uint64_t>(bytes, kWriterAt);
   if (!isPossible(header)) throw damagedRecordError();
   return header;
 }

@@ -61,6 +61,10 @@ struct RecordHeader {
   /// The system's random number of this start (`/proc/sys/kernel/random/boot_id`); zeros where the
   /// system has none.
   std::array<std::uint8_t, 16> bootID{};
+  /// The random number of the process that has written the record: processes of one start of the
+  /// system can have the same `processID`, one after another or in containers of their own. 0 where
+  /// it is not known, as in the records of older versions.
+  std::uint64_t writerNumber = 0;
   std::int64_t caretOffset = 0;
   HexSelection selection;
   std::uint32_t bookmarkCount = 0;

@@ -88,4 +88,9 @@ std::array<std::uint8_t, 16> currentBootID() {
   return id;
 }
 
+std::uint64_t currentWriterNumber() {
+  static const std::uint64_t number = randomNumber();
+  return number;
+}
+
 }  // namespace quillmor

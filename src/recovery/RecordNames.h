@@ -33,4 +33,8 @@ std::optional<std::string> recordIDBeside(std::string_view fileName, std::string
 /// The system's random number of this start; zeros where there is none.
 std::array<std::uint8_t, 16> currentBootID();
 
+/// A random number of this process, never 0: the same in every call, and another one in every other
+/// process. Throws a POSIX error when the system has no random numbers.
+std::uint64_t currentWriterNumber();
+
 }  // namespace quillmor

@@ -172,6 +172,7 @@ void complete(RecordContent& content, std::int64_t payloadByteCount) {
   header.created = RecordTime::now();
   header.processID = static_cast<std::uint32_t>(::getpid());
   header.bootID = currentBootID();
+  header.writerNumber = currentWriterNumber();
 }
 
 }  // namespace

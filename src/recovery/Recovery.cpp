@@ -36,8 +36,23 @@ bool belongsTo(const RecoveryEntry& entry, std::span<const FileLocation> documen
   return entry.file && std::ranges::find(documents, *entry.file) != documents.end();
 }
 
+/// The same for a record without a header: its ID begins with what tells its file.
+bool mayBelongTo(const ListedRecord& record, std::span<const FileLocation> documents) {
+  return std::ranges::any_of(documents, [&](const FileLocation& document) {
+    return record.id.starts_with(pathHash(document.path()));
+  });
+}
+
+/// Leaves what belongs to the documents.
+void keepOnly(std::span<const FileLocation> documents, RecordGroups& groups) {
+  std::erase_if(groups.entries, [&](const auto& entry) { return !belongsTo(entry, documents); });
+  for (auto* const records : {&groups.damaged, &groups.newer, &groups.refused})
+    std::erase_if(*records, [&](const auto& record) { return !mayBelongTo(record, documents); });
+}
+
 /// True if the entry has nothing that the bytes of a save lack: the same process has made both, for
 /// the file as it was before that save. Edits after a save are recorded for the file after it.
+/// Where the process is not known, nobody can tell.
 bool isOlderThanSave(const RecoveryEntry& entry, const RecoveryEntry& save) {
   const RecordHeader& header = entry.header();
   const RecordHeader& saved = save.header();
@@ -46,8 +61,8 @@ bool isOlderThanSave(const RecoveryEntry& entry, const RecoveryEntry& save) {
   };
   return save.isInterruptedSave && !entry.isInterruptedSave && header.file &&
          header.file == saved.file && header.path == saved.path &&
-         momentOf(header.created) <= momentOf(saved.created) &&
-         header.processID == saved.processID && header.bootID == saved.bootID;
+         momentOf(header.created) <= momentOf(saved.created) && header.writerNumber != 0 &&
+         header.writerNumber == saved.writerNumber;
 }
 
 /// The journal as an entry of its own, when the record that it continues is damaged.
@@ -74,6 +89,7 @@ RecoveryOffer Recovery::list(TaskProgress* progress) const {
 RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning cleaning,
                              TaskProgress* progress) const {
   RecordGroups groups = groupRecords(store_.list(documents));
+  if (!documents.empty()) keepOnly(documents, groups);
   RecoveryOffer offer;
   offer.newer = namesOf(groups.newer);
   offer.refused = namesOf(groups.refused);
@@ -84,7 +100,6 @@ RecoveryOffer Recovery::look(std::span<const FileLocation> documents, Cleaning c
     removeWhatSavesLeft(groups.entries, progress);
   }
   for (RecoveryEntry& entry : groups.entries) {
-    if (!documents.empty() && !belongsTo(entry, documents)) continue;
     if (progress != nullptr) progress->checkpoint();
     examine(std::move(entry), cleaning, offer, progress);
   }
@@ -194,7 +209,18 @@ RecoveryEntry Recovery::find(std::string_view id) const {
       std::ranges::find_if(groups.entries, [id](const auto& each) { return each.id() == id; });
   // A journal that has joined its record is no entry of its own.
   if (entry == groups.entries.end()) throw missingRecordError();
-  return std::move(*entry);
+  RecoveryEntry found = *entry;
+  addOlder(groups.entries, found);
+  return found;
+}
+
+/// Adds the journals that the save has left without their file.
+void Recovery::addOlder(std::span<const RecoveryEntry> entries, RecoveryEntry& save) const {
+  for (const RecoveryEntry& entry : entries) {
+    if (!isOlderThanSave(entry, save)) continue;
+    const auto read = resultOf([&] { return readEntry(store_, entry, nullptr); });
+    if (!read.isOk() && hasCode(read.error(), kChangedBaseCode)) save.older.push_back(entry.record);
+  }
 }
 
 RecoveredDocument Recovery::recover(const RecoveryEntry& entry, TaskProgress* progress) const {

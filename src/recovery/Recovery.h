@@ -34,17 +34,17 @@ class Recovery {
 
   /// What can be recovered, after cleaning up: records whose documents are in their files already
   /// are removed, with older ones that a save has left behind, and damaged ones set aside. With
-  /// `documents` only what belongs to these, beside them too. Throws a POSIX error when the records
-  /// cannot be listed.
+  /// `documents` only what belongs to these, beside them too; the records of others are neither
+  /// read nor removed. Throws a POSIX error when the records cannot be listed.
   RecoveryOffer offer(std::span<const FileLocation> documents = {},
                       TaskProgress* progress = nullptr) const;
 
   /// All there is, and everything stays as it is.
   RecoveryOffer list(TaskProgress* progress = nullptr) const;
 
-  /// The entry with this ID, or in the file with this path, which ends with ".qrec". Throws 3104
-  /// when there is none, 3105 for a record of a running process, and the record's error when it has
-  /// no header.
+  /// The entry with this ID, or in the file with this path, which ends with ".qrec"; that of a save
+  /// with the journals that are of no use since, as an offer has it. Throws 3104 when there is
+  /// none, 3105 for a record of a running process, and the record's error when it has no header.
   RecoveryEntry find(std::string_view id) const;
 
   /// The document of an entry. Throws its `problem` and what `RecordStore::read`, `replayJournal`
@@ -66,6 +66,7 @@ class Recovery {
   void removeWhatSavesLeft(std::vector<RecoveryEntry>& entries, TaskProgress* progress) const;
   void examineWithoutJournal(const RecoveryEntry& entry, const Error& error, Cleaning cleaning,
                              RecoveryOffer& offer, TaskProgress* progress) const;
+  void addOlder(std::span<const RecoveryEntry> entries, RecoveryEntry& save) const;
   void noteDamaged(const ListedRecord& record, Cleaning cleaning, RecoveryOffer& offer) const;
   void discardIfThere(const ListedRecord& record) const;
 

@@ -50,6 +50,11 @@ std::uint64_t UnsavedRecords::generation() const {
   return generation_;
 }
 
+bool UnsavedRecords::hasSnapshot() const {
+  const MutexLock guard(queue_);
+  return hasSnapshot_ && !isRemovalDue_;
+}
+
 void UnsavedRecords::forget() noexcept {
   const MutexLock guard(queue_);
   ++generation_;
@@ -123,6 +128,7 @@ void UnsavedRecords::removeIfDue() {
   {
     const MutexLock guard(queue_);
     if (!std::exchange(isRemovalDue_, false)) return;
+    hasSnapshot_ = false;
   }
   removeRecords();
   noteState();
@@ -171,8 +177,9 @@ void UnsavedRecords::noteState() noexcept {
   if (journal_) count += journal_->record().byteCount();
   for (const auto& record : retired_) count += record->byteCount();
   bytesOnDisk_.store(count, std::memory_order_relaxed);
-  hasSnapshot_.store(snapshot_ != nullptr, std::memory_order_relaxed);
   hasRetired_.store(!retired_.empty(), std::memory_order_relaxed);
+  const MutexLock guard(queue_);
+  hasSnapshot_ = snapshot_ != nullptr;
 }
 
 }  // namespace quillmor

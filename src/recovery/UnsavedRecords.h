@@ -49,8 +49,9 @@ class UnsavedRecords {
   /// Nothing is unsaved any more: the records go with the next call of the second group.
   void forget() noexcept;
   std::int64_t bytesOnDisk() const { return bytesOnDisk_.load(std::memory_order_relaxed); }
-  /// True if there is a snapshot, which a journal needs no file beside.
-  bool hasSnapshot() const { return hasSnapshot_.load(std::memory_order_relaxed); }
+  /// True if there is a snapshot, which a journal needs no file beside; false for one that is to
+  /// go.
+  bool hasSnapshot() const;
   /// True if there are records that could not be removed.
   bool hasRetired() const { return hasRetired_.load(std::memory_order_relaxed); }
 
@@ -82,7 +83,6 @@ class UnsavedRecords {
 
   const RecordStore store_;
   std::atomic<std::int64_t> bytesOnDisk_{0};
-  std::atomic<bool> hasSnapshot_{false};
   std::atomic<bool> hasRetired_{false};
 
   /// Held while records are written; taken before `queue_`.
@@ -97,6 +97,7 @@ class UnsavedRecords {
   std::vector<std::uint8_t> entries_ QUILLMOR_GUARDED_BY(queue_);
   bool needsSnapshot_ QUILLMOR_GUARDED_BY(queue_) = false;
   bool isRemovalDue_ QUILLMOR_GUARDED_BY(queue_) = false;
+  bool hasSnapshot_ QUILLMOR_GUARDED_BY(queue_) = false;
   std::uint64_t generation_ QUILLMOR_GUARDED_BY(queue_) = 0;
 };
 

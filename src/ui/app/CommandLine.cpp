@@ -55,7 +55,8 @@ CommandLine parse(const std::vector<std::string>& arguments) {
   CommandLine line;
   app.add_flag("--private", line.isPrivate,
                "Leave no trace of the files: no history, no records of unsaved changes and no "
-               "settings are kept. The record of a save stays while that save runs");
+               "settings are kept. The record of a save stays until a save has succeeded, and "
+               "after kill -9 the lock of an open file, named after a hash of its path");
   auto* screenshotOption =
       app.add_option("--screenshot", screenshot, "Save a picture of FILE's window as PNG and exit")
           ->type_name("OUT.png");

@@ -50,24 +50,48 @@ void SafetyCommands::showLastSave() {
 void SafetyCommands::leaveNoTrace() {
   if (!context_.mayKeepTraces())
     return messages_.showNotice("Quillmor was started with --private: nothing is kept.");
-  if (context_.traces() == Traces::none) {
-    context_.setTraces(Traces::kept);
-    return messages_.showNotice("History and unsaved changes are kept again.");
-  }
-  const auto isSure = context_.ask(kLeaveNoTrace, [&]() -> std::optional<Done> {
-    const auto response = context_.platform().alerts.runModal(
-        {.messageText = "Leave No Trace of \"" + session_.document().displayName() + "\"?",
-         .informativeText =
-             "Its history and the records of its unsaved changes are removed, and none are kept "
-             "until this window closes. After a crash its unsaved changes cannot be recovered.",
-         .style = AlertStyle::warning,
-         .buttons = {"Cancel", kLeaveNoTrace},
-         .cancelButton = 0});
+  context_.traces() == Traces::none ? keepAgain() : keepNothing();
+}
+
+void SafetyCommands::keepNothing() {
+  const std::string title = "Leave No Trace of \"" + session_.document().displayName() + "\"?";
+  std::string text =
+      "Its history and the records of its unsaved changes are removed, and none are kept until "
+      "this window closes or you choose this again. After a crash its unsaved changes cannot be "
+      "recovered.";
+  // The file has neither the old nor the new bytes; this copy has the new ones.
+  if (session_.document().unfinishedSave())
+    text += " The kept bytes of the save that failed stay until a save succeeds.";
+  if (!isConfirmed(title, text, kLeaveNoTrace)) return;
+  context_.setTraces(Traces::none);
+  messages_.showNotice(
+      "No history and no unsaved changes are kept until this window closes or Leave No Trace is "
+      "chosen again.");
+}
+
+void SafetyCommands::keepAgain() {
+  const bool isSure = isConfirmed("Keep History and Records Again?",
+                                  "Unsaved changes of \"" + session_.document().displayName() +
+                                      "\" are recorded again, so that they can be recovered, and "
+                                      "its history begins anew.",
+                                  "Keep Again");
+  if (!isSure) return;
+  context_.setTraces(Traces::kept);
+  messages_.showNotice("History and unsaved changes are kept again.");
+}
+
+/// Asks a question that Cancel answers unless the user chooses `button`.
+bool SafetyCommands::isConfirmed(const std::string& question, const std::string& text,
+                                 const std::string& button) {
+  const auto answer = context_.ask(kLeaveNoTrace, [&]() -> std::optional<Done> {
+    const auto response = context_.platform().alerts.runModal({.messageText = question,
+                                                               .informativeText = text,
+                                                               .style = AlertStyle::warning,
+                                                               .buttons = {"Cancel", button},
+                                                               .cancelButton = 0});
     return response.button == 1 ? std::optional(Done()) : std::nullopt;
   });
-  if (!isSure) return;
-  context_.setTraces(Traces::none);
-  messages_.showNotice("No history and no unsaved changes are kept until this window closes.");
+  return answer.has_value();
 }
 
 }  // namespace quillmor

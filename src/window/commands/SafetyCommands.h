@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 
 #include "window/commands/CommandFamily.h"
 
@@ -15,6 +16,9 @@ class SafetyCommands : private CommandFamily {
  private:
   void showLastSave();
   void leaveNoTrace();
+  void keepNothing();
+  void keepAgain();
+  bool isConfirmed(const std::string& question, const std::string& text, const std::string& button);
 };
 
 }  // namespace quillmor

@@ -170,6 +170,16 @@ TEST_F(CliRecoverTest, discardRemovesTheRecordAlone) {
   expectRun("--discard " + id, 2, "", "There is no such recovery record.");
 }
 
+TEST_F(CliRecoverTest, discardOfAnInterruptedSaveTakesTheJournalOfTheFileBeforeIt) {
+  const std::string journal =
+      store.createJournal(LeftRecords::contentOf(RecordKind::journal, file))->id();
+  const std::string save = leave(LeftRecords::contentOf(RecordKind::save, file), "interrupted");
+  folder.write("data.bin", "inter");
+  expectRun("--discard " + save, 0, "");
+  EXPECT_FALSE(exists(save));
+  EXPECT_FALSE(exists(journal));
+}
+
 TEST_F(CliRecoverTest, recordsOfARunningProgramAreNotTouched) {
   const auto held =
       store.write(LeftRecords::contentOf(RecordKind::unsavedChanges, file), bytesOf("unsaved"));

@@ -99,8 +99,8 @@ TEST_F(SessionEnd, ofADocumentThatLeavesNoTraceLosesItsChangesAndAsksNothing) {
   const auto editor = newEdited("a");
   platform.alerts.expect("Leave No Trace of \"Untitled\"?",
                          "Its history and the records of its unsaved changes are removed, and none "
-                         "are kept until this "
-                         "window closes. After a crash its unsaved changes cannot be recovered.",
+                         "are kept until this window closes or you choose this again. After a "
+                         "crash its unsaved changes cannot be recovered.",
                          "Leave No Trace");
   editor->perform("forwardLeaveNoTrace:");
   newEdited("b");

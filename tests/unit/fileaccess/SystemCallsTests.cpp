@@ -308,5 +308,12 @@ TEST_F(UUIDTest, needsRandomNumbers) {
   EXPECT_THAT([] { makeUUID(); }, failsWithPosix(ENOSYS));
 }
 
+TEST_F(UUIDTest, hasANumberBesideIt) {
+  EXPECT_NE(randomNumber(), 0U);
+  EXPECT_NE(randomNumber(), randomNumber());
+  calls.fail(SystemCall::getrandom, FaultySystemCalls::kEvery, ENOSYS);
+  EXPECT_THAT([] { randomNumber(); }, failsWithPosix(ENOSYS));
+}
+
 }  // namespace
 }  // namespace quillmor

@@ -34,6 +34,7 @@ RecordHeader fullHeader() {
   header.created = {.seconds = 1700000001, .nanoseconds = 999999999};
   header.processID = 0xFFFFFFFF;
   header.bootID.fill(0xAB);
+  header.writerNumber = 0xFEDCBA9876543210;
   header.caretOffset = 7;
   header.selection = {3, 4};
   header.bookmarkCount = RecordHeader::kMaximumBookmarkCount;
@@ -124,6 +125,21 @@ TEST(RecordHeader, withImpossibleValuesIsRefusedThoughItsCheckIsRight) {
   EXPECT_THAT([&] { decodedWith(256, 'x', 1); }, refused);  // a relative path
   EXPECT_THAT([&] { decodedWith(258, 0, 1); }, refused);    // a path with a NUL
   EXPECT_EQ(decodedWith(136, 999999999, 4), fullHeader());
+}
+
+TEST(RecordHeader, ofAnOlderVersionTellsNothingOfItsWriter) {
+  constexpr std::size_t kWriterAt = 4352;
+  RecordHeader expected = fullHeader();
+  expected.writerNumber = 0;
+  EXPECT_EQ(decodedWith(kWriterAt, 0, 8), expected);
+  expected.writerNumber = 0xFFFFFFFFFFFFFFFF;
+  EXPECT_EQ(decodedWith(kWriterAt, 0xFFFFFFFFFFFFFFFF, 8), expected);
+}
+
+TEST(RecordHeader, tellsItsWriterBesideTheLongestPath) {
+  RecordHeader header = fullHeader();
+  header.path = "/" + std::string(RecordHeader::kMaximumPathByteCount - 1, 'x');
+  EXPECT_EQ(RecordHeader::decoded(header.encoded()), header);
 }
 
 TEST(RecordHeader, ofRandomBytesIsRefused) {

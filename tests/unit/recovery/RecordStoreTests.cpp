@@ -73,6 +73,8 @@ TEST_F(RecordStoreTest, readsWhatItHasWritten) {
   EXPECT_EQ(read.header.caretOffset, 4);
   EXPECT_EQ(read.header.selection, (HexSelection{1, 2}));
   EXPECT_EQ(read.header.processID, static_cast<std::uint32_t>(::getpid()));
+  EXPECT_NE(read.header.writerNumber, 0U);
+  EXPECT_EQ(read.header.writerNumber, currentWriterNumber()) << "the same in all records";
   EXPECT_EQ(test::textOf(read.payload.span()), "new bytes");
   EXPECT_THAT(read.bookmarks, testing::ElementsAre(0, 3, 9));
 }

@@ -180,6 +180,38 @@ TEST_F(UnsavedRecordsTest, goToASnapshotWhenAnotherProgramChangesTheFile) {
   EXPECT_EQ(store.list().front().id, generation) << "the snapshot has everything";
 }
 
+TEST_F(UnsavedRecordsTest, haveNoSnapshotFromWhenItIsToGo) {
+  UnsavedRecords records(store);
+  RecordContent content;
+  content.header.kind = RecordKind::unsavedChanges;
+  records.install(store.write(content, bytes()), records.generation());
+  EXPECT_TRUE(records.hasSnapshot());
+  records.forget();
+  EXPECT_FALSE(records.hasSnapshot());
+  EXPECT_EQ(store.list().size(), 1U) << "the disk is left to another thread";
+  records.flush();
+  EXPECT_FALSE(records.hasSnapshot());
+  EXPECT_TRUE(store.list().empty());
+}
+
+TEST_F(UnsavedRecordsTest, goToASnapshotWhenTheFileChangesBeforeTheOldOneHasGone) {
+  // So large that the next snapshot waits, unless nothing else has the changes.
+  open(std::string(static_cast<std::size_t>(SnapshotSchedule::kSmallByteCount), 'x'));
+  insert(0, {'1'});
+  pass(5s);
+  ASSERT_EQ(count(RecordKind::unsavedChanges), 1);
+  session.undo();
+  ASSERT_EQ(count(RecordKind::unsavedChanges), 1) << "the disk is left to another thread";
+  insert(0, {'2'});
+  changes.fileWasChanged();
+  folder.write("file.bin", "by another program");
+  pass(5s);
+  pass(1min);
+  EXPECT_EQ(count(RecordKind::unsavedChanges), 1);
+  EXPECT_EQ(count(RecordKind::journal), 0) << "it would begin with a file that is not there";
+  EXPECT_TRUE(recoveredBytes() == bytes());
+}
+
 TEST_F(UnsavedRecordsTest, beginWithASnapshotWhenTheFileHasOtherBytesAlready) {
   open("abc");
   changes.fileWasChanged();

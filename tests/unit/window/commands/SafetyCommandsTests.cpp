@@ -4,6 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
+#include "support/FaultySystemCalls.h"
+#include "support/MemorySafetyCopies.h"
 #include "support/WindowFixture.h"
 
 namespace quillmor::test {
@@ -13,17 +17,31 @@ using namespace std::chrono_literals;
 
 constexpr const char* kText =
     "Its history and the records of its unsaved changes are removed, and none are kept until this "
-    "window closes. After a crash its unsaved changes cannot be recovered.";
+    "window closes or you choose this again. After a crash its unsaved changes cannot be "
+    "recovered.";
+constexpr const char* kAgainText =
+    "Unsaved changes of \"data.bin\" are recorded again, so that they can be recovered, and its "
+    "history begins anew.";
 constexpr const char* kOnNotice =
-    "No history and no unsaved changes are kept until this window closes.";
+    "No history and no unsaved changes are kept until this window closes or Leave No Trace is "
+    "chosen again.";
 constexpr const char* kOffNotice = "History and unsaved changes are kept again.";
 
 class LeaveNoTrace : public WindowFixture {
  protected:
-  LeaveNoTrace() { records = &store; }
+  explicit LeaveNoTrace(std::shared_ptr<SafetyCopies> safetyCopies = nullptr)
+      : WindowFixture(std::move(safetyCopies)) {
+    records = &store;
+  }
 
-  void choose(const EditorUnderTest& editor, const std::string& answer = "") {
-    if (!answer.empty()) platform.alerts.expect("Leave No Trace of \"data.bin\"?", kText, answer);
+  void choose(const EditorUnderTest& editor, const std::string& answer = "",
+              const std::string& text = kText) {
+    if (!answer.empty()) platform.alerts.expect("Leave No Trace of \"data.bin\"?", text, answer);
+    editor->perform("forwardLeaveNoTrace:");
+  }
+
+  void chooseAgain(const EditorUnderTest& editor, const std::string& answer) {
+    platform.alerts.expect("Keep History and Records Again?", kAgainText, answer);
     editor->perform("forwardLeaveNoTrace:");
   }
 
@@ -80,7 +98,7 @@ TEST_F(LeaveNoTrace, chosenAgainKeepsWhatIsUnsavedAgain) {
   choose(editor, "Leave No Trace");
   type(editor, "E");
   platform.executor.runAll();
-  choose(editor);
+  chooseAgain(editor, "Keep Again");
   EXPECT_EQ(editor.window->notice, kOffNotice);
   passAMinute();
   EXPECT_TRUE(editor->unsavedChanges().keepNow());
@@ -95,9 +113,23 @@ TEST_F(LeaveNoTrace, chosenAgainKeepsWhatIsUnsavedAgain) {
 TEST_F(LeaveNoTrace, chosenAgainWithoutUnsavedChangesWritesNothing) {
   const EditorUnderTest editor = openEditor(folder.write("data.bin", "hello"));
   choose(editor, "Leave No Trace");
-  choose(editor);
+  chooseAgain(editor, "Keep Again");
   passAMinute();
   EXPECT_TRUE(store.list().empty());
+}
+
+TEST_F(LeaveNoTrace, chosenAgainAsksFirstAndCancelKeepsNothing) {
+  const EditorUnderTest editor = recordedEditor();
+  choose(editor, "Leave No Trace");
+  platform.executor.runAll();
+  chooseAgain(editor, "Cancel");
+  ASSERT_EQ(platform.alerts.shown().size(), 2U);
+  EXPECT_EQ(platform.alerts.shown()[1].buttons.front(), "Cancel") << "the default";
+  EXPECT_EQ(editor.window->notice, "");
+  type(editor, "E");
+  passAMinute();
+  EXPECT_TRUE(store.list().empty());
+  EXPECT_EQ(editor->context().history().stepCount(), 0);
 }
 
 TEST_F(LeaveNoTrace, savesNoOffsetOfTheSession) {
@@ -153,6 +185,45 @@ TEST_F(LeaveNoTrace, isAllThatAPrivateProcessKnows) {
   EXPECT_TRUE(store.list().empty());
   editor.window->closeWindow();
   EXPECT_FALSE(hasSavedOffset());
+}
+
+class LeaveNoTraceOfATornFile : public LeaveNoTrace {
+ protected:
+  LeaveNoTraceOfATornFile() : LeaveNoTraceOfATornFile(std::make_shared<MemorySafetyCopies>()) {}
+  explicit LeaveNoTraceOfATornFile(const std::shared_ptr<MemorySafetyCopies>& safetyCopies)
+      : LeaveNoTrace(safetyCopies), copies(safetyCopies) {}
+
+  void save(const EditorUnderTest& editor) {
+    editor->perform("forwardSaveDocument:");
+    platform.executor.runAll();
+  }
+
+  void tear(const EditorUnderTest& editor) {
+    FaultySystemCalls faulty;
+    faulty.fail(SystemCall::write, 1, EIO);
+    const ScopedSystemCalls scope(faulty);
+    platform.alerts.expect("Save Failed",
+                           "Could not write the document data. The file is incomplete now. Its new "
+                           "bytes are kept for recovery.");
+    save(editor);
+  }
+
+  const std::shared_ptr<MemorySafetyCopies> copies;
+};
+
+TEST_F(LeaveNoTraceOfATornFile, saysThatTheNewBytesStayUntilASaveSucceeds) {
+  const EditorUnderTest editor = recordedEditor();
+  tear(editor);
+  choose(
+      editor, "Leave No Trace",
+      std::string(kText) + " The kept bytes of the save that failed stay until a save succeeds.");
+  platform.executor.runAll();
+  EXPECT_TRUE(store.list().empty());
+  EXPECT_EQ(copies->kept.size(), 1U);
+  save(editor);
+  EXPECT_TRUE(copies->kept.empty());
+  chooseAgain(editor, "Keep Again");
+  choose(editor, "Cancel");
 }
 
 }  // namespace
