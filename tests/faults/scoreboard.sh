@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the long form of the tests of saves under faults on the developer build, which must be built,
-# and prints their figures as the table of docs/reliability.md. `scoreboard.sh short` runs the short
+# and prints their figures as a table, a row for each kind of fault. `scoreboard.sh short` runs the short
 # form. QUILLMOR_FAULTS_CLI and QUILLMOR_FAULTS_WINDOW name other programs to be judged, and
 # QUILLMOR_FAULTS_WITHOUT robs them of something, so that rows turn red (docs/reliability.md).
 set -euo pipefail

@@ -24,12 +24,11 @@ void TypingUnderFaults::startEditor(const std::vector<std::string>& arguments,
                                     std::size_t windowCount) {
   std::vector<std::string> command = {"env", "XDG_STATE_HOME=" + path("state"),
                                       "XDG_CONFIG_HOME=" + path("settings")};
-  // The long form waits for the disk as a user's editor does. The short one does not: a disk that
-  // others use at the same time may take seconds.
+  // The library flushes nothing: a disk that others use at the same time may take seconds, and what
+  // was written outlives the editor without it.
   const WatchedFolders watched{.folders = {run_.native()}, .callList = "", .effectLog = ""};
-  if (!triesEverything())
-    for (const auto& [name, value] : faultEnvironment(watched, Fault::none()))
-      if (!value.empty()) command.push_back(name + "=" + value);
+  for (const auto& [name, value] : faultEnvironment(watched, Fault::none()))
+    if (!value.empty()) command.push_back(name + "=" + value);
   addJudgedWindow(command);
   startThrough(command, arguments, windowCount);
 }
