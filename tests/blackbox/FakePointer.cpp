@@ -1,26 +1,10 @@
 #include "blackbox/FakePointer.h"
 
-#include <dlfcn.h>
-
 #include <stdexcept>
 
+#include "blackbox/XFunctions.h"
+
 namespace quillmor::test {
-
-namespace {
-
-/// A function of a library; libraries stay loaded until the process ends.
-template <class Function>
-Function* functionOf(const char* library, const char* name) {
-  void* const handle = ::dlopen(library, RTLD_NOW);
-  void* const symbol = handle != nullptr ? ::dlsym(handle, name) : nullptr;
-  if (symbol == nullptr) throw std::runtime_error(std::string("no ") + name + " in " + library);
-  return reinterpret_cast<Function*>(symbol);
-}
-
-constexpr const char* kX11 = "libX11.so.6";
-constexpr const char* kXTest = "libXtst.so.6";
-
-}  // namespace
 
 FakePointer::FakePointer(const std::string& display)
     : display_(functionOf<void*(const char*)>(kX11, "XOpenDisplay")(display.c_str())) {
@@ -37,9 +21,9 @@ void FakePointer::move(ScreenPoint place) const {
       display_, kCurrentScreen, place.x, place.y, 0);
 }
 
-void FakePointer::press(bool down) const {
+void FakePointer::press(bool down, unsigned button) const {
   functionOf<int(void*, unsigned, int, unsigned long)>(kXTest, "XTestFakeButtonEvent")(
-      display_, 1, down ? 1 : 0, 0);
+      display_, button, down ? 1 : 0, 0);
 }
 
 }  // namespace quillmor::test

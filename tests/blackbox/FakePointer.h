@@ -20,8 +20,11 @@ class FakePointer {
   FakePointer& operator=(const FakePointer&) = delete;
 
   void move(ScreenPoint place) const;
-  /// Presses or releases the left button.
-  void press(bool down) const;
+  /// Presses or releases a button: 1 left, 3 right, 4 and 5 the wheel.
+  void press(bool down, unsigned button = 1) const;
+
+ protected:
+  void* display() const { return display_; }
 
  private:
   void* display_ = nullptr;

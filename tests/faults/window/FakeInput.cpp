@@ -1,27 +1,15 @@
 #include "faults/window/FakeInput.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <vector>
 
+#include "blackbox/XFunctions.h"
+
 namespace quillmor::test {
 
 namespace {
-
-/// A function of a library; libraries stay loaded until the process ends.
-template <class Function>
-Function* functionOf(const char* library, const char* name) {
-  void* const handle = ::dlopen(library, RTLD_NOW);
-  void* const symbol = handle != nullptr ? ::dlsym(handle, name) : nullptr;
-  if (symbol == nullptr) throw std::runtime_error(std::string("no ") + name + " in " + library);
-  return reinterpret_cast<Function*>(symbol);
-}
-
-constexpr const char* kX11 = "libX11.so.6";
-constexpr const char* kXTest = "libXtst.so.6";
 
 /// "ctrl+shift+z" as the names of its keys.
 std::vector<std::string> keysOf(const std::string& chord) {
@@ -43,15 +31,6 @@ std::vector<std::string> keysOf(const std::string& chord) {
 
 }  // namespace
 
-FakeInput::FakeInput(const std::string& display)
-    : display_(functionOf<void*(const char*)>(kX11, "XOpenDisplay")(display.c_str())) {
-  if (display_ == nullptr) throw std::runtime_error("no display " + display);
-}
-
-FakeInput::~FakeInput() {
-  functionOf<int(void*)>(kX11, "XCloseDisplay")(display_);
-}
-
 void FakeInput::key(const std::string& key) const {
   const auto keys = keysOf(key);
   for (auto each = keys.begin(); each != keys.end(); ++each) send(*each, true);
@@ -71,17 +50,17 @@ void FakeInput::character(char character) const {
 
 void FakeInput::click(ScreenPoint place, unsigned number) const {
   move(place);
-  button(number, true);
-  button(number, false);
+  press(true, number);
+  press(false, number);
   flush();
 }
 
 void FakeInput::drag(ScreenPoint from, ScreenPoint to) const {
   move(from);
-  button(1, true);
+  press(true);
   move({(from.x + to.x) / 2, (from.y + to.y) / 2});
   move(to);
-  button(1, false);
+  press(false);
   flush();
 }
 
@@ -91,27 +70,14 @@ void FakeInput::send(const std::string& keyName, bool down) const {
       functionOf<unsigned char(void*, unsigned long)>(kX11, "XKeysymToKeycode");
   static auto* const fake =
       functionOf<int(void*, unsigned, int, unsigned long)>(kXTest, "XTestFakeKeyEvent");
-  const unsigned code = codeOf(display_, symbolOf(keyName.c_str()));
+  const unsigned code = codeOf(display(), symbolOf(keyName.c_str()));
   if (code == 0) throw std::runtime_error("no key " + keyName);
-  fake(display_, code, down ? 1 : 0, 0);
-}
-
-void FakeInput::move(ScreenPoint place) const {
-  static auto* const fake =
-      functionOf<int(void*, int, int, int, unsigned long)>(kXTest, "XTestFakeMotionEvent");
-  constexpr int kCurrentScreen = -1;
-  fake(display_, kCurrentScreen, place.x, place.y, 0);
-}
-
-void FakeInput::button(unsigned number, bool down) const {
-  static auto* const fake =
-      functionOf<int(void*, unsigned, int, unsigned long)>(kXTest, "XTestFakeButtonEvent");
-  fake(display_, number, down ? 1 : 0, 0);
+  fake(display(), code, down ? 1 : 0, 0);
 }
 
 void FakeInput::flush() const {
   static auto* const synchronize = functionOf<int(void*, int)>(kX11, "XSync");
-  synchronize(display_, 0);
+  synchronize(display(), 0);
 }
 
 }  // namespace quillmor::test

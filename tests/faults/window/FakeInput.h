@@ -9,13 +9,9 @@ namespace quillmor::test {
 /// The keyboard and the pointer of an X server, used without a program in between: a key takes
 /// microseconds, so that a test can type while it looks. Events reach the server in their order,
 /// before the function returns.
-class FakeInput {
+class FakeInput : public FakePointer {
  public:
-  /// Throws when there is no such display, or the library that xdotool uses is missing.
-  explicit FakeInput(const std::string& display);
-  ~FakeInput();
-  FakeInput(const FakeInput&) = delete;
-  FakeInput& operator=(const FakeInput&) = delete;
+  using FakePointer::FakePointer;
 
   /// Presses a key and releases it: "a", "ctrl+shift+z", "alt+Down", with the names of X.
   void key(const std::string& key) const;
@@ -27,11 +23,7 @@ class FakeInput {
 
  private:
   void send(const std::string& keyName, bool down) const;
-  void move(ScreenPoint place) const;
-  void button(unsigned number, bool down) const;
   void flush() const;
-
-  void* display_ = nullptr;
 };
 
 }  // namespace quillmor::test
